@@ -1,0 +1,123 @@
+#include <array>
+
+#include "cgi/CFileManCGI.h"
+#include "common/CCommUtils.h"
+#include "conf/CFileManConf.h"
+
+namespace {
+
+using QueryMap = std::map<std::string, std::string>;
+
+struct ActionWord {
+    const char* key;
+    const char* value;
+    unsigned action;
+};
+
+// The first row that the query meets decides: the order of the keys here, not that of the request, counts.
+constexpr std::array<ActionWord, 9> kActionWords = {{
+    {"filter", "fpri", CFileManCGI::ACTION_PRIMARY_FILTER},
+    {"filter", "fadv", CFileManCGI::ACTION_ADVANCED_FILTER},
+    {"fmtype", "all", CFileManCGI::ACTION_LIST_ALL},
+    {"fmtype", "prof", CFileManCGI::ACTION_LIST_PROFILES},
+    {"fmtype", "rslt", CFileManCGI::ACTION_LIST_RESULTS},
+    {"fmtype", "screen", CFileManCGI::ACTION_LIST_SCREENSHOTS},
+    {"opertype", "view", CFileManCGI::ACTION_VIEW},
+    {"opertype", "pdf", CFileManCGI::ACTION_PDF},
+    {"opertype", "download", CFileManCGI::ACTION_DOWNLOAD},
+}};
+
+struct SourceWord {
+    const char* value;
+    bool results;
+    bool profiles;
+};
+
+// What each value of "fmtype" lists; every other value lists neither.
+constexpr std::array<SourceWord, 4> kSourceWords = {{
+    {"all", true, true},
+    {"prof", false, true},
+    {"rslt", true, false},
+    {"screen", true, true},
+}};
+
+struct ListKey {
+    const char* key;
+    std::list<std::string> _ResultFilter::*field;
+};
+
+constexpr std::array<ListKey, 4> kListKeys = {{
+    {"module", &_ResultFilter::modules},
+    {"mode", &_ResultFilter::modes},
+    {"test", &_ResultFilter::tests},
+    {"port", &_ResultFilter::ports},
+}};
+
+struct TextKey {
+    const char* key;
+    std::string _AdvanceInfo::*field;
+};
+
+constexpr std::array<TextKey, 7> kTextKeys = {{
+    {"jobid", &_AdvanceInfo::jobId},
+    {"account", &_AdvanceInfo::account},
+    {"locator", &_AdvanceInfo::locator},
+    {"type", &_AdvanceInfo::type},
+    {"fname", &_AdvanceInfo::fileName},
+    {"prefix", &_AdvanceInfo::prefix},
+    {"suffix", &_AdvanceInfo::suffix},
+}};
+
+const std::string* findValue(const QueryMap& query, const char* key) {
+    const auto found = query.find(key);
+    return found == query.end() ? nullptr : &found->second;
+}
+
+void readSources(_ResultFilter& filter, const std::string& value) {
+    filter.includeResults = false;
+    filter.includeProfiles = false;
+    for (const SourceWord& word : kSourceWords) {
+        if (!CCommUtils::isEquals(value, word.value))
+            continue;
+        filter.includeResults = word.results;
+        filter.includeProfiles = word.profiles;
+    }
+}
+
+} // namespace
+
+int CFileManCGI::parseQueryInfo(const char* query) {
+    return CCommUtils::parseQueryInfo(m_queryInfo, query);
+}
+
+bool CFileManCGI::parseKeyValue(const std::string& pair) {
+    return CCommUtils::parseKeyValue(m_queryInfo, pair);
+}
+
+unsigned CFileManCGI::getFileManType() const {
+    for (const ActionWord& word : kActionWords) {
+        const std::string* const value = findValue(m_queryInfo, word.key);
+        if (value != nullptr && CCommUtils::isEquals(*value, word.value))
+            return word.action;
+    }
+    return ACTION_REQUEST_INFO;
+}
+
+std::string CFileManCGI::getFileManTypeString() const {
+    const std::string* const value = findValue(m_queryInfo, "fmtype");
+    return value == nullptr ? std::string() : *value;
+}
+
+void CFileManCGI::getFilterFromRequest(_ResultFilter& filter) {
+    if (const std::string* const value = findValue(m_queryInfo, "fmtype"))
+        readSources(filter, *value);
+    for (const ListKey& row : kListKeys) {
+        if (const std::string* const value = findValue(m_queryInfo, row.key))
+            CCommUtils::split(filter.*row.field, ",", *value);
+    }
+    for (const TextKey& row : kTextKeys) {
+        if (const std::string* const value = findValue(m_queryInfo, row.key))
+            filter.advanceInfo.*row.field = *value;
+    }
+    CFileManConf::copyFilter(m_filter, filter);
+}

@@ -1,0 +1,150 @@
+#include "cgi/StagingArea.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "cgi/Shell.h"
+#include "common/Report.h"
+
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kLockPoll{10};
+constexpr mode_t kLockMode = 0600;
+constexpr mode_t kDirectoryMode = 0755;
+
+// /tmp is everybody's: no link is followed, and a planted FIFO does not block.
+UniqueFd openLock(const std::string& path) {
+    UniqueFd lock(
+        ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kLockMode));
+    if (!lock)
+        reportErrno("open lock", path, errno);
+    return lock;
+}
+
+bool takeLock(const UniqueFd& lock, const std::string& path, std::chrono::milliseconds longestWait) {
+    if (!lock)
+        return false;
+    const auto deadline = steady_clock::now() + longestWait;
+    while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            reportErrno("take lock", path, errno);
+            return false;
+        }
+        if (steady_clock::now() >= deadline) {
+            report("take lock", path, "still held by another request, going on without it");
+            return false;
+        }
+        std::this_thread::sleep_for(kLockPoll);
+    }
+    return true;
+}
+
+bool isOwn(const struct stat& status) {
+    return status.st_uid == ::geteuid() || status.st_uid == 0;
+}
+
+// Moves away what another user put where the area's directory belongs. A directory keeps its contents under
+// another name: deleting in it could be led elsewhere by its owner.
+bool moveAway(const std::string& path, bool isDirectory) {
+    report("use directory", path, "not a directory of this program, moving it away");
+    const std::string aside = path + ".foreign." + std::to_string(::getpid());
+    const int result = isDirectory ? std::rename(path.c_str(), aside.c_str()) : ::unlink(path.c_str());
+    if (result != 0)
+        reportErrno("move away", path, errno);
+    return result == 0;
+}
+
+// Makes sure that path is a directory which nobody but this program's user (or root) can exchange for a link:
+// the clean-up command deletes whatever it leads to.
+bool claimDirectory(const std::string& path) {
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) == 0) {
+        if (S_ISDIR(status.st_mode) && isOwn(status))
+            return true;
+        if (!moveAway(path, S_ISDIR(status.st_mode)))
+            return false;
+    }
+    if (::mkdir(path.c_str(), kDirectoryMode) == 0)
+        return true;
+    reportErrno("make directory", path, errno);
+    return false;
+}
+
+// An archive that is a link would send or overwrite what it leads to.
+void removeUnlessRegular(const std::string& path) {
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && std::remove(path.c_str()) != 0)
+        reportErrno("remove", path, errno);
+}
+
+std::vector<std::string> readNames(const std::string& path) {
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), &::closedir);
+    if (!directory)
+        return names;
+    while (const dirent* const entry = ::readdir(directory.get())) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+    }
+    return names;
+}
+
+void emptyDirectory(const std::string& path);
+
+// Never follows a link: unlink refuses directories only, and only those are descended into.
+void removeTree(const std::string& path) {
+    if (::unlink(path.c_str()) == 0 || errno == ENOENT)
+        return;
+    if (errno == EISDIR || errno == EPERM) {
+        // A copy of a write-protected directory cannot be emptied otherwise.
+        ::chmod(path.c_str(), S_IRWXU);
+        emptyDirectory(path);
+        if (::rmdir(path.c_str()) == 0)
+            return;
+    }
+    reportErrno("remove", path, errno);
+}
+
+void emptyDirectory(const std::string& path) {
+    for (const std::string& name : readNames(path))
+        removeTree(path + '/' + name);
+}
+
+} // namespace
+
+StagingArea::StagingArea(Places places, std::chrono::milliseconds longestWait)
+    : m_places(std::move(places)), m_lock(openLock(m_places.lock)),
+      m_locked(takeLock(m_lock, m_places.lock, longestWait)) {
+    // With a trailing '/' a link would be followed.
+    while (m_places.directory.size() > 1 && m_places.directory.back() == '/')
+        m_places.directory.pop_back();
+    removeUnlessRegular(m_places.archive);
+    m_usable = claimDirectory(m_places.directory);
+}
+
+void StagingArea::removeLeftovers() const {
+    if (!m_usable)
+        return;
+    emptyDirectory(m_places.directory);
+    if (::unlink(m_places.archive.c_str()) != 0 && errno != ENOENT)
+        reportErrno("remove", m_places.archive, errno);
+}
+
+void StagingArea::run(const std::string& command) const {
+    if (m_usable)
+        shell::run(command, m_lock.get());
+}

@@ -1,0 +1,118 @@
+// One process answers one request. The story of a request, and where it goes on:
+//
+//   StartUp         configuration and storage scan, in a thread that is waited for
+//   Request         the query, what it asks for, the filter it names
+//   ListPage        the grid page                  CFileManager loads what it lists
+//   FilterPages     the two filter dialogs
+//   View, Download, PdfExport                      files instead of pages
+//     Selection       which records, and which of them a command can carry
+//     StagingArea     the shared directory below /tmp and its lock
+//     Shell           commands, kept out of the response
+//     FileStream      a file's bytes
+//   CGICommonUtils  HTML lines, and the answer to every other request
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <memory>
+
+#include "cgi/CFileManCGI.h"
+#include "cgi/CGICommonUtils.h"
+#include "cgi/StartUp.h"
+#include "common/CCommUtils.h"
+#include "fileman/CFileManager.h"
+
+namespace {
+
+using ResultList = std::list<_ResultInfo*>;
+
+void prepareProcess() {
+    static std::array<char, 65536> buffer;
+    std::setvbuf(stdout, buffer.data(), _IOFBF, buffer.size());
+#ifdef __GLIBC__
+    // The start-up thread never runs beside another one; an arena of its own would only cost time.
+    ::mallopt(M_ARENA_MAX, 1);
+#endif
+    ::tzset();
+}
+
+// The decoded query is needed as long as the process lives, so nobody frees it.
+void readQuery(CFileManCGI& request) {
+    const char* const variable = std::getenv("QUERY_STRING");
+    const char* const query = variable == nullptr ? "" : variable;
+    char* decoded = nullptr;
+    if (CCommUtils::cgiUnescapeChars(&decoded, query, static_cast<int>(std::strlen(query))) == 0)
+        request.parseQueryInfo(decoded);
+}
+
+void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filter, ResultList& results) {
+    switch (request.getFileManType()) {
+    case CFileManCGI::ACTION_LIST_ALL:
+        store.loadAllResults(results);
+        request.writeFileManPage(std::move(results));
+        break;
+    case CFileManCGI::ACTION_LIST_RESULTS:
+        store.setFilter(filter);
+        store.loadResults(results);
+        request.writeFileManPage(std::move(results));
+        break;
+    case CFileManCGI::ACTION_LIST_PROFILES:
+        store.setFilter(filter);
+        store.loadProfiles(results);
+        request.writeFileManPage(std::move(results));
+        break;
+    case CFileManCGI::ACTION_LIST_SCREENSHOTS:
+        store.loadScreenShots(results);
+        request.writeFileManPage(std::move(results));
+        break;
+    case CFileManCGI::ACTION_PRIMARY_FILTER:
+        request.writePriFilterPage();
+        break;
+    case CFileManCGI::ACTION_ADVANCED_FILTER:
+        request.writeAdvFilterPage();
+        break;
+    case CFileManCGI::ACTION_VIEW:
+        store.loadAll(results);
+        request.viewResults(std::move(results));
+        break;
+    case CFileManCGI::ACTION_PDF:
+        store.loadAll(results);
+        request.convert2PDF(std::move(results));
+        break;
+    case CFileManCGI::ACTION_DOWNLOAD:
+        store.loadAll(results);
+        request.downloadResults(std::move(results));
+        break;
+    default:
+        CGICommonUtils::writeRequestInfo();
+        break;
+    }
+}
+
+// Without giving back what the kernel takes at once: freeing 100,000 records would take longer than writing
+// them.
+[[noreturn]] void endProcess() {
+    std::fflush(stdout);
+    ::_exit(EXIT_SUCCESS);
+}
+
+} // namespace
+
+int main() {
+    prepareProcess();
+    ResultList results;
+    const auto store = std::make_unique<CFileManager>();
+    runStartUpThread();
+
+    const auto request = std::make_unique<CFileManCGI>();
+    readQuery(*request);
+    _ResultFilter filter;
+    request->getFilterFromRequest(filter);
+    answer(*request, *store, filter, results);
+    endProcess();
+}
