@@ -1,0 +1,77 @@
+#include "common/AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+
+#include "common/CCommUtils.h"
+#include "common/Report.h"
+#include "common/UniqueFd.h"
+
+namespace {
+
+std::string resolveLinks(const std::string& path) {
+    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), &std::free);
+    return resolved ? resolved.get() : path;
+}
+
+bool writeAll(int file, std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t count = ::write(file, content.data(), content.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return false;
+        content.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+bool takeOverAttributes(int file, const std::string& from) {
+    struct stat status = {};
+    if (::stat(from.c_str(), &status) != 0)
+        return false;
+    // Only root may give files away; another writer's file becomes the writer's. Before fchmod: a change of
+    // owner clears the set-id bits.
+    if (::fchown(file, status.st_uid, status.st_gid) != 0 && errno != EPERM)
+        return false;
+    return ::fchmod(file, status.st_mode & 07777) == 0;
+}
+
+// Content, attributes and durability of the new file, before any name points at it.
+bool fillNewFile(UniqueFd& file, const std::string& target, std::string_view content) {
+    return takeOverAttributes(file.get(), target) && writeAll(file.get(), content) &&
+           ::fsync(file.get()) == 0 && file.reset() == 0;
+}
+
+bool syncDirectoryOf(const std::string& target) {
+    const UniqueFd directory(
+        ::open((CCommUtils::absFilePath(target) + "/").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return directory && ::fsync(directory.get()) == 0;
+}
+
+} // namespace
+
+bool replaceFile(const std::string& path, std::string_view content) {
+    const std::string target = resolveLinks(path);
+    std::string temporary = target + ".XXXXXX";
+    UniqueFd file(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (!file) {
+        reportErrno("cannot create a new version of", target, errno);
+        return false;
+    }
+    if (!fillNewFile(file, target, content) || ::rename(temporary.c_str(), target.c_str()) != 0) {
+        reportErrno("cannot replace", target, errno);
+        ::unlink(temporary.c_str());
+        return false;
+    }
+    if (!syncDirectoryOf(target)) {
+        reportErrno("cannot make durable", target, errno);
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,72 @@
+#include "common/CCommUtils.h"
+
+#include <algorithm>
+#include <cctype>
+#include <string_view>
+
+namespace {
+
+unsigned char lower(char c) {
+    return static_cast<unsigned char>(std::tolower(static_cast<unsigned char>(c)));
+}
+
+} // namespace
+
+bool CCommUtils::isEmpty(const char* s) {
+    return s == nullptr || *s == '\0';
+}
+
+bool CCommUtils::isStartsWith(const std::string& s, const std::string& prefix) {
+    return s.compare(0, prefix.size(), prefix) == 0;
+}
+
+bool CCommUtils::isEndsWith(const std::string& s, const std::string& suffix) {
+    return s.size() >= suffix.size() && s.compare(s.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
+bool CCommUtils::isEquals(const std::string& a, const std::string& b) {
+    return a.size() == b.size() &&
+           std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lower(x) == lower(y); });
+}
+
+bool CCommUtils::isContains(const std::string& s, const std::string& part) {
+    return s.find(part) != std::string::npos;
+}
+
+bool CCommUtils::isContains(const std::list<std::string>& items, const std::string& s) {
+    return std::find(items.begin(), items.end(), s) != items.end();
+}
+
+bool CCommUtils::isMatchedFile(const std::list<std::string>& extensions, const std::string& name) {
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string::npos)
+        return false;
+    const std::string_view extension = std::string_view(name).substr(dot);
+    return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
+}
+
+void CCommUtils::split(std::list<std::string>& out, const std::string& separators, const std::string& text) {
+    std::size_t begin = 0;
+    while (begin < text.size()) {
+        const std::size_t end = text.find_first_of(separators, begin);
+        if (end == std::string::npos) {
+            out.push_back(text.substr(begin));
+            return;
+        }
+        out.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+std::string CCommUtils::join(const std::list<std::string>& items, const std::string& separator) {
+    std::string joined;
+    for (const std::string& item : items)
+        joined.append(item).append(separator);
+    if (!joined.empty())
+        joined.pop_back();
+    return joined;
+}
+
+std::string CCommUtils::trimRight(const std::string& s) {
+    return s.substr(0, s.find_last_not_of(" \t\f\v\n\r") + 1);
+}
