@@ -1,0 +1,147 @@
+#include <tinyxml.h>
+
+#include <memory>
+
+#include "common/CCommUtils.h"
+#include "conf/CFileManConf.h"
+#include "conf/XmlFile.h"
+
+namespace {
+
+using xml::attribute;
+
+// The choosers' word for no choice.
+bool isNone(const std::string& choice) {
+    return CCommUtils::isEquals(choice, "None");
+}
+
+bool isBlank(const _AdvanceInfo& info) {
+    const auto unchosen = [](const std::string& choice) { return choice.empty() || isNone(choice); };
+    return info.jobId.empty() && info.account.empty() && unchosen(info.locator) && unchosen(info.type) &&
+           info.prefix.empty() && info.fileName.empty() && info.suffix.empty();
+}
+
+void readStored(_AdvanceInfo& info, const TiXmlElement& element) {
+    info.jobId = attribute(element, "job_id");
+    info.account = attribute(element, "account_id");
+    info.locator = attribute(element, "locator");
+    info.type = attribute(element, "advtype");
+    info.prefix = attribute(element, "prefix");
+    info.suffix = attribute(element, "suffix");
+    info.hasAdvance = !isBlank(info);
+}
+
+// Calls visit(element) for each advinfo element in the root's first child element, by position and not by
+// name: wanted, unlike readConf.
+template<typename Visitor>
+void forEachAdvInfo(TiXmlDocument& document, Visitor&& visit) {
+    TiXmlElement* const root = document.RootElement();
+    TiXmlElement* const filter = root == nullptr ? nullptr : root->FirstChildElement();
+    if (filter == nullptr)
+        return;
+    xml::forEachChild(*filter, [&](TiXmlElement& child) {
+        if (xml::isNamed(child, "advinfo"))
+            visit(child);
+    });
+}
+
+// The names on offer go to choices, each once; the last one marked becomes chosen.
+void readChoices(const TiXmlElement& chooser, std::list<std::string>& choices, std::string& chosen) {
+    xml::forEachChild(chooser, [&](const TiXmlElement& entry) {
+        const std::string name = attribute(entry, "name");
+        if (name.empty())
+            return;
+        if (!CCommUtils::isContains(choices, name))
+            choices.push_back(name);
+        if (CFileManConf::isChecked(attribute(entry, "checked")))
+            chosen = name;
+    });
+}
+
+void readAdvInfo(const TiXmlElement& element, _AdvanceInfo& info) {
+    info.jobId = attribute(element, "jobid");
+    info.account = attribute(element, "account");
+    info.fileName = attribute(element, "name");
+    info.prefix = attribute(element, "prefix");
+    info.suffix = attribute(element, "suffix");
+    xml::forEachChild(element, [&](const TiXmlElement& chooser) {
+        if (xml::isNamed(chooser, "locator"))
+            readChoices(chooser, info.locatorList, info.locator);
+        else if (xml::isNamed(chooser, "type"))
+            readChoices(chooser, info.typeList, info.type);
+    });
+}
+
+void markChoice(TiXmlElement& chooser, const std::string& chosen) {
+    xml::forEachChild(chooser, [&](TiXmlElement& entry) {
+        const bool isChosen = CCommUtils::isEquals(attribute(entry, "name"), chosen);
+        entry.SetAttribute("checked", CFileManConf::checkState2Str(isChosen));
+    });
+}
+
+void writeAdvInfo(TiXmlElement& element, const _AdvanceInfo& info) {
+    element.SetAttribute("jobid", info.jobId);
+    element.SetAttribute("account", info.account);
+    element.SetAttribute("name", info.fileName);
+    element.SetAttribute("prefix", info.prefix);
+    element.SetAttribute("suffix", info.suffix);
+    xml::forEachChild(element, [&](TiXmlElement& chooser) {
+        if (xml::isNamed(chooser, "locator"))
+            markChoice(chooser, info.locator);
+        else if (xml::isNamed(chooser, "type"))
+            markChoice(chooser, info.type);
+    });
+}
+
+// An empty filter text restricts nothing.
+bool contains(const std::string& text, const std::string& part) {
+    return part.empty() || CCommUtils::isContains(text, part);
+}
+
+// Only the word "None" restricts, and then the file's field has to contain it; a real choice lets every file
+// pass. The opposite of what one expects, and wanted.
+bool passesChooser(const std::string& choice, const std::string& field) {
+    return !isNone(choice) || CCommUtils::isContains(field, choice);
+}
+
+} // namespace
+
+_AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path) try {
+    info.hasAdvance = false;
+    const std::unique_ptr<TiXmlDocument> document = path.empty() ? nullptr : xml::load(path);
+    const TiXmlElement* const root = document ? document->RootElement() : nullptr;
+    if (root == nullptr)
+        return info;
+    xml::forEachChild(*root, [&](const TiXmlElement& child) {
+        if (xml::isNamed(child, "ktb_advinfo"))
+            readStored(info, child);
+    });
+    return info;
+} catch (const std::string&) {
+    return info;
+}
+
+bool CFileManConf::advMatch(const _AdvanceInfo& filter, const _AdvanceInfo& file) {
+    return contains(file.jobId, filter.jobId) && contains(file.account, filter.account) &&
+           contains(file.fileName, filter.fileName) &&
+           CCommUtils::isStartsWith(file.fileName, filter.prefix) &&
+           CCommUtils::isEndsWith(file.fileName, filter.suffix) &&
+           passesChooser(filter.locator, file.locator) && passesChooser(filter.type, file.type);
+}
+
+void CFileManConf::getAdvanceInfo(_AdvanceInfo& info) {
+    info.hasAdvance = false;
+    const std::unique_ptr<TiXmlDocument> document = xml::load(getConfFileName());
+    if (!document || document->RootElement() == nullptr)
+        return;
+    forEachAdvInfo(*document, [&](const TiXmlElement& element) { readAdvInfo(element, info); });
+    info.hasAdvance = !isBlank(info);
+}
+
+int CFileManConf::saveAdvanceInfo(const _AdvanceInfo& info) {
+    const std::unique_ptr<TiXmlDocument> document = xml::load(getConfFileName());
+    if (!document)
+        return 0;
+    forEachAdvInfo(*document, [&](TiXmlElement& element) { writeAdvInfo(element, info); });
+    return xml::save(*document, getConfFileName()) ? 1 : 0;
+}

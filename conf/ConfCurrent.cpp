@@ -1,0 +1,157 @@
+#include <cstdio>
+
+#include "common/CCommUtils.h"
+#include "conf/CFileManConf.h"
+#include "conf/ConfState.h"
+
+namespace {
+
+bool addOnce(std::list<std::string>& list, const std::string& item) {
+    if (CCommUtils::isContains(list, item))
+        return false;
+    list.push_back(item);
+    return true;
+}
+
+void mergeInto(std::list<std::string>& list, const std::list<std::string>& items) {
+    for (const std::string& item : items)
+        addOnce(list, item);
+}
+
+template<typename Record>
+void addKeys(std::list<std::string>& out, const std::map<std::string, Record>& map) {
+    for (const auto& [key, record] : map)
+        addOnce(out, key);
+}
+
+} // namespace
+
+void CFileManConf::addCurrentMode(const std::string& name) {
+    confState().s_modeName = name;
+    addOnce(confState().s_curModeList, name);
+}
+
+void CFileManConf::addCurrentType(const std::string& name) {
+    ConfState& state = confState();
+    addOnce(state.s_curTypeList, name);
+    addOnce(state.s_modeTypeMap[state.s_modeName], name);
+}
+
+void CFileManConf::addCurrentPort(const std::string& name) {
+    addOnce(confState().s_curPortList, name);
+}
+
+void CFileManConf::addCurrentModule(const std::string& name) {
+    addOnce(confState().s_curModuleList, name);
+}
+
+void CFileManConf::getCurrentMode(std::list<std::string>& out) {
+    out = confState().s_curModeList;
+}
+
+void CFileManConf::getCurrentTypeNames(std::list<std::string>& out) {
+    out = confState().s_curTypeList;
+}
+
+void CFileManConf::getCurrentPort(std::list<std::string>& out) {
+    out = confState().s_curPortList;
+}
+
+void CFileManConf::getCurrentModule(std::list<std::string>& out) {
+    out = confState().s_curModuleList;
+}
+
+void CFileManConf::getTypeByModeName(std::list<std::string>& out, const std::string& mode) {
+    const auto found = confState().s_modeTypeMap.find(mode);
+    if (found == confState().s_modeTypeMap.end())
+        out.clear();
+    else
+        out = found->second;
+}
+
+void CFileManConf::getCurrentTypeKeys(std::list<std::string>& out) {
+    for (const std::string& name : confState().s_curTypeList)
+        getTypeKeys(out, name);
+}
+
+void CFileManConf::getTypeKeys(std::list<std::string>& out, const std::string& typeName) {
+    for (const auto& [key, type] : confState().s_confTypeMap) {
+        if (CCommUtils::isEquals(type.name, typeName))
+            addOnce(out, key);
+    }
+}
+
+void CFileManConf::getAllModeNames(std::list<std::string>& out) {
+    addKeys(out, confState().s_confModeMap);
+}
+
+void CFileManConf::getAllTypeNames(std::list<std::string>& out) {
+    for (const auto& [key, type] : confState().s_confTypeMap)
+        addOnce(out, type.name);
+}
+
+void CFileManConf::getAllTypeKeys(std::list<std::string>& out) {
+    addKeys(out, confState().s_confTypeMap);
+}
+
+void CFileManConf::getAllPortNames(std::list<std::string>& out) {
+    addKeys(out, confState().s_confPortMap);
+}
+
+void CFileManConf::getAllModuleNames(std::list<std::string>& out) {
+    addKeys(out, confState().s_confModuleMap);
+}
+
+bool CFileManConf::addTypeToMode(const std::string& type, const std::string& mode) {
+    const auto found = confState().s_modeTypeMap.find(mode);
+    return found != confState().s_modeTypeMap.end() && addOnce(found->second, type);
+}
+
+void CFileManConf::clearCurrentModes() {
+    confState().s_curModeList.clear();
+}
+
+void CFileManConf::clearCurrentTypes() {
+    confState().s_curTypeList.clear();
+}
+
+void CFileManConf::clearCurrentPorts() {
+    confState().s_curPortList.clear();
+}
+
+void CFileManConf::clearCurrentModules() {
+    confState().s_curModuleList.clear();
+}
+
+void CFileManConf::clearCurrentAll() {
+    clearCurrentModes();
+    clearCurrentTypes();
+    clearCurrentPorts();
+}
+
+void CFileManConf::addScanModuleInfo(const std::string& module, ScanModuleToModeInfo& info) {
+    auto& scanInfo = confState().s_scanInfo;
+    if (CCommUtils::isEquals(module, "40GE")) {
+        const auto stored = scanInfo.find("40GE");
+        // Only the type lists merge, and only in the caller's record: the stored modes would have to be
+        // inserted where entries already stand, which changes nothing. Wanted.
+        if (stored != scanInfo.end()) {
+            mergeInto(info.profTypes, stored->second.profTypes);
+            mergeInto(info.rsltTypes, stored->second.rsltTypes);
+        }
+    }
+    scanInfo.emplace(module, info);
+}
+
+const std::map<std::string, ScanModuleToModeInfo>& CFileManConf::getScanModuleInfo() {
+    return confState().s_scanInfo;
+}
+
+void CFileManConf::dump(const std::string& title, const std::list<std::string>& items) {
+    std::printf("%s\ndump start............................\ntotal:%zu\n", title.c_str(), items.size());
+    std::size_t number = 0;
+    for (const std::string& item : items)
+        std::printf("index: %zu----%s\n", ++number, item.c_str());
+    std::puts("dump end..............................");
+    std::fflush(stdout);
+}

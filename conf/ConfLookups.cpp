@@ -1,0 +1,174 @@
+#include <cstddef>
+#include <stdexcept>
+
+#include "common/CCommUtils.h"
+#include "common/Report.h"
+#include "conf/CFileManConf.h"
+#include "conf/ConfState.h"
+
+namespace {
+
+// The wanted field of the first record, in key order, whose matched field equals text; "" when none does.
+template<typename Record>
+std::string find(const std::map<std::string, Record>& map, std::string Record::*matched,
+                 const std::string& text, std::string Record::*wanted) {
+    for (const auto& [key, record] : map) {
+        if (CCommUtils::isEquals(record.*matched, text))
+            return record.*wanted;
+    }
+    return {};
+}
+
+// std::map::at that tells the server's log which key it was: nobody catches the exception.
+template<typename Record>
+const Record& checked(const std::map<std::string, Record>& map, const std::string& key, const char* kind) {
+    const auto found = map.find(key);
+    if (found == map.end()) {
+        report("cannot look up " + std::string(kind), key, "the configuration has no such entry");
+        throw std::out_of_range("no " + std::string(kind) + " " + key);
+    }
+    return found->second;
+}
+
+// Cutting more than there is leaves nothing; a negative count cuts nothing.
+std::string cutLast(const std::string& name, int n) {
+    const std::size_t count = n < 0 ? 0 : static_cast<std::size_t>(n);
+    return count >= name.size() ? std::string() : name.substr(0, name.size() - count);
+}
+
+constexpr char kUnknown[] = "Unknown";
+
+} // namespace
+
+std::string CFileManConf::getModeName(const std::string& dirName) {
+    for (const auto& [name, mode] : confState().s_confModeMap) {
+        // "ktr" directories belong to the first mode whatever their configured name: wanted.
+        if (CCommUtils::isEquals(mode.rslt_dir_name, dirName) ||
+            CCommUtils::isEquals(mode.prof_dir_name, dirName) || dirName == "ktr")
+            return name;
+    }
+    return {};
+}
+
+std::string CFileManConf::getTypeName(const std::string& typeKey) {
+    return find(confState().s_confTypeMap, &_TypeInfo::key, typeKey, &_TypeInfo::name);
+}
+
+std::string CFileManConf::getPortName(const std::string& portKey) {
+    return find(confState().s_confPortMap, &_PortInfo::key, portKey, &_PortInfo::name);
+}
+
+std::string CFileManConf::modeName2Label(const std::string& name) {
+    return find(confState().s_confModeMap, &_ModeInfo::name, name, &_ModeInfo::label);
+}
+
+std::string CFileManConf::typeKey2Label(const std::string& key) {
+    return find(confState().s_confTypeMap, &_TypeInfo::key, key, &_TypeInfo::label);
+}
+
+std::string CFileManConf::portName2Label(const std::string& name) {
+    return find(confState().s_confPortMap, &_PortInfo::name, name, &_PortInfo::label);
+}
+
+std::string CFileManConf::modeLabel2DirName(const std::string& label, bool isResult) {
+    return find(confState().s_confModeMap, &_ModeInfo::label, label,
+                isResult ? &_ModeInfo::rslt_dir_name : &_ModeInfo::prof_dir_name);
+}
+
+std::string CFileManConf::typeLabel2DirName(const std::string& label, bool isResult) {
+    for (const auto& [key, type] : confState().s_confTypeMap) {
+        if (CCommUtils::isEquals(type.label, label))
+            return type.key + (isResult ? type.rslt_suffix : type.prof_suffix);
+    }
+    return {};
+}
+
+std::string CFileManConf::portLabel2DirName(const std::string& label, bool /*isResult*/) {
+    // Crossed on purpose: the second module's port has the plain directory name.
+    if (CCommUtils::isEquals(label, "10GE M2"))
+        return "10gport";
+    if (CCommUtils::isEquals(label, "10GE M1"))
+        return "10gport2";
+    return find(confState().s_confPortMap, &_PortInfo::label, label, &_PortInfo::dir);
+}
+
+std::string CFileManConf::modeLabel2ModeName(const std::string& label) {
+    return find(confState().s_confModeMap, &_ModeInfo::label, label, &_ModeInfo::name);
+}
+
+std::string CFileManConf::typeLabel2Key(const std::string& label) {
+    return find(confState().s_confTypeMap, &_TypeInfo::label, label, &_TypeInfo::key);
+}
+
+const _ModeInfo& CFileManConf::getModeInfo(const std::string& name) {
+    return checked(confState().s_confModeMap, name, "mode");
+}
+
+const _TypeInfo& CFileManConf::getTypeInfo(const std::string& key) {
+    return checked(confState().s_confTypeMap, key, "type");
+}
+
+const _PortInfo& CFileManConf::getPortInfo(const std::string& name) {
+    return checked(confState().s_confPortMap, name, "port");
+}
+
+const _ClassInfo& CFileManConf::getClassInfo(const std::string& name) {
+    return checked(confState().s_confClassMap, name, "class");
+}
+
+const ModuleInfo& CFileManConf::getModuleInfo(const std::string& name) {
+    return checked(confState().s_confModuleMap, name, "module");
+}
+
+const std::map<std::string, _ModeInfo>& CFileManConf::getModesInfo() {
+    return confState().s_confModeMap;
+}
+
+const std::map<std::string, _TypeInfo>& CFileManConf::getTypesInfo() {
+    return confState().s_confTypeMap;
+}
+
+const std::map<std::string, _PortInfo>& CFileManConf::getPortsInfo() {
+    return confState().s_confPortMap;
+}
+
+const std::map<std::string, _ClassInfo>& CFileManConf::getClassesInfo() {
+    return confState().s_confClassMap;
+}
+
+const std::map<std::string, ModuleInfo>& CFileManConf::getModulesInfo() {
+    return confState().s_confModuleMap;
+}
+
+const std::map<std::string, CommonOptInfo>& CFileManConf::getCommonModuleInfo() {
+    return confState().s_confCommonModuleMap;
+}
+
+const std::list<ExtraDirInfo>& CFileManConf::getExtraDirList() {
+    return confState().s_extraDirInfoList;
+}
+
+void CFileManConf::getExtraDirList(std::list<ExtraDirInfo>& out) {
+    out = confState().s_extraDirInfoList;
+}
+
+std::string CFileManConf::getVerNum(const std::string& /*text*/) {
+    return {};
+}
+
+std::string CFileManConf::str2Port(const std::string& name) {
+    constexpr int kPortWordLength = 4;
+    if (name.empty())
+        return kUnknown;
+    // Any one of the letters counts, not the word: wanted.
+    const bool cuts = name.find_first_of("port") != std::string::npos;
+    return getPortName(cuts ? cutLast(name, kPortWordLength) : name);
+}
+
+std::string CFileManConf::str2Port(const std::string& name, int n) {
+    return name.empty() ? kUnknown : getPortName(cutLast(name, n));
+}
+
+std::string CFileManConf::str2Type(const std::string& name, int n) {
+    return name.empty() ? kUnknown : cutLast(name, n);
+}
