@@ -1,0 +1,52 @@
+#include "fileman/CFileManager.h"
+
+#include "common/FixedPaths.h"
+#include "fileman/StorageTree.h"
+
+CFileManager* g_FileMan = nullptr;
+
+CFileManager::CFileManager()
+    : m_extensions{".html", ".png", ".jpg", ".jpeg", ".bmp", ".pcap"}, m_specialTypes{"opm", "screen",
+                                                                                      "fiberscope", "odm",
+                                                                                      "wsa"},
+      m_home(paths::kHome), m_tree(std::make_unique<StorageTree>(m_home)) {
+    g_FileMan = this;
+}
+
+CFileManager::~CFileManager() {
+    if (g_FileMan == this)
+        g_FileMan = nullptr;
+}
+
+void CFileManager::getFilter(_ResultFilter& filter) const {
+    filter = m_filter;
+}
+
+void CFileManager::setFilter(const _ResultFilter& filter) {
+    m_filter = filter;
+}
+
+void CFileManager::clearLoaded() {
+    m_loaded.clear();
+}
+
+void CFileManager::getLoadedResults(std::list<_ResultInfo*>& out) const {
+    out = m_loaded;
+}
+
+void CFileManager::addResultInfo(_ResultInfo* info) {
+    info->id = makeUniqueId(info);
+    m_loaded.push_back(info);
+}
+
+std::string CFileManager::makeUniqueId(const _ResultInfo* info) {
+    constexpr std::size_t kLongestId = 255;
+    std::string id;
+    id.reserve(info->mode.size() + info->port.size() + info->test.size() + info->rsltype.size() +
+               info->name.size() + 4);
+    id.append(info->mode).append("_").append(info->port).append("_").append(info->test).append("_");
+    id.append(info->rsltype).append("_").append(info->name);
+    if (id.size() > kLongestId)
+        id.resize(kLongestId);
+    return id;
+}

@@ -1,0 +1,192 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "conf/ConfRecords.h"
+#include "conf/ResultFilter.h"
+#include "conf/ScanRecords.h"
+#include "fileman/ResultInfo.h"
+
+class CFileManager;
+class Directory;
+class StorageTree;
+enum class Half;
+enum class Scratch;
+struct FamilyRule;
+struct FileSource;
+
+// The one result store of the process, set by its constructor; null before.
+extern CFileManager* g_FileMan;
+
+// The result store: scans the storage tree and loads what a filter selects into result records.
+//
+// The store reads every directory at most once in its life and takes later answers from what it read: it is
+// made for one request. Missing and unreadable directories are skipped in silence at every level. Records
+// come in the order of the directory listings and live until the process ends (the lists never own them).
+class CFileManager {
+public:
+    CFileManager();
+    ~CFileManager();
+    CFileManager(const CFileManager&) = delete;
+    CFileManager& operator=(const CFileManager&) = delete;
+
+    // --- loading (LoadPipeline.cpp)
+    // -------------------------------------------------------------------------
+
+    // Everything that the configuration knows, whatever the filter said except for its modules.
+    void loadAll(std::list<_ResultInfo*>& out);
+    void loadAllResults(std::list<_ResultInfo*>& out);
+    void loadAllProfiles(std::list<_ResultInfo*>& out);
+    // What the active filter selects.
+    void loadResults(std::list<_ResultInfo*>& out);
+    void loadProfiles(std::list<_ResultInfo*>& out);
+    // The screenshots, appended to what is loaded already.
+    void loadScreenShots(std::list<_ResultInfo*>& out);
+
+    void getFilter(_ResultFilter& filter) const;
+    void setFilter(const _ResultFilter& filter);
+
+    // Reads the configuration and scans the storage tree: once, before anything else.
+    void scanFilters();
+    // Empties the loaded list; the records stay.
+    void clearLoaded();
+    // Copies the loaded list.
+    void getLoadedResults(std::list<_ResultInfo*>& out) const;
+    // Throws std::out_of_range for a module that the configuration lacks: wanted, it ends the request.
+    void reloadResult();
+    // These return the number of records added.
+    int loadResult(LoadInfo& info);
+    int loadCommonResult();
+
+    // Gives the record its identifier and appends it to the loaded list.
+    void addResultInfo(_ResultInfo* info);
+    // "mode_port_test_rsltype_name", 255 bytes at most.
+    static std::string makeUniqueId(const _ResultInfo* info);
+
+    // --- sources outside the regular tree (LoadSpecial.cpp)
+    // -----------------------------------------------------
+
+    int loadScreenShot();
+    // index: position in the configuration's list of extra directories; past its end there is nothing.
+    int loadExtraResult(int index);
+    int loadFmonitorResult(const LoadInfo& info);
+    int loadMtieResult();
+
+    // --- scans (ScanStorage.cpp, ScanVocabulary.cpp)
+    // --------------------------------------------------------------
+
+    // Records per configured module which types and ports the disk holds.
+    void scanDir();
+    void scanSubDir(LoadInfo& info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan);
+    void scanCommonDir();
+    void scanOtu3In100geDir();
+    // Registers the modes, types and ports that the directory names below path stand for.
+    void scanResultFilters(const std::string& path);
+
+    // --- directory names (DirNames.cpp)
+    // ---------------------------------------------------------------------------
+
+    // Appends the family's first-level directories.
+    static void get1stLevelDirNames(std::list<std::string>& out, TestMode mode, bool isResult);
+    static bool isDotOrDotDot(const char* name);
+    static bool isValidPortDirName(const std::string& dirName);
+    static bool isValidTypeDirName(const std::string& dirName);
+    static std::string str2Port(const std::string& dirName, int suffixLen);
+    static std::string str2Type(const std::string& dirName, int suffixLen);
+    static std::string str2PortName(TestMode mode, const std::string& dirName, bool matchSuffix);
+    static std::string str2PortNameOtux(bool isResult, const std::string& dirName, bool matchSuffix);
+    static bool isNeedConvertPortName(TestMode mode, const std::string& dirName);
+    static bool isModeMatched(TestMode mode, const std::string& modeName);
+    // The instrument's own saved last configuration, which is not listed.
+    static bool isAntiFileName(const std::string& fileName);
+    // Appends every non-directory below dir, depth first in listing order.
+    void listDir(const char* dir, std::list<std::string>& out);
+
+    // --- test families (LoadFamilies.cpp): each returns the number of records added
+    // -------------------------------
+
+    int loadEthernetResult(const _ModeInfo& mode);
+    int loadEthernetProfile(const _ModeInfo& mode);
+    int loadFiberResult(const _ModeInfo& mode);
+    int loadFiberProfile(const _ModeInfo& mode);
+    int loadSDHResult(const _ModeInfo& mode);
+    int loadSDHProfile(const _ModeInfo& mode);
+    int loadCommonResult(const _ModeInfo& mode);
+    int loadCommonProfile(const _ModeInfo& mode);
+    int loadOTUXResult(const _ModeInfo& mode);
+    int loadOTUXProfile(const _ModeInfo& mode);
+    int loadODU0Result(const _ModeInfo& mode);
+    int loadODU0Profile(const _ModeInfo& mode);
+    int loadCableResult(const _ModeInfo& mode);
+    int loadCableProfile(const _ModeInfo& mode);
+    int loadCPRILayerResult(const _ModeInfo& mode);
+    int loadCPRILayerProfile(const _ModeInfo& mode);
+
+private:
+    // Whether a filter list lets value pass; an empty one restricts nothing.
+    static bool passes(const std::list<std::string>& filter, const std::string& value);
+
+    // --- the file step, the same for all sources (FileStep.cpp)
+    // -----------------------------------------------
+
+    // Lists the files of one directory that pass; returns the number of records added.
+    int listFiles(const FileSource& source);
+    bool isWanted(const FileSource& source, const Directory& directory, const std::string& fileName,
+                  const std::string& base);
+    // Whether the item passes the advanced filter; what is stored at path is read only when it can decide.
+    bool matchesStoredInfo(const std::string& path, const std::string& base);
+    void addRecord(const _ResultInfo& prototype, const std::string& name, const std::string& path);
+
+    // --- load passes (LoadPipeline.cpp)
+    // -------------------------------------------------------------------------
+
+    void selectEverything(bool results, bool profiles);
+    void loadMode(const ModuleInfo& module, const ModeOptInfo& option);
+    int loadCommonByPort(const CommonOptInfo& option);
+    int loadCommonFlat(const CommonOptInfo& option);
+    int loadFlat(const LoadInfo& info);
+    int loadFixedDirs(const LoadInfo& info);
+    int loadTree(const LoadInfo& info);
+    int loadPortDir(const LoadInfo& info, const std::string& path, const std::string& port);
+    int loadTypeDir(const LoadInfo& info, const std::string& path, const std::string& port,
+                    const std::string& type);
+
+    // --- scans (ScanStorage.cpp, ScanVocabulary.cpp); true when there is something on disk
+    // -----------------------
+
+    bool scanMode(const ModuleInfo& module, const ModeOptInfo& option, ScanModuleToModeInfo& moduleScan);
+    bool scanHalf(LoadInfo info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan);
+    void registerDirectory(const std::string& path);
+    bool registerModeDir(const std::string& name, const std::string& parent);
+    void registerSuffixedModeDir(const std::string& name);
+    void registerTypeOrPortDir(const std::string& name);
+    void registerSdhDir(const std::string& name, const std::string& parent);
+
+    // --- family walk (LoadFamilies.cpp)
+    // ---------------------------------------------------------------------------
+
+    int loadFamily(TestMode family, Half half, const _ModeInfo& mode);
+    int loadFamilyRoot(const FamilyRule& rule, const std::string& root, const std::string& mode);
+    int loadFamilyPorts(const FamilyRule& rule, const std::string& path, const std::string& mode);
+    int loadFamilyTypes(const FamilyRule& rule, const std::string& path, const std::string& mode,
+                        const std::string& port);
+    int loadStrippedTypes(const std::string& path, const std::string& mode, const std::string& port,
+                          Scratch scratch);
+    // Whether the filter names the type, or, when it names none, whether the type was found on disk.
+    bool passesKnown(const std::string& typeKey) const;
+
+    _ResultFilter m_filter;
+    std::list<std::string> m_extensions;   // file name endings that are listed
+    std::list<_ResultInfo*> m_loaded;      // in the order found
+    std::list<std::string> m_specialTypes; // type directories without a suffix
+    std::string m_home;
+    // Whether the vocabulary scan is behind a "kts-" mode directory, whose type directories carry one more
+    // letter.
+    bool typePrefixFlag = false;
+    std::unique_ptr<StorageTree> m_tree;
+    std::unordered_map<std::string, _AdvanceInfo> m_storedInfo; // by path, as far as read
+};

@@ -1,0 +1,214 @@
+#include <cstdio>
+
+#include "common/CCommUtils.h"
+#include "conf/CFileManConf.h"
+#include "fileman/CFileManager.h"
+#include "fileman/FileStep.h"
+#include "fileman/LoadPass.h"
+#include "fileman/StorageTree.h"
+
+namespace {
+
+using Names = std::list<std::string>;
+
+// What the filter names; else what was found on disk; else everything configured.
+Names wantedNames(const Names& filter, void (*getCurrent)(Names&), void (*getAll)(Names&)) {
+    Names names = filter;
+    if (names.empty())
+        getCurrent(names);
+    if (names.empty())
+        getAll(names);
+    return names;
+}
+
+} // namespace
+
+bool CFileManager::passes(const Names& filter, const std::string& value) {
+    return filter.empty() || CCommUtils::isContains(filter, value);
+}
+
+void CFileManager::selectEverything(bool results, bool profiles) {
+    m_filter.modes.clear();
+    m_filter.tests.clear();
+    m_filter.ports.clear();
+    CFileManConf::getAllModeNames(m_filter.modes);
+    CFileManConf::getAllTypeKeys(m_filter.tests);
+    CFileManConf::getAllPortNames(m_filter.ports);
+    m_filter.includeResults = results;
+    m_filter.includeProfiles = profiles;
+    m_filter.advanceInfo = _AdvanceInfo();
+}
+
+void CFileManager::loadAll(std::list<_ResultInfo*>& out) {
+    selectEverything(true, true);
+    loadResults(out);
+}
+
+void CFileManager::loadAllResults(std::list<_ResultInfo*>& out) {
+    selectEverything(true, false);
+    loadResults(out);
+}
+
+void CFileManager::loadAllProfiles(std::list<_ResultInfo*>& out) {
+    selectEverything(false, true);
+    loadResults(out);
+}
+
+void CFileManager::loadResults(std::list<_ResultInfo*>& out) {
+    reloadResult();
+    getLoadedResults(out);
+}
+
+// The filter's flags say what is loaded, here as in loadResults.
+void CFileManager::loadProfiles(std::list<_ResultInfo*>& out) {
+    loadResults(out);
+}
+
+void CFileManager::loadScreenShots(std::list<_ResultInfo*>& out) {
+    loadScreenShot();
+    getLoadedResults(out);
+}
+
+void CFileManager::reloadResult() {
+    clearLoaded();
+    const Names modules =
+        wantedNames(m_filter.modules, CFileManConf::getCurrentModule, CFileManConf::getAllModuleNames);
+    const Names modes =
+        wantedNames(m_filter.modes, CFileManConf::getCurrentMode, CFileManConf::getAllModeNames);
+    for (const std::string& name : modules) {
+        const ModuleInfo& module = CFileManConf::getModuleInfo(name);
+        if (CCommUtils::isEquals(module.name, "Common")) {
+            loadCommonResult();
+            continue;
+        }
+        for (const auto& [mode, option] : module.modeOpts) {
+            if (CCommUtils::isContains(modes, mode))
+                loadMode(module, option);
+        }
+    }
+}
+
+void CFileManager::loadMode(const ModuleInfo& module, const ModeOptInfo& option) {
+    if (m_filter.includeResults) {
+        LoadInfo results = modePass(module.name, option, Half::Result);
+        loadResult(results);
+        if (isMtieMode(module.name, option.mode_name))
+            loadMtieResult();
+    }
+    if (m_filter.includeProfiles) {
+        LoadInfo profiles = modePass(module.name, option, Half::Profile);
+        loadResult(profiles);
+    }
+    int index = 0;
+    for (const ExtraDirInfo& extra : CFileManConf::getExtraDirList()) {
+        if (CCommUtils::isEquals(extra.module, module.name) &&
+            CCommUtils::isEquals(extra.mode, option.mode_name))
+            loadExtraResult(index);
+        ++index;
+    }
+}
+
+int CFileManager::loadCommonResult() {
+    int count = 0;
+    for (const auto& [name, option] : CFileManConf::getCommonModuleInfo()) {
+        if (!m_tree->exists(m_home + "/" + option.dir_name))
+            continue;
+        count += option.under_port_dir ? loadCommonByPort(option) : loadCommonFlat(option);
+    }
+    return count;
+}
+
+int CFileManager::loadCommonByPort(const CommonOptInfo& option) {
+    const bool isResult = CCommUtils::isEquals(option.test_name, "Result") && m_filter.includeResults;
+    if (!isResult && !(CCommUtils::isEquals(option.test_name, "Profile") && m_filter.includeProfiles))
+        return 0;
+    LoadInfo info{"Common", "", option.dir_name, 1, option.list, isResult ? 1 : 0};
+    const int count = loadResult(info);
+    // Wanted: the line stands in the response, before its header.
+    std::printf(isResult ? "Common port result: %d.\n" : "Common profile: %d.\n", count);
+    return count;
+}
+
+int CFileManager::loadCommonFlat(const CommonOptInfo& option) {
+    if (!m_filter.includeResults || !passes(m_filter.tests, option.key))
+        return 0;
+    FileSource source;
+    source.dir = m_home + "/" + option.dir_name;
+    source.storedInfo = StoredInfo::Companion;
+    source.record.module = "Common";
+    source.record.test = option.test_name;
+    source.record.rsltype = resultWord(true);
+    source.record.type = option.key;
+    return listFiles(source);
+}
+
+int CFileManager::loadResult(LoadInfo& info) {
+    if (info.dir.empty())
+        return 0;
+    if (info.scanTree == 1)
+        return loadTree(info);
+    return info.subDirs.empty() ? loadFlat(info) : loadFixedDirs(info);
+}
+
+int CFileManager::loadFlat(const LoadInfo& info) {
+    const std::string type = flatModeType(info.mode);
+    return type.empty() ? 0 : loadTypeDir(info, m_home + "/" + info.dir, "", type);
+}
+
+int CFileManager::loadFixedDirs(const LoadInfo& info) {
+    int count = 0;
+    for (const std::string& name : info.subDirs)
+        count += loadTypeDir(info, m_home + "/" + info.dir + "/" + name, "", fixedDirType(name));
+    return count;
+}
+
+int CFileManager::loadTree(const LoadInfo& info) {
+    const std::string path = m_home + "/" + info.dir;
+    const Directory* const directory = m_tree->open(path);
+    if (directory == nullptr)
+        return 0;
+    const Names ports = knownPorts(info);
+    int count = 0;
+    for (const DirEntry entry : *directory) {
+        const std::string name(entry.name);
+        // Once for each such entry, of whatever type: wanted.
+        if (isFmonitorEntry(name)) {
+            count += loadFmonitorResult(info);
+            continue;
+        }
+        if (entry.type != EntryType::Directory || !isValidPortDirName(name))
+            continue;
+        const std::string port = str2Port(name, -1);
+        if (passes(m_filter.ports, port) && CCommUtils::isContains(ports, port))
+            count += loadPortDir(info, path + "/" + name, port);
+    }
+    return count;
+}
+
+int CFileManager::loadPortDir(const LoadInfo& info, const std::string& path, const std::string& port) {
+    const Directory* const directory = m_tree->openListed(path);
+    if (directory == nullptr)
+        return 0;
+    int count = 0;
+    for (const DirEntry entry : *directory) {
+        const std::string name(entry.name);
+        if (entry.type == EntryType::Directory && isValidTypeDirName(name))
+            count += loadTypeDir(info, path + "/" + name, port, str2Type(name, -1));
+    }
+    return count;
+}
+
+int CFileManager::loadTypeDir(const LoadInfo& info, const std::string& path, const std::string& port,
+                              const std::string& type) {
+    if (!passes(m_filter.tests, type))
+        return 0;
+    FileSource source;
+    source.dir = path;
+    source.record.module = info.module;
+    source.record.mode = info.mode;
+    source.record.test = CFileManConf::getTypeName(type);
+    source.record.port = port;
+    source.record.rsltype = resultWord(info.isResult != 0);
+    source.record.type = type;
+    return listFiles(source);
+}

@@ -1,0 +1,97 @@
+#include <cstdio>
+#include <iterator>
+
+#include "common/CCommUtils.h"
+#include "common/FixedPaths.h"
+#include "conf/CFileManConf.h"
+#include "fileman/CFileManager.h"
+#include "fileman/FileStep.h"
+#include "fileman/LoadPass.h"
+#include "fileman/StorageTree.h"
+
+int CFileManager::loadScreenShot() {
+    std::list<std::string> accepted = m_filter.tests;
+    if (accepted.empty())
+        CFileManConf::getCurrentTypeKeys(accepted);
+    if (!passes(accepted, "screen"))
+        return 0;
+    FileSource source;
+    source.dir = m_home + paths::kScreenDir;
+    source.storedInfo = StoredInfo::Companion;
+    source.scratch = Scratch::Keep;
+    source.record.module = "Common";
+    source.record.test = "Screen";
+    source.record.rsltype = resultWord(true);
+    source.record.type = "screen";
+    return listFiles(source);
+}
+
+int CFileManager::loadExtraResult(int index) {
+    const std::list<ExtraDirInfo>& extras = CFileManConf::getExtraDirList();
+    const bool declared = index >= 0 && static_cast<std::size_t>(index) < extras.size();
+    const ExtraDirInfo extra = declared ? *std::next(extras.begin(), index) : ExtraDirInfo();
+    if (!(extra.isResult ? m_filter.includeResults : m_filter.includeProfiles))
+        return 0;
+    // Only a directory without a port is left out by a port filter; one with a port never is: wanted.
+    if (extra.port.empty() && !m_filter.ports.empty())
+        return 0;
+    if (!passes(m_filter.tests, extra.key))
+        return 0;
+    FileSource source;
+    source.dir = m_home + "/" + extra.dir_name;
+    source.record.module = extra.module;
+    source.record.mode = extra.mode;
+    source.record.test = CFileManConf::getTypeName(extra.key);
+    source.record.port = extra.port;
+    source.record.rsltype = resultWord(extra.isResult);
+    source.record.type = extra.key;
+    const int count = listFiles(source);
+    // Wanted: the lines stand in the response, before its header.
+    for (auto record = std::prev(m_loaded.end(), count); record != m_loaded.end(); ++record)
+        std::printf("Find at:%s\n", (*record)->path.c_str());
+    return count;
+}
+
+int CFileManager::loadFmonitorResult(const LoadInfo& info) {
+    // Unlike elsewhere an empty list passes nothing: wanted.
+    if (!CCommUtils::isContains(m_filter.tests, "fmonitor"))
+        return 0;
+    FileSource source;
+    source.dir = m_home + "/" + info.dir + "/" + (info.isResult != 0 ? "fmonitor-result" : "fmonitor-setup");
+    source.record.module = info.module;
+    source.record.mode = info.mode;
+    source.record.test = CFileManConf::getTypeName("fmonitor");
+    source.record.rsltype = resultWord(info.isResult != 0);
+    source.record.type = "fmonitor";
+    return listFiles(source);
+}
+
+int CFileManager::loadMtieResult() {
+    // As for the fiber monitor an empty list passes nothing.
+    if (!CCommUtils::isContains(m_filter.tests, "mtie"))
+        return 0;
+    const std::string root = m_home + paths::kMtieDir;
+    const Directory* const directory = m_tree->open(root);
+    if (directory == nullptr)
+        return 0;
+    _ResultInfo prototype;
+    prototype.module = "2G5";
+    prototype.mode = "SDH/PDH";
+    prototype.test = CFileManConf::getTypeName("mtie");
+    prototype.rsltype = resultWord(true);
+    prototype.type = "mtie";
+    int count = 0;
+    for (const DirEntry entry : *directory) {
+        const std::string name(entry.name);
+        const std::string measurement = root + "/" + name;
+        if (entry.type != EntryType::Directory || !m_tree->exists(measurement + "/mtie"))
+            continue;
+        // The name twice, and not tested for existence: wanted, the item is the measurement, not a file.
+        const std::string item = measurement + "/" + name;
+        if (!matchesStoredInfo(item, name))
+            continue;
+        addRecord(prototype, name, item);
+        ++count;
+    }
+    return count;
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+// What a directory listing tells of one entry. No entry is ever stat'ed for its type: entries of unknown type
+// count as Other, like links, sockets and FIFOs.
+enum class EntryType : unsigned char { RegularFile, Directory, Other };
+
+struct DirEntry {
+    std::string_view name; // zero-terminated in memory
+    EntryType type;
+};
+
+// The entries of one directory in listing order, without "." and "..".
+class Directory {
+public:
+    class Iterator {
+    public:
+        explicit Iterator(const char* at) : m_at(at) {}
+        DirEntry operator*() const;
+        Iterator& operator++();
+        bool operator!=(const Iterator& other) const { return m_at != other.m_at; }
+
+    private:
+        const char* m_at;
+    };
+
+    Iterator begin() const { return Iterator(m_packed.data()); }
+    Iterator end() const { return Iterator(m_packed.data() + m_packed.size()); }
+
+    // The entry's type; nothing when there is none of that name. Indexed, for callers that ask for many.
+    std::optional<EntryType> find(std::string_view name) const;
+
+    // To be called before the first find only.
+    void add(std::string_view name, EntryType type);
+
+private:
+    std::string m_packed; // an entry: its type (a byte), the name's length (two), the name, a zero byte
+    mutable std::unordered_map<std::string_view, EntryType> m_index; // made by the first find
+};
+
+// Reads a directory from disk and closes it; nothing when it cannot be opened. Links are followed.
+std::optional<Directory> readDirectory(const std::string& path);
+
+// The storage tree as one request sees it: each directory is read at most once, when it is first asked for,
+// and closed before anybody descends, so that depth costs no open descriptors.
+class StorageTree {
+public:
+    // What is asked about paths below root is answered from the listings of their parents where these can
+    // tell.
+    explicit StorageTree(std::string root) : m_root(std::move(root)) {}
+
+    // The directory at path, or null when it cannot be opened. Pointers stay valid as long as the tree.
+    const Directory* open(const std::string& path);
+
+    // The same for an entry that a listing of its parent told to be a directory.
+    const Directory* openListed(const std::string& path);
+
+    // What access(path, F_OK) says.
+    bool exists(const std::string& path);
+
+private:
+    enum class Answer { Yes, No, AskSystem };
+    Answer lookUp(const std::string& path);
+
+    std::string m_root;
+    std::unordered_map<std::string, std::optional<Directory>> m_directories;
+};
