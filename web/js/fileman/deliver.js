@@ -1,0 +1,174 @@
+/*
+ * Download and PDF export: asks the instrument, shows how far it is, checks the answer and only then saves
+ * it. A choice that is too long for one request goes in parts.
+ */
+import { announce, button, el, visible } from './dom.js';
+import { obstacle } from './kinds.js';
+import { language, size, t } from './texts.js';
+import { AnswerError, deliveryQuery, escape, fetchPieces } from './wire.js';
+
+/** Bytes of ids that one request may carry; the demo's server takes 64 KiB of header lines, small ones 8 or 4. */
+const REQUEST_LIMITS = [56000, 7000, 3000];
+const PIECES_IN_MEMORY = 8 << 20;
+const NAMES_TOLD = 3;
+const SAVED_STAYS = 12000;
+
+let limit = 0;
+let corner;
+
+function task(title) {
+  const bar = el('progress', { 'aria-label': title });
+  const detail = el('span', { class: 'fm-task-detail' });
+  const head = el('strong', { text: title });
+  const stop = button(t('cancel'), { class: 'fm-button' });
+  const done = button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: () => node.remove() });
+  const node = el('section', { class: 'fm-task', 'aria-label': title }, head, bar, detail, el('div', { class: 'fm-task-foot' }, stop, done));
+  done.hidden = true;
+  if (!corner) {
+    corner = el('aside', { class: 'fm-tasks', 'aria-label': t('actions') });
+    document.body.append(corner);
+  }
+  corner.append(node);
+  const controller = new AbortController();
+  stop.addEventListener('click', () => controller.abort());
+  let told = 0;
+  return {
+    signal: controller.signal,
+    start(text) { head.textContent = text; bar.removeAttribute('value'); detail.textContent = ''; told = 0; announce(text); },
+    progress(received, total) {
+      if (total) { bar.max = total; bar.value = received; }
+      detail.textContent = total ? t('ofTotal', { size: size(received), total: size(total) }) : size(received);
+      const quarter = total ? Math.floor((4 * received) / total) : 0;
+      if (quarter > told) { told = quarter; announce(detail.textContent); }
+    },
+    note(text) { node.insertBefore(el('span', { class: 'fm-task-note', text }), detail); },
+    end(text, failed = false) {
+      bar.remove();
+      stop.remove();
+      done.hidden = false;
+      detail.textContent = text;
+      node.classList.add(failed ? 'is-failed' : 'is-done');
+      announce(text);
+      if (!failed) setTimeout(() => node.remove(), SAVED_STAYS);
+    },
+  };
+}
+
+/** Cuts ids into requests that fit the present limit. */
+function parts(ids) {
+  const groups = [[]];
+  let length = 0;
+  for (const id of ids) {
+    const more = escape(id).length + 1;
+    if (length + more > REQUEST_LIMITS[limit] && groups[groups.length - 1].length) { groups.push([]); length = 0; }
+    groups[groups.length - 1].push(id);
+    length += more;
+  }
+  return groups;
+}
+
+const startsWith = (bytes, text) => [...text].every((char, i) => bytes[i] === char.charCodeAt(0));
+
+/** Checks that an answer is what it claims to be, from its first and last bytes. */
+async function inspect(blob, isPdf) {
+  if (!blob.size) throw new AnswerError('errorEmpty');
+  const head = new Uint8Array(await blob.slice(0, 5).arrayBuffer());
+  const tail = new TextDecoder('latin1').decode(await blob.slice(-66000).arrayBuffer());
+  const archive = startsWith(head, 'PK\x03\x04') && tail.includes('PK\x05\x06');
+  if (archive) return 'zip';
+  if (isPdf && startsWith(head, '%PDF-') && tail.includes('%%EOF')) return 'pdf';
+  throw new AnswerError(isPdf ? 'errorNoPdf' : 'errorNoArchive');
+}
+
+async function transfer(operation, ids, job) {
+  const blobs = [];
+  let pieces = [];
+  let held = 0;
+  const { received, total } = await fetchPieces(`fileman.cgi${deliveryQuery(operation, ids)}`, {
+    signal: job.signal,
+    onPiece(piece, soFar, whole) {
+      pieces.push(piece);
+      held += piece.length;
+      // Blobs of some size go to the browser's disk, so that a large archive does not fill its memory.
+      if (held > PIECES_IN_MEMORY) { blobs.push(new Blob(pieces)); pieces = []; held = 0; }
+      job.progress(soFar, whole);
+    },
+  });
+  if (total && received !== total) throw new AnswerError('errorBroken', { received });
+  return new Blob([...blobs, ...pieces]);
+}
+
+function save(blob, name) {
+  const address = URL.createObjectURL(blob);
+  const link = el('a', { href: address, download: name });
+  document.body.append(link);
+  link.click();
+  link.remove();
+  setTimeout(() => URL.revokeObjectURL(address), 60000);
+}
+
+function fileName(entries, type, part) {
+  const day = new Intl.DateTimeFormat('sv').format(new Date());
+  const base = entries.length === 1 ? visible(entries[0].name) : `${t('resultFiles')}-${day}-${entries.length}`;
+  return `${base.replace(/[/\\:*?"<>|]/g, '_')}${part}.${type}`;
+}
+
+function leftOutText(entries, operation) {
+  const names = entries.slice(0, NAMES_TOLD).map((entry) => `“${visible(entry.name)}” (${t(obstacle(entry, operation))})`);
+  if (entries.length > NAMES_TOLD) names.push(t('andMore', { n: entries.length - NAMES_TOLD }));
+  return t('leftOut', { n: entries.length, names: new Intl.ListFormat(language).format(names) });
+}
+
+/** The worded form of a failure. */
+export function wording(error) {
+  if (!(error instanceof AnswerError)) return error.message;
+  const { received, ...values } = error.values;
+  return t(error.key, { ...values, size: size(received ?? 0) });
+}
+
+async function fetchAll(operation, entries, job) {
+  const byId = new Map(entries.map((entry) => [entry.sent, entry]));
+  const title = operation === 'pdf' ? 'converting' : 'packing';
+  let groups = parts([...byId.keys()]);
+  let at = 0;
+  let sum = 0;
+  const names = [];
+  while (at < groups.length) {
+    const text = t(title, { n: groups[at].length });
+    job.start(groups.length > 1 ? `${text} (${t('part', { i: at + 1, n: groups.length })})` : text);
+    let blob;
+    try {
+      blob = await transfer(operation, groups[at], job);
+    } catch (error) {
+      if (error.key !== 'errorTooLong' || limit + 1 >= REQUEST_LIMITS.length) throw error;
+      limit += 1; // a server with a shorter limit: the rest goes in smaller parts
+      groups = [...groups.slice(0, at), ...parts(groups.slice(at).flat())];
+      continue;
+    }
+    const type = await inspect(blob, operation === 'pdf');
+    const members = groups[at].map((id) => byId.get(id));
+    const name = fileName(members, type, groups.length > 1 ? `-${at + 1}` : '');
+    save(blob, name);
+    names.push(name);
+    sum += blob.size;
+    at += 1;
+  }
+  return t('saved', { name: names.join(', '), size: size(sum) });
+}
+
+/** Fetches and saves the entries' archive ('download') or PDFs ('pdf'); tells the person everything itself. */
+export async function deliver(operation, entries) {
+  const good = entries.filter((entry) => !obstacle(entry, operation));
+  const bad = entries.filter((entry) => obstacle(entry, operation));
+  const job = task(t(operation === 'pdf' ? 'pdf' : 'download'));
+  if (bad.length) job.note(leftOutText(bad, operation));
+  if (!good.length) {
+    job.end(t('nothingLeft'), true);
+    return;
+  }
+  try {
+    job.end(await fetchAll(operation, good, job));
+  } catch (error) {
+    job.end(error.name === 'AbortError' ? t('cancelled') : wording(error), error.name !== 'AbortError');
+  }
+}

@@ -1,0 +1,79 @@
+/* Small helpers over the document. Everything is inserted as text or as elements, never as markup. */
+
+const SVG = 'http://www.w3.org/2000/svg';
+
+/** Outline icons on a 24 by 24 field. */
+const ICONS = {
+  refresh: 'M20 11a8 8 0 1 0-2.3 6.3M20 5v6h-6',
+  search: 'M11 4a7 7 0 1 1 0 14 7 7 0 0 1 0-14M16.2 16.2 21 21',
+  filter: 'M4 5h16l-6 8v6l-4-2v-4z',
+  sliders: 'M4 7h9M17 7h3M4 17h3M11 17h9M15 4.5v5M9 14.5v5',
+  eye: 'M2 12s4-7 10-7 10 7 10 7-4 7-10 7S2 12 2 12M12 9a3 3 0 1 1 0 6 3 3 0 0 1 0-6',
+  pdf: 'M6 3h8l5 5v13H6zM14 3v5h5M9 13h7M9 17h5',
+  download: 'M12 4v11M7 11l5 5 5-5M4 20h16',
+  close: 'M6 6l12 12M18 6 6 18',
+  warn: 'M12 4 2.5 20h19zM12 10v4M12 17v.5',
+  report: 'M6 3h8l5 5v13H6zM14 3v5h5',
+  picture: 'M4 5h16v14H4zM4 16l5-5 4 4 3-3 4 4M15.5 9v.5',
+  capture: 'M3 12h4l3-7 4 14 3-7h4',
+  wide: 'M4 10V4h6M20 14v6h-6M4 4l6 6M20 20l-6-6',
+  back: 'M15 5l-7 7 7 7',
+  next: 'M9 5l7 7-7 7',
+  light: 'M12 8a4 4 0 1 1 0 8 4 4 0 0 1 0-8M12 2v2M12 20v2M2 12h2M20 12h2M5 5l1.5 1.5M17.5 17.5 19 19M5 19l1.5-1.5M17.5 6.5 19 5',
+  box: 'M3 8l9-5 9 5v8l-9 5-9-5zM3 8l9 5 9-5M12 13v8',
+};
+
+/** An element: `properties` are attributes, except text, on (events) and data; null and false leave one out. */
+export function el(tag, properties = {}, ...children) {
+  const node = document.createElement(tag);
+  for (const [name, value] of Object.entries(properties)) {
+    if (value === null || value === undefined || value === false) continue;
+    if (name === 'text') node.textContent = value;
+    else if (name === 'on') for (const [event, run] of Object.entries(value)) node.addEventListener(event, run);
+    else if (name === 'value') node.value = value;
+    else node.setAttribute(name, value === true ? '' : value);
+  }
+  node.append(...children.flat().filter((child) => child !== null && child !== undefined && child !== false));
+  return node;
+}
+
+export function icon(name) {
+  const svg = document.createElementNS(SVG, 'svg');
+  svg.setAttribute('viewBox', '0 0 24 24');
+  svg.setAttribute('class', `fm-icon fm-icon-${name}`);
+  svg.setAttribute('aria-hidden', 'true');
+  const path = document.createElementNS(SVG, 'path');
+  path.setAttribute('d', ICONS[name]);
+  svg.append(path);
+  return svg;
+}
+
+/** A button with an icon and a text; the text stays readable by assistive software when `bare` hides it. */
+export function button(text, { image, press, bare = false, ...rest } = {}) {
+  return el('button', {
+    type: 'button', title: bare ? text : null, ...rest, on: { click: press },
+  }, image && icon(image), el('span', { class: bare ? 'fm-hidden' : 'fm-label', text }));
+}
+
+let live;
+let pending;
+
+/** Has a screen reader say a text; texts that follow each other quickly are said once, the last one. */
+export function announce(text) {
+  if (!live) {
+    live = el('div', { class: 'fm-hidden', role: 'status', 'aria-live': 'polite' });
+    document.body.append(live);
+  }
+  clearTimeout(pending);
+  pending = setTimeout(() => { live.textContent = text; }, 400);
+}
+
+/** Control and direction characters of a name made visible, so that no name can pass for another. */
+export function visible(text) {
+  // eslint-disable-next-line no-control-regex
+  return text.replace(/[\0-\x1f\x7f\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, (char) => {
+    const code = char.charCodeAt(0);
+    if (code < 0x20) return String.fromCharCode(0x2400 + code);
+    return code === 0x7f ? '\u2421' : `\u2039U+${code.toString(16).toUpperCase()}\u203a`;
+  });
+}

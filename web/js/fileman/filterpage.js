@@ -1,0 +1,26 @@
+/* A filter page opened by its own address: the same form as the list's dialog, then on to the list. */
+import { dressPage } from './page.js';
+import { el } from './dom.js';
+import { wording } from './deliver.js';
+import { fetchFilter, filterForm } from './filters.js';
+import { t } from './texts.js';
+import { listingQuery, parseQuery, readListing } from './wire.js';
+
+export async function start() {
+  const which = (parseQuery(location.search).get('filter') ?? '').toLowerCase() === 'fadv' ? 'fadv' : 'fpri';
+  const listing = readListing(location.search);
+  dressPage(t(which === 'fadv' ? 'advancedTitle' : 'filterTitle'));
+  const main = el('main', { class: 'fm-filter-page' });
+  document.body.replaceChildren(main);
+  try {
+    const offer = await fetchFilter(which, listing);
+    main.append(filterForm(which, listing, offer, (chosen) => { location.href = `fileman.cgi${listingQuery(chosen ?? listing)}`; }));
+    main.addEventListener('keydown', (event) => {
+      if (event.key === 'Escape') location.href = `fileman.cgi${listingQuery(listing)}`;
+    });
+    main.querySelector('input:not(:disabled)')?.focus();
+  } catch (error) {
+    main.append(el('p', { class: 'fm-error', role: 'alert', text: wording(error) }),
+      el('a', { href: `fileman.cgi${listingQuery(listing)}`, text: t('showAll') }));
+  }
+}

@@ -1,0 +1,37 @@
+/* What an entry's file is, and what stands in the way of delivering it. */
+import { isSendable } from './wire.js';
+
+const KINDS = {
+  html: 'report', htm: 'report', xml: 'report',
+  png: 'picture', jpg: 'picture', jpeg: 'picture', bmp: 'picture', gif: 'picture',
+  pcap: 'capture', pcapng: 'capture',
+};
+
+export function extension(entry) {
+  return /\.([^./]*)$/.exec(entry.path)?.[1].toLowerCase() ?? '';
+}
+
+/** 'report', 'picture', 'capture' or 'other', by the file's name; the viewer looks at the bytes as well. */
+export const kindOf = (entry) => KINDS[extension(entry)] ?? 'other';
+
+// eslint-disable-next-line no-control-regex
+const CONTROL = /[\0-\x1f\x7f]/;
+
+/**
+ * Why an entry cannot be delivered by 'view', 'download' or 'pdf': the key of a text, or null. Archives are
+ * packed by shell commands that cannot carry every name; the instrument leaves such entries out, so the
+ * person is told beforehand.
+ */
+export function obstacle(entry, operation) {
+  if (!isSendable(entry.id) || entry.id.includes('=')) return 'whyId';
+  const folder = entry.path.slice(0, entry.path.lastIndexOf('/'));
+  if (operation === 'download') {
+    if (!entry.name || entry.name.startsWith('-') || entry.name.includes("'") || CONTROL.test(entry.name)) return 'whyName';
+    if (/[\s|&;<>()$`\\"'*?[\]{}]/.test(folder) || CONTROL.test(folder)) return 'whyPlace';
+  }
+  if (operation === 'pdf') {
+    if (kindOf(entry) === 'capture') return 'whyCapture';
+    if (entry.name.startsWith('-') || CONTROL.test(entry.path)) return 'whyName';
+  }
+  return null;
+}

@@ -1,0 +1,68 @@
+/*
+ * Reads the two filter pages from their text: what they offer stands unescaped in attributes, so the
+ * document that a browser builds from them cannot be trusted to hold the names as they are.
+ */
+import { toBinary, toText } from './wire.js';
+
+const GROUPS = [
+  { key: 'module', fieldset: 'field_module', prefix: 'id_module_opt_' },
+  { key: 'mode', fieldset: 'field_mode', prefix: 'id_mode_opt_' },
+  { key: 'test', fieldset: 'field_test', prefix: 'id_test_opt_' },
+  { key: 'port', fieldset: 'field_port', prefix: 'id_port_opt_' },
+];
+const ADVANCED = [
+  { key: 'jobid', input: 'adv_jobid' },
+  { key: 'account', input: 'adv_account' },
+  { key: 'fname', input: 'adv_file_name' },
+  { key: 'prefix', input: 'adv_prefix' },
+  { key: 'suffix', input: 'adv_suffix' },
+];
+
+function between(text, start, end, from = 0) {
+  const at = text.indexOf(start, from);
+  if (at < 0) return null;
+  const stop = text.indexOf(end, at + start.length);
+  return stop < 0 ? null : text.slice(at + start.length, stop);
+}
+
+/** The names in one fieldset: each option's id, value and label repeat the name, which tells where it ends. */
+function readOptions(field, prefix) {
+  const names = [];
+  for (const piece of field.split(`<input type="checkbox" id="${prefix}`).slice(1)) {
+    const end = piece.lastIndexOf('</input></div>');
+    const body = end < 0 ? piece : piece.slice(0, end);
+    for (let at = body.indexOf('" value="'); at >= 0; at = body.indexOf('" value="', at + 1)) {
+      const name = body.slice(0, at);
+      if (body.startsWith(`${name}" `, at + 9) && body.endsWith(`>${name}`)) {
+        names.push(name);
+        break;
+      }
+    }
+  }
+  return names;
+}
+
+/**
+ * The primary page's groups: [{ key, options: [{ value (binary), text }] }]. An option without a name is
+ * left out: it could not be told from "no choice". Null when the text is no primary filter page.
+ */
+export function parsePrimary({ text, raw }) {
+  if (!text.includes('id="pri_form"')) return null;
+  return GROUPS.map(({ key, fieldset, prefix }) => {
+    const field = between(text, `<fieldset id="${fieldset}"`, '</fieldset>') ?? '';
+    const options = readOptions(field, prefix).filter(Boolean).map((name) => (raw
+      ? { value: binaryOf(name), text: toText(binaryOf(name)) }
+      : { value: toBinary(name), text: name }));
+    return { key, options };
+  });
+}
+
+function binaryOf(rawText) {
+  return rawText.replace(/[^\0-\x7f]/g, (char) => String.fromCharCode(char.charCodeAt(0) & 0xff));
+}
+
+/** The advanced page's fields in page order, [key]; null when the text is no advanced filter page. */
+export function parseAdvanced({ text }) {
+  if (!text.includes('id="adv_form"')) return null;
+  return ADVANCED.filter(({ input }) => text.includes(`id="${input}"`)).map(({ key }) => key);
+}

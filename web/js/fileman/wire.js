@@ -1,0 +1,156 @@
+/*
+ * What travels between the page and the instrument: query strings out, page bytes in.
+ *
+ * Names are byte strings without a declared encoding, so a value is kept as a "binary" string (one
+ * character a byte) wherever it must return to the instrument unchanged, and turned into text only to
+ * be shown.
+ */
+
+const encoder = new TextEncoder();
+const decoder = new TextDecoder();
+
+/** Keys of the listing's filter: the lists, then the single texts. The order is that of the page's form. */
+export const LIST_KEYS = ['module', 'mode', 'test', 'port'];
+export const TEXT_KEYS = ['jobid', 'account', 'locator', 'type', 'fname', 'prefix', 'suffix'];
+/** The lists that can be asked for; only 'rslt' and 'prof' obey the filter. */
+export const KINDS = ['all', 'rslt', 'prof', 'screen'];
+
+/** Text to its UTF-8 bytes, one character a byte. */
+export function toBinary(text) {
+  // eslint-disable-next-line no-control-regex
+  if (/^[\0-\x7f]*$/.test(text)) return text;
+  return Array.from(encoder.encode(text), (byte) => String.fromCharCode(byte)).join('');
+}
+
+/** Bytes to text; what is no UTF-8 shows as replacement characters. */
+export function toText(binary) {
+  // eslint-disable-next-line no-control-regex
+  if (/^[\0-\x7f]*$/.test(binary)) return binary;
+  return decoder.decode(Uint8Array.from(binary, (char) => char.charCodeAt(0) & 0xff));
+}
+
+/** Percent-encodes a binary string; commas of a list are added by the caller. */
+export function escape(binary) {
+  return binary.replace(/[^A-Za-z0-9\-_.~:/@()!*]/g, (char) => (
+    char === ' ' ? '+' : `%${(char.charCodeAt(0) & 0xff).toString(16).toUpperCase().padStart(2, '0')}`));
+}
+
+/**
+ * Whether a value survives the way: the instrument decodes the whole query first and cuts it at "&", "="
+ * and (lists) "," afterwards, so an escaped one is a separator too; a zero byte ends the query.
+ */
+export function isSendable(value, inList = true) {
+  return inList ? !/[,&\0]/.test(value) : !/[&\0]/.test(value);
+}
+
+/** Decodes a query by the instrument's rules: whole string first, then pairs; the first of equal keys stays. */
+export function parseQuery(search) {
+  const plain = search.replace(/^\?/, '').replace(/\+|%(.?)(.?)/gs, (escape2, high, low) => {
+    if (escape2 === '+') return ' ';
+    if (!low) return '';
+    const digit = (char) => (/[0-9a-f]/i.test(char) ? parseInt(char, 16) : 0);
+    return String.fromCharCode(digit(high) * 16 + digit(low));
+  });
+  const values = new Map();
+  for (const piece of plain.split('\0', 1)[0].split('&')) {
+    const at = piece.indexOf('=');
+    if (at >= 0 && !values.has(piece.slice(0, at))) values.set(piece.slice(0, at), piece.slice(at + 1));
+  }
+  return values;
+}
+
+/** The listing that a query names: { kind, lists: {module: [...] ...}, texts: {jobid: '' ...} }, all binary. */
+export function readListing(search) {
+  const query = parseQuery(search);
+  const asked = (query.get('fmtype') ?? '').toLowerCase();
+  const listing = { kind: KINDS.includes(asked) ? asked : 'all', lists: {}, texts: {} };
+  for (const key of LIST_KEYS) listing.lists[key] = (query.get(key) ?? '').split(',').filter(Boolean);
+  for (const key of TEXT_KEYS) listing.texts[key] = query.get(key) ?? '';
+  return listing;
+}
+
+/** True when the listing carries any restriction (whether or not its kind obeys it). */
+export function isFiltered({ lists, texts }) {
+  return LIST_KEYS.some((key) => lists[key].length) || TEXT_KEYS.some((key) => texts[key]);
+}
+
+/** Query of a listing; `first` goes before everything else, because web servers judge a query by its start. */
+export function listingQuery({ kind, lists, texts }, first = '') {
+  const pieces = [first, `fmtype=${kind}`];
+  for (const key of LIST_KEYS) if (lists[key].length) pieces.push(`${key}=${lists[key].map(escape).join(',')}`);
+  for (const key of TEXT_KEYS) if (texts[key]) pieces.push(`${key}=${escape(texts[key])}`);
+  return `?${pieces.filter(Boolean).join('&')}`;
+}
+
+/** Query of a delivery: 'view', 'pdf' or 'download' of the records with these ids (binary). */
+export function deliveryQuery(operation, ids) {
+  return `?opertype=${operation}&rsltid=${ids.map(escape).join(',')}`;
+}
+
+/** An answer that the person must be told about; `key` names its text, `values` fill it. */
+export class AnswerError extends Error {
+  constructor(key, values = {}) {
+    super(key);
+    this.key = key;
+    this.values = values;
+  }
+}
+
+/**
+ * Fetches an answer piece by piece. `onPiece(bytes, received, total)` sees every piece (total is 0 when
+ * it is not declared); returning false ends the transfer early. Throws AnswerError or AbortError.
+ */
+export async function fetchPieces(url, { signal, onStart, onPiece }) {
+  let response;
+  try {
+    response = await fetch(url, { signal, cache: 'no-store', credentials: 'same-origin' });
+  } catch (error) {
+    if (error.name === 'AbortError') throw error;
+    throw new AnswerError('errorNetwork');
+  }
+  if (!response.ok) {
+    const refused = [400, 413, 414, 431].includes(response.status);
+    throw new AnswerError(refused ? 'errorTooLong' : 'errorStatus', { status: response.status });
+  }
+  onStart?.(response);
+  const coded = response.headers.get('content-encoding');
+  const total = coded ? 0 : Number(response.headers.get('content-length')) || 0;
+  const reader = response.body.getReader();
+  let received = 0;
+  try {
+    for (;;) {
+      const { done, value } = await reader.read();
+      if (done) return { received, total };
+      received += value.length;
+      if (onPiece(value, received, total) === false) {
+        await reader.cancel();
+        return { received, total };
+      }
+    }
+  } catch (error) {
+    if (error.name === 'AbortError') throw error;
+    throw new AnswerError('errorBroken', { received, total });
+  }
+}
+
+/** Fetches a whole answer into one array of bytes. */
+export async function fetchBytes(url, { signal, onProgress } = {}) {
+  const pieces = [];
+  const { received } = await fetchPieces(url, {
+    signal,
+    onPiece: (piece, soFar) => { pieces.push(piece); onProgress?.(soFar); },
+  });
+  const bytes = new Uint8Array(received);
+  let at = 0;
+  for (const piece of pieces) { bytes.set(piece, at); at += piece.length; }
+  return bytes;
+}
+
+/** Page bytes as { text, raw }: text, or (raw) one character a byte when they are no UTF-8. */
+export function decodePage(bytes) {
+  try {
+    return { text: new TextDecoder('utf-8', { fatal: true }).decode(bytes), raw: false };
+  } catch {
+    return { text: new TextDecoder('x-user-defined').decode(bytes), raw: true };
+  }
+}

@@ -1,0 +1,23 @@
+/* Second script of the list page: fetches the grid while the page is still arriving. */
+(() => {
+  'use strict';
+  const { base, insertHead, start } = window.fileman;
+
+  window.fileman.page = 'list';
+  window.onInitPages = () => start('list');
+
+  insertHead('link', { rel: 'stylesheet', href: `${base}vendor/slick.grid.css` });
+  window.fileman.grid = Promise.all(['core', 'interactions', 'grid'].map((part) => {
+    const script = document.createElement('script');
+    script.src = `${base}vendor/slick.${part}.js`;
+    script.async = false; // the parts build on each other
+    return new Promise((resolve, reject) => {
+      script.onload = resolve;
+      script.onerror = () => reject(new Error(`${script.src} is missing`));
+      document.head.append(script);
+    });
+  }));
+  for (const part of ['list', 'rows', 'wire', 'texts', 'dom', 'grid', 'order', 'memory', 'deliver', 'viewer', 'filters', 'options']) {
+    insertHead('link', { rel: 'modulepreload', href: `${base}fileman/${part}.js` });
+  }
+})();
