@@ -11,15 +11,16 @@ import { t } from './texts.js';
 
 const COLUMNS = [
   { id: 'name', width: 240, minWidth: 140 },
-  { id: 'module', width: 92 },
+  { id: 'module', width: 90 },
   { id: 'mode', width: 124 },
   { id: 'test', width: 140 },
   { id: 'port', width: 104 },
-  { id: 'datetime', width: 168 },
+  { id: 'datetime', width: 176 },
   { id: 'rsltype', width: 92 },
-  { id: 'path', width: 380 },
+  { id: 'path', width: 260 },
 ];
 const CHECK_WIDTH = 44;
+const SCROLLBAR = 18;
 const NARROW = 640;
 const ROW_HEIGHT = 36;
 const NARROW_ROW_HEIGHT = 64;
@@ -100,15 +101,16 @@ export class FileGrid {
     }))];
   }
 
-  /** Remembered widths; without any, the name takes the room that the others leave. */
+  /** Remembered widths; without any, name and path share the room that the others leave. */
   #widths() {
     const kept = recall('widths', null);
     const widths = Object.fromEntries(COLUMNS.map(({ id, width }) => [id, kept?.[id] ?? width]));
-    if (!kept) {
-      const rest = this.host.clientWidth - CHECK_WIDTH - 18 - Object.values(widths).reduce((sum, width) => sum + width, 0);
-      widths.name += Math.max(0, Math.min(rest, 320));
-      widths.path += Math.max(0, rest - 320);
-    }
+    if (kept) return widths;
+    const room = this.host.clientWidth - CHECK_WIDTH - SCROLLBAR;
+    const rest = room - Object.values(widths).reduce((sum, width) => sum + width, 0);
+    const name = Math.max(0, Math.min(Math.floor(rest / 2), 260));
+    widths.name += name;
+    widths.path = Math.max(140, widths.path + rest - name);
     return widths;
   }
 
