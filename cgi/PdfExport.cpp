@@ -113,5 +113,7 @@ void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
         downloadFile(archive);
     }
     delivery::waitBeforeCleanUp();
+    // The PDF of a record whose base name is empty: the '*' below does not match it.
+    ::unlink("/tmp/pdf/.pdf");
     area.run("rm -rf " + archive + " /tmp/pdf/* &");
 }

@@ -25,8 +25,16 @@ constexpr std::chrono::milliseconds kLockPoll{10};
 constexpr mode_t kLockMode = 0600;
 constexpr mode_t kDirectoryMode = 0755;
 
+// A link in place of the archive would be sent or written through, one in place of the lock locks nothing.
+void removeUnlessRegular(const std::string& path) {
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && std::remove(path.c_str()) != 0)
+        reportErrno("remove", path, errno);
+}
+
 // /tmp is everybody's: no link is followed, and a planted FIFO does not block.
 UniqueFd openLock(const std::string& path) {
+    removeUnlessRegular(path);
     UniqueFd lock(
         ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kLockMode));
     if (!lock)
@@ -81,13 +89,6 @@ bool claimDirectory(const std::string& path) {
         return true;
     reportErrno("make directory", path, errno);
     return false;
-}
-
-// An archive that is a link would send or overwrite what it leads to.
-void removeUnlessRegular(const std::string& path) {
-    struct stat status = {};
-    if (::lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && std::remove(path.c_str()) != 0)
-        reportErrno("remove", path, errno);
 }
 
 std::vector<std::string> readNames(const std::string& path) {
