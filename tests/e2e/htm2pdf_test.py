@@ -1,0 +1,145 @@
+"""The PDF converter adapter, on real files in private storage."""
+
+import importlib.machinery
+import importlib.util
+import os
+import random
+import shutil
+import socket
+import subprocess
+import sys
+import time
+import unittest
+
+CONVERTER = "/srv/tools/htm2pdf"
+FOLDER = "/home/reports"
+OUTPUT = "/tmp/pdf"
+TASKS = "/tmp/htm2pdf_task_list"
+
+sys.path.insert(0, "/srv/sample")
+import pictures  # noqa: E402
+import reports  # noqa: E402
+
+
+def converter_module():
+    loader = importlib.machinery.SourceFileLoader("htm2pdf", CONVERTER)
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("htm2pdf", loader))
+    loader.exec_module(module)
+    return module
+
+
+def text_of(name):
+    return subprocess.run(["pdftotext", os.path.join(OUTPUT, name), "-"], capture_output=True, check=True).stdout.decode()
+
+
+class Converter(unittest.TestCase):
+    def setUp(self):
+        for path in (FOLDER, OUTPUT):
+            shutil.rmtree(path, ignore_errors=True)
+        os.makedirs(FOLDER)
+
+    def write(self, name, data):
+        path = os.path.join(FOLDER, name)
+        with open(path, "wb") as file:
+            file.write(data)
+        return path
+
+    def convert(self, lines):
+        with open(TASKS, "wb") as file:
+            file.writelines(os.fsencode(line) + b"\n" for line in lines)
+        done = subprocess.run([CONVERTER, TASKS], capture_output=True, env={"PATH": "/usr/bin:/bin"})
+        self.assertEqual(done.stdout, b"")
+        return done.returncode, done.stderr.decode("utf-8", "replace")
+
+    def convert_files(self, *paths):
+        base = lambda path: os.path.basename(path).split(".")[0]
+        return self.convert([f"{path} -> {base(path)}.pdf" for path in paths])
+
+    def test_every_file_gets_a_pdf_that_shows_it_or_says_why_not(self):
+        canvas = pictures.Canvas(64, 48, "accent")
+        os.mkfifo(os.path.join(FOLDER, "fifo.html"))
+        os.mkdir(os.path.join(FOLDER, "folder.html"))
+        os.truncate(self.write("large.html", b""), 1 << 26)
+        os.symlink("/etc/passwd", os.path.join(FOLDER, "link.html"))
+        shown = {"good.html": b"<p>measured value</p>", "broken.html": b"<table><td>measured value<b></i>&amp",
+                 "mtie": b"<html>measured value", "latin.html": b"<meta charset=latin1>measured value \xff",
+                 "shot.png": canvas.png(), "scope.jpg": canvas.jpeg(), "map.bmp": canvas.bmp(),
+                 "a -> b.html": b"measured value", "Prüfung.html": b"measured value"}
+        refused = {"fifo.html": "no regular file", "folder.html": "directory", "large.html": "too large",
+                   "link.html": "symbolic links", "gone.html": "No such file", "trace.pcap": "packet capture",
+                   "noise.html": "neither a report nor a picture"}
+        for name, data in {**shown, "trace.pcap": reports.capture(random.Random(1)), "noise.html": bytes(64)}.items():
+            self.write(name, data)
+        status, messages = self.convert_files(*(os.path.join(FOLDER, name) for name in [*refused, *shown]))
+        self.assertEqual(status, 0, messages)
+        self.assertEqual(len(os.listdir(OUTPUT)), len(shown) + len(refused), messages)
+        for name, data in shown.items():
+            with self.subTest(name):
+                text = text_of(name.split(".")[0] + ".pdf")
+                self.assertIn("measured value" if b"measured" in data else name, text)
+                self.assertNotIn(f"/{name}:", messages)
+        for name, why in refused.items():
+            with self.subTest(name):
+                self.assertIn(why, text_of(name.split(".")[0] + ".pdf"))
+                self.assertIn(f"htm2pdf: print {FOLDER}/{name}: ", messages)
+
+    def test_names_that_leave_the_output_directory_are_skipped_and_named(self):
+        report = self.write("good.html", b"measured value")
+        unusable = [f"{report} -> ../evil.pdf", f"{report} -> /tmp/evil.pdf", f"{report} -> evil.sh", "no arrow"]
+        status, messages = self.convert([*unusable, f"{report} -> good.pdf", f"{report} -> other.pdf"])
+        self.assertEqual((status, sorted(os.listdir(OUTPUT))), (0, ["good.pdf", "other.pdf"]), messages)
+        for line in unusable:
+            self.assertIn(f"htm2pdf: read the task {line}: ", messages)
+
+    def test_a_report_reaches_only_its_own_directory(self):
+        with socket.create_server(("127.0.0.1", 0)) as server:
+            server.settimeout(0)
+            address = f"http://127.0.0.1:{server.getsockname()[1]}/x"
+            os.mkdir(os.path.join(FOLDER, "own_files"))
+            self.write("own_files/style.css", b"p::after { content: ' own style' }")
+            with open("/home/secret.css", "w", encoding="ascii") as file:
+                file.write("p::after { content: 'stolen' }")
+            os.symlink("/home/secret.css", os.path.join(FOLDER, "link.css"))
+            sheets = ["own_files/style.css", "link.css", "../secret.css", "file:///home/secret.css", address]
+            self.write("own.html", "".join(f'<link rel="stylesheet" href="{sheet}">' for sheet in sheets).encode()
+                       + f'<link rel="attachment" href="/etc/passwd"><img src="{address}"><p>text</p>'.encode())
+            status, messages = self.convert_files(os.path.join(FOLDER, "own.html"))
+            self.assertEqual((status, text_of("own.pdf").split()), (0, ["text", "own", "style"]), messages)
+            with open(os.path.join(OUTPUT, "own.pdf"), "rb") as file:
+                self.assertNotIn(b"/EmbeddedFile", file.read())
+            self.assertRaises(BlockingIOError, server.accept)
+
+    def test_a_report_without_end_or_a_crash_does_not_stop_the_others(self):
+        module = converter_module()
+        module.SECONDS_A_FILE = 1
+
+        def print_file(path):
+            if path.endswith(b"endless"):
+                time.sleep(60)
+            if path.endswith(b"crash"):
+                os.abort()
+            return module.notice(path, "printed")
+        module.print_file = print_file
+        with open(TASKS, "w", encoding="ascii") as file:
+            file.writelines(f"/home/{name} -> {name}.pdf\n" for name in ("endless", "crash", "c", "d"))
+        began = time.monotonic()
+        self.assertEqual(module.main([TASKS]), 0)
+        self.assertLess(time.monotonic() - began, 20)
+        answers = {name: "printed" in text_of(name) for name in sorted(os.listdir(OUTPUT))}
+        self.assertEqual(answers, {"c.pdf": True, "crash.pdf": False, "d.pdf": True, "endless.pdf": False})
+
+    def test_an_output_directory_that_others_can_write_is_refused(self):
+        report = self.write("good.html", b"measured value")
+        os.symlink(FOLDER, OUTPUT)
+        self.assertEqual(self.convert_files(report)[0], 1)
+        os.unlink(OUTPUT)
+        os.mkdir(OUTPUT)
+        os.chmod(OUTPUT, 0o777)
+        self.assertEqual(self.convert_files(report)[0], 1)
+        self.assertEqual((os.listdir(OUTPUT), os.listdir(FOLDER)), ([], ["good.html"]))
+
+
+if __name__ == "__main__":
+    if os.environ.get("FILEMAN_PRIVATE_STORAGE") != "1" or not os.path.exists("/tmp/.private-storage"):
+        sys.exit("htm2pdf_test: runs only inside scripts/with-storage")
+    unittest.main()
