@@ -46,6 +46,7 @@ function task(title) {
       bar.remove();
       stop.remove();
       done.hidden = false;
+      head.textContent = title;
       detail.textContent = text;
       node.classList.add(failed ? 'is-failed' : 'is-done');
       announce(text);
@@ -107,9 +108,10 @@ function save(blob, name) {
   setTimeout(() => URL.revokeObjectURL(address), 60000);
 }
 
-function fileName(entries, type, part) {
+function fileName(operation, entries, type, part) {
   const day = new Intl.DateTimeFormat('sv').format(new Date());
-  const base = entries.length === 1 ? visible(entries[0].name) : `${t('resultFiles')}-${day}-${entries.length}`;
+  const many = `${t('resultFiles')}${operation === 'pdf' ? '-pdf' : ''}-${day}-${entries.length}`;
+  const base = entries.length === 1 ? visible(entries[0].name) : many;
   return `${base.replace(/[/\\:*?"<>|]/g, '_')}${part}.${type}`;
 }
 
@@ -147,7 +149,7 @@ async function fetchAll(operation, entries, job) {
     }
     const type = await inspect(blob, operation === 'pdf');
     const members = groups[at].map((id) => byId.get(id));
-    const name = fileName(members, type, groups.length > 1 ? `-${at + 1}` : '');
+    const name = fileName(operation, members, type, groups.length > 1 ? `-${at + 1}` : '');
     save(blob, name);
     names.push(name);
     sum += blob.size;

@@ -4,6 +4,7 @@
  */
 import { button, el, visible } from './dom.js';
 import { parseAdvanced, parsePrimary } from './options.js';
+import { naturalKey } from './order.js';
 import { t, tIn } from './texts.js';
 import { AnswerError, LIST_KEYS, decodePage, fetchBytes, isSendable, listingQuery, toBinary, toText } from './wire.js';
 
@@ -33,7 +34,8 @@ function optionBox(key, option, checked) {
 function optionGroup({ key, options }, wanted) {
   const offered = new Set(options.map((option) => option.value));
   const missing = wanted.filter((value) => !offered.has(value)).map((value) => ({ value, text: toText(value), missing: true }));
-  const boxes = [...options, ...missing].map((option) => optionBox(key, option, wanted.includes(option.value)));
+  const inOrder = [...options].sort((a, b) => (naturalKey(a.text) < naturalKey(b.text) ? -1 : 1));
+  const boxes = [...inOrder, ...missing].map((option) => optionBox(key, option, wanted.includes(option.value)));
   const setAll = (on) => boxes.forEach(({ box }) => { if (!box.disabled) box.checked = on; });
   const title = t(GROUP_TITLES[key]);
   const tools = el('span', { class: 'fm-group-tools' },

@@ -20,13 +20,20 @@ const COLUMNS = [
   { id: 'path', width: 260 },
 ];
 const CHECK_WIDTH = 44;
-const SCROLLBAR = 18;
-const NARROW = 640;
+const NARROW = 720;
 const ROW_HEIGHT = 36;
 const NARROW_ROW_HEIGHT = 64;
 const WIDTH_STEP = 16;
 
 const columnText = (id) => t(`col${id[0].toUpperCase()}${id.slice(1)}`);
+
+function scrollbarWidth() {
+  const probe = el('div', { class: 'fm-probe' });
+  document.body.append(probe);
+  const width = probe.offsetWidth - probe.clientWidth;
+  probe.remove();
+  return width;
+}
 
 export class FileGrid {
   /** `events`: sort(field), changed() after another choice or active row, open(entry). */
@@ -36,6 +43,7 @@ export class FileGrid {
     this.view = [];
     this.words = [];
     this.chosen = new Set();
+    this.hits = 0;
     this.active = -1;
     this.anchor = -1;
     this.sort = { field: 'datetime', ascending: false };
@@ -59,6 +67,7 @@ export class FileGrid {
       enableColumnReorder: false,
       enableHtmlRendering: false,
       enableMouseWheelScrollHandler: false,
+      fullWidthRows: true,
       syncColumnCellResize: true,
       rowTopOffsetRenderType: 'transform',
       showCellSelection: false,
@@ -106,7 +115,7 @@ export class FileGrid {
     const kept = recall('widths', null);
     const widths = Object.fromEntries(COLUMNS.map(({ id, width }) => [id, kept?.[id] ?? width]));
     if (kept) return widths;
-    const room = this.host.clientWidth - CHECK_WIDTH - SCROLLBAR;
+    const room = this.host.clientWidth - CHECK_WIDTH - scrollbarWidth();
     const rest = room - Object.values(widths).reduce((sum, width) => sum + width, 0);
     const name = Math.max(0, Math.min(Math.floor(rest / 2), 260));
     widths.name += name;
@@ -237,10 +246,15 @@ export class FileGrid {
     }
     if (activeId) this.host.setAttribute('aria-activedescendant', activeId);
     else this.host.removeAttribute('aria-activedescendant');
+  }
+
+  /** Counts how many of the shown entries are chosen. */
+  #count() {
     const shown = this.view.length;
-    const hits = this.chosen.size && shown ? this.view.reduce((sum, entry) => sum + this.chosen.has(entry), 0) : 0;
-    this.checkAll.checked = shown > 0 && hits === shown;
-    this.checkAll.indeterminate = hits > 0 && hits < shown;
+    this.hits = 0;
+    if (this.chosen.size) for (const entry of this.view) this.hits += this.chosen.has(entry);
+    this.checkAll.checked = shown > 0 && this.hits === shown;
+    this.checkAll.indeterminate = this.hits > 0 && this.hits < shown;
     this.checkAll.disabled = !shown;
   }
 
@@ -258,6 +272,7 @@ export class FileGrid {
     this.words = words;
     this.active = was ? view.indexOf(was) : -1;
     this.anchor = this.active;
+    this.#count();
     this.#redraw();
   }
 
@@ -280,6 +295,7 @@ export class FileGrid {
   }
 
   #changed() {
+    this.#count();
     this.#mark();
     this.events.changed();
   }

@@ -41,9 +41,12 @@ const obeysFilter = ({ kind }) => kind === 'rslt' || kind === 'prof';
 
 /** Rows of the page that the browser has just read, or null when they need its bytes. */
 function readOwnPage() {
-  const script = [...document.scripts].find((one) => !one.src && one.textContent.includes('\tvar griddata = ['));
-  const parsed = script && parseRows(script.textContent);
-  script?.remove(); // some megabytes that nobody needs any more
+  let parsed = null;
+  for (const script of [...document.scripts]) {
+    parsed ??= script.src ? null : parseRows(script.textContent);
+    if (parsed) script.remove(); // some megabytes that nobody needs any more
+    if (parsed) break;
+  }
   return parsed && parsed.whole && !parsed.odd ? { entries: toEntries(parsed, false), lost: parsed.lost } : null;
 }
 
@@ -97,11 +100,6 @@ function complain(error, retry) {
 }
 
 function takeList({ entries, lost }, kept) {
-  const first = new Set();
-  for (const entry of entries) {
-    entry.twin = first.has(entry.sent);
-    first.add(entry.sent);
-  }
   state.entries = entries;
   state.lost = lost;
   state.order = orderBy(entries, state.sort.field, state.sort.ascending);
@@ -183,9 +181,8 @@ function countText() {
 
 function showCounts() {
   const chosen = grid.chosen.size;
-  const inView = chosen ? grid.view.reduce((sum, entry) => sum + grid.chosen.has(entry), 0) : 0;
   ui.count.textContent = countText();
-  ui.chosen.textContent = !chosen ? '' : inView === chosen ? t('chosen', { n: chosen }) : t('chosenHidden', { n: chosen, hidden: chosen - inView });
+  ui.chosen.textContent = !chosen ? '' : grid.hits === chosen ? t('chosen', { n: chosen }) : t('chosenHidden', { n: chosen, hidden: chosen - grid.hits });
   ui.clearChoice.hidden = !chosen;
   ui.lost.hidden = !state.lost;
   ui.lost.textContent = t('lost', { n: state.lost });

@@ -17,39 +17,21 @@ const END = '\t\t];\n';
 const ID_BYTES = 255; // the instrument cuts an id to this length
 const MOST_TRIES = 5000;
 
+/**
+ * A row whose values hold no apostrophe and no line end can be read in one way only. The path's "/" keeps a
+ * name from passing for the rest of its row, since names have none.
+ */
+const PLAIN_ROW = new RegExp(`${FIRST.replace('{', '\\{')}${['', ...SEPARATORS].join("([^'\n]*)")}(/[^'\n]*)' \\},\n`, 'y');
+
 const plainName = (path) => path.slice(path.lastIndexOf('/') + 1);
 
-/** Whether nine values can be one record: every listed file lies below a directory and bears the row's name. */
-function isCoherent(values) {
-  const [id, name, , , , , , , path] = values;
-  return path.startsWith('/') && plainName(path).startsWith(name)
-    && (id.endsWith(name) || toBinary(id).length >= ID_BYTES);
-}
-
-function isExact(values) {
+/** Whether nine values are one record: the id is built from the others, the path ends with the name's file. */
+function isOneRecord(values) {
   const [id, name, , mode, test, port, datetime, rsltype, path] = values;
   const whole = [mode, port, test, rsltype, name].join('_');
   return /^\d{4,}-\d\d-\d\d \d\d:\d\d:\d\d$/.test(datetime) && path.startsWith('/')
     && plainName(path).startsWith(name)
     && (id === whole || toBinary(whole).slice(0, ID_BYTES) === toBinary(id));
-}
-
-/** The row on one line at `at` whose separators stand once and in order, or null. */
-function readPlainRow(text, at) {
-  const end = text.indexOf('\n', at);
-  if (end < 0 || !text.startsWith(LAST, end - LAST.length + 1)) return null;
-  const stop = end - LAST.length + 1;
-  const values = [];
-  let from = at + FIRST.length;
-  for (let next = text.indexOf("', ", from); next >= 0 && next < stop; next = text.indexOf("', ", from)) {
-    const separator = SEPARATORS[values.length];
-    if (!separator || !text.startsWith(separator, next)) return null;
-    values.push(text.slice(from, next));
-    from = next + separator.length;
-  }
-  if (values.length !== SEPARATORS.length || from > stop) return null;
-  values.push(text.slice(from, stop));
-  return { values, next: end + 1 };
 }
 
 function* occurrences(text, part, from) {
@@ -82,7 +64,7 @@ function readDisturbedRow(text, at) {
       for (const nameEnd of occurrences(body, SEPARATORS[1], idEnd + SEPARATORS[0].length)) {
         if (++tries > MOST_TRIES) return null;
         const values = splitAt(body, idEnd, nameEnd);
-        if (values && isExact(values)) return { values, next };
+        if (values && isOneRecord(values)) return { values, next };
       }
     }
   }
@@ -99,11 +81,19 @@ export function parseRows(text) {
   if (start < 0) return null;
   const result = { rows: [], lost: 0, whole: false, odd: false };
   let at = start + START.length;
-  while (text.startsWith(FIRST, at)) {
-    const plain = readPlainRow(text, at);
-    const row = plain && isCoherent(plain.values) ? plain : readDisturbedRow(text, at) ?? plain;
+  for (;;) {
+    PLAIN_ROW.lastIndex = at;
+    const plain = PLAIN_ROW.exec(text);
+    if (plain) {
+      result.rows.push(plain.slice(1));
+      at = PLAIN_ROW.lastIndex;
+      continue;
+    }
+    if (!text.startsWith(FIRST, at)) break;
+    const row = readDisturbedRow(text, at);
     if (row) {
       result.rows.push(row.values);
+      result.odd ||= /[\r\n]/.test(row.values[1]); // a browser has made every line end alike
       at = row.next;
       continue;
     }
@@ -113,17 +103,24 @@ export function parseRows(text) {
     at = skip + 1;
   }
   result.whole = text.startsWith(END, at);
-  result.odd = text.slice(start, at).includes('\ufffd') || result.rows.some((values) => /[\r\n]/.test(values[1]));
+  result.odd ||= text.includes('\ufffd');
   return result;
 }
 
-/** Rows as objects of texts; `sent` is the id as the instrument must get it back (binary). */
+const toBytes = (raw) => raw.replace(/[^\0-\x7f]/g, (char) => String.fromCharCode(char.charCodeAt(0) & 0xff));
+
+/**
+ * Rows as entries of texts. `sent` is the id as the instrument must get it back (binary), `twin` whether an
+ * earlier entry of the list bears the same one.
+ */
 export function toEntries({ rows }, raw) {
-  const show = raw ? toText : (value) => value;
+  const show = raw ? (value) => toText(toBytes(value)) : (value) => value;
+  const seen = new Set();
   return rows.map((values) => {
-    const entry = { sent: raw ? values[0].replace(/[^\0-\x7f]/g, (char) => String.fromCharCode(char.charCodeAt(0) & 0xff)) : null };
-    FIELDS.forEach((field, i) => { entry[field] = show(values[i]); });
-    entry.sent ??= toBinary(entry.id);
-    return entry;
+    const [id, name, module, mode, test, port, datetime, rsltype, path] = values.map(show);
+    const sent = raw ? toBytes(values[0]) : toBinary(id);
+    const twin = seen.has(sent);
+    seen.add(sent);
+    return { id, name, module, mode, test, port, datetime, rsltype, path, sent, twin, searched: null };
   });
 }
