@@ -124,7 +124,7 @@ class Converter(unittest.TestCase):
             file.writelines(f"/home/{name} -> {name}.pdf\n" for name in ("endless", "crash", "c", "d"))
         began = time.monotonic()
         self.assertEqual(module.main([TASKS]), 0)
-        self.assertLess(time.monotonic() - began, 20)
+        self.assertLess(time.monotonic() - began, 50)
         answers = {name: "printed" in text_of(name) for name in sorted(os.listdir(OUTPUT))}
         self.assertEqual(answers, {"c.pdf": True, "crash.pdf": False, "d.pdf": True, "endless.pdf": False})
 
