@@ -1,6 +1,7 @@
 #include "common/CCommUtils.h"
 
 #include <cstdlib>
+#include <string_view>
 
 namespace {
 
@@ -13,13 +14,14 @@ int digitValue(char c) {
 std::array<int, 256> CCommUtils::cgiHexValue{};
 
 void CCommUtils::cgiSetupConstants() {
+    constexpr std::string_view kDigits = "0123456789";
+    constexpr std::string_view kLetters = "ABCDEFabcdef";
+    constexpr int kLetterCount = 6;
     cgiHexValue.fill(0);
-    for (int digit = 0; digit < 10; ++digit)
-        cgiHexValue[static_cast<std::size_t>('0' + digit)] = digit;
-    for (int digit = 0; digit < 6; ++digit) {
-        cgiHexValue[static_cast<std::size_t>('A' + digit)] = 10 + digit;
-        cgiHexValue[static_cast<std::size_t>('a' + digit)] = 10 + digit;
-    }
+    for (std::size_t i = 0; i < kDigits.size(); ++i)
+        cgiHexValue[static_cast<unsigned char>(kDigits[i])] = static_cast<int>(i);
+    for (std::size_t i = 0; i < kLetters.size(); ++i)
+        cgiHexValue[static_cast<unsigned char>(kLetters[i])] = 10 + static_cast<int>(i) % kLetterCount;
 }
 
 int CCommUtils::cgiUnescapeChars(char** out, const char* in, int length) {

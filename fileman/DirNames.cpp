@@ -60,11 +60,11 @@ void listDirectory(const std::string& path, std::list<std::string>& out) {
     if (!directory)
         return;
     for (const DirEntry entry : *directory) {
-        const std::string entryPath = path + "/" + std::string(entry.name);
+        const std::string listed = entryPath(path, entry.name);
         if (entry.type == EntryType::Directory)
-            listDirectory(entryPath, out);
+            listDirectory(listed, out);
         else
-            out.push_back(entryPath);
+            out.push_back(listed);
     }
 }
 

@@ -68,7 +68,7 @@ bool CFileManager::isWanted(const FileSource& source, const Directory& directory
         return CFileManConf::advMatch(filter, knownByName(base));
     const std::string stored = storedInfoName(source.storedInfo, fileName, base);
     // A name that the listing lacks needs no attempt to open it.
-    return directory.find(stored) ? matchesStoredInfo(source.dir + "/" + stored, base)
+    return directory.find(stored) ? matchesStoredInfo(entryPath(source.dir, stored), base)
                                   : CFileManConf::advMatch(filter, knownByName(base));
 }
 
@@ -97,7 +97,7 @@ int CFileManager::listFiles(const FileSource& source) {
         const std::string base = CCommUtils::baseFileName(fileName);
         if (!isWanted(source, *directory, fileName, base))
             continue;
-        addRecord(source.record, base, source.dir + "/" + fileName);
+        addRecord(source.record, base, entryPath(source.dir, fileName));
         ++count;
     }
     return count;

@@ -75,8 +75,8 @@ int CFileManager::loadFamily(TestMode family, Half half, const _ModeInfo& mode) 
     get1stLevelDirNames(roots, family, half == Half::Result);
     int count = 0;
     for (const std::string& root : roots)
-        count +=
-            loadFamilyRoot(rule, rule.modeDir == ModeDir::Append ? root + "/" + dirName : root, mode.name);
+        count += loadFamilyRoot(rule, rule.modeDir == ModeDir::Append ? entryPath(root, dirName) : root,
+                                mode.name);
     return count;
 }
 
@@ -102,7 +102,7 @@ int CFileManager::loadFamilyPorts(const FamilyRule& rule, const std::string& pat
         const std::string port = str2Port(name, -1);
         if (!isValidPortDirName(name) || !passes(m_filter.ports, port))
             return 0;
-        return loadFamilyTypes(rule, path + "/" + name, mode, recordPort(rule, name, port));
+        return loadFamilyTypes(rule, entryPath(path, name), mode, recordPort(rule, name, port));
     });
 }
 
@@ -117,7 +117,7 @@ int CFileManager::loadFamilyTypes(const FamilyRule& rule, const std::string& pat
         const std::optional<TypeKeys> keys = rule.typeKeys(name);
         if (!keys || !listed(keys->filter))
             return 0;
-        return listFiles(ruleSource(rule, path + "/" + name, mode, port, keys->record));
+        return listFiles(ruleSource(rule, entryPath(path, name), mode, port, keys->record));
     });
 }
 
@@ -127,7 +127,7 @@ int CFileManager::loadStrippedTypes(const std::string& path, const std::string& 
         const std::string type = str2Type(name, -1);
         if (!isValidTypeDirName(name) || !passes(m_filter.tests, type))
             return 0;
-        return listFiles(familySource(path + "/" + name, mode, port, type, true, scratch));
+        return listFiles(familySource(entryPath(path, name), mode, port, type, true, scratch));
     });
 }
 
@@ -139,9 +139,9 @@ int CFileManager::loadCommonResult(const _ModeInfo& mode) {
     get1stLevelDirNames(roots, TM_COMMON, true);
     int count = 0;
     for (const std::string& root : roots) {
-        const std::string path = root + "/" + mode.rslt_dir_name;
+        const std::string path = entryPath(root, mode.rslt_dir_name);
         count += forEachDir(*m_tree, path, [&](const std::string& name) {
-            const std::string dir = path + "/" + name;
+            const std::string dir = entryPath(path, name);
             if (name == "opm" || name == "fiberscope" || name == "odm" || name == "wsa")
                 return passes(m_filter.tests, name)
                            ? listFiles(familySource(dir, mode.name, "", name, true, Scratch::Keep))
@@ -162,7 +162,7 @@ int CFileManager::loadODU0Result(const _ModeInfo& mode) {
     int count = 0;
     for (const std::string& root : roots) {
         count += forEachDir(*m_tree, root, [&](const std::string& name) {
-            const std::string dir = root + "/" + name;
+            const std::string dir = entryPath(root, name);
             const bool first = CCommUtils::isContains(name, "odu0p1-bert");
             if (first || CCommUtils::isContains(name, "odu0p2-bert")) {
                 const std::string port = str2PortNameOtux(true, first ? "p1" : "p2", true);

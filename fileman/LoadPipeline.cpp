@@ -111,7 +111,7 @@ void CFileManager::loadMode(const ModuleInfo& module, const ModeOptInfo& option)
 int CFileManager::loadCommonResult() {
     int count = 0;
     for (const auto& [name, option] : CFileManConf::getCommonModuleInfo()) {
-        if (!m_tree->exists(m_home + "/" + option.dir_name))
+        if (!m_tree->exists(entryPath(m_home, option.dir_name)))
             continue;
         count += option.under_port_dir ? loadCommonByPort(option) : loadCommonFlat(option);
     }
@@ -133,7 +133,7 @@ int CFileManager::loadCommonFlat(const CommonOptInfo& option) {
     if (!m_filter.includeResults || !passes(m_filter.tests, option.key))
         return 0;
     FileSource source;
-    source.dir = m_home + "/" + option.dir_name;
+    source.dir = entryPath(m_home, option.dir_name);
     source.storedInfo = StoredInfo::Companion;
     source.record.module = "Common";
     source.record.test = option.test_name;
@@ -152,18 +152,19 @@ int CFileManager::loadResult(LoadInfo& info) {
 
 int CFileManager::loadFlat(const LoadInfo& info) {
     const std::string type = flatModeType(info.mode);
-    return type.empty() ? 0 : loadTypeDir(info, m_home + "/" + info.dir, "", type);
+    return type.empty() ? 0 : loadTypeDir(info, entryPath(m_home, info.dir), "", type);
 }
 
 int CFileManager::loadFixedDirs(const LoadInfo& info) {
+    const std::string path = entryPath(m_home, info.dir);
     int count = 0;
     for (const std::string& name : info.subDirs)
-        count += loadTypeDir(info, m_home + "/" + info.dir + "/" + name, "", fixedDirType(name));
+        count += loadTypeDir(info, entryPath(path, name), "", fixedDirType(name));
     return count;
 }
 
 int CFileManager::loadTree(const LoadInfo& info) {
-    const std::string path = m_home + "/" + info.dir;
+    const std::string path = entryPath(m_home, info.dir);
     const Directory* const directory = m_tree->open(path);
     if (directory == nullptr)
         return 0;
@@ -180,7 +181,7 @@ int CFileManager::loadTree(const LoadInfo& info) {
             continue;
         const std::string port = str2Port(name, -1);
         if (passes(m_filter.ports, port) && CCommUtils::isContains(ports, port))
-            count += loadPortDir(info, path + "/" + name, port);
+            count += loadPortDir(info, entryPath(path, name), port);
     }
     return count;
 }
@@ -193,7 +194,7 @@ int CFileManager::loadPortDir(const LoadInfo& info, const std::string& path, con
     for (const DirEntry entry : *directory) {
         const std::string name(entry.name);
         if (entry.type == EntryType::Directory && isValidTypeDirName(name))
-            count += loadTypeDir(info, path + "/" + name, port, str2Type(name, -1));
+            count += loadTypeDir(info, entryPath(path, name), port, str2Type(name, -1));
     }
     return count;
 }

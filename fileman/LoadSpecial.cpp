@@ -38,7 +38,7 @@ int CFileManager::loadExtraResult(int index) {
     if (!passes(m_filter.tests, extra.key))
         return 0;
     FileSource source;
-    source.dir = m_home + "/" + extra.dir_name;
+    source.dir = entryPath(m_home, extra.dir_name);
     source.record.module = extra.module;
     source.record.mode = extra.mode;
     source.record.test = CFileManConf::getTypeName(extra.key);
@@ -83,11 +83,11 @@ int CFileManager::loadMtieResult() {
     int count = 0;
     for (const DirEntry entry : *directory) {
         const std::string name(entry.name);
-        const std::string measurement = root + "/" + name;
-        if (entry.type != EntryType::Directory || !m_tree->exists(measurement + "/mtie"))
+        const std::string measurement = entryPath(root, name);
+        if (entry.type != EntryType::Directory || !m_tree->exists(entryPath(measurement, "mtie")))
             continue;
         // The name twice, and not tested for existence: wanted, the item is the measurement, not a file.
-        const std::string item = measurement + "/" + name;
+        const std::string item = entryPath(measurement, name);
         if (!matchesStoredInfo(item, name))
             continue;
         addRecord(prototype, name, item);

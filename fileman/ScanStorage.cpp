@@ -48,7 +48,7 @@ void forEachPortDir(StorageTree& tree, const std::string& path, Visitor&& visit)
         const std::string name(entry.name);
         if (entry.type != EntryType::Directory || !CFileManager::isValidPortDirName(name))
             continue;
-        if (const Directory* const portDir = tree.openListed(path + "/" + name))
+        if (const Directory* const portDir = tree.openListed(entryPath(path, name)))
             visit(name, *portDir);
     }
 }
@@ -90,7 +90,7 @@ void noteExtraDir(const ExtraDirInfo& extra, ScanModuleToModeInfo& moduleScan, S
 void CFileManager::scanSubDir(LoadInfo& info, ScanModuleToModeInfo& moduleScan,
                               ScanModeToPortInfo& modeScan) {
     const bool isResult = info.isResult != 0;
-    const std::string path = m_home + "/" + info.dir;
+    const std::string path = entryPath(m_home, info.dir);
     Names& types = typesOf(moduleScan, isResult);
     if (!m_tree->exists(path))
         return;
@@ -102,14 +102,14 @@ void CFileManager::scanSubDir(LoadInfo& info, ScanModuleToModeInfo& moduleScan,
             addOnce(types, type);
     } else {
         for (const std::string& name : info.subDirs) {
-            if (m_tree->exists(path + "/" + name))
+            if (m_tree->exists(entryPath(path, name)))
                 addOnce(types, fixedDirType(name));
         }
     }
 }
 
 bool CFileManager::scanHalf(LoadInfo info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan) {
-    if (info.dir.empty() || !m_tree->exists(m_home + "/" + info.dir))
+    if (info.dir.empty() || !m_tree->exists(entryPath(m_home, info.dir)))
         return false;
     scanSubDir(info, moduleScan, modeScan);
     return true;
@@ -128,7 +128,7 @@ bool CFileManager::scanMode(const ModuleInfo& module, const ModeOptInfo& option,
         if (!CCommUtils::isEquals(extra.module, module.name) ||
             !CCommUtils::isEquals(extra.mode, option.mode_name))
             continue;
-        if (!m_tree->exists(m_home + "/" + extra.dir_name))
+        if (!m_tree->exists(entryPath(m_home, extra.dir_name)))
             continue;
         found = true;
         noteExtraDir(extra, moduleScan, modeScan);
@@ -155,7 +155,7 @@ void CFileManager::scanCommonDir() {
     ScanModeToPortInfo modeScan;
     bool found = false;
     for (const auto& [name, option] : CFileManConf::getCommonModuleInfo()) {
-        const std::string path = m_home + "/" + option.dir_name;
+        const std::string path = entryPath(m_home, option.dir_name);
         if (!m_tree->exists(path))
             continue;
         found = true;

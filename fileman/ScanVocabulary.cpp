@@ -100,7 +100,7 @@ void CFileManager::scanResultFilters(const std::string& path) {
         return;
     for (const DirEntry entry : *directory) {
         if (isScanned(entry))
-            scanResultFilters(path + "/" + std::string(entry.name));
+            scanResultFilters(entryPath(path, entry.name));
     }
 }
 

@@ -58,6 +58,12 @@ std::optional<EntryType> Directory::find(std::string_view name) const {
     return found == m_index.end() ? std::nullopt : std::optional<EntryType>(found->second);
 }
 
+std::string entryPath(std::string_view directory, std::string_view name) {
+    std::string path;
+    path.reserve(directory.size() + 1 + name.size());
+    return path.append(directory).append("/").append(name);
+}
+
 std::optional<Directory> readDirectory(const std::string& path) {
     UniqueFd fd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(fd ? ::fdopendir(fd.get()) : nullptr, &::closedir);

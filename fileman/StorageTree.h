@@ -44,6 +44,9 @@ private:
     mutable std::unordered_map<std::string_view, EntryType> m_index; // made by the first find
 };
 
+// directory + "/" + name.
+std::string entryPath(std::string_view directory, std::string_view name);
+
 // Reads a directory from disk and closes it; nothing when it cannot be opened. Links are followed.
 std::optional<Directory> readDirectory(const std::string& path);
 
