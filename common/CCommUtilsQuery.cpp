@@ -27,6 +27,8 @@ void CCommUtils::cgiSetupConstants() {
 int CCommUtils::cgiUnescapeChars(char** out, const char* in, int length) {
     enum class State { Plain, FirstDigit, SecondDigit };
     cgiSetupConstants();
+    if (length < 0)
+        length = 0;
     char* const decoded = static_cast<char*>(std::malloc(static_cast<std::size_t>(length) + 1));
     if (decoded == nullptr)
         return 1;

@@ -71,7 +71,7 @@ public:
     // -----------------------------------------------------
 
     int loadScreenShot();
-    // index: position in the configuration's list of extra directories; past its end there is nothing.
+    // index: position in the configuration's list of extra directories; past its end an entry without values counts.
     int loadExtraResult(int index);
     int loadFmonitorResult(const LoadInfo& info);
     int loadMtieResult();

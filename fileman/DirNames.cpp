@@ -191,5 +191,6 @@ bool CFileManager::isAntiFileName(const std::string& fileName) {
 }
 
 void CFileManager::listDir(const char* dir, std::list<std::string>& out) {
-    listDirectory(dir, out);
+    if (dir != nullptr)
+        listDirectory(dir, out);
 }
