@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 
 class TiXmlDocument;
 class TiXmlElement;
@@ -19,7 +18,9 @@ bool parseFile(TiXmlDocument& document, const std::string& path);
 // The parsed file, or null.
 std::unique_ptr<TiXmlDocument> load(const std::string& path);
 
-// Replaces the file at path by document, atomically. False when that failed: the old file stands then.
+// Gives the file at path, from which document was loaded, the attribute values of document, atomically; every
+// other byte stays. False, after a line on standard error, when that failed or when the parser would not read
+// the new values back (a text that breaks off within a UTF-8 character): the old file stands then.
 bool save(const TiXmlDocument& document, const std::string& path);
 
 // The attribute's value; "" when the element lacks it.
@@ -27,9 +28,6 @@ std::string attribute(const TiXmlElement& element, const char* name);
 
 // Whether the element's name equals name without regard to letter case.
 bool isNamed(const TiXmlElement& element, const char* name);
-
-// Whether the text is within the parser's limits on nesting and attributes.
-bool isWithinLimits(std::string_view text);
 
 // Calls visit(element) for each child element in document order.
 template<typename Parent, typename Visitor>

@@ -1,0 +1,125 @@
+#include "conf/XmlRewrite.h"
+
+#include <tinyxml.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <string_view>
+#include <vector>
+
+#include "conf/XmlFile.h"
+#include "conf/XmlTags.h"
+
+namespace {
+
+using Elements = std::vector<const TiXmlElement*>;
+
+// All elements below node, in document order. The document's limits bound the recursion.
+void collect(const TiXmlNode& node, Elements& out) {
+    xml::forEachChild(node, [&](const TiXmlElement& element) {
+        out.push_back(&element);
+        collect(element, out);
+    });
+}
+
+Elements elementsOf(const TiXmlDocument& document) {
+    Elements elements;
+    collect(document, elements);
+    return elements;
+}
+
+std::string escaped(char c) {
+    switch (c) {
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '"':
+        return "&quot;";
+    default:
+        break;
+    }
+    if (static_cast<unsigned char>(c) >= ' ')
+        return {c};
+    std::array<char, 8> reference{};
+    std::snprintf(reference.data(), reference.size(), "&#x%02X;", static_cast<unsigned>(c));
+    return reference.data();
+}
+
+std::string quoted(std::string_view value) {
+    std::string text = "\"";
+    for (const char c : value)
+        text += escaped(c);
+    return text + "\"";
+}
+
+// Appends to out the values of one start tag that differ, with the text before, between and behind them as it
+// stands; from is where out ends in the text. Returns where it ends then.
+std::size_t appendValues(std::string& out, std::size_t from, const std::string& text, const XmlTags& tags,
+                         const TiXmlElement& before, const TiXmlElement& after) {
+    const TiXmlAttribute* old = before.FirstAttribute();
+    for (const TextRange& value : tags.values()) {
+        const char* const now = after.Attribute(old->Name());
+        if (now != nullptr && old->ValueStr() != now) {
+            out.append(text, from, value.begin - from).append(quoted(now));
+            from = value.end;
+        }
+        old = old->Next();
+    }
+    return from;
+}
+
+// Appends the attributes that the tag lacks, behind its last one or else in front of what ends it.
+std::size_t appendNew(std::string& out, std::size_t from, const std::string& text, const XmlTags& tags,
+                      const TiXmlElement& before, const TiXmlElement& after) {
+    const bool isEmpty = text[tags.end() - 2] == '/';
+    const std::size_t place =
+        tags.values().empty() ? tags.end() - (isEmpty ? 2 : 1) : tags.values().back().end;
+    for (const TiXmlAttribute* now = after.FirstAttribute(); now != nullptr; now = now->Next()) {
+        if (before.Attribute(now->Name()) != nullptr)
+            continue;
+        out.append(text, from, place - from);
+        out.append(" ").append(now->Name()).append("=").append(quoted(now->Value()));
+        from = place;
+    }
+    return from;
+}
+
+bool isNextElement(XmlTags& tags) {
+    std::optional<XmlTag> tag = tags.next();
+    while (tag && *tag == XmlTag::End)
+        tag = tags.next();
+    return tag.has_value();
+}
+
+std::ptrdiff_t attributeCount(const TiXmlElement& element) {
+    std::ptrdiff_t count = 0;
+    for (const TiXmlAttribute* each = element.FirstAttribute(); each != nullptr; each = each->Next())
+        ++count;
+    return count;
+}
+
+} // namespace
+
+std::optional<std::string> withAttributesOf(const TiXmlDocument& after, const TiXmlDocument& before,
+                                            const std::string& text) {
+    const Elements old = elementsOf(before);
+    const Elements now = elementsOf(after);
+    if (old.size() != now.size())
+        return std::nullopt;
+    std::string out;
+    std::size_t from = 0;
+    XmlTags tags(text);
+    for (std::size_t i = 0; i < old.size(); ++i) {
+        if (!isNextElement(tags) ||
+            attributeCount(*old[i]) != static_cast<std::ptrdiff_t>(tags.values().size()))
+            return std::nullopt;
+        from = appendValues(out, from, text, tags, *old[i], *now[i]);
+        from = appendNew(out, from, text, tags, *old[i], *now[i]);
+    }
+    return out.append(text, from);
+}
