@@ -77,14 +77,14 @@ int CGICommonUtils::writeEndNode(const std::string& tag) {
 }
 
 int CGICommonUtils::writePageTop(const char* indent) {
-    writeHTMLine(createHTMLine("%s<div class=\"topmenu\">", indent));
+    writeHTMLine(createHTMLine(R"(%s<div class="topmenu">)", indent));
     writeHTMLine(createHTMLine("%s\t<div class=\"topmenu-logo\"></div>", indent));
     return writeHTMLine(createHTMLine("%s</div>", indent));
 }
 
 int CGICommonUtils::writePageFoot(const char* indent) {
     writeHTMLine(createHTMLine(
-        "%s<div style=\"height:32px; line-height:32px; text-align:center; color:#FFFFFF;\">", indent));
+        R"(%s<div style="height:32px; line-height:32px; text-align:center; color:#FFFFFF;">)", indent));
     writeHTMLine(createHTMLine(
         "%s\t<div id=\"copyright\">Copyright (c) the Result File Manager authors</div>", indent));
     return writeHTMLine(createHTMLine("%s</div>", indent));
@@ -100,21 +100,21 @@ int CGICommonUtils::writeDebugInfo(const char* text) {
 int CGICommonUtils::writeRequestInfo() {
     writeCGIHeader();
     writeHTMLBeginNode();
-    writeHTMLine("<table border=\"1\" cellpadding=\"0\" cellspacing=\"0\" align=\"center\" width=\"40%\">");
-    writeCells(createHTMLine("<th width=\"30%%\">CONTENT_LENGTH</th><td>%s</td>", contentLength().c_str()));
-    writeVariable("<th width=\"30%%\">QUERY_STRING</th><td>%s</td>", "QUERY_STRING");
-    writeVariable("<th width=\"30%%\">CONTENT_TYPE</th><td>%s</td>", "CONTENT_TYPE");
-    writeVariable("<th width=\"30%%\">REMOTE_ADDR</th><td>%s</td>", "REMOTE_ADDR");
-    writeVariable("<th width=\"30%%\">REQUEST_METHOD</th><td>%s</td>", "REQUEST_METHOD");
-    writeVariable("<th width=\"30%%\">PATH_INFO</th><td>%s</td>", "PATH_INFO");
-    writeVariable("<th width=\"30%%\">PATH_TRANSLATED</th><td>%s</td>", "PATH_TRANSLATED");
+    writeHTMLine(R"(<table border="1" cellpadding="0" cellspacing="0" align="center" width="40%">)");
+    writeCells(createHTMLine(R"(<th width="30%%">CONTENT_LENGTH</th><td>%s</td>)", contentLength().c_str()));
+    writeVariable(R"(<th width="30%%">QUERY_STRING</th><td>%s</td>)", "QUERY_STRING");
+    writeVariable(R"(<th width="30%%">CONTENT_TYPE</th><td>%s</td>)", "CONTENT_TYPE");
+    writeVariable(R"(<th width="30%%">REMOTE_ADDR</th><td>%s</td>)", "REMOTE_ADDR");
+    writeVariable(R"(<th width="30%%">REQUEST_METHOD</th><td>%s</td>)", "REQUEST_METHOD");
+    writeVariable(R"(<th width="30%%">PATH_INFO</th><td>%s</td>)", "PATH_INFO");
+    writeVariable(R"(<th width="30%%">PATH_TRANSLATED</th><td>%s</td>)", "PATH_TRANSLATED");
     writeHTMLine("</table>");
     return writeHTMLEndNode();
 }
 
 std::string CGICommonUtils::createHTMLine(const std::string& tag, const std::string& cls,
                                           const std::string& text) {
-    return formatLine("<%s class=\"%s\">%s</%s>", tag.c_str(), cls.c_str(), text.c_str(), tag.c_str());
+    return formatLine(R"(<%s class="%s">%s</%s>)", tag.c_str(), cls.c_str(), text.c_str(), tag.c_str());
 }
 
 std::string CGICommonUtils::createHTMLine(const char* format, const char* a) {

@@ -122,7 +122,7 @@ void removeTree(const std::string& path) {
 
 void emptyDirectory(const std::string& path) {
     for (const std::string& name : readNames(path))
-        removeTree(path + '/' + name);
+        removeTree(std::string(path).append("/").append(name));
 }
 
 } // namespace

@@ -1,0 +1,189 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include "cgi/CFileManCGI.h"
+#include "cgi/Selection.h"
+#include "cgi/StagingArea.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Delivery : public testing::Test {
+protected:
+    Delivery() {
+        std::string name = testing::TempDir() + "delivery.XXXXXX";
+        m_dir = ::mkdtemp(name.data());
+    }
+    ~Delivery() override { fs::remove_all(m_dir); }
+
+    std::string at(const std::string& name) const { return m_dir + "/" + name; }
+
+    std::string writeFile(const std::string& name, const std::string& content) const {
+        fs::create_directories(fs::path(at(name)).parent_path());
+        std::ofstream(at(name), std::ios::binary) << content;
+        return at(name);
+    }
+
+    std::string readFile(const std::string& name) const {
+        std::ifstream file(at(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    // Standard output of write, which goes to a file opened with these flags.
+    std::string outputOf(const std::function<void()>& write, int flags = 0) const {
+        std::fflush(stdout);
+        const int saved = ::dup(STDOUT_FILENO);
+        const int file = ::open(at("out").c_str(), O_WRONLY | O_CREAT | O_TRUNC | flags, 0600);
+        ::dup2(file, STDOUT_FILENO);
+        write();
+        std::fflush(stdout);
+        ::dup2(saved, STDOUT_FILENO);
+        ::close(saved);
+        ::close(file);
+        return readFile("out");
+    }
+
+    StagingArea::Places places() const { return {at("area/"), at("area.zip"), at("lock")}; }
+
+    std::string m_dir;
+};
+
+std::string attachment(const std::string& name, std::size_t size) {
+    return "Content-Disposition:attachment;filename=" + name + "\r\nContent-Length:" + std::to_string(size) +
+           "\r\nContent-Type:application/octet-stream\r\n\r\n";
+}
+
+std::string inlineHeader(std::size_t size) {
+    return "Content-Length:" + std::to_string(size) + "\r\nContent-Type:text/html;charset=utf-8\n\n\r\n\r\n";
+}
+
+std::size_t sizeOf(const std::string& path) {
+    struct stat status = {};
+    ::stat(path.c_str(), &status);
+    return static_cast<std::size_t>(status.st_size);
+}
+
+TEST_F(Delivery, HeadersAndBodiesOfEveryKindOfFile) {
+    const std::string content = std::string(100000, 'x') + std::string("\0\r\n", 3);
+    const std::string path = writeFile("a b.tar.gz", content);
+    const std::string directory = at("directory");
+    fs::create_directory(directory);
+    ::mkfifo(at("fifo").c_str(), 0600);
+    CFileManCGI cgi;
+    const auto send = [&](const std::string& file) {
+        return [&cgi, file] { EXPECT_EQ(1, cgi.downloadFile(file)); };
+    };
+    EXPECT_EQ(attachment("a b.tar.gz", content.size()) + content, outputOf(send(path)));
+    // sendfile refuses this kind of output.
+    EXPECT_EQ(attachment("a b.tar.gz", content.size()) + content, outputOf(send(path), O_APPEND));
+    EXPECT_EQ(attachment("missing", 0), outputOf(send(at("missing"))));
+    EXPECT_EQ(attachment("fifo", 0), outputOf(send(at("fifo"))));
+    EXPECT_EQ(attachment("directory", sizeOf(directory)), outputOf(send(directory)));
+    const std::string view = inlineHeader(1);
+    EXPECT_EQ(view + "1" + view + "2", outputOf([&] {
+                  cgi.viewFiles({writeFile("1.png", "1"), writeFile("2", "2")});
+              }));
+}
+
+TEST_F(Delivery, ViewSendsTheFirstChosenRecordOnly) {
+    _ResultInfo first;
+    first.id = "A";
+    first.path = writeFile("first", "first");
+    _ResultInfo second = first;
+    second.id = "B";
+    const auto view = [&](const char* query) {
+        CFileManCGI cgi;
+        cgi.parseQueryInfo(query);
+        return outputOf([&] { cgi.viewResults({&first, &second}); });
+    };
+    EXPECT_EQ(view("rsltid=A"), view("rsltid=B,A"));
+    EXPECT_EQ(inlineHeader(5) + "first", view("rsltid=B"));
+    EXPECT_EQ("", view("rsltid=b,,AB"));
+    EXPECT_EQ("", view("rsltid="));
+    EXPECT_EQ("", view("id=A"));
+}
+
+TEST(LeftOut, DownloadsWhoseCommandsCannotCarryTheRecord) {
+    const auto refused = [](const std::string& name, const std::string& directory,
+                            const std::string& destination) {
+        DownloadPlaces places;
+        places.name = name;
+        places.directory = directory;
+        places.destination = destination;
+        return downloadObstacle(places) != nullptr;
+    };
+    for (const char* const name : {"a", "a b", "$(x)`;|&", "a-", "..", "\xff\xc3", "*?[\"\\"})
+        EXPECT_FALSE(refused(name, "/home/d", std::string("/tmp/download/[") + name)) << name;
+    for (const char* const name : {"", "-rf", "it's", "a\nb", "\x01", "a\x7f"})
+        EXPECT_TRUE(refused(name, "/home/d", "/tmp/download/x")) << name;
+    for (const char* const destination : {"/tmp/'", "/tmp/\t", "/tmp/\x1f"})
+        EXPECT_TRUE(refused("a", "/home/d", destination)) << destination;
+    for (const char c : std::string(" |&;<>()$`\\\"'*?[]{}\n\x7f"))
+        EXPECT_TRUE(refused("a", std::string("/home/") + c, "/tmp/x")) << c;
+    EXPECT_FALSE(refused("a", "/home/-d.~#!=%,:@^+\xe9", "/tmp/ $x"));
+}
+
+TEST(LeftOut, PdfsWhoseTaskOrArchiveCannotCarryThePath) {
+    for (const char* const path : {"/home/a b's/x.html", "/home/-d/x", "/home/a/.html", "/home/$(x)/y-"})
+        EXPECT_EQ(nullptr, pdfObstacle(path)) << path;
+    for (const char* const path : {"/home/a/-x.html", "/home/a\nb/x", "/home/a/x.ht\x7fml"})
+        EXPECT_NE(nullptr, pdfObstacle(path)) << path;
+}
+
+TEST_F(Delivery, LeftoversGoWithoutFollowingLinks) {
+    writeFile("kept/file", "kept");
+    writeFile("area/old/deep/er/file", "");
+    writeFile("area/.hidden", "");
+    writeFile("area.zip", "");
+    fs::create_directory_symlink(at("kept"), at("area/link"));
+    ::chmod(at("area/old/deep").c_str(), 0);
+    const StagingArea area(places());
+    EXPECT_TRUE(fs::exists(at("area.zip")));
+    area.removeLeftovers();
+    EXPECT_TRUE(fs::is_empty(at("area")));
+    EXPECT_FALSE(fs::exists(at("area.zip")));
+    EXPECT_EQ("kept", readFile("kept/file"));
+}
+
+TEST_F(Delivery, PlantedLinksAreReplaced) {
+    writeFile("kept/file", "kept");
+    fs::create_directory_symlink(at("kept"), at("area"));
+    fs::create_symlink(at("kept/file"), at("area.zip"));
+    fs::create_symlink(at("kept/file"), at("lock"));
+    const StagingArea area(places());
+    EXPECT_TRUE(area.isLocked() && area.isUsable());
+    EXPECT_FALSE(fs::is_symlink(at("area")) || fs::is_symlink(at("lock")) || fs::exists(at("area.zip")));
+    area.run("rm -rf " + at("area") + "/*");
+    EXPECT_EQ("kept", readFile("kept/file"));
+}
+
+TEST_F(Delivery, LockOutlivesItsHolderUntilTheBackgroundCommandEnds) {
+    using std::chrono::milliseconds;
+    const auto isFree = [&](int wait) { return StagingArea(places(), milliseconds(wait)).isLocked(); };
+    {
+        const StagingArea holder(places());
+        EXPECT_FALSE(isFree(0));
+        holder.run("sleep 0.2 &");
+    }
+    EXPECT_FALSE(isFree(0));
+    EXPECT_TRUE(isFree(5000));
+}
+
+TEST_F(Delivery, CommandsDoNotWriteIntoTheResponse) {
+    const StagingArea area(places());
+    EXPECT_EQ("before after", outputOf([&] {
+                  std::printf("before ");
+                  area.run("echo chatter; cat " + at("out") + " > " + at("seen"));
+                  std::printf("after");
+              }));
+    EXPECT_EQ("before ", readFile("seen"));
+}
+
+} // namespace
