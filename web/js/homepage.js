@@ -17,7 +17,7 @@
       document.head.append(script);
     });
   }));
-  for (const part of ['list', 'rows', 'wire', 'texts', 'dom', 'grid', 'order', 'memory', 'deliver', 'viewer', 'filters', 'options']) {
+  for (const part of ['list', 'archive', 'deliver', 'dom', 'filters', 'grid', 'kinds', 'memory', 'options', 'order', 'page', 'rows', 'texts', 'viewer', 'wire']) {
     insertHead('link', { rel: 'modulepreload', href: `${base}fileman/${part}.js` });
   }
 })();

@@ -2,6 +2,7 @@
  * Download and PDF export: asks the instrument, shows how far it is, checks the answer and only then saves
  * it. A choice that is too long for one request goes in parts.
  */
+import { archiveNames, missingFrom } from './archive.js';
 import { announce, button, el, visible } from './dom.js';
 import { obstacle } from './kinds.js';
 import { language, size, t } from './texts.js';
@@ -70,15 +71,22 @@ function parts(ids) {
 
 const startsWith = (bytes, text) => [...text].every((char, i) => bytes[i] === char.charCodeAt(0));
 
-/** Checks that an answer is what it claims to be, from its first and last bytes. */
-async function inspect(blob, isPdf) {
+/**
+ * Checks that an answer is what it claims to be and holds something of what was asked for. Returns its type
+ * and the entries that it lacks.
+ */
+async function inspect(blob, operation, entries) {
   if (!blob.size) throw new AnswerError('errorEmpty');
   const head = new Uint8Array(await blob.slice(0, 5).arrayBuffer());
-  const tail = new TextDecoder('latin1').decode(await blob.slice(-66000).arrayBuffer());
-  const archive = startsWith(head, 'PK\x03\x04') && tail.includes('PK\x05\x06');
-  if (archive) return 'zip';
-  if (isPdf && startsWith(head, '%PDF-') && tail.includes('%%EOF')) return 'pdf';
-  throw new AnswerError(isPdf ? 'errorNoPdf' : 'errorNoArchive');
+  if (operation === 'pdf' && startsWith(head, '%PDF-')) {
+    if ((await blob.slice(-2048).text()).includes('%%EOF')) return { type: 'pdf', missing: [] };
+    throw new AnswerError('errorNoPdf');
+  }
+  const names = startsWith(head, 'PK') ? await archiveNames(blob) : null;
+  if (!names) throw new AnswerError(operation === 'pdf' ? 'errorNoPdf' : 'errorNoArchive');
+  const missing = missingFrom(names, entries, operation);
+  if (missing.length === entries.length) throw new AnswerError('errorEmpty');
+  return { type: 'zip', missing };
 }
 
 async function transfer(operation, ids, job) {
@@ -115,10 +123,15 @@ function fileName(operation, entries, type, part) {
   return `${base.replace(/[/\\:*?"<>|]/g, '_')}${part}.${type}`;
 }
 
-function leftOutText(entries, operation) {
-  const names = entries.slice(0, NAMES_TOLD).map((entry) => `“${visible(entry.name)}” (${t(obstacle(entry, operation))})`);
+/** The first few names, each with what `tell` adds, and how many more there are. */
+function someNames(entries, tell = () => '') {
+  const names = entries.slice(0, NAMES_TOLD).map((entry) => `“${visible(entry.name)}”${tell(entry)}`);
   if (entries.length > NAMES_TOLD) names.push(t('andMore', { n: entries.length - NAMES_TOLD }));
-  return t('leftOut', { n: entries.length, names: new Intl.ListFormat(language).format(names) });
+  return new Intl.ListFormat(language).format(names);
+}
+
+function leftOutText(entries, operation) {
+  return t('leftOut', { n: entries.length, names: someNames(entries, (entry) => ` (${t(obstacle(entry, operation))})`) });
 }
 
 /** The worded form of a failure. */
@@ -147,8 +160,9 @@ async function fetchAll(operation, entries, job) {
       groups = [...groups.slice(0, at), ...parts(groups.slice(at).flat())];
       continue;
     }
-    const type = await inspect(blob, operation === 'pdf');
     const members = groups[at].map((id) => byId.get(id));
+    const { type, missing } = await inspect(blob, operation, members);
+    if (missing.length) job.note(t('missing', { n: missing.length, names: someNames(missing) }));
     const name = fileName(operation, members, type, groups.length > 1 ? `-${at + 1}` : '');
     save(blob, name);
     names.push(name);

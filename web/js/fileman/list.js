@@ -367,10 +367,10 @@ function buildBar() {
   ui.pdf = button(t('pdf'), { image: 'pdf', class: 'fm-button', press: () => fetchFiles('pdf', targets()) });
   ui.download = button(t('download'), { image: 'download', class: 'fm-button fm-primary', press: () => fetchFiles('download', targets()) });
   const again = button(t('refresh'), { image: 'refresh', bare: true, class: 'fm-quiet', press: () => load(state.listing, { push: false, keepState: true }) });
-  return el('div', { class: 'fm-bar' },
+  return el('section', { class: 'fm-bar', 'aria-label': t('actions') },
     el('div', { class: 'fm-search', role: 'search' }, icon('search'), ui.find),
-    el('div', { class: 'fm-group-buttons', role: 'group', 'aria-label': t('filter') }, ui.filter, ui.advanced, again),
-    el('div', { class: 'fm-group-buttons fm-actions', role: 'group', 'aria-label': t('actions') }, ui.view, ui.pdf, ui.download));
+    el('div', { class: 'fm-group-buttons' }, ui.filter, ui.advanced, again),
+    el('div', { class: 'fm-group-buttons fm-actions' }, ui.view, ui.pdf, ui.download));
 }
 
 function buildFoot() {

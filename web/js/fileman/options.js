@@ -51,14 +51,10 @@ export function parsePrimary({ text, raw }) {
   return GROUPS.map(({ key, fieldset, prefix }) => {
     const field = between(text, `<fieldset id="${fieldset}"`, '</fieldset>') ?? '';
     const options = readOptions(field, prefix).filter(Boolean).map((name) => (raw
-      ? { value: binaryOf(name), text: toText(binaryOf(name)) }
+      ? { value: name, text: toText(name) }
       : { value: toBinary(name), text: name }));
     return { key, options };
   });
-}
-
-function binaryOf(rawText) {
-  return rawText.replace(/[^\0-\x7f]/g, (char) => String.fromCharCode(char.charCodeAt(0) & 0xff));
 }
 
 /** The advanced page's fields in page order, [key]; null when the text is no advanced filter page. */

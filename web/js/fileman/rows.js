@@ -23,14 +23,17 @@ const MOST_TRIES = 5000;
  */
 const PLAIN_ROW = new RegExp(`${FIRST.replace('{', '\\{')}${['', ...SEPARATORS].join("([^'\n]*)")}(/[^'\n]*)' \\},\n`, 'y');
 
-const plainName = (path) => path.slice(path.lastIndexOf('/') + 1);
+const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
 
-/** Whether nine values are one record: the id is built from the others, the path ends with the name's file. */
-function isOneRecord(values) {
+/**
+ * Whether nine values are one record: the id is built from the others, and the name is the path's file up to
+ * its first dot. Not every source names a row exactly like that, so `exact` is asked first, the looser form after.
+ */
+function isOneRecord(values, exact) {
   const [id, name, , mode, test, port, datetime, rsltype, path] = values;
   const whole = [mode, port, test, rsltype, name].join('_');
   return /^\d{4,}-\d\d-\d\d \d\d:\d\d:\d\d$/.test(datetime) && path.startsWith('/')
-    && plainName(path).startsWith(name)
+    && (exact ? fileOf(path).split('.', 1)[0] === name : fileOf(path).startsWith(name))
     && (id === whole || toBinary(whole).slice(0, ID_BYTES) === toBinary(id));
 }
 
@@ -52,20 +55,27 @@ function splitAt(body, idEnd, nameEnd) {
   return values;
 }
 
-/** A row whose name disturbs the page: tries row ends and splits until one row's fields agree with each other. */
-function readDisturbedRow(text, at) {
-  let tries = 0;
-  const from = at + FIRST.length;
+/** All ways to read a row: every text that may be its end, every place where its id and its name may end. */
+function* readings(text, from) {
   for (const stop of occurrences(text, LAST, from)) {
     const next = stop + LAST.length;
     if (!text.startsWith(FIRST, next) && !text.startsWith(END, next)) continue;
     const body = text.slice(from, stop);
     for (const idEnd of occurrences(body, SEPARATORS[0], 0)) {
       for (const nameEnd of occurrences(body, SEPARATORS[1], idEnd + SEPARATORS[0].length)) {
-        if (++tries > MOST_TRIES) return null;
-        const values = splitAt(body, idEnd, nameEnd);
-        if (values && isOneRecord(values)) return { values, next };
+        yield { values: splitAt(body, idEnd, nameEnd), next };
       }
+    }
+  }
+}
+
+/** A row whose name disturbs the page: the first reading whose fields agree with each other, or null. */
+function readDisturbedRow(text, at) {
+  for (const exact of [true, false]) {
+    let tries = 0;
+    for (const { values, next } of readings(text, at + FIRST.length)) {
+      if (values && isOneRecord(values, exact)) return { values, next };
+      if (++tries > MOST_TRIES) break;
     }
   }
   return null;
@@ -107,18 +117,16 @@ export function parseRows(text) {
   return result;
 }
 
-const toBytes = (raw) => raw.replace(/[^\0-\x7f]/g, (char) => String.fromCharCode(char.charCodeAt(0) & 0xff));
-
 /**
  * Rows as entries of texts. `sent` is the id as the instrument must get it back (binary), `twin` whether an
  * earlier entry of the list bears the same one.
  */
 export function toEntries({ rows }, raw) {
-  const show = raw ? (value) => toText(toBytes(value)) : (value) => value;
+  const show = raw ? toText : (value) => value;
   const seen = new Set();
   return rows.map((values) => {
     const [id, name, module, mode, test, port, datetime, rsltype, path] = values.map(show);
-    const sent = raw ? toBytes(values[0]) : toBinary(id);
+    const sent = raw ? values[0] : toBinary(id);
     const twin = seen.has(sent);
     seen.add(sent);
     return { id, name, module, mode, test, port, datetime, rsltype, path, sent, twin, searched: null };

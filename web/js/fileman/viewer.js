@@ -14,6 +14,9 @@ const MAGIC = [
   ['image/png', '\x89PNG'], ['image/jpeg', '\xff\xd8\xff'], ['image/gif', 'GIF8'], ['image/bmp', 'BM'],
 ];
 
+/** What the program says while it reads the storage; all there is when it sends no file. */
+const DIAGNOSTICS = /^(?:(?:Find at|Common port result|Common profile):[^\n]*\n)+$/;
+
 /** The type that a file's first bytes tell: a picture's, 'text/html', or '' when neither. */
 export function sniff(bytes) {
   const head = String.fromCharCode(...bytes.subarray(0, 512));
@@ -38,7 +41,7 @@ async function fetchFile(entry, signal) {
     },
   });
   const bytes = stripLead(new Uint8Array(await new Blob(pieces).arrayBuffer()));
-  if (!received || !bytes.length) throw new AnswerError('errorGone');
+  if (!received || !bytes.length || (bytes.length < 65536 && DIAGNOSTICS.test(new TextDecoder().decode(bytes)))) throw new AnswerError('errorGone');
   return bytes;
 }
 
@@ -52,9 +55,14 @@ function decodeReport(bytes) {
   }
 }
 
-/** A report's document without what would run, load or lead away. Its own pictures lie outside the interface. */
-function calmReport(text) {
-  const report = new DOMParser().parseFromString(text, 'text/html');
+/**
+ * A report's document without what would run, load or lead away. Its own pictures lie outside the interface.
+ * `Parser` is the frame's own: the list's policy would complain about the report's styles while they are read.
+ */
+function calmReport(text, Parser) {
+  // Handlers do not run here anyhow; renamed, they do not make the browser report that either.
+  const quiet = text.replace(/<[a-z][^>]*>/gi, (tag) => tag.replace(/(\s)on(?=\w+\s*=)/gi, '$1data-on'));
+  const report = new Parser().parseFromString(quiet, 'text/html');
   report.querySelectorAll('script, base, meta[http-equiv], link, iframe, frame, object, embed, audio, video, form[action]')
     .forEach((node) => (node.localName === 'form' ? node.removeAttribute('action') : node.remove()));
   for (const picture of report.querySelectorAll('img, input[type=image]')) {
@@ -90,7 +98,7 @@ function reportFrame(entry, text) {
   });
   frame.addEventListener('load', () => {
     const target = frame.contentDocument;
-    const report = calmReport(text);
+    const report = calmReport(text, frame.contentWindow.DOMParser);
     target.head.append(...target.adoptNode(report.head).childNodes);
     target.body.replaceWith(target.adoptNode(report.body));
     target.documentElement.lang = report.documentElement.lang || 'en';

@@ -26,13 +26,13 @@ export function toBinary(text) {
 export function toText(binary) {
   // eslint-disable-next-line no-control-regex
   if (/^[\0-\x7f]*$/.test(binary)) return binary;
-  return decoder.decode(Uint8Array.from(binary, (char) => char.charCodeAt(0) & 0xff));
+  return decoder.decode(Uint8Array.from(binary, (char) => char.charCodeAt(0)));
 }
 
 /** Percent-encodes a binary string; commas of a list are added by the caller. */
 export function escape(binary) {
   return binary.replace(/[^A-Za-z0-9\-_.~:/@()!*]/g, (char) => (
-    char === ' ' ? '+' : `%${(char.charCodeAt(0) & 0xff).toString(16).toUpperCase().padStart(2, '0')}`));
+    char === ' ' ? '+' : `%${char.charCodeAt(0).toString(16).toUpperCase().padStart(2, '0')}`));
 }
 
 /**
@@ -151,6 +151,8 @@ export function decodePage(bytes) {
   try {
     return { text: new TextDecoder('utf-8', { fatal: true }).decode(bytes), raw: false };
   } catch {
-    return { text: new TextDecoder('x-user-defined').decode(bytes), raw: true };
+    let text = '';
+    for (let at = 0; at < bytes.length; at += 32768) text += String.fromCharCode(...bytes.subarray(at, at + 32768));
+    return { text, raw: true };
   }
 }

@@ -1,0 +1,107 @@
+// Keyboard alone, assistive software, small windows, strong zoom, dark, another language.
+import assert from 'node:assert/strict';
+import { after, before, test } from 'node:test';
+import { faults, footer, openList, pressed, settled, startInstrument } from './instrument.mjs';
+
+let instrument;
+before(async () => { instrument = await startInstrument(); });
+after(() => instrument.stop());
+
+const focused = (page) => page.evaluate(() => {
+  const node = document.activeElement;
+  return node.getAttribute('aria-label') || node.innerText || node.id;
+});
+
+test('axe finds no fault in any view', async () => {
+  for (const colorScheme of ['light', 'dark']) {
+    const page = await instrument.newPage({ colorScheme });
+    await openList(page, instrument.list('fmtype=rslt&test=throughput'));
+    assert.deepEqual(await faults(page), [], `list, ${colorScheme}`);
+    await page.locator('.slick-row').first().click();
+    await page.keyboard.press('Enter');
+    await page.frameLocator('.fm-report').locator('body *').first().waitFor();
+    await pressed(page, 'Download').first().click();
+    await page.getByText(/Saved as/).waitFor();
+    assert.deepEqual((await faults(page)).filter((fault) => !fault.includes('<html lang="en"><head>')), [], `viewer, ${colorScheme}`);
+    await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
+    for (const dialog of ['Filter', 'Advanced']) {
+      await pressed(page, dialog).click();
+      await page.getByRole('dialog').waitFor();
+      assert.deepEqual(await faults(page), [], `${dialog}, ${colorScheme}`);
+      await page.keyboard.press('Escape');
+    }
+    await openList(page, instrument.list('fmtype=rslt&fname=nothing'));
+    assert.deepEqual(await faults(page), [], `empty, ${colorScheme}`);
+    await page.goto(instrument.list('filter=fpri&fmtype=rslt'));
+    await page.waitForSelector('.fm-filter');
+    assert.deepEqual(await faults(page), [], `filter page, ${colorScheme}`);
+  }
+});
+
+test('a filter, a choice and a download by keyboard alone', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.list('fmtype=rslt'));
+  const order = [];
+  for (let i = 0; i < 25 && order.at(-1) !== 'body'; i++) {
+    await page.keyboard.press('Tab');
+    order.push(await focused(page));
+  }
+  const at = (name) => order.findIndex((one) => one.startsWith(name));
+  const wanted = ['All', 'Results', 'Profiles', 'Screenshots', 'Narrow the list', 'Filter', 'Advanced', 'Stored files'].map(at);
+  assert.ok(wanted.every((place, i) => place > (wanted[i - 1] ?? -1)), order.join(' | '));
+
+  await pressed(page, 'Filter').focus();
+  await page.keyboard.press('Enter');
+  const dialog = page.getByRole('dialog', { name: 'Filter' });
+  await dialog.waitFor();
+  while (!/^Tests: None/.test(await focused(page))) await page.keyboard.press('Tab');
+  await page.keyboard.press('Tab');
+  await page.keyboard.press(' ');
+  await page.keyboard.press('Enter');
+  await page.waitForURL(/test=/);
+  await settled(page);
+  assert.equal(await focused(page), 'Filter');
+  while (!(await focused(page)).startsWith('Stored files')) await page.keyboard.press('Tab');
+  for (const key of ['ArrowDown', ' ']) await page.keyboard.press(key);
+  assert.match(await footer(page), /1 chosen/);
+  while ((await focused(page)) !== 'Download') await page.keyboard.press('Shift+Tab');
+  const [download] = await Promise.all([page.waitForEvent('download'), page.keyboard.press('Enter')]);
+  assert.match(download.suggestedFilename(), /\.zip$/);
+  await page.waitForFunction(() => /Saved as/.test(document.querySelector('[role=status]').textContent));
+  assert.deepEqual(page.problems, []);
+});
+
+test('nothing is out of reach on a phone and at 200 % zoom', async () => {
+  for (const viewport of [{ width: 360, height: 700 }, { width: 640, height: 400 }]) {
+    const page = await instrument.newPage({ viewport, deviceScaleFactor: 2, hasTouch: true });
+    await openList(page, instrument.list('fmtype=rslt&module=10G,1GE'));
+    assert.equal(await page.evaluate(() => document.scrollingElement.scrollWidth <= innerWidth), true);
+    await page.locator('.slick-row').first().tap();
+    assert.match(await footer(page), /1 chosen/);
+    await page.getByRole('combobox', { name: 'Sort by' }).selectOption('name');
+    for (const name of ['View', 'PDF', 'Download', 'Filter', 'Advanced']) {
+      const box = await pressed(page, name).boundingBox();
+      assert.ok(box.x >= 0 && box.x + box.width <= viewport.width && box.height >= 24, name);
+    }
+    await pressed(page, 'View').tap();
+    await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).tap();
+    await pressed(page, 'Filter').tap();
+    const ok = page.getByRole('dialog').getByRole('button', { name: 'OK' });
+    await ok.scrollIntoViewIfNeeded();
+    assert.ok(await ok.isVisible());
+    assert.deepEqual(await faults(page), []);
+    assert.deepEqual(page.problems, []);
+  }
+});
+
+test('German for whoever prefers it, and a switch that is remembered', async () => {
+  const page = await instrument.newPage({ locale: 'de-DE' });
+  await openList(page, instrument.list('fmtype=rslt'));
+  assert.equal(await page.getAttribute('html', 'lang'), 'de');
+  assert.match(await footer(page), /Einträge/);
+  await page.getByRole('combobox', { name: 'Sprache' }).selectOption('en');
+  await page.getByRole('heading', { name: 'Result files' }).waitFor();
+  await page.reload();
+  await settled(page);
+  assert.equal(await page.title(), 'Results – Result files');
+});

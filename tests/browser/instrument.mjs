@@ -1,0 +1,108 @@
+// A served instrument and a browser in front of it, for the tests in this folder.
+import assert from 'node:assert/strict';
+import { execFileSync, spawn } from 'node:child_process';
+import fs from 'node:fs';
+import { createRequire } from 'node:module';
+import net from 'node:net';
+
+const require = createRequire(new URL('../../web/package.json', import.meta.url));
+const { chromium } = require('playwright-core');
+const AXE = fs.readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
+const CGI_DIR = '/usr/local/ktb/cgi-bin';
+
+// The tests write below /home: never outside the private storage.
+assert.equal(process.env.FILEMAN_PRIVATE_STORAGE, '1', 'start the tests by tests/browser/run');
+assert.ok(fs.existsSync('/tmp/.private-storage'));
+
+async function freePort() {
+  const server = net.createServer().listen(0, '127.0.0.1');
+  await new Promise((resolve) => { server.on('listening', resolve); });
+  const { port } = server.address();
+  await new Promise((resolve) => { server.close(resolve); });
+  return port;
+}
+
+async function answers(port) {
+  for (let i = 0; i < 100; i++) {
+    const socket = net.connect(port, '127.0.0.1');
+    const up = await new Promise((resolve) => { socket.on('connect', () => resolve(true)).on('error', () => resolve(false)); });
+    socket.destroy();
+    if (up) return;
+    await new Promise((resolve) => { setTimeout(resolve, 50); });
+  }
+  throw new Error('the web server does not start');
+}
+
+/** Starts a web server by `command(port)` (lighttpd as packaged unless given) and a browser. */
+export async function startInstrument(command) {
+  const port = await freePort();
+  const [program, args] = command ? command(port) : ['lighttpd', ['-D', '-f', '/srv/packaging/lighttpd.conf']];
+  const server = spawn(program, args, {
+    env: { ...process.env, FILEMAN_PORT: port, FILEMAN_WWW: '/srv/build/www', FILEMAN_CGI_DIR: CGI_DIR, PATH: `${process.env.PATH}:/usr/sbin` },
+    stdio: 'ignore',
+  });
+  await answers(port);
+  const browser = await chromium.launch({
+    executablePath: '/usr/bin/chromium',
+    args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking', '--disable-component-update', '--disable-sync'],
+  });
+  const home = `http://127.0.0.1:${port}`;
+  return {
+    home,
+    list: (query = 'fmtype=all') => `${home}/cgi-bin/fileman.cgi?${query}`,
+    newPage: (options = {}) => newPage(browser, options),
+    stop: async () => {
+      await browser.close();
+      server.kill();
+    },
+  };
+}
+
+/** A page in a fresh profile; `page.problems` gathers console errors, script errors and failed requests. */
+async function newPage(browser, options) {
+  const context = await browser.newContext({ viewport: { width: 1280, height: 800 }, locale: 'en-GB', ...options });
+  const page = await context.newPage();
+  page.setDefaultTimeout(20000);
+  page.problems = [];
+  page.on('console', (message) => { if (message.type() === 'error') page.problems.push(message.text()); });
+  page.on('pageerror', (error) => page.problems.push(String(error)));
+  page.on('response', (response) => { if (response.status() >= 400) page.problems.push(`${response.status()} ${response.url()}`); });
+  return page;
+}
+
+/** Opens a list and waits until it is shown. */
+export async function openList(page, url) {
+  await page.goto(url);
+  await page.waitForSelector('.fm-foot span:not(:empty)');
+  await settled(page);
+}
+
+/** Waits until nothing is being read. */
+export async function settled(page) {
+  await page.waitForSelector('.fm-wait', { state: 'hidden' });
+  await page.waitForTimeout(60);
+}
+
+export const names = (page) => page.$$eval('.slick-row', (rows) => rows
+  .sort((a, b) => a.dataset.row - b.dataset.row).map((row) => row.querySelector('.fm-name').textContent));
+export const column = (page, id) => page.$$eval('.slick-row', (rows, wanted) => rows
+  .sort((a, b) => a.dataset.row - b.dataset.row).map((row) => row.querySelector(`.fm-col-${wanted}`).textContent), id);
+export const footer = (page) => page.innerText('.fm-foot');
+export const pressed = (page, name) => page.getByRole('button', { name, exact: true });
+
+/** The rows that the program itself writes for a query. */
+export function rowsOf(query) {
+  const page = execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'latin1' });
+  return page.split('\n').filter((line) => line.startsWith("\t\t{ id: '"));
+}
+
+export const answerOf = (query) => execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'utf8' });
+
+/** Names of serious faults that axe finds. */
+export async function faults(page) {
+  await page.evaluate(AXE);
+  const found = await page.evaluate(() => window.axe.run(document, {
+    runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'],
+  }));
+  return found.violations.flatMap(({ id, nodes }) => nodes.map((node) => `${id}: ${node.html.slice(0, 160)}`));
+}

@@ -1,0 +1,231 @@
+// The list from a person's side: order, search, choice, filters, history, what is remembered.
+import assert from 'node:assert/strict';
+import { after, before, test } from 'node:test';
+import { column, footer, names, openList, pressed, rowsOf, settled, startInstrument } from './instrument.mjs';
+
+let instrument;
+before(async () => { instrument = await startInstrument(); });
+after(() => instrument.stop());
+
+const chosen = (page) => page.$$eval('.slick-row.is-chosen', (rows) => rows.map((row) => Number(row.dataset.row)).sort((a, b) => a - b));
+const entryCount = async (page) => Number(/^([\d,]+)/.exec(await footer(page))[1].replace(',', ''));
+
+test('each tab shows what the program lists', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.home);
+  for (const [tab, kind] of [['Results', 'rslt'], ['Profiles', 'prof'], ['Screenshots', 'screen'], ['All', 'all']]) {
+    await page.getByRole('link', { name: tab }).click();
+    await page.waitForURL((url) => url.searchParams.get('fmtype') === kind);
+    await settled(page);
+    assert.equal(await entryCount(page), rowsOf(`fmtype=${kind}`).length, tab);
+    assert.equal(await page.getAttribute('a[aria-current]', 'href'), `fileman.cgi?fmtype=${kind}`);
+  }
+  await page.goBack();
+  await settled(page);
+  assert.match(page.url(), /fmtype=screen/);
+  assert.equal(await pressed(page, 'Filter').isDisabled(), true, 'screenshots obey no filter');
+  assert.deepEqual(page.problems, []);
+});
+
+test('newest first, then by any column in natural order, remembered with the widths', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.list('fmtype=all'));
+  const dates = await column(page, 'datetime');
+  assert.deepEqual(dates, [...dates].sort().reverse());
+  await page.getByRole('button', { name: 'Port' }).click();
+  const ports = (await column(page, 'port')).filter(Boolean);
+  assert.deepEqual(ports, [...ports].sort(new Intl.Collator('en', { numeric: true }).compare));
+  assert.equal(await page.getAttribute('[data-id=port]', 'aria-sort'), 'ascending');
+  const head = page.locator('[data-id=module]');
+  const width = (await head.boundingBox()).width;
+  await page.getByRole('button', { name: 'Module' }).focus();
+  for (let i = 0; i < 3; i++) await page.keyboard.press('Alt+ArrowRight');
+  const handle = await page.locator('[data-id=mode] .slick-resizable-handle').boundingBox();
+  await page.mouse.move(handle.x + 4, handle.y + 8);
+  await page.mouse.down();
+  await page.mouse.move(handle.x + 64, handle.y + 8, { steps: 4 });
+  await page.mouse.up();
+  const mode = (await page.locator('[data-id=mode]').boundingBox()).width;
+  await openList(page, instrument.list('fmtype=rslt'));
+  assert.equal((await head.boundingBox()).width, width + 48);
+  assert.equal((await page.locator('[data-id=mode]').boundingBox()).width, mode);
+  assert.equal(await page.getAttribute('[data-id=port]', 'aria-sort'), 'ascending');
+});
+
+test('typing narrows, marks, counts, and the address keeps it', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.list('fmtype=all'));
+  await page.getByRole('searchbox').fill('bert 10G');
+  await page.waitForURL(/#find=bert/);
+  const matching = rowsOf('fmtype=all').filter((row) => /bert/i.test(row) && /10G/i.test(row)).length;
+  assert.match(await footer(page), new RegExp(`^${matching} of \\d+ entries`));
+  assert.equal(await page.locator('mark').first().innerText(), 'bert');
+  await page.reload();
+  await settled(page);
+  assert.equal(await page.getByRole('searchbox').inputValue(), 'bert 10G');
+  await page.getByRole('searchbox').fill('no such thing');
+  await page.getByRole('heading', { name: 'Nothing matches “no such thing”' }).waitFor();
+  await pressed(page, 'Clear the search').click();
+  await page.waitForSelector('.slick-row');
+  assert.deepEqual(page.problems, []);
+});
+
+test('rows are chosen by box, shift, ctrl, Ctrl-A and keys, and the actions follow', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.list('fmtype=rslt&test=bert'));
+  const row = (i) => page.locator(`.slick-row[data-row="${i}"]`);
+  const enabled = () => Promise.all(['View', 'PDF', 'Download'].map((name) => pressed(page, name).isEnabled()));
+  assert.deepEqual(await enabled(), [false, false, false]);
+  await row(1).click();
+  assert.deepEqual([await chosen(page), await enabled()], [[1], [true, true, true]]);
+  await row(4).click({ modifiers: ['Shift'] });
+  assert.deepEqual([await chosen(page), await enabled()], [[1, 2, 3, 4], [false, true, true]]);
+  await row(2).click({ modifiers: ['Control'] });
+  await row(7).locator('.fm-check').click();
+  assert.deepEqual(await chosen(page), [1, 3, 4, 7]);
+  assert.match(await footer(page), /4 chosen/);
+  await page.keyboard.press('Control+a');
+  assert.equal((await footer(page)).includes(`${await entryCount(page)} chosen`), true);
+  await page.getByRole('checkbox', { name: 'Choose all shown' }).uncheck();
+  assert.deepEqual(await chosen(page), []);
+  await page.focus('#rsltgrid');
+  for (const key of ['Home', ' ', 'ArrowDown', 'ArrowDown', ' ', 'Shift+ArrowDown']) await page.keyboard.press(key);
+  assert.deepEqual(await chosen(page), [2, 3]);
+  assert.equal(await page.getAttribute('#rsltgrid', 'aria-activedescendant'), 'fm-row-3');
+  assert.equal(await page.getAttribute('#fm-row-3', 'aria-rowindex'), '5');
+  assert.equal(await page.getAttribute('#fm-row-3', 'aria-selected'), 'true');
+  assert.equal(await page.getAttribute('#rsltgrid', 'aria-rowcount'), String(await entryCount(page) + 1));
+  await page.keyboard.press('End');
+  await page.waitForTimeout(100);
+  assert.equal(await page.locator('.slick-row.is-active').isVisible(), true);
+  await page.keyboard.press('Escape');
+  assert.deepEqual(await chosen(page), []);
+});
+
+test('a ticked test shows that test\'s results, with chips, address and history', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.list('fmtype=rslt'));
+  await pressed(page, 'Filter').click();
+  const dialog = page.getByRole('dialog', { name: 'Filter' });
+  const offered = await dialog.locator('fieldset').filter({ hasText: 'Tests' }).locator('label').allInnerTexts();
+  assert.ok(offered.length > 5 && !offered.includes(''));
+  await dialog.getByLabel('throughput', { exact: true }).check();
+  await dialog.getByRole('button', { name: 'OK' }).click();
+  await page.waitForURL(/test=throughput/);
+  await settled(page);
+  assert.deepEqual([...new Set(await column(page, 'test'))], ['throughput']);
+  assert.equal(await entryCount(page), rowsOf('fmtype=rslt&test=throughput').length);
+
+  await pressed(page, 'Filter').click();
+  assert.equal(await dialog.getByLabel('throughput', { exact: true }).isChecked(), true);
+  await dialog.getByRole('button', { name: 'Modules: All' }).click();
+  await dialog.getByLabel('10G', { exact: true }).uncheck();
+  await page.keyboard.press('Enter');
+  await page.waitForURL(/module=/);
+  await settled(page);
+  assert.ok(!(await column(page, 'module')).includes('10G'));
+
+  await pressed(page, 'Remove Test: throughput').click();
+  await page.waitForURL((url) => !url.searchParams.has('test'));
+  await page.goBack();
+  await settled(page);
+  assert.equal(new URL(page.url()).searchParams.get('test'), 'throughput');
+  await pressed(page, 'Clear the filter').click();
+  await page.waitForURL((url) => url.search === '?fmtype=rslt');
+  assert.deepEqual(page.problems, []);
+});
+
+test('every test and port that the filter offers finds what is stored under it', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.list('fmtype=rslt'));
+  await pressed(page, 'Filter').click();
+  const offered = async (key) => page.$$eval(`dialog input[name=${key}]`, (boxes) => boxes.map((box) => box.closest('label').innerText.trim()));
+  const stored = rowsOf('fmtype=rslt');
+  const valuesOf = (field) => new Set(stored.map((row) => new RegExp(`, ${field}: '([^']*)'`).exec(row)[1]));
+  for (const port of await offered('port')) {
+    assert.equal(rowsOf(`fmtype=rslt&port=${encodeURIComponent(port)}`).length > 0, valuesOf('port').has(port), port);
+  }
+  const dead = (await offered('test')).filter((name) => !rowsOf(`fmtype=rslt&test=${encodeURIComponent(name)}`).length
+    && !rowsOf(`fmtype=prof&test=${encodeURIComponent(name)}`).length);
+  assert.deepEqual(dead, []);
+});
+
+test('advanced fields, Cancel and Escape, and the way out of an empty list', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.list('fmtype=rslt'));
+  const before = await footer(page);
+  await pressed(page, 'Advanced').click();
+  const dialog = page.getByRole('dialog', { name: 'Advanced filter' });
+  await dialog.getByLabel('File name holds').fill('a & b');
+  await page.keyboard.press('Enter');
+  assert.equal(await dialog.isVisible(), true, 'a sign that cannot be sent is refused');
+  await page.keyboard.press('Escape');
+  await dialog.waitFor({ state: 'detached' });
+  assert.equal(await page.evaluate(() => document.activeElement.innerText), 'Advanced');
+  await pressed(page, 'Advanced').click();
+  await dialog.getByLabel('Name begins').fill('bert_');
+  await dialog.getByRole('button', { name: 'Cancel' }).click();
+  assert.equal(await footer(page), before);
+  await pressed(page, 'Advanced').click();
+  await dialog.getByLabel('Name begins').fill('bert_');
+  await dialog.getByLabel('Name ends').fill('no such end');
+  await page.keyboard.press('Enter');
+  await page.getByRole('heading', { name: 'Nothing matches the filter' }).waitFor();
+  await pressed(page, 'Remove Name ends: no such end').click();
+  await page.waitForSelector('.slick-row');
+  assert.ok((await names(page)).every((name) => name.startsWith('bert_')));
+});
+
+test('the filter pages work by their own address', async () => {
+  const page = await instrument.newPage();
+  await page.goto(instrument.list('filter=fpri&fmtype=prof&module=1GE'));
+  assert.equal(await page.getByLabel('1GE', { exact: true }).isChecked(), true);
+  await page.getByLabel('10G', { exact: true }).check();
+  await page.getByRole('button', { name: 'OK' }).click();
+  await page.waitForURL(/fmtype=prof&module=1GE,10G/);
+  await page.goto(instrument.list('filter=fadv&fmtype=rslt&fname=%22%3E%3Cb%3E'));
+  assert.equal(await page.getByLabel('File name holds').inputValue(), '"><b>');
+  await page.keyboard.press('Escape');
+  await page.waitForURL(/fmtype=rslt/);
+  assert.deepEqual(page.problems, []);
+});
+
+test('an action leaves list, place, choice and search as they are; so does a reload', async () => {
+  const page = await instrument.newPage({ viewport: { width: 1280, height: 600 } });
+  await openList(page, instrument.list('fmtype=all'));
+  await page.getByRole('searchbox').fill('result');
+  await page.waitForURL(/#find/);
+  await page.focus('#rsltgrid');
+  for (const key of ['PageDown', 'PageDown', ' ', 'ArrowDown', 'Enter']) await page.keyboard.press(key);
+  await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
+  const state = () => page.evaluate(() => [document.querySelector('.slick-viewport-top').scrollTop, document.querySelector('[type=search]').value,
+    document.querySelector('.fm-foot').innerText, document.querySelector('.is-active')?.innerText]);
+  const was = await state();
+  assert.match(was[2], /1 chosen/);
+  await pressed(page, 'Read the list again').click();
+  await settled(page);
+  assert.deepEqual(await state(), was);
+  await page.reload();
+  await settled(page);
+  assert.deepEqual(await state(), was);
+});
+
+test('failures are worded, and the old list stays', async () => {
+  const page = await instrument.newPage();
+  await openList(page, instrument.list('fmtype=rslt'));
+  const before = await footer(page);
+  await page.goto(instrument.list('fmtype=rslt&module=10G'));
+  await settled(page);
+  const filtered = await footer(page);
+  assert.notEqual(filtered, before);
+  for (const [answer, words] of [[{ status: 500, body: '' }, /could not answer \(error 500\)/], [{ status: 200, body: '<html>?' }, /something else than the list/]]) {
+    await page.route('**/fileman.cgi?fmtype=prof**', (route) => route.fulfill(answer));
+    await page.getByRole('link', { name: 'Profiles' }).click();
+    assert.match(await page.getByRole('alert').innerText(), words);
+    assert.equal(await footer(page), filtered);
+    await page.unroute('**/fileman.cgi?fmtype=prof**');
+  }
+  await pressed(page, 'Try again').click();
+  await page.waitForURL(/fmtype=prof/);
+  assert.equal(await page.getByRole('alert').count(), 0);
+});

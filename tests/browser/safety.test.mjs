@@ -1,0 +1,159 @@
+// Hostile names, policies, many rows.
+import assert from 'node:assert/strict';
+import crypto from 'node:crypto';
+import fs from 'node:fs';
+import { after, before, test } from 'node:test';
+import { answerOf, footer, names, openList, pressed, startInstrument } from './instrument.mjs';
+
+const DIR = '/home/10g/kte-rslt/10gport/bert-result';
+const BARE_CONF = '/tmp/bare-lighttpd.conf'; // a server that sends no policy and compresses nothing
+const POLICY_FILES = { conf: '/srv/packaging/lighttpd/fileman.conf', script: '/srv/web/js/fileman.js' };
+
+// name as stored, name as shown, whether it can be viewed
+const HOSTILE = [
+  ["it's", "it's", true],
+  ['back\\slash', 'back\\slash', true],
+  ["'}];canary();var x=[{a:'", "'}];canary();var x=[{a:'", false],
+  ["', name: canary(), x: '", "', name: canary(), x: '", false],
+  ['<script>canary()<script>', '<script>canary()<script>', true],
+  ['<!--<script>', '<!--<script>', true],
+  ['<img src=x onerror=canary()>', '<img src=x onerror=canary()>', false],
+  ['${canary()}&amp;', '${canary()}&amp;', false],
+  ["new\nline' },\n\t\t{ id: 'x', name: 'y", "new␊line' },␊␉␉{ id: 'x', name: 'y", false],
+  ['line\rend', 'line␍end', true],
+  ['plain, comma', 'plain, comma', false],
+  ['Gr\u00fc\u00dfe \u202egnp', 'Gr\u00fc\u00dfe \u2039U+202E\u203agnp', true],
+  [Buffer.from('no utf-8 \xff\xfe', 'latin1'), 'no utf-8 \ufffd\ufffd', true],
+  ['-rf', '-rf', true],
+  ['%41%2Fx+y', '%41%2Fx+y', true],
+];
+const paths = HOSTILE.map(([name]) => Buffer.concat([Buffer.from(`${DIR}/hostile `), Buffer.from(name), Buffer.from('.html')]));
+
+let instrument;
+let bare;
+before(async () => {
+  fs.writeFileSync(BARE_CONF, `server.document-root = env.FILEMAN_WWW\nserver.bind = "127.0.0.1"\nserver.port = env.FILEMAN_PORT
+server.modules = ( "mod_cgi", "mod_alias" )\nalias.url = ( "/cgi-bin/" => env.FILEMAN_CGI_DIR + "/" )
+$HTTP["url"] =~ "^/cgi-bin/" { cgi.assign = ( ".cgi" => "" ) }\nserver.http-parseopts = ( "url-normalize" => "disable" )
+mimetype.assign = ( ".js" => "text/javascript", ".css" => "text/css", ".svg" => "image/svg+xml", ".html" => "text/html" )\n`);
+  instrument = await startInstrument();
+  bare = await startInstrument(() => ['lighttpd', ['-D', '-f', BARE_CONF]]);
+});
+after(async () => { await instrument.stop(); await bare.stop(); });
+
+async function withHostileNames(work) {
+  paths.forEach((path) => fs.writeFileSync(path, '<html><p>harmless</p></html>'));
+  try {
+    await work();
+  } finally {
+    paths.forEach((path) => fs.unlinkSync(path));
+  }
+}
+
+async function guarded(server) {
+  const page = await server.newPage({ viewport: { width: 1280, height: 1400 } });
+  page.fired = 0;
+  await page.exposeFunction('canary', () => { page.fired += 1; });
+  return page;
+}
+
+test('hostile names are shown as they are and never run, with the server\'s policy and without', () => withHostileNames(async () => {
+  for (const server of [instrument, bare]) {
+    const page = await guarded(server);
+    await openList(page, server.list('fmtype=rslt&module=10G&test=bert&fname=hostile'));
+    const shown = (await names(page)).map((name) => name.replace(/^hostile /, ''));
+    assert.deepEqual(shown.sort(), HOSTILE.map(([, name]) => name).sort());
+    assert.equal(await page.locator('.fm-lost').isVisible(), false);
+    for (const [, name, viewable] of HOSTILE) {
+      const row = page.locator('.slick-row').filter({ has: page.locator('.fm-name', { hasText: `hostile ${name}` }) }).first();
+      await row.click();
+      await row.press('Enter').catch(() => page.keyboard.press('Enter'));
+      if (viewable) await page.frameLocator('.fm-report').getByText('harmless').waitFor();
+      else await page.locator('.fm-viewer').getByText(/Cannot be delivered: its identity/).waitFor();
+      await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
+    }
+    await pressed(page, 'Read the list again').click();
+    await page.waitForTimeout(300);
+    assert.equal(page.fired, 0);
+    assert.deepEqual(page.problems, []);
+  }
+}));
+
+test('what cannot be packed is told by name and left out', () => withHostileNames(async () => {
+  const page = await guarded(instrument);
+  await openList(page, instrument.list('fmtype=rslt&module=10G&test=bert&fname=hostile'));
+  await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
+  const [download] = await Promise.all([page.waitForEvent('download'), pressed(page, 'Download').click()]);
+  assert.ok(fs.statSync(await download.path()).size > 100);
+  assert.match(await page.locator('.fm-task-note').innerText(), /\d+ entries are left out: “hostile .* more/);
+}));
+
+test('what a request reflects is not run either', async () => {
+  for (const server of [instrument, bare]) {
+    const page = await guarded(server);
+    const attack = encodeURIComponent('"><script>canary()</script><svg onload=canary()>').replace(/%3D/g, '%3d');
+    for (const query of ['fmtype=rslt&fname=', 'filter=fadv&fmtype=rslt&fname=', 'filter=fpri&fmtype=rslt&test=']) {
+      await page.goto(server.list(query + attack));
+      await page.waitForSelector('.fm-chip, .fm-filter');
+    }
+    assert.equal(page.fired, 0);
+  }
+});
+
+test('every inline part of the pages has its hash in both policies, and nothing else has', () => {
+  const hash = (text) => `'sha256-${crypto.createHash('sha256').update(text).digest('base64')}'`;
+  const pages = ['fmtype=rslt&fname=no+such+file', 'filter=fpri&fmtype=rslt', 'filter=fadv&fmtype=rslt'].map(answerOf).join('');
+  const all = (pattern) => [...pages.matchAll(pattern)].map(([, text]) => text);
+  const scripts = all(/<script type="text\/javascript">([^]*?)<\/script>/g).filter((text) => !text.includes('griddata'));
+  const wanted = [...scripts, ...all(/ onload="([^"]*)"/g), ...all(/ style="([^"]*)"/g), ''].map(hash);
+  const present = (file) => new Set(fs.readFileSync(file, 'utf8').match(/'sha256-[^']+'/g));
+  for (const file of Object.values(POLICY_FILES)) assert.deepEqual(present(file), new Set(wanted), file);
+  const directives = (text) => text.split(';').map((one) => one.trim()).filter((one) => one && !one.startsWith('frame-ancestors'));
+  const conf = /"(default-src 'none'; script-src[^"]*)"/.exec(fs.readFileSync(POLICY_FILES.conf, 'utf8'))[1];
+  const script = /POLICY = (\[[^]*?\n {2}\]);/.exec(fs.readFileSync(POLICY_FILES.script, 'utf8'))[1];
+  // eslint-disable-next-line no-new-func
+  assert.deepEqual(directives(conf).sort(), new Function(`return ${script}`)().sort());
+});
+
+test('the server gives the pages their policy and everything else the sandbox', async () => {
+  const pages = ['fmtype=all', 'module=10G&fmtype=RSLT', 'rsltid=x&filter=FPRI', 'fname=a%20b&filter=fadv', 'opertype=view&fmtype=screen'];
+  const others = ['', 'opertype=view&rsltid=x', 'fmtype=other&fmtype=all&opertype=view', '%66mtype=x&fmtype=all&opertype=view', 'fname=a%26fmtype=x&fmtype=all&opertype=view',
+    'fmtype=al%6c', 'xfmtype=all', 'fmtype=allx&opertype=view', 'a%26=1&fmtype=all'];
+  for (const query of [...pages, ...others]) {
+    const { headers } = await fetch(instrument.list(query));
+    const policy = headers.get('content-security-policy');
+    assert.equal(policy.startsWith('sandbox'), others.includes(query), query);
+    assert.ok(!policy.includes("'unsafe-inline'") || policy.startsWith('sandbox'));
+    assert.deepEqual([headers.get('x-content-type-options'), headers.get('cache-control')], ['nosniff', 'no-store']);
+  }
+  const packed = await fetch(instrument.list('fmtype=all'), { headers: { 'accept-encoding': 'gzip' } });
+  assert.equal(packed.headers.get('content-encoding'), 'gzip');
+});
+
+test('10,000 rows are painted within a second after the bytes are there', async () => {
+  const made = Array.from({ length: 10000 }, (_, i) => `${DIR}/many-${i}.html`);
+  made.forEach((path) => fs.writeFileSync(path, ''));
+  try {
+    let best = Infinity;
+    for (let round = 0; round < 3 && best > 1000; round++) {
+      const page = await instrument.newPage();
+      await page.addInitScript(() => {
+        new MutationObserver((records, observer) => {
+          if (!document.querySelector('.slick-row')) return;
+          observer.disconnect();
+          requestAnimationFrame(() => setTimeout(() => { window.painted = performance.now(); }));
+        }).observe(document, { childList: true, subtree: true });
+      });
+      await openList(page, instrument.list('fmtype=rslt'));
+      await page.waitForFunction(() => window.painted);
+      best = Math.min(best, await page.evaluate(() => window.painted - performance.getEntriesByType('navigation')[0].responseEnd));
+      assert.match(await footer(page), /^10,\d\d\d entries/);
+      assert.ok(await page.locator('.slick-row').count() < 80);
+      assert.deepEqual(page.problems, []);
+    }
+    console.log(`# 10,000 rows: ${Math.round(best)} ms from the last byte to the painted rows`);
+    assert.ok(best < 1000, `${best} ms`);
+  } finally {
+    made.forEach((path) => fs.unlinkSync(path));
+  }
+});
