@@ -1,18 +1,18 @@
 #!/usr/bin/python3
 """run.py PROGRAM [--update] [NAME...]
 
-Runs the program as a CGI process on named storage trees and compares its whole responses with expected/NAME. Started
-once, inside scripts/with-storage. --update writes what was found; read the difference before you commit it.
+Runs the program as a CGI process on named storage trees and compares its whole responses with expected/NAME; the cases
+stand in the file cases, a line each. Started once, inside scripts/with-storage. --update writes what was found; read
+the difference before you commit it.
 
-In an expected file a line "[[frame]]" stands for the text of expected/frame-NAME, a byte that is no plain character
-for \\xNN, a long run of one character for its length. Dates become <date> after a check that each is the file's own.
+In an expected file a line "[[frame-NAME]]" stands for the text of expected/frame-NAME, \\xNN for a byte that is no
+plain character, {N*c} for a long run. A date becomes <date> after a check that it is the file's own.
 """
 
 import difflib
 import itertools
 import os
 import re
-import shlex
 import shutil
 import subprocess
 import sys
@@ -22,96 +22,38 @@ import time
 sys.dont_write_bytecode = True
 os.umask(0o022)
 
-import storage  # noqa: E402
-from storage import BERT, BROKEN, ACCEPTED, HERE, Tree, request  # noqa: E402
+from storage import BERT, HERE, NO_ROOT_RIGHTS, ZONE, Tree, environment, plain, read  # noqa: E402
 
 ROW = re.compile(rb"\t\t\{ id: '.*?', datetime: '(\S+ \S+?)', rsltype: '(?:Result|Profile)', path: '(.*?)' \},\n", re.S)
-ONE_ID = "Ethernet_SFP_BERT_Result_"
-
-# Name (of the expected file, too), tree, query.
-CASES = (
-    ("list-all", storage.basic, "fmtype=all&module=1GE"),
-    ("list-profiles", storage.basic, "fmtype=Prof"),
-    ("list-results", storage.basic, "fmtype=rslt"),
-    ("list-screenshots", storage.basic, "filter=other&fmtype=SCREEN&opertype=view&jobid=none%20of%20them"),
-    ("modules-in-request-order", storage.basic, "fmtype=rslt&module=2G5,1GE,2G5&mode=SDH/PDH,Ethernet&port=P2,10G P1"),
-    ("ports-and-extra-directories", storage.basic, "fmtype=rslt&module=1GE,2G5&port=SFP%2C10G P2"),
-    ("tests-by-key", storage.basic, "fmtype=rslt&test=fmonitor,,mtie,screen,cpri-layer1"),
-    ("profiles-by-test-and-exact-mode", storage.basic, "fmtype=prof&test=fmonitor,bert&mode=ethernet,SDH/PDH"),
-    ("advanced-job-and-account", storage.basic, "fmtype=rslt&jobid=OB-7&account=n"),
-    ("advanced-job-of-companion", storage.basic, "fmtype=rslt&module=Common&jobid=JOB"),
-    ("advanced-locator-none", storage.basic, "fmtype=rslt&locator=None&type=Acceptance"),
-    ("advanced-type-none-in-other-case", storage.basic, "fmtype=rslt&type=none"),
-    ("advanced-names", storage.basic, "fmtype=rslt&prefix=l&fname=ne&suffix=_2"),
-    ("primary-filter", storage.basic, "filter=FPRI&fmtype=rslt&module=1GE&mode=CPRI,Ethernet&test=BERT&port=SFP"),
-    ("advanced-filter", storage.basic, "opertype=pdf&filter=fadv&account=a+b%2bc%4Gd&jobid=%22'><b>&suffix=s%4"),
-    ("decoded-once", storage.basic, "&&filter=fadv&fname=x%26prefix%3Dy=%2541&prefix=later&=x&flag&suffix=%"),
-    ("decoded-to-zero-byte", storage.basic, "filter=fadv&jobid=seen%zz&account=never seen"),
-    ("value-of-100000-bytes", storage.basic, "filter=fadv&jobid=" + "x" * 100000),
-    ("bytes-that-are-no-text", storage.basic, b"filter=fadv&jobid=\xff\xfe%ff%C3\x80&account=%0d%0a%1b"),
-    ("no-action", storage.basic, "FMTYPE=all&opertype=delete&x=<%41>"),
-    ("no-variables", storage.basic, None),
-    ("view-report", storage.basic, "opertype=view&rsltid=" + ONE_ID + "line_1"),
-    ("view-picture", storage.basic, "opertype=VIEW&rsltid=x,__Screen_Result_shot_1"),
-    ("view-first-in-list-order", storage.basic, f"opertype=view&rsltid={ONE_ID}line_1,__Screen_Result_shot_1"),
-    ("view-of-absent-file", storage.basic, "opertype=view&rsltid=SDH/PDH__MTIE_Result_m2_without_item"),
-    ("nothing", storage.basic, "opertype=view&rsltid=unknown"),
-    ("nothing", storage.basic, "opertype=view"),
-    ("nothing", storage.basic, "opertype=download"),
-    ("nothing", storage.basic, "opertype=pdf&RSLTID=x"),
-    ("links", storage.links, "fmtype=rslt"),
-    ("links-profiles", storage.links, "fmtype=prof"),
-    ("links-advanced", storage.links, "fmtype=rslt&jobid=JOB"),
-    ("links-view-fifo", storage.links, "opertype=view&rsltid=SDH/PDH__MTIE_Result_fifo"),
-    ("links-view-link", storage.links, "opertype=view&rsltid=SDH/PDH__MTIE_Result_link"),
-    ("links-view-loop", storage.links, "opertype=view&rsltid=SDH/PDH__MTIE_Result_loop"),
-    ("weird-names", storage.weird_names, "fmtype=rslt&account="),
-    ("view-weird-name", storage.weird_names, "opertype=view&rsltid=" + ONE_ID + "new%0Aline"),
-    ("inaccessible", storage.inaccessible, "fmtype=rslt"),
-    ("inaccessible-profiles", storage.inaccessible, "fmtype=prof"),
-    ("inaccessible-advanced", storage.inaccessible, "fmtype=rslt&jobid=JOB"),
-    ("inaccessible-view", storage.inaccessible, "opertype=view&rsltid=" + ONE_ID + "open"),
-    ("advanced-information", storage.advanced_information, "fmtype=rslt&jobid=JOB-1"),
-    ("deep", storage.deep, "fmtype=rslt"),
-    ("empty-storage", storage.nothing, "fmtype=all"),
-    ("empty-storage-filter", storage.nothing, "filter=fpri"),
-    *(("empty-storage", storage.unconfigured(kind), "fmtype=all")
-      for kind in ("missing", "truncated", "beyond_16_mib", "unreadable", "directory", "fifo", "socket", *BROKEN)),
-    *(("configured", storage.configured(kind), "fmtype=all") for kind in ACCEPTED),
-)
-RESTRICTED = ("inaccessible", "unreadable")
+FRAMES = {name.encode(): read("expected", name) for name in os.listdir(HERE + "/expected") if name.startswith("frame-")}
+RESTRICTED = ("inaccessible", "document:unreadable")
 VARIABLES = {"no-action": {"CONTENT_LENGTH": "12 apples", "CONTENT_TYPE": "text/x", "REMOTE_ADDR": "::1",
                            "REQUEST_METHOD": "POST", "PATH_INFO": "/a b", "PATH_TRANSLATED": "/srv/<&>"}}
-ABSENT = "/home/2g5/mtie-results/m2_without_item/m2_without_item"
+MTIE = "/home/2g5/mtie-results"
 MESSAGES = {  # what else than nothing is said on standard error
-    "view-of-absent-file": f"fileman: send {ABSENT}: No such file or directory\n",
-    "links-view-loop": "fileman: send /home/2g5/mtie-results/loop/loop: Too many levels of symbolic links\n",
-    "links-view-fifo": "fileman: send /home/2g5/mtie-results/fifo/fifo: not a regular file\n",
-    "inaccessible-view": f"fileman: send /home/{BERT}/open.html: Permission denied\n",
+    "view-of-absent-file": f"send {MTIE}/m2_without_item/m2_without_item: No such file or directory",
+    "links-view-loop": f"send {MTIE}/loop/loop: Too many levels of symbolic links",
+    "links-view-fifo": f"send {MTIE}/fifo/fifo: not a regular file",
+    "inaccessible-view": f"send /home/{BERT}/open.html: Permission denied",
 }
-
-
-UPDATED = set()
-
-
-def expected_path(name):
-    return os.path.join(HERE, "expected", name)
-
-
-def read(path):
-    try:
-        with open(path, "rb") as file:
-            return file.read()
-    except FileNotFoundError:
-        return b""
-
-
-FRAMES = {name: read(expected_path(name)) for name in os.listdir(os.path.join(HERE, "expected"))
-          if name.startswith("frame-")}
 
 
 class Wrong(Exception):
     pass
+
+
+def request(program, query, prefix=(), **more):
+    """The finished process; one that does not end by itself raises TimeoutExpired."""
+    return subprocess.run([*prefix, program], env=environment(query, **more), stdin=subprocess.DEVNULL,
+                          capture_output=True, timeout=30, check=False)
+
+
+def answer(program, query, prefix=(), said="", **more):
+    done = request(program, query, prefix, **more)
+    messages = done.stderr.decode(errors="replace")
+    if done.returncode != 0 or messages != (f"fileman: {said}\n" if said else ""):
+        raise Wrong(f"exit status {done.returncode}, standard error: {messages}")
+    return done.stdout
 
 
 def own_date(row):
@@ -133,60 +75,45 @@ def sorted_runs(pattern, response, group=lambda piece: None):
     return re.sub(b"(?:%s)+" % pattern, in_order, response, flags=re.S)
 
 
-def module_of(row):
-    return row.split(b", module: ")[1].split(b", mode: ")[0]
-
-
 def reviewable(response):
     response = ROW.sub(own_date, response)
-    response = sorted_runs(rb"\t\t\{ id: '.*?' \},\n", response, module_of)
+    response = sorted_runs(rb"\t\t\{ id: '.*?' \},\n", response, lambda row: re.search(rb", module: '.*?'", row)[0])
     response = sorted_runs(rb"Find at:[^\n]*\n", response)
     response = sorted_runs(rb"\t<div [^\n]* id=\"id_(?:mode|test|port)_opt_[^\n]*\n", response)
     for name, text in FRAMES.items():
-        response = response.replace(text, b"[[%s]]\n" % name.encode())
-    response = re.sub(rb"([^\0\n])\1{99,}", lambda run: b"<%d times %s>" % (len(run[0]), run[1]), response)
+        response = response.replace(text, b"[[%s]]\n" % name)
+    response = re.sub(rb"([^\0\n])\1{99,}", lambda run: b"{%d*%s}" % (len(run[0]), run[1]), response)
     return re.sub(rb"[^\t\n -~]|\\", lambda byte: b"\\x%02x" % ord(byte[0]), response)
 
 
 def difference(expected, found):
-    lines = difflib.unified_diff(expected.decode().splitlines(), found.decode().splitlines(), "expected", "found",
-                                 lineterm="", n=2)
-    return "\n".join(lines) or "only the end of the last line differs"
+    texts = expected.decode().split("\n"), found.decode().split("\n")
+    return "\n".join(difflib.unified_diff(*texts, "expected", "found", lineterm="", n=2))
 
 
-def answer(program, query, prefix=(), said="", **more):
-    done = request(program, query, prefix, **more)
-    if done.returncode != 0:
-        raise Wrong(f"exit status {done.returncode}: {done.stderr.decode(errors='replace')}")
-    if done.stderr.decode(errors="replace") != said:
-        raise Wrong(f"on standard error: {done.stderr.decode(errors='replace')}")
-    return done.stdout
-
-
-def check_case(program, case, update):
-    name, make, query = case
-    prefix = storage.NO_ROOT_RIGHTS if make.__name__ in RESTRICTED else ()
+def check_case(program, case, update=False):
+    name, tree, query = case
+    prefix = NO_ROOT_RIGHTS if tree in RESTRICTED else ()
+    query = None if query == b"-" else plain(query)
     found = reviewable(answer(program, query, prefix, MESSAGES.get(name, ""), **VARIABLES.get(name, {})))
-    if update and name not in UPDATED:
-        UPDATED.add(name)
-        with open(expected_path(name), "wb") as file:
+    if update:
+        with open(os.path.join(HERE, "expected", name), "wb") as file:
             file.write(found)
-    expected = read(expected_path(name))
-    if found != expected or not os.path.exists(expected_path(name)):
-        raise Wrong(f"{difference(expected, found)}\n--- whole answer found:\n{found.decode()}")
+    expected = read("expected", name)
+    if found != expected:
+        raise Wrong(f"{difference(expected, found)}\n--- the whole answer found:\n{found.decode()}")
 
 
 def unknown_module_ends_the_process(program):
-    for module in ("Nosuch", "1ge", "1GE,,"):
+    for module, missing in (("Nosuch", "Nosuch"), ("1ge", "1ge"), ("1GE,,", "")):
         done = request(program, "fmtype=rslt&module=" + module)
-        missing = module.split(",")[1] if "," in module else module
-        if done.returncode != -6 or done.stdout or missing not in done.stderr.decode():
+        if (done.returncode, done.stdout) != (-6, b"") or f"module {missing}" not in done.stderr.decode():
             raise Wrong(f"module={module}: {done}")
 
 
 def rows_come_in_listing_order(program):
-    names = [f"{number * 7919 % 1000:03d}" for number in range(200)]
-    Tree().files(BERT, *(name + ".html" for name in names))
+    for number in range(200):
+        Tree().write(f"{BERT}/{number * 7919 % 1000:03d}.html")
     top = "/home/1ge/kte-rslt"
     wanted = [f"{top}/{port}/{kind}/{name}" for port in os.listdir(top) if port != "auxport"
               for kind in os.listdir(f"{top}/{port}") for name in os.listdir(f"{top}/{port}/{kind}")
@@ -197,16 +124,12 @@ def rows_come_in_listing_order(program):
 
 
 def dates_follow_the_zone(program):
-    """One of the two has daylight saving time today, whatever the day."""
-    for zone in ("NOR-1SUM,M3.5.0,M10.5.0/3", "SOU3SUM,M10.1.0/0,M3.3.0/0", "", "Asia/Nowhere"):
+    """One of the first two has daylight saving time today, whatever the day."""
+    for zone in ("NOR-1SUM,M3.5.0,M10.5.0/3", "SOU3SUM,M10.1.0/0,M3.3.0/0", "", ZONE):
         os.environ["TZ"] = zone
         time.tzset()
-        try:
-            if b"<date>" not in ROW.sub(own_date, answer(program, "fmtype=all", TZ=zone)):
-                raise Wrong("no row with a date")
-        finally:
-            os.environ["TZ"] = storage.ZONE
-            time.tzset()
+        if b"<date>" not in ROW.sub(own_date, answer(program, "fmtype=all", TZ=zone)):
+            raise Wrong("no row with a date")
 
 
 def storage_may_change_meanwhile(program):
@@ -215,11 +138,10 @@ def storage_may_change_meanwhile(program):
 
     def churn():
         while not stop.is_set():
-            for name in ("sfpport", "10gport"):
-                Tree().files(f"1ge/ktf-rslt/{name}/bert-result", *(f"{number}.html" for number in range(30)))
             shutil.rmtree("/home/1ge/ktf-rslt")
+            for name in itertools.product(("sfpport", "10gport"), range(30)):
+                Tree().write("1ge/ktf-rslt/%s/bert-result/%d.html" % name)
 
-    shutil.rmtree("/home/1ge/ktf-rslt")
     thread = threading.Thread(target=churn)
     thread.start()
     try:
@@ -237,42 +159,45 @@ CHECKS = (unknown_module_ends_the_process, rows_come_in_listing_order, dates_fol
 
 
 def run_all(program, update, names):
-    """Yields (name, tree, query, what is wrong or None)."""
-    laid_out = None
-    cases = [(case, case[1], check_case, (case, update)) for case in CASES]
-    cases += [((check.__name__, storage.basic, "see the function"), None, check, ()) for check in CHECKS]
-    for case, make, check, arguments in cases:
+    """Yields name, tree and query of each case, and what is wrong with it, if anything."""
+    lines = [line.split(None, 2) for line in read("cases").splitlines() if not line.startswith(b"#")]
+    cases = [(check_case, (name.decode(), tree.decode(), query)) for name, tree, query in lines]
+    cases += [(lambda program, case, check=check: check(program), (check.__name__, "basic", b"several"))
+              for check in CHECKS]
+    laid_out, updated = None, set()
+    for check, case in cases:
         if names and case[0] not in names:
             continue
-        if make is None or make is not laid_out:
-            storage.empty("/home")
-            case[1](Tree())
-            laid_out = make
+        if laid_out != case[1] or case[2] == b"several":
+            laid_out = case[1]
+            Tree().make(laid_out)
+        # Of cases that share an expected file the first writes it.
+        more = (True,) if update and check is check_case and case[0] not in updated else ()
+        updated.add(case[0])
         try:
-            check(program, *arguments)
+            check(program, case, *more)
             yield case, None
-        except (Wrong, subprocess.TimeoutExpired) as error:
+        except (Wrong, subprocess.TimeoutExpired, FileNotFoundError) as error:
             yield case, error
 
 
 def main(arguments):
-    if not storage.is_private():
+    if os.environ.get("FILEMAN_PRIVATE_STORAGE") != "1" or not os.path.exists("/tmp/.private-storage"):
         sys.exit("run.py: this writes below /home; run it inside scripts/with-storage")
-    os.environ["TZ"] = storage.ZONE
-    time.tzset()
-    update = "--update" in arguments
     program, *names = [argument for argument in arguments if argument != "--update"]
     if not os.access(program, os.X_OK):
         sys.exit(f"run.py: no program {program}; cmake --preset release (or asan) and its build make it")
-    count, failed = 0, 0
-    for (name, make, query), error in run_all(os.path.abspath(program), update, names):
+    os.environ["TZ"] = ZONE
+    time.tzset()
+    count = failed = 0
+    for (name, tree, query), error in run_all(os.path.abspath(program), "--update" in arguments, names):
         count += 1
         if error is not None:
             failed += 1
-            print(f"FAILED {name}\n  tree: {make.__name__}\n  QUERY_STRING={shlex.quote(str(query)[:500])}\n{error}\n")
+            print(f"FAILED {name}\n  tree: {tree}\n  QUERY_STRING={query[:500].decode()}\n{error}\n")
     print(f"{count} cases, {failed} failed")
-    return 1 if failed or not count else 0
+    return failed or not count
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    sys.exit(bool(main(sys.argv[1:])))

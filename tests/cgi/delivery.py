@@ -1,0 +1,290 @@
+#!/usr/bin/python3
+"""delivery.py PROGRAM [NAME...]
+
+Downloads, PDF exports and large views: whole answers, archives by their entries, and what is left behind. The cases run
+side by side, since each delivery pauses for a second; each has a directory of its own, whose home, tmp and usr-local
+scripts/with-storage puts in place of the machine's.
+"""
+
+import concurrent.futures
+import io
+import os
+import random
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import traceback
+import zipfile
+
+sys.dont_write_bytecode = True
+os.umask(0o022)
+
+from storage import BERT, Tree, environment  # noqa: E402
+
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+CONVERTER = b"""#!/bin/sh
+# Stands in for the converter: a "PDF" is the word and the file's text.
+mkdir -p /tmp/pdf
+while IFS= read -r task; do
+  { echo %PDF; cat "${task% -> *}"; } >"/tmp/pdf/${task##* -> }"
+done <"$1"
+"""
+HEAD = ("Content-Disposition:attachment;filename=%s\r\nContent-Length:%d\r\n"
+        "Content-Type:application/octet-stream\r\n\r\n")
+KEPT = ("download", "pdf", "htm2pdf_task_list", ".private-storage")  # and the locks; they belong in /tmp
+
+
+class Instrument:
+    """A private storage, and the requests to the program in it."""
+
+    def __init__(self, program, directory):
+        self.program, self.directory = program, directory
+        with open(program, "rb") as file:
+            self.sanitized = b"__asan_init" in file.read()
+        for name in ("home", "tmp", "usr-local"):
+            os.mkdir(self.path(name))
+        self.tree = Tree(self.path("home"))
+        # With the key of directories that have none, so that a delivery finds what lies in them.
+        self.tree.configuration(lambda text: text.replace(b"</category>", b'<t label="Other" key=""/></category>'))
+        Tree(self.path("usr-local")).write("ktb/bin/htm2pdf", CONVERTER)
+        os.chmod(self.path("usr-local/ktb/bin/htm2pdf"), 0o755)
+
+    def path(self, name):
+        return os.path.join(self.directory, name)
+
+    def reports(self, *names):
+        for name in names:
+            self.tree.write(f"{BERT}/{name}.html", f"report {name}\n".encode())
+            self.tree.write(f"{BERT}/{name}_files/chart.png", f"chart {name}\n".encode())
+
+    def start(self, operation, names, before=(), prefix=b"Ethernet_SFP_BERT_Result_"):
+        ids = b",".join((prefix + os.fsencode(name))[:255] for name in names).replace(b"%", b"%25")
+        return subprocess.Popen([os.path.join(ROOT, "scripts/with-storage"), self.directory, *before, self.program],
+                                env=environment(b"opertype=" + operation.encode() + b"&rsltid=" + ids), bufsize=0,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def deliver(self, *what, **how):
+        return finish(self.start(*what, **how))
+
+    def left_in_tmp(self):
+        """What stays behind although the removal in the background has had its time."""
+        for _ in range(100):
+            left = [name for area in (".", "download", "pdf") if os.path.isdir(self.path("tmp/" + area))
+                    for name in os.listdir(self.path("tmp/" + area)) if name not in KEPT and not name.endswith(".lock")]
+            if not left:
+                break
+            time.sleep(0.05)
+        return left
+
+    def stored(self):
+        files = {}
+        for top, _, names in os.walk(os.fsencode(self.path("home"))):
+            for name in names:
+                with open(os.path.join(top, name), "rb") as file:
+                    files[os.path.join(top, name)] = file.read()
+        return files
+
+
+def finish(process):
+    """Attachment's name, body and messages of a request that has to end well."""
+    out, messages = process.communicate(timeout=120)
+    name = re.match(rb"Content-Disposition:attachment;filename=(.*)\r\n", out)[1].decode()
+    head, _, body = out.partition(b"\r\n\r\n")
+    same((process.returncode, head.decode() + "\r\n\r\n"), (0, HEAD % (name, len(body))))
+    return name, body, messages.decode(errors="replace")
+
+
+def entries(archive):
+    with zipfile.ZipFile(io.BytesIO(archive)) as opened:
+        return {info.filename: opened.read(info) for info in opened.infolist() if not info.is_dir()}
+
+
+def downloaded(*names):
+    """The archive's files for reports of the given names."""
+    places = {name: f"[{name}]-[Bit Errors]-[SFP (optical)]-[Ethernet Tests]" for name in names}
+    return {**{f"{place}/{name}.html": f"report {name}\n".encode() for name, place in places.items()},
+            **{f"{place}/{name}_files/chart.png": f"chart {name}\n".encode() for name, place in places.items()}}
+
+
+def exported(*names):
+    return {f"{name}.pdf": f"%PDF\nreport {name}\n".encode() for name in names}
+
+
+def same(found, wanted):
+    assert found == wanted, f"\n  expected {wanted!r}\n  found    {found!r}"
+
+
+def downloads_bring_companions(instrument):
+    instrument.reports("one", "two", "three")
+    for companion in ("one.xml", "one", "one_more.html"):
+        instrument.tree.write(f"{BERT}/{companion}", b"companion")
+    place = "[one]-[Bit Errors]-[SFP (optical)]-[Ethernet Tests]/"
+    name, archive, _ = instrument.deliver("download", ("three", "unknown", "one"))
+    same((name, entries(archive)), ("tarn_download.zip", {**downloaded("three", "one"), place + "one": b"companion",
+                                                          place + "one.xml": b"companion"}))
+    same(instrument.deliver("download", ("unknown",))[:2], ("tarn_download.zip", b""))
+    same(instrument.left_in_tmp(), [])
+
+
+def pdf_of_one_several_and_none(instrument):
+    instrument.reports("one", "two", "three")
+    same(instrument.deliver("pdf", ("two",))[:2], ("two.pdf", b"%PDF\nreport two\n"))
+    name, archive, _ = instrument.deliver("pdf", ("two", "one"))
+    same((name, entries(archive)), ("tarn_pdf.zip", exported("one", "two")))
+    same(instrument.deliver("pdf", ("unknown",))[:2], ("tarn_pdf.zip", b""))
+    os.unlink(instrument.path("usr-local/ktb/bin/htm2pdf"))
+    same(instrument.deliver("pdf", ("one",))[:2], ("one.pdf", b""))
+    same(instrument.left_in_tmp(), [])
+
+
+def hostile_names_are_left_out_or_carried_whole(instrument):
+    instrument.tree.make("weird-names")
+    for name in (b"-T -TT touch canary", b"';touch canary;'", b"$IFS", b"~root", b"$(touch${IFS}canary)"):
+        instrument.tree.write(os.fsencode(BERT) + b"/" + name + b".html")
+    folder = instrument.tree.place(BERT)
+    names = [name[:-5] for name in os.listdir(folder) if re.fullmatch(rb"[^.,&]+\.html", name, re.S)]
+    for name in names:
+        with open(os.path.join(folder, name + b".html"), "wb") as file:
+            file.write(name)
+    before = instrument.stored()
+    for operation, what, hostile, begin in (("download", "download", rb"['\0-\x1f]|^-", b""),
+                                            ("pdf", "export to PDF", rb"[\0-\x1f]|^-", b"%PDF\n")):
+        _, archive, messages = instrument.deliver(operation, names)
+        carried = [begin + name for name in names if not re.search(hostile, name)]
+        same(sorted(entries(archive).values()), sorted(carried))
+        same(len(re.findall(f"^fileman: {what} /home/.*: left out, its ", messages, re.M)), len(names) - len(carried))
+    same(instrument.deliver("pdf", (b"new\nline",))[:2], ("tarn_pdf.zip", b""))
+    same((instrument.stored(), instrument.left_in_tmp()), (before, []))
+    same(os.path.exists(os.path.join(ROOT, "canary")), False)
+
+
+def hostile_directories_are_left_out(instrument):
+    kinds = ("$(touch canary)", "`touch canary`", ";touch canary;", "b c", "new\nline", "sta*", "'quoted'", "plain")
+    for kind in kinds:
+        instrument.tree.write(f"1ge/kte-rslt/sfpport/{kind}-rslt/one.html", kind.encode())
+    before = instrument.stored()
+    _, archive, messages = instrument.deliver("download", ("one",), prefix=b"Ethernet_SFP__Result_")
+    same(entries(archive), {"[one]-[Other]-[SFP (optical)]-[Ethernet Tests]/one.html": b"plain"})
+    same(len(re.findall("^fileman: download /home/.*: left out, its ", messages, re.M)), len(kinds) - 1)
+    same((instrument.stored(), os.path.exists(os.path.join(ROOT, "canary"))), (before, False))
+
+
+def many_at_once_each_with_its_own(instrument):
+    names = [f"report{number}" for number in range(40)]
+    instrument.reports(*names)
+    count = 5 if instrument.sanitized else 20
+    wanted = [(operation, random.sample(names, 3)) for operation in ("download", "pdf") * count]
+    running = [instrument.start(*what) for what in wanted]
+    with concurrent.futures.ThreadPoolExecutor(len(running)) as pool:
+        answers = list(pool.map(finish, running))
+    assert not any("without" in messages for _, _, messages in answers), "too slow here: a lock was not waited for"
+    for (operation, chosen), (_, archive, _) in zip(wanted, answers):
+        same(entries(archive), (exported if operation == "pdf" else downloaded)(*chosen))
+    same(instrument.left_in_tmp(), [])
+
+
+def killed_requests_leave_nothing_to_the_next(instrument):
+    names = [f"report{number}" for number in range(12)]
+    instrument.reports(*names)
+    started = time.monotonic()
+    with instrument.start("download", names) as process:
+        process.stdout.read(1)
+        usual = min(time.monotonic() - started, 0.3)
+        process.communicate()
+    for _ in range(2):
+        for number in range(25):
+            with instrument.start(("download", "pdf")[number % 2], names) as process:
+                time.sleep(random.uniform(0.1, 1.2) * usual)
+                process.kill()
+                process.communicate()
+        same(entries(instrument.deliver("download", names[:2])[1]), downloaded(*names[:2]))
+        same(entries(instrument.deliver("pdf", names[:2])[1]), exported(*names[:2]))
+    same(instrument.left_in_tmp(), [])
+
+
+def full_tmp_gives_an_honest_answer(instrument):
+    """One report does not fit at all; of the other the copy does, but not the archive."""
+    script = """mount -t tmpfs -o size=400k tmpfs /tmp && "$0" && sleep 0.5
+                echo left: $(ls -A /tmp/download /tmp/*.zip) >&2"""
+    instrument.reports("small")
+    for name, size in (("beyond", 700_000), ("half", 250_000)):
+        instrument.tree.write(f"{BERT}/{name}.html", random.randbytes(size))
+        _, body, messages = instrument.deliver("download", ("small", name),
+                                               before=("unshare", "-m", "sh", "-c", script))
+        same((body, re.findall("^left:.*", messages, re.M)), (b"", ["left: /tmp/download:"]))
+
+
+def planted_links_and_fifos_lead_nowhere(instrument):
+    instrument.reports("one", "two")
+    before = instrument.stored()
+    for name in ("download", "pdf"):
+        os.symlink("/home/" + BERT, instrument.path("tmp/" + name))
+        os.symlink(f"/home/{BERT}/one.html", instrument.path(f"tmp/tarn_{name}.zip"))
+    os.mkfifo(instrument.path("tmp/htm2pdf_task_list"))
+    same(entries(instrument.deliver("download", ("one", "two"))[1]), downloaded("one", "two"))
+    same(entries(instrument.deliver("pdf", ("one", "two"))[1]), exported("one", "two"))
+    same(instrument.stored(), before)
+
+
+def reader_that_goes_away_leaves_nothing(instrument):
+    instrument.tree.write(f"{BERT}/large.html", random.randbytes(4 << 20))
+    with instrument.start("download", ("large",)) as process:
+        process.stdout.read(100)
+        process.stdout.close()
+        same((process.wait(timeout=30), instrument.left_in_tmp()), (0, []))
+
+
+def view_of_3_gib_needs_no_memory(instrument):
+    size, rest = 3 << 30, 4 << 20
+    instrument.tree.write(f"{BERT}/large.html", b"")
+    os.truncate(instrument.tree.place(f"{BERT}/large.html"), size)
+    head = f"Content-Length:{size}\r\nContent-Type:text/html;charset=utf-8\n\n\r\n\r\n".encode()
+    with instrument.start("view", ("large",)) as process, open("/dev/null", "wb") as null:
+        same(process.stdout.read(len(head)), head)
+        while size > rest:
+            size -= os.splice(process.stdout.fileno(), null.fileno(), min(size - rest, 1 << 20))
+        with open(f"/proc/{process.pid}/status", encoding="ascii") as file:
+            resident = int(re.search(r"VmHWM:\s+(\d+) kB", file.read())[1])
+        same((len(process.communicate()[0]), process.returncode), (rest, 0))
+    assert resident < (256 if instrument.sanitized else 16) << 10, f"{resident} kB resident"
+
+
+CASES = (
+    many_at_once_each_with_its_own, killed_requests_leave_nothing_to_the_next, view_of_3_gib_needs_no_memory,
+    downloads_bring_companions, pdf_of_one_several_and_none, hostile_names_are_left_out_or_carried_whole,
+    hostile_directories_are_left_out, full_tmp_gives_an_honest_answer, planted_links_and_fifos_lead_nowhere,
+    reader_that_goes_away_leaves_nothing,
+)
+
+
+def run(case, program):
+    """What went wrong, or nothing."""
+    # In memory a hole costs nothing, on a disk's file system every page of it does.
+    in_memory = case is view_of_3_gib_needs_no_memory and os.access("/dev/shm", os.W_OK)
+    directory = tempfile.mkdtemp(prefix="fileman-delivery-", dir="/dev/shm" if in_memory else None)
+    try:
+        case(Instrument(program, directory))
+    except Exception:
+        return f"FAILED {case.__name__}\n{traceback.format_exc()}"
+    finally:
+        shutil.rmtree(directory)
+    return None
+
+
+def main(program, *names):
+    program = os.path.relpath(program, ROOT)
+    os.chdir(ROOT)
+    if not os.access(program, os.X_OK):
+        sys.exit(f"delivery.py: no program {program}; cmake --preset release (or asan) and its build make it")
+    cases = [case for case in CASES if not names or case.__name__ in names]
+    with concurrent.futures.ThreadPoolExecutor(len(cases)) as pool:
+        failures = list(filter(None, pool.map(lambda case: run(case, program), cases)))
+    print(*failures, f"{len(cases)} cases, {len(failures)} failed", sep="\n")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
