@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <thread>
@@ -15,6 +16,8 @@
 #include <vector>
 
 #include "cgi/Shell.h"
+#include "common/CCommUtils.h"
+#include "common/FixedPaths.h"
 #include "common/Report.h"
 
 namespace {
@@ -125,6 +128,34 @@ void emptyDirectory(const std::string& path) {
         removeTree(std::string(path).append("/").append(name));
 }
 
+bool isStoredFile(const std::string& link) {
+    struct stat status = {};
+    if (::stat(link.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return false;
+    const std::unique_ptr<char, void (*)(void*)> target(::realpath(link.c_str(), nullptr), &std::free);
+    return target && CCommUtils::isStartsWith(target.get(), std::string(paths::kHome) + "/");
+}
+
+void removeForeignEntry(const std::string& path, StagingArea::Links allowed);
+
+void removeForeignEntries(const std::string& directory, StagingArea::Links allowed) {
+    for (const std::string& name : readNames(directory))
+        removeForeignEntry(directory + '/' + name, allowed);
+}
+
+void removeForeignEntry(const std::string& path, StagingArea::Links allowed) {
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode))
+        return;
+    if (S_ISDIR(status.st_mode))
+        return removeForeignEntries(path, allowed);
+    if (S_ISLNK(status.st_mode) && allowed == StagingArea::Links::ToStoredFiles && isStoredFile(path))
+        return;
+    report("pack", path, "left out, neither a plain file nor a link to a stored one");
+    if (::unlink(path.c_str()) != 0)
+        reportErrno("remove", path, errno);
+}
+
 } // namespace
 
 StagingArea::StagingArea(Places places, std::chrono::milliseconds longestWait)
@@ -143,6 +174,11 @@ void StagingArea::removeLeftovers() const {
     emptyDirectory(m_places.directory);
     if (::unlink(m_places.archive.c_str()) != 0 && errno != ENOENT)
         reportErrno("remove", m_places.archive, errno);
+}
+
+void StagingArea::removeForeign(const std::string& path, Links allowed) const {
+    if (m_usable)
+        removeForeignEntries(path, allowed);
 }
 
 void StagingArea::run(const std::string& command) const {
