@@ -1,0 +1,160 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <ctime>
+
+#include "TestFiles.h"
+#include "common/CCommUtils.h"
+
+namespace {
+
+using Utils = CCommUtils;
+
+TEST(Text, StartsEndsContains) {
+    const struct {
+        std::string text, part;
+        bool starts, ends, contains;
+    } rows[] = {{"abab", "ab", true, true, true},   {"ab", "ab", true, true, true},
+                {"ab", "aab", false, false, false}, {"aba", "ab", true, false, true},
+                {"aab", "ab", false, true, true},   {"Ab", "ab", false, false, false},
+                {"x", "", true, true, true},        {"", "", true, true, true},
+                {"", "x", false, false, false},     {"cabd", "ab", false, false, true}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text + " / " + row.part);
+        EXPECT_EQ(row.starts, Utils::isStartsWith(row.text, row.part));
+        EXPECT_EQ(row.ends, Utils::isEndsWith(row.text, row.part));
+        EXPECT_EQ(row.contains, Utils::isContains(row.text, row.part));
+    }
+}
+
+TEST(Text, EqualityIgnoresCaseMembershipDoesNot) {
+    EXPECT_TRUE(Utils::isEquals("RSLT", "rslt"));
+    EXPECT_FALSE(Utils::isEquals("rslt", "rslt "));
+    EXPECT_FALSE(Utils::isEquals("\xC4", "\xE4"));
+    EXPECT_TRUE(Utils::isContains(Names{"a", ".html"}, ".html"));
+    EXPECT_FALSE(Utils::isContains(Names{".HTML"}, ".html"));
+    EXPECT_FALSE(Utils::isContains(Names{}, ""));
+    EXPECT_TRUE(Utils::isEmpty(nullptr) && Utils::isEmpty(""));
+    EXPECT_FALSE(Utils::isEmpty(" "));
+}
+
+TEST(Text, MatchedFileTakesTheLastExtension) {
+    const Names extensions{".png", ".jpg", ".jpeg"};
+    for (const char* const name : {"shot.01.jpeg", ".png", "a b.jpg"})
+        EXPECT_TRUE(Utils::isMatchedFile(extensions, name)) << name;
+    for (const char* const name : {"", "jpeg", "shot.JPG", "x.png.", "x.png "})
+        EXPECT_FALSE(Utils::isMatchedFile(extensions, name)) << name;
+}
+
+TEST(Text, SplitJoinTrim) {
+    const std::pair<std::string, Names> rows[] = {{"", {"first"}},
+                                                  {"a,,b", {"first", "a", "", "b"}},
+                                                  {",a", {"first", "", "a"}},
+                                                  {"a,", {"first", "a"}},
+                                                  {",", {"first", ""}},
+                                                  {"a;b,c", {"first", "a", "b", "c"}},
+                                                  {"a b", {"first", "a b"}}};
+    for (const auto& [text, expected] : rows) {
+        Names out{"first"};
+        Utils::split(out, ",;", text);
+        EXPECT_EQ(expected, out) << text;
+    }
+    EXPECT_EQ("a,b", Utils::join({"a", "b"}, ","));
+    EXPECT_EQ("a, b,", Utils::join({"a", "b"}, ", "));
+    EXPECT_EQ("abc", Utils::join({"ab", "cd"}, ""));
+    EXPECT_EQ("", Utils::join({}, ","));
+    EXPECT_EQ("", Utils::join({"", ""}, ""));
+    EXPECT_EQ(" \ta", Utils::trimRight(" \ta \t\f\v\n\r"));
+    EXPECT_EQ("", Utils::trimRight(" \t"));
+}
+
+TEST(Paths, Pieces) {
+    const struct {
+        std::string path, base, complete, last, parent, before;
+    } rows[] = {
+        {"", "", "", "", "", ""},
+        {"abc", "abc", "", "abc", "abc", ""},
+        {".profile", "", "", ".profile", ".profile", ""},
+        {"a/b", "b", "b", "b", "", "a"},
+        {"/x", "x", "x", "x", "", ""},
+        {"/x/", "", "", "", "x", "/x"},
+        {"/a/b/", "", "", "", "b", "/a/b"},
+        {"//", "", "", "", "", "/"},
+        {"dir.d/file", "file", "file", "file", "", "dir.d"},
+        {"/home/1ge", "1ge", "1ge", "1ge", "home", "/home"},
+        {"/a/b/x.tar.gz", "x", "x.tar.gz", "x.tar.gz", "b", "/a/b"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(row.base, Utils::baseFileName(row.path));
+        EXPECT_EQ(row.complete, Utils::completeFileName(row.path));
+        EXPECT_EQ(row.last, Utils::dirName(row.path));
+        EXPECT_EQ(row.parent, Utils::upDirName(row.path));
+        EXPECT_EQ(row.before, Utils::absFilePath(row.path));
+    }
+}
+
+TEST_F(FilesTest, FirstLineAndVersion) {
+    const std::string full(127, 'x');
+    const struct {
+        std::string content, info, version;
+    } rows[] = {{"Version: 1.0 \r\nmore", "Version: 1.0", " 1.0"},
+                {"1.0", "1.0", "1.0"},
+                {"a:b:c", "a:b:c", "b:c"},
+                {"", "", ""},
+                {"\nsecond", "", ""},
+                {std::string("ab \0cd", 6), "ab", "ab"},
+                {full + "yz\n", full, full}};
+    for (const auto& row : rows) {
+        const std::string path = write(row.content);
+        EXPECT_EQ(row.info, Utils::readInfo(path));
+        EXPECT_EQ(row.version, Utils::getSoftVer(path));
+    }
+    ASSERT_EQ(0, ::mkfifo(at("fifo").c_str(), 0600));
+    for (const std::string& path : {at("missing"), at(""), at("fifo")})
+        EXPECT_EQ("", Utils::readInfo(path)) << path;
+}
+
+TEST_F(FilesTest, ADirectoryExistsWhenAnythingOfThatNameDoes) {
+    const std::string file = write("");
+    EXPECT_TRUE(Utils::isFileExists(file) && Utils::isDirExists(file) && Utils::isDirExists(at("")));
+    EXPECT_FALSE(Utils::isDirExists(file + "/x"));
+    std::filesystem::create_symlink("nowhere", at("dangling"));
+    EXPECT_FALSE(Utils::isFileExists(at("dangling")));
+}
+
+TEST_F(FilesTest, DateIsTheStatusChangeOfTheLinkItself) {
+    const std::string file = write("x");
+    const timespec longAgo[] = {{1, 0}, {1, 0}};
+    ASSERT_EQ(0, ::utimensat(AT_FDCWD, file.c_str(), longAgo, 0));
+    std::filesystem::create_symlink("nowhere", at("dangling"));
+    for (const std::string& path : {file, at("dangling")}) {
+        struct stat status = {};
+        ASSERT_EQ(0, ::lstat(path.c_str(), &status));
+        char expected[20];
+        std::strftime(expected, sizeof expected, "%Y-%m-%d %H:%M:%S", std::localtime(&status.st_ctime));
+        EXPECT_EQ(expected, Utils::createDateTime(path));
+    }
+    EXPECT_EQ("0000-00-00 00:00:00", Utils::createDateTime(at("missing")));
+}
+
+TEST(Query, EscapesAreConsumedWhateverTheyHold) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"a+b%2Bc%e9%E9", "a b+c\xE9\xE9"},  {"%4Gx", "@x"}, {"%+1%zz!", std::string("\x01\0!", 3)},
+        {"%%41", std::string("\x04") + "1"}, {"a%", "a"},    {"a%4", "a"}};
+    for (const auto& [encoded, expected] : rows) {
+        char* decoded = nullptr;
+        std::string text = encoded;
+        ASSERT_EQ(0, Utils::cgiUnescapeChars(&decoded, text.data(), static_cast<int>(text.size())));
+        EXPECT_EQ(expected, std::string(decoded, expected.size())) << encoded;
+        EXPECT_EQ('\0', decoded[expected.size()]) << encoded;
+        std::free(decoded);
+    }
+    std::map<std::string, std::string> query{{"a", "kept"}};
+    EXPECT_EQ(1, Utils::parseQueryInfo(query, "&a=1&flag&=x&&b=c=d&b=2&"));
+    EXPECT_EQ((std::map<std::string, std::string>{{"", "x"}, {"a", "kept"}, {"b", "c=d"}}), query);
+    EXPECT_TRUE(Utils::parseKeyValue(query, "a=again"));
+    EXPECT_FALSE(Utils::parseKeyValue(query, "") || Utils::parseKeyValue(query, "flag"));
+}
+
+} // namespace

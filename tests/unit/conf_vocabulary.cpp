@@ -1,0 +1,229 @@
+#include "TestFiles.h"
+
+namespace {
+
+using Conf = CFileManConf;
+
+// Keys in another order than the document; two of each kind share a label.
+class Vocabulary : public FilesTest {
+protected:
+    Vocabulary() {
+        readSections(
+            "<mode><e name='SDH' label='L' rslt_dir_name='s-rslt' prof_dir_name='s-prof' checked='true'/>"
+            "<e name='Eth' label='l' rslt_dir_name='e-rslt' prof_dir_name='E-prof' checked='true'/></mode>"
+            "<category><e name='RFC' label='R' key='rfc6349' rslt_suffix='-rslt' prof_suffix='-prof' "
+            "checked='true'/>"
+            "<e name='rfc' label='r' key='rfc2544' rslt_suffix='-result' prof_suffix='-setup'/>"
+            "<e name='BERT' label='B' key='bert' checked='true'/></category>"
+            "<port><e name='P2' label='Port 2' key='ge2' dir='ge2port' checked='true'/>"
+            "<e name='P1' label='10GE M1' key='ge' dir='geport'/></port>"
+            "<module><e name='B' checked='true'/><e name='A' checked='true'/></module>");
+    }
+};
+
+TEST_F(Vocabulary, LookupsTakeTheFirstMatchWhateverItsCase) {
+    EXPECT_EQ("Eth", Conf::getModeName("e-PROF"));
+    EXPECT_EQ("SDH", Conf::getModeName("S-rslt"));
+    EXPECT_EQ("Eth", Conf::getModeName("ktr"));
+    EXPECT_EQ("", Conf::getModeName("KTR"));
+    EXPECT_EQ("rfc", Conf::getTypeName("RFC2544"));
+    EXPECT_EQ("P1", Conf::getPortName("GE"));
+    EXPECT_EQ("L", Conf::modeName2Label("sdh"));
+    EXPECT_EQ("R", Conf::typeKey2Label("RFC6349"));
+    EXPECT_EQ("Port 2", Conf::portName2Label("p2"));
+    EXPECT_EQ("e-rslt", Conf::modeLabel2DirName("L", true));
+    EXPECT_EQ("E-prof", Conf::modeLabel2DirName("L", false));
+    EXPECT_EQ("Eth", Conf::modeLabel2ModeName("L"));
+    EXPECT_EQ("rfc2544-result", Conf::typeLabel2DirName("R", true));
+    EXPECT_EQ("rfc2544-setup", Conf::typeLabel2DirName("R", false));
+    EXPECT_EQ("rfc2544", Conf::typeLabel2Key("R"));
+    EXPECT_EQ("ge2port", Conf::portLabel2DirName("PORT 2", true));
+    for (const auto& nothing : {Conf::getModeName("x"), Conf::getTypeName(""), Conf::getPortName("P1"),
+                                Conf::typeLabel2DirName("x", true), Conf::getVerNum("1.0")})
+        EXPECT_EQ("", nothing);
+}
+
+TEST_F(Vocabulary, CrossedPortLabelsWinOverTheDocument) {
+    for (const bool isResult : {true, false}) {
+        EXPECT_EQ("10gport2", Conf::portLabel2DirName("10ge m1", isResult));
+        EXPECT_EQ("10gport", Conf::portLabel2DirName("10GE M2", isResult));
+    }
+}
+
+TEST_F(Vocabulary, DirectoryNames) {
+    EXPECT_EQ("P1", Conf::str2Port("geport"));
+    EXPECT_EQ("P1", Conf::str2Port("geXXXr"));
+    EXPECT_EQ("P1", Conf::str2Port("ge"));
+    EXPECT_EQ("", Conf::str2Port("tge"));
+    EXPECT_EQ("P2", Conf::str2Port("ge2port", 4));
+    EXPECT_EQ("P1", Conf::str2Port("ge", -1));
+    EXPECT_EQ("", Conf::str2Port("ge", 3));
+    EXPECT_EQ("a", Conf::str2Type("a-setup", 6));
+    EXPECT_EQ("", Conf::str2Type("a", 2));
+    EXPECT_EQ("a", Conf::str2Type("a", -1));
+    for (const auto& unknown : {Conf::str2Port(""), Conf::str2Port("", 1), Conf::str2Type("", 0)})
+        EXPECT_EQ("Unknown", unknown);
+}
+
+TEST_F(Vocabulary, ListsAreAppendedToOrReplaced) {
+    Names out{"kept", "bert"};
+    Conf::getAllTypeKeys(out);
+    EXPECT_EQ((Names{"kept", "bert", "rfc2544", "rfc6349"}), out);
+    EXPECT_EQ((Names{"BERT", "rfc", "RFC"}), listFrom(Conf::getAllTypeNames));
+    EXPECT_EQ((Names{"P1", "P2"}), listFrom(Conf::getAllPortNames));
+    EXPECT_EQ((Names{"A", "B"}), listFrom(Conf::getAllModuleNames));
+    EXPECT_EQ((Names{"rfc2544", "rfc6349"}), listFrom(Conf::getTypeKeys, "Rfc"));
+    Conf::addCurrentType("RFC");
+    Conf::addCurrentType("BERT");
+    Conf::addCurrentType("RFC");
+    out = {"kept", "bert"};
+    Conf::getCurrentTypeKeys(out);
+    EXPECT_EQ((Names{"kept", "bert", "rfc2544", "rfc6349"}), out);
+    Conf::getCurrentTypeNames(out);
+    EXPECT_EQ((Names{"RFC", "BERT"}), out);
+}
+
+TEST_F(Vocabulary, TypesBelongToTheModeAddedLast) {
+    Conf::addCurrentType("early");
+    Conf::addCurrentMode("Eth");
+    Conf::addCurrentType("rfc");
+    EXPECT_FALSE(Conf::addTypeToMode("rfc", "SDH"));
+    Conf::addCurrentMode("SDH");
+    Conf::addCurrentMode("Eth");
+    Conf::addCurrentType("early");
+    EXPECT_EQ((Names{"Eth", "SDH"}), listFrom(Conf::getCurrentMode));
+    EXPECT_TRUE(Conf::addTypeToMode("BERT", "Eth"));
+    EXPECT_FALSE(Conf::addTypeToMode("BERT", "Eth"));
+    EXPECT_EQ((Names{"rfc", "early", "BERT"}), listFrom(Conf::getTypeByModeName, "Eth"));
+    EXPECT_EQ((Names{"early"}), listFrom(Conf::getTypeByModeName, ""));
+    Names replaced{"old"};
+    Conf::getTypeByModeName(replaced, "SDH");
+    EXPECT_TRUE(replaced.empty());
+    EXPECT_FALSE(Conf::addTypeToMode("BERT", "SDH"));
+}
+
+TEST_F(Vocabulary, ClearingAllLeavesModulesAndTypesOfModes) {
+    Conf::addCurrentMode("m");
+    Conf::addCurrentType("t");
+    Conf::addCurrentPort("p");
+    Conf::addCurrentModule("M");
+    Conf::clearCurrentAll();
+    EXPECT_TRUE(listFrom(Conf::getCurrentMode).empty() && listFrom(Conf::getCurrentTypeNames).empty() &&
+                listFrom(Conf::getCurrentPort).empty());
+    EXPECT_EQ((Names{"M"}), listFrom(Conf::getCurrentModule));
+    Conf::addCurrentType("t2");
+    EXPECT_EQ((Names{"t", "t2"}), listFrom(Conf::getTypeByModeName, "m"));
+    Conf::clearCurrentModules();
+    EXPECT_TRUE(listFrom(Conf::getCurrentModule).empty());
+}
+
+TEST_F(Vocabulary, OnlyTheTypesOf40GeMergeAndOnlyForTheCaller) {
+    ScanModuleToModeInfo first{{"p"}, {"r"}, {{"OTU3", {}}}};
+    Conf::addScanModuleInfo("40GE", first);
+    for (const std::string module : {"40ge", "10GE", "40GE"}) {
+        const bool merges = module != "10GE";
+        ScanModuleToModeInfo second{{"x", "p"}, {"y"}, {{"Eth", {}}}};
+        Conf::addScanModuleInfo(module, second);
+        EXPECT_EQ((Names{"x", "p"}), second.profTypes) << module;
+        EXPECT_EQ((merges ? Names{"y", "r"} : Names{"y"}), second.rsltTypes) << module;
+        EXPECT_EQ(1u, second.modes.count("Eth") + second.modes.count("OTU3")) << module;
+    }
+    EXPECT_EQ((Names{"p"}), Conf::getScanModuleInfo().at("40GE").profTypes);
+    EXPECT_EQ(3u, Conf::getScanModuleInfo().size());
+}
+
+TEST(Dump, CountsFromOne) {
+    testing::internal::CaptureStdout();
+    CFileManConf::dump("names", {"a", ""});
+    EXPECT_EQ("names\ndump start............................\ntotal:2\nindex: 1----a\nindex: 2----\n"
+              "dump end..............................\n",
+              testing::internal::GetCapturedStdout());
+}
+
+TEST_F(Vocabulary, CheckedNamesAreThoseFoundOnDisk) {
+    Conf::addCurrentMode("Eth");
+    Conf::addCurrentType("RFC");
+    Conf::addCurrentType("rfc");
+    Conf::addCurrentPort("P1");
+    Conf::addCurrentModule("B");
+    EXPECT_EQ((Names{"Eth"}), listFrom(Conf::getCheckedModes));
+    EXPECT_EQ((Names{"RFC"}), listFrom(Conf::getCheckedTypeNames));
+    EXPECT_EQ((Names{"rfc6349"}), listFrom(Conf::getCheckedTypeKeys));
+    EXPECT_EQ((Names{}), listFrom(Conf::getCheckedPorts));
+    EXPECT_EQ((Names{"B"}), listFrom(Conf::getCheckedModules));
+    EXPECT_TRUE(Conf::isTypeChecked("rfc") && Conf::isTypeChecked("bert"));
+    EXPECT_FALSE(Conf::isTypeChecked("rfc2544"));
+    EXPECT_TRUE(Conf::isChecked("true"));
+    EXPECT_FALSE(Conf::isChecked("True") || Conf::isChecked("true ") || Conf::isChecked(""));
+}
+
+TEST(AllChecked, SlotsOfTypesAndPortsAreCrossed) {
+    const std::pair<int, std::size_t> slots[] = {{0, 4}, {1, 0}, {2, 1}, {3, 3}, {4, 2}, {5, 4}, {-1, 4}};
+    for (const auto& [type, slot] : slots) {
+        resetConfState();
+        confState().s_allChecked[slot] = true;
+        for (const auto& [other, otherSlot] : slots)
+            EXPECT_EQ(slot == otherSlot, Conf::getAllChecked(static_cast<Conf::FilterType>(other)));
+    }
+    resetConfState();
+}
+
+TEST_F(FilesTest, StoredInformationOfAFile) {
+    const struct {
+        const char* document;
+        const char* expected; // job, account, locator, type, prefix, suffix, whether any restricts
+    } rows[] = {
+        {"<r><ktb_advinfo job_id='j' account_id='a' locator='l' advtype='t' prefix='p' suffix='s'/></r>",
+         "j a l t p s 1"},
+        {"<r><KTB_AdvInfo job_id='1'/><ktb_advinfo account_id='2'/></r>", " 2     1"},
+        {"<r><ktb_advinfo locator='none' advtype='NONE'/></r>", "  none NONE   0"},
+        {"<r><x><ktb_advinfo job_id='j'/></x></r>", "      0"},
+        {"<ktb_advinfo job_id='j'/>", "      0"},
+        {"<r><ktb_advinfo job_id='j'/>", "      0"},
+        {"", "      0"},
+    };
+    for (const auto& row : rows) {
+        const _AdvanceInfo info = Conf::getAdvInfo(_AdvanceInfo(), write(row.document));
+        EXPECT_EQ(row.expected, info.jobId + " " + info.account + " " + info.locator + " " + info.type + " " +
+                                    info.prefix + " " + info.suffix + (info.hasAdvance ? " 1" : " 0"));
+    }
+    _AdvanceInfo given;
+    given.jobId = "kept";
+    given.hasAdvance = true;
+    for (const std::string& path : {std::string(), at("missing"), at("")}) {
+        EXPECT_EQ("kept", Conf::getAdvInfo(given, path).jobId);
+        EXPECT_FALSE(Conf::getAdvInfo(given, path).hasAdvance);
+    }
+}
+
+TEST(AdvancedFilter, OnlyTheWordNoneRestrictsLocatorAndType) {
+    _AdvanceInfo file;
+    file.jobId = "job-42";
+    file.account = "Acme";
+    file.locator = "xNonex";
+    file.type = "Lab";
+    file.fileName = "run1";
+    const struct {
+        std::string _AdvanceInfo::*field;
+        const char* value;
+        bool matches;
+    } rows[] = {
+        {&_AdvanceInfo::jobId, "job", true},     {&_AdvanceInfo::jobId, "42", true},
+        {&_AdvanceInfo::jobId, "Job", false},    {&_AdvanceInfo::account, "cm", true},
+        {&_AdvanceInfo::account, "acme", false}, {&_AdvanceInfo::fileName, "un", true},
+        {&_AdvanceInfo::fileName, "nu", false},  {&_AdvanceInfo::prefix, "run1", true},
+        {&_AdvanceInfo::prefix, "un1", false},   {&_AdvanceInfo::prefix, "run12", false},
+        {&_AdvanceInfo::suffix, "n1", true},     {&_AdvanceInfo::suffix, "run", false},
+        {&_AdvanceInfo::suffix, "N1", false},    {&_AdvanceInfo::locator, "None", true},
+        {&_AdvanceInfo::locator, "none", false}, {&_AdvanceInfo::locator, "Site", true},
+        {&_AdvanceInfo::type, "None", false},    {&_AdvanceInfo::type, "Other", true},
+    };
+    for (const auto& row : rows) {
+        _AdvanceInfo filter;
+        filter.*row.field = row.value;
+        EXPECT_EQ(row.matches, Conf::advMatch(filter, file)) << row.value;
+        EXPECT_TRUE(Conf::advMatch(_AdvanceInfo(), file));
+    }
+}
+
+} // namespace

@@ -1,0 +1,187 @@
+#include "TestFiles.h"
+#include "fileman/CFileManager.h"
+#include "fileman/CResultItem.h"
+#include "fileman/FamilyRules.h"
+
+namespace {
+
+using Store = CFileManager;
+
+constexpr TestMode kNone = static_cast<TestMode>(0);
+constexpr TestMode kAboveAll = static_cast<TestMode>(9);
+
+class PortNames : public FilesTest {
+protected:
+    PortNames() {
+        readSections("<port><e name='GE P1' label='Port 1' key='ge'/><e name='Short' key=''/></port>");
+    }
+};
+
+TEST_F(PortNames, OfDirectories) {
+    const std::tuple<const char*, int, const char*> rows[] = {{"", -1, "Unknown"},
+                                                              {"10gport", -1, "10G P1"},
+                                                              {"10gport2", -1, "10G P2"},
+                                                              {"10gportx", 3, "10G P1"},
+                                                              {"geport", -1, "GE P1"},
+                                                              {"geport2", -1, "GE P1"},
+                                                              {"geXXXXX", -1, "GE P1"},
+                                                              {"xport", -1, ""},
+                                                              {"abc", -1, "Short"},
+                                                              {"gexx", 2, "GE P1"},
+                                                              {"ge", 0, "GE P1"},
+                                                              {"ge", 3, "Short"},
+                                                              {"10g", 0, ""}};
+    for (const auto& [name, length, expected] : rows)
+        EXPECT_EQ(expected, Store::str2Port(name, length)) << name;
+}
+
+TEST(DirNames, ValidPortsAndTypes) {
+    for (const char* const name : {"port", "xport", "10gport2", "port2"})
+        EXPECT_TRUE(Store::isValidPortDirName(name)) << name;
+    for (const char* const name : {"", "port3", "Port", "xport-result"})
+        EXPECT_FALSE(Store::isValidPortDirName(name)) << name;
+    for (const char* const name : {"-result", "a-setup", "a-trace", "a-mpeg", "a-rslt", "a-prof", "a-rtd"})
+        EXPECT_TRUE(Store::isValidTypeDirName(name)) << name;
+    for (const char* const name : {"", "result", "a-Result", "a-result2"})
+        EXPECT_FALSE(Store::isValidTypeDirName(name)) << name;
+    EXPECT_TRUE(Store::isDotOrDotDot(".") && Store::isDotOrDotDot(".."));
+    EXPECT_FALSE(Store::isDotOrDotDot(nullptr) || Store::isDotOrDotDot("") || Store::isDotOrDotDot("..."));
+    EXPECT_TRUE(Store::isAntiFileName("Last configuration") &&
+                Store::isAntiFileName("Last configuration.html"));
+    EXPECT_FALSE(Store::isAntiFileName("Last Configuration.html") ||
+                 Store::isAntiFileName("Last configuration.png"));
+}
+
+TEST(DirNames, TypeKeys) {
+    const std::tuple<const char*, int, const char*> rows[] = {{"", -1, "Unknown"},
+                                                              {"", 0, "Unknown"},
+                                                              {"a-result", -1, "a"},
+                                                              {"a-setup", -1, "a"},
+                                                              {"-result", -1, ""},
+                                                              {"x-cpril1-y", -1, "cpril1"},
+                                                              {"x-cpril2-rslt", -1, "cpril2"},
+                                                              {"a-rslt", -1, ""},
+                                                              {"a-trace", -1, ""},
+                                                              {"x-cpril1-result", -1, "x-cpril1"},
+                                                              {"a-rslt", 0, "a-rslt"},
+                                                              {"a-rslt", 7, ""},
+                                                              {"ab-rslt", 6, "a"},
+                                                              {"a", 9, ""}};
+    for (const auto& [name, length, expected] : rows)
+        EXPECT_EQ(expected, Store::str2Type(name, length)) << name;
+}
+
+TEST(DirNames, PortLabelsAreCrossed) {
+    const std::tuple<TestMode, const char*, bool, const char*> rows[] = {
+        {TM_ETHERNET, "x10gport", true, "10G M2"},
+        {TM_OTUX, "10gport2", false, "10G M1"},
+        {TM_ODU0, "x10gport", false, ""},
+        {TM_FIBER_CHANNEL, "p1", true, ""},
+        {TM_SDH, "/home/p1", true, "M1"},
+        {TM_CPRI, "P2", false, "M2"},
+        {TM_CPRI, "P2", true, ""},
+        {TM_COMMON, "p1", true, ""},
+        {TM_CABLE, "10gport", true, ""},
+        {kNone, "10gport", true, ""},
+        {kAboveAll, "p1", true, ""}};
+    for (const auto& [mode, name, suffix, expected] : rows)
+        EXPECT_EQ(expected, Store::str2PortName(mode, name, suffix)) << mode << name;
+    EXPECT_EQ("M2", Store::str2PortNameOtux(true, "xp2", true));
+    EXPECT_EQ("", Store::str2PortNameOtux(true, "10gport", true));
+    EXPECT_EQ("10G M1", Store::str2PortNameOtux(false, "10gport2", true));
+}
+
+TEST(DirNames, WhichPortsNeedALabel) {
+    const std::tuple<const char*, Names> rows[] = {{"10gport", {"1", "2", "3", "4", "5"}},
+                                                   {"x10gx", {"1", "3", "4", "5"}},
+                                                   {"2g5", {"1", "3", "4", "5"}},
+                                                   {"10Gport", {}}};
+    for (const auto& [name, expected] : rows) {
+        Names needing;
+        for (int mode = 0; mode <= 9; ++mode) {
+            if (Store::isNeedConvertPortName(static_cast<TestMode>(mode), name))
+                needing.push_back(std::to_string(mode));
+        }
+        EXPECT_EQ(expected, needing) << name;
+    }
+}
+
+TEST(DirNames, ModesOfFamilies) {
+    const std::pair<const char*, int> rows[] = {
+        {"ethernet", 1}, {"FIBER CHANNEL", 2}, {"SONET x", 3}, {"xOTN", 3}, {"SDH/PDH", 3},
+        {"PDH", 3},      {"odu0", 4},          {"OTU-X", 5},   {"otux", 5}, {"Common", 6},
+        {"cable", 7},    {"CPRI", 8},          {"sdh", 0},     {"", 0},     {"Ethernet ", 0}};
+    for (const auto& [name, expected] : rows) {
+        for (int mode = 0; mode <= 9; ++mode)
+            EXPECT_EQ(mode != 0 && mode == expected, Store::isModeMatched(static_cast<TestMode>(mode), name))
+                << name;
+    }
+}
+
+TEST(DirNames, FirstLevelIsAppended) {
+    Names out{"kept"};
+    Store::get1stLevelDirNames(out, TM_SDH, true);
+    Store::get1stLevelDirNames(out, kNone, true);
+    Store::get1stLevelDirNames(out, kAboveAll, false);
+    Store::get1stLevelDirNames(out, TM_OTUX, false);
+    EXPECT_EQ((Names{"kept", "/home/2g5/html-files/p1", "/home/2g5/html-files/p2", "/home/10g"}), out);
+}
+
+TEST_F(FilesTest, ListDirNamesEveryNonDirectory) {
+    writeFile(at("d/e/f"), "");
+    writeFile(at("d/g"), "");
+    std::filesystem::create_directory_symlink(at("d"), at("d/link"));
+    Store store;
+    Names out;
+    store.listDir(at("d").c_str(), out);
+    out.sort();
+    EXPECT_EQ((Names{at("d/e/f"), at("d/g"), at("d/link")}), out);
+}
+
+TEST(FamilyRules, TableIsCompleteAndSane) {
+    int count = 0;
+    for (int family = 0; family <= 9; ++family) {
+        for (const Half half : {Half::Result, Half::Profile}) {
+            const FamilyRule* const rule = findFamilyRule(static_cast<TestMode>(family), half);
+            if (rule == nullptr)
+                continue;
+            SCOPED_TRACE(std::to_string(family) + (half == Half::Result ? " results" : " profiles"));
+            ++count;
+            EXPECT_TRUE(rule->family == family && rule->half == half);
+            const bool byRoot = rule->port == PortFrom::Root || rule->port == PortFrom::RootOtux;
+            const bool byDir = rule->port != PortFrom::None && !byRoot;
+            EXPECT_FALSE(byRoot && rule->modeDir == ModeDir::Append) << "the port is the root's name";
+            EXPECT_FALSE(byDir && rule->modeDir != ModeDir::Append)
+                << "port directories lie below the mode's";
+            EXPECT_EQ(rule->port == PortFrom::RootOtux, rule->typeKeys == nullptr);
+            EXPECT_EQ(rule->modeDir == ModeDir::None, rule->types == Types::Known);
+        }
+    }
+    EXPECT_EQ(14, count);
+    EXPECT_EQ(nullptr, findFamilyRule(TM_COMMON, Half::Result));
+    EXPECT_EQ(nullptr, findFamilyRule(TM_ODU0, Half::Result));
+}
+
+TEST_F(FilesTest, RecordsAreNamedByIdAndLabels) {
+    readSections("<mode><e name='m' label='Mode'/></mode><category><e key='t' label='Type'/></category>"
+                 "<port><e name='p' label='Port'/></port>");
+    _ResultInfo info;
+    EXPECT_EQ("____", Store::makeUniqueId(&info));
+    info.name = "n";
+    info.mode = "m";
+    info.port = "p";
+    info.test = "Screen";
+    info.type = "t";
+    info.rsltype = "pcap";
+    EXPECT_EQ("m_p_Screen_pcap_n", Store::makeUniqueId(&info));
+    EXPECT_EQ("[n]-[Type]-[Port]-[Mode]", CResultItem::uniqueName(&info));
+    EXPECT_TRUE(CResultItem::isPacketCapture(&info) && CResultItem::isScreenShot(&info));
+    EXPECT_FALSE(CResultItem::isOTDR(&info) || CResultItem::isFiberScope(&info) ||
+                 CResultItem::isOTDR(nullptr));
+    EXPECT_EQ("", CResultItem::uniqueName(nullptr));
+    info.name.assign(300, 'x');
+    EXPECT_EQ("m_p_Screen_pcap_" + std::string(239, 'x'), Store::makeUniqueId(&info));
+    EXPECT_EQ("[" + std::string(254, 'x'), CResultItem::uniqueName(&info));
+}
+
+} // namespace
