@@ -24,7 +24,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kLockPoll{10};
+constexpr std::chrono::milliseconds kLockPoll{20};
 constexpr mode_t kLockMode = 0600;
 constexpr mode_t kDirectoryMode = 0755;
 
@@ -45,21 +45,39 @@ UniqueFd openLock(const std::string& path) {
     return lock;
 }
 
-bool takeLock(const UniqueFd& lock, const std::string& path, std::chrono::milliseconds longestWait) {
-    if (!lock)
-        return false;
-    const auto deadline = steady_clock::now() + longestWait;
+// When the lock last changed hands: whoever takes it touches the file.
+std::pair<time_t, long> lastTaken(const UniqueFd& lock) {
+    struct stat status = {};
+    ::fstat(lock.get(), &status);
+    return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+// Waits for one holder that makes no way, not for the place in the queue: as long as others get their turn
+// this request will get its own, and going on without the lock would spoil two answers.
+bool waitForLock(const UniqueFd& lock, const std::string& path, std::chrono::milliseconds longestWait) {
+    auto taken = lastTaken(lock);
+    auto deadline = steady_clock::now() + longestWait;
     while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) {
             reportErrno("take lock", path, errno);
             return false;
         }
+        const auto now = lastTaken(lock);
+        if (std::exchange(taken, now) != now)
+            deadline = steady_clock::now() + longestWait;
         if (steady_clock::now() >= deadline) {
             report("take lock", path, "still held by another request, going on without it");
             return false;
         }
         std::this_thread::sleep_for(kLockPoll);
     }
+    return true;
+}
+
+bool takeLock(const UniqueFd& lock, const std::string& path, std::chrono::milliseconds longestWait) {
+    if (!lock || !waitForLock(lock, path, longestWait))
+        return false;
+    ::futimens(lock.get(), nullptr);
     return true;
 }
 

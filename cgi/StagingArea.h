@@ -20,7 +20,8 @@ public:
 
     static constexpr std::chrono::seconds kLongestWait{30};
 
-    // After longestWait the area is used without the lock, with a line on standard error.
+    // When one holder keeps the lock for longestWait, the area is used without it, with a line on standard
+    // error. A queue that moves is waited out.
     explicit StagingArea(Places places, std::chrono::milliseconds longestWait = kLongestWait);
 
     bool isLocked() const { return m_locked; }

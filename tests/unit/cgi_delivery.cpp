@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
+#include <thread>
 
 #include "cgi/CFileManCGI.h"
 #include "cgi/Selection.h"
@@ -174,6 +176,20 @@ TEST_F(Delivery, LockOutlivesItsHolderUntilTheBackgroundCommandEnds) {
     }
     EXPECT_FALSE(isFree(0));
     EXPECT_TRUE(isFree(5000));
+}
+
+TEST_F(Delivery, QueueThatMovesIsWaitedOut) {
+    using std::chrono::milliseconds;
+    auto holder = std::make_unique<StagingArea>(places());
+    std::thread others([&] {
+        for (int turn = 0; turn < 10; ++turn) {
+            std::this_thread::sleep_for(milliseconds(50));
+            ::utimensat(AT_FDCWD, at("lock").c_str(), nullptr, 0);
+        }
+        holder.reset();
+    });
+    EXPECT_TRUE(StagingArea(places(), milliseconds(250)).isLocked());
+    others.join();
 }
 
 TEST_F(Delivery, CommandsDoNotWriteIntoTheResponse) {
