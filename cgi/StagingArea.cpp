@@ -89,7 +89,7 @@ bool isOwn(const struct stat& status) {
 // another name: deleting in it could be led elsewhere by its owner.
 bool moveAway(const std::string& path, bool isDirectory) {
     report("use directory", path, "not a directory of this program, moving it away");
-    const std::string aside = path + ".foreign." + std::to_string(::getpid());
+    const std::string aside = std::string(path).append(".foreign.").append(std::to_string(::getpid()));
     const int result = isDirectory ? std::rename(path.c_str(), aside.c_str()) : ::unlink(path.c_str());
     if (result != 0)
         reportErrno("move away", path, errno);
