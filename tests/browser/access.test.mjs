@@ -21,7 +21,7 @@ test('axe finds no fault in any view', async () => {
     await page.keyboard.press('Enter');
     await page.frameLocator('.fm-report').locator('body *').first().waitFor();
     await pressed(page, 'Download').first().click();
-    await page.getByText(/Saved as/).waitFor();
+    await page.locator('.fm-task').getByText(/Saved as/).waitFor();
     assert.deepEqual((await faults(page)).filter((fault) => !fault.includes('<html lang="en"><head>')), [], `viewer, ${colorScheme}`);
     await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
     for (const dialog of ['Filter', 'Advanced']) {

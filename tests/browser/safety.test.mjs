@@ -1,13 +1,15 @@
 // Hostile names, policies, many rows.
 import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
 import crypto from 'node:crypto';
 import fs from 'node:fs';
 import { after, before, test } from 'node:test';
+import { gunzipSync } from 'node:zlib';
 import { answerOf, footer, names, openList, pressed, startInstrument } from './instrument.mjs';
 
 const DIR = '/home/10g/kte-rslt/10gport/bert-result';
 const BARE_CONF = '/tmp/bare-lighttpd.conf'; // a server that sends no policy and compresses nothing
-const POLICY_FILES = { conf: '/srv/packaging/lighttpd/fileman.conf', script: '/srv/web/js/fileman.js' };
+const POLICY_FILES = { conf: '/srv/packaging/lighttpd/fileman.conf', wrapper: '/srv/packaging/cgi-headers', script: '/srv/web/js/fileman.js' };
 
 // name as stored, name as shown, whether it can be viewed
 const HOSTILE = [
@@ -100,7 +102,7 @@ test('what a request reflects is not run either', async () => {
   }
 });
 
-test('every inline part of the pages has its hash in both policies, and nothing else has', () => {
+test('every inline part of the pages has its hash in every policy, and nothing else has', () => {
   const hash = (text) => `'sha256-${crypto.createHash('sha256').update(text).digest('base64')}'`;
   const pages = ['fmtype=rslt&fname=no+such+file', 'filter=fpri&fmtype=rslt', 'filter=fadv&fmtype=rslt'].map(answerOf).join('');
   const all = (pattern) => [...pages.matchAll(pattern)].map(([, text]) => text);
@@ -108,6 +110,8 @@ test('every inline part of the pages has its hash in both policies, and nothing 
   const wanted = [...scripts, ...all(/ onload="([^"]*)"/g), ...all(/ style="([^"]*)"/g), ''].map(hash);
   const present = (file) => new Set(fs.readFileSync(file, 'utf8').match(/'sha256-[^']+'/g));
   for (const file of Object.values(POLICY_FILES)) assert.deepEqual(present(file), new Set(wanted), file);
+  const policies = (file) => fs.readFileSync(file, 'utf8').match(/"(default-src|sandbox)[^"]*"/g).sort();
+  assert.deepEqual(policies(POLICY_FILES.wrapper), policies(POLICY_FILES.conf));
   const directives = (text) => text.split(';').map((one) => one.trim()).filter((one) => one && !one.startsWith('frame-ancestors'));
   const conf = /"(default-src 'none'; script-src[^"]*)"/.exec(fs.readFileSync(POLICY_FILES.conf, 'utf8'))[1];
   const script = /POLICY = (\[[^]*?\n {2}\]);/.exec(fs.readFileSync(POLICY_FILES.script, 'utf8'))[1];
@@ -115,19 +119,45 @@ test('every inline part of the pages has its hash in both policies, and nothing 
   assert.deepEqual(directives(conf).sort(), new Function(`return ${script}`)().sort());
 });
 
+// Queries of pages, and queries that only look like one.
+const PAGES = ['fmtype=all', 'module=10G&fmtype=RSLT', 'rsltid=x&filter=FPRI', 'fname=a%20b&filter=fadv', 'opertype=view&fmtype=screen'];
+const OTHERS = ['', 'opertype=view&rsltid=x', 'fmtype=other&fmtype=all&opertype=view', '%66mtype=x&fmtype=all&opertype=view', 'fname=a%26fmtype=x&fmtype=all&opertype=view',
+  'fmtype=al%6c', 'xfmtype=all', 'fmtype=allx&opertype=view', 'a%26=1&fmtype=all'];
+
 test('the server gives the pages their policy and everything else the sandbox', async () => {
-  const pages = ['fmtype=all', 'module=10G&fmtype=RSLT', 'rsltid=x&filter=FPRI', 'fname=a%20b&filter=fadv', 'opertype=view&fmtype=screen'];
-  const others = ['', 'opertype=view&rsltid=x', 'fmtype=other&fmtype=all&opertype=view', '%66mtype=x&fmtype=all&opertype=view', 'fname=a%26fmtype=x&fmtype=all&opertype=view',
-    'fmtype=al%6c', 'xfmtype=all', 'fmtype=allx&opertype=view', 'a%26=1&fmtype=all'];
-  for (const query of [...pages, ...others]) {
+  for (const query of [...PAGES, ...OTHERS]) {
     const { headers } = await fetch(instrument.list(query));
     const policy = headers.get('content-security-policy');
-    assert.equal(policy.startsWith('sandbox'), others.includes(query), query);
+    assert.equal(policy.startsWith('sandbox'), OTHERS.includes(query), query);
     assert.ok(!policy.includes("'unsafe-inline'") || policy.startsWith('sandbox'));
     assert.deepEqual([headers.get('x-content-type-options'), headers.get('cache-control')], ['nosniff', 'no-store']);
   }
   const packed = await fetch(instrument.list('fmtype=all'), { headers: { 'accept-encoding': 'gzip' } });
   assert.equal(packed.headers.get('content-encoding'), 'gzip');
+});
+
+test('busybox httpd serves the list with the same policies', async () => {
+  fs.cpSync('/srv/build/www', '/tmp/busybox-www', { recursive: true });
+  fs.mkdirSync('/tmp/busybox-www/cgi-bin');
+  fs.copyFileSync(POLICY_FILES.wrapper, '/tmp/busybox-www/cgi-bin/fileman.cgi');
+  const server = await startInstrument((port) => ['busybox', ['httpd', '-f', '-p', `127.0.0.1:${port}`, '-h', '/tmp/busybox-www', '-c', '/srv/packaging/busybox/httpd.conf']]);
+  const answer = (env) => execFileSync(POLICY_FILES.wrapper, { env: { ...process.env, ...env } });
+  try {
+    for (const query of [...PAGES, ...OTHERS]) {
+      assert.equal(/^Content-Security-Policy: sandbox/m.test(answer({ QUERY_STRING: query })), OTHERS.includes(query), query);
+    }
+    const page = await server.newPage();
+    await openList(page, server.home);
+    await page.waitForSelector('.slick-row');
+    await page.locator('.slick-row').first().dblclick();
+    await page.locator('.fm-picture, .fm-report').first().waitFor();
+    assert.deepEqual(page.problems, []);
+    const packed = answer({ QUERY_STRING: 'fmtype=all', HTTP_ACCEPT_ENCODING: 'gzip' });
+    const body = gunzipSync(packed.subarray(packed.indexOf(Buffer.from([0x1f, 0x8b])))).toString();
+    assert.ok(answerOf('fmtype=all').endsWith(body) && body.startsWith('<html>'));
+  } finally {
+    await server.stop();
+  }
 });
 
 test('10,000 rows are painted within a second after the bytes are there', async () => {

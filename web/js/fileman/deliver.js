@@ -155,8 +155,11 @@ async function fetchAll(operation, entries, job) {
     try {
       blob = await transfer(operation, groups[at], job);
     } catch (error) {
-      if (error.key !== 'errorTooLong' || limit + 1 >= REQUEST_LIMITS.length) throw error;
-      limit += 1; // a server with a shorter limit: the rest goes in smaller parts
+      // A server with a shorter limit says so or just hangs up: the rest goes in smaller parts.
+      const next = REQUEST_LIMITS[limit + 1];
+      const long = error.key === 'errorTooLong' || (error.key === 'errorNetwork' && groups[at].join().length > next);
+      if (!long || !next) throw error;
+      limit += 1;
       groups = [...groups.slice(0, at), ...parts(groups.slice(at).flat())];
       continue;
     }

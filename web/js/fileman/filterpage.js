@@ -14,7 +14,7 @@ export async function start() {
   document.body.replaceChildren(main);
   try {
     const offer = await fetchFilter(which, listing);
-    main.append(filterForm(which, listing, offer, (chosen) => { location.href = `fileman.cgi${listingQuery(chosen ?? listing)}`; }));
+    main.append(filterForm(which, listing, offer, (chosen) => { location.href = `fileman.cgi${listingQuery(chosen ?? listing)}`; }, 'h1'));
     main.addEventListener('keydown', (event) => {
       if (event.key === 'Escape') location.href = `fileman.cgi${listingQuery(listing)}`;
     });

@@ -88,10 +88,10 @@ function advancedForm(listing, offer) {
   };
 }
 
-/** A whole form; `done(listing)` gets the new listing, or null when the person gives up. */
-export function filterForm(which, listing, offer, done) {
+/** A whole form; `done(listing)` gets the new listing, or null when the person gives up. `level` is its heading's tag. */
+export function filterForm(which, listing, offer, done, level = 'h2') {
   const { title, hint, fields, read } = which === 'fadv' ? advancedForm(listing, offer) : primaryForm(listing, offer);
-  const heading = el('h2', { id: 'fm-filter-title', text: title });
+  const heading = el(level, { id: 'fm-filter-title', text: title });
   return el('form', {
     class: `fm-filter fm-filter-${which}`,
     on: { submit: (event) => { event.preventDefault(); done(read()); } },
