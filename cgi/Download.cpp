@@ -5,6 +5,7 @@
 #include "cgi/FileStream.h"
 #include "cgi/Selection.h"
 #include "cgi/StagingArea.h"
+#include "cgi/Termination.h"
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 
@@ -45,6 +46,7 @@ void CFileManCGI::downloadResults(std::list<_ResultInfo*> results) {
         return;
     const std::list<const _ResultInfo*> chosen = ids->choose(results);
     const std::string archive = paths::kDownloadArchive;
+    const TerminationDeferral deferral;
     const StagingArea area({paths::kDownloadDir, archive, paths::kDownloadLock});
     if (!chosen.empty())
         area.removeLeftovers();

@@ -13,6 +13,7 @@
 #include "cgi/Delivery.h"
 #include "cgi/Selection.h"
 #include "cgi/StagingArea.h"
+#include "cgi/Termination.h"
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"
@@ -87,8 +88,10 @@ void runConverter() {
         reportErrno("start", paths::kPdfConverter, errno);
         return;
     }
+    TerminationDeferral::passOnTo(child);
     while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
     }
+    TerminationDeferral::passOnTo(0);
 }
 
 } // namespace
@@ -101,6 +104,7 @@ void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
     const std::list<const _ResultInfo*> chosen = ids->choose(results);
     const PathList documents = pathsToConvert(chosen);
     const std::string archive = paths::kPdfArchive;
+    const TerminationDeferral deferral;
     const StagingArea area({paths::kPdfDir, archive, paths::kPdfLock});
     if (!chosen.empty())
         area.removeLeftovers();
