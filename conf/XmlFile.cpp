@@ -105,7 +105,8 @@ std::optional<std::string> rewritten(const std::string& content, const TiXmlDocu
         return std::nullopt;
     std::optional<std::string> changed = withAttributesOf(document, before, content);
     TiXmlDocument after;
-    if (!changed || !parse(after, *changed) || printed(after) != printed(document))
+    if (!changed || changed->size() > static_cast<std::size_t>(kLargestFile) || !parse(after, *changed) ||
+        printed(after) != printed(document))
         return std::nullopt;
     return changed;
 }
