@@ -158,7 +158,7 @@ void removeForeignEntry(const std::string& path, StagingArea::Links allowed);
 
 void removeForeignEntries(const std::string& directory, StagingArea::Links allowed) {
     for (const std::string& name : readNames(directory))
-        removeForeignEntry(directory + '/' + name, allowed);
+        removeForeignEntry(std::string(directory).append("/").append(name), allowed);
 }
 
 void removeForeignEntry(const std::string& path, StagingArea::Links allowed) {
