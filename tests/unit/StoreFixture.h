@@ -1,0 +1,65 @@
+#pragma once
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+#include "TestFiles.h"
+#include "fileman/CFileManager.h"
+
+using Rows = std::vector<std::string>;
+
+inline std::string joined(const Names& names) {
+    std::string text;
+    for (const std::string& name : names)
+        text += (&name == &names.front() ? "" : ",") + name;
+    return names.empty() ? "-" : text;
+}
+
+inline Names sorted(Names names) {
+    names.sort();
+    return names;
+}
+
+// An empty storage tree, and the configuration as a new process has it. Only behind the storage runner.
+class StoreTest : public testing::Test {
+protected:
+    StoreTest() { reset(); }
+
+    static void reset() {
+        for (const auto& entry : std::filesystem::directory_iterator("/home"))
+            std::filesystem::remove_all(entry.path());
+        resetConfState();
+    }
+    static void files(std::initializer_list<const char*> names) {
+        for (const std::string name : names)
+            writeFile("/home/" + name, "");
+    }
+    static void dirs(std::initializer_list<const char*> names) {
+        for (const std::string name : names)
+            std::filesystem::create_directories("/home/" + name);
+    }
+    // Writes the document and reads it, as a request does.
+    static void configure(const std::string& sections) {
+        writeFile(CFileManConf::getConfFileName(), "<config><filter>" + sections + "</filter></config>");
+        ASSERT_TRUE(CFileManConf::readConf(CFileManConf::getConfFileName()));
+    }
+
+    // What load adds to a new store with the filter, in no promised order: a line a record, sorted.
+    static Rows load(const std::function<int(CFileManager&)>& load, const _ResultFilter& filter = {}) {
+        CFileManager store;
+        store.setFilter(filter);
+        const int count = load(store);
+        std::list<_ResultInfo*> loaded;
+        store.getLoadedResults(loaded);
+        EXPECT_EQ(static_cast<std::size_t>(count), loaded.size());
+        Rows rows;
+        for (const _ResultInfo* info : loaded) {
+            EXPECT_EQ(0u, info->path.find("/home/"));
+            rows.push_back(info->module + "|" + info->mode + "|" + info->test + "|" + info->port + "|" +
+                           info->rsltype + "|" + info->type + " " + info->path.substr(6));
+        }
+        std::sort(rows.begin(), rows.end());
+        return rows;
+    }
+};

@@ -1,0 +1,256 @@
+#include "StoreFixture.h"
+
+namespace {
+
+using Loader = int (CFileManager::*)(const _ModeInfo&);
+
+// One tree for all loaders: below every root what one family takes and another leaves.
+class FamilyTree : public StoreTest {
+protected:
+    FamilyTree() {
+        configure("<category><e name='Bert' key='bert'/><e name='RFC' key='rfc'/></category>"
+                  "<port><e name='GE' key='ge'/><e name='Two' key='my2g5'/></port>");
+        for (const std::string modeDir :
+             {"1ge/r/", "1ge/p/", "10g/p/", "root/r/", "root/p/", "odu0-prof/p/"}) {
+            for (const std::string typeDir :
+                 {"geport/rfc-result/", "geport/x-cpril1-rtd/", "geport/plain/", "gedir/rfc-result/",
+                  "10gport2/pcap-result/", "my2g5port/rfc-setup/"})
+                writeFile("/home/" + modeDir + typeDir + "a.html", "");
+            writeFile("/home/" + modeDir + "geport/rfc-result/Last configuration.html", "");
+            writeFile("/home/" + modeDir + "geport/rfc-result/a.txt", "");
+        }
+        files({"root/r/opm/a.png",
+               "root/r/rfc-rslt/a.png",
+               "root/p/rfc-setup/a.png",
+               "root/p/rfc-trace/a.png",
+               "root/p/rfc-mpeg/a.png",
+               "root/p/rfc-result/a.png",
+               "2g5/html-files/p1/bert/a.html",
+               "2g5/html-files/p2/rfc-prof/a.html",
+               "2g5/html-files/p2/other/a.html",
+               "2g5/html-files/sdh2g5-prof/a.html",
+               "2g5/html-files/x-ds3-ds1-prof/a.html",
+               "2g5/html-files/x-prof/a.html",
+               "2g5/html-files/x-setup/a.html",
+               "10g/html-files/p1/otux/a.html",
+               "10g/html-files/p2/otux/Last configuration.html",
+               "odu0-rslt/x-odu0p1-bert/a.html",
+               "odu0-rslt/odu0p2-bert-y/Last configuration.html",
+               "odu0-rslt/10gport/rfc-result/a.html",
+               "odu0-rslt/geport/rfc-result/Last configuration.html",
+               "cpri/p1/rfc-result/Last configuration.html",
+               "cpri/p2/rfc-rslt/a.html",
+               "cpri/rfc-setup/a.html",
+               "cpri/rfc-rslt/a.html",
+               "cpri/rfc-rtd/a.html"});
+        std::filesystem::create_directory_symlink("rfc-setup", "/home/cpri/link-setup");
+    }
+
+    // "port|kind|type path" of each record.
+    static Rows rows(Loader loader, const _ResultFilter& filter = {}, const std::string& dirNames = "rp") {
+        const _ModeInfo mode{"label", "M", dirNames.substr(0, 1),
+                             dirNames.substr(std::min<std::size_t>(1, dirNames.size())), false};
+        Rows rows = load([&](CFileManager& store) { return (store.*loader)(mode); }, filter);
+        for (std::string& row : rows)
+            row.erase(0, row.find('|', 3) + 1);
+        std::sort(rows.begin(), rows.end());
+        return rows;
+    }
+    static _ResultFilter named(const Names& tests, const Names& ports) {
+        return {{}, {}, tests, ports, false, false, {}};
+    }
+};
+struct Family {
+    const char* name;
+    Loader loader;
+    const char* dirNames; // of results and profiles, a letter each; "-" where an empty one lists all the same
+    Rows rows;
+    Rows current; // also when the types "Bert" and "RFC" are among the current ones
+};
+
+// What a loader with port directories takes below one mode directory. Captures are a kind of their own among
+// Ethernet results only.
+Rows ports(const std::string& kind, const std::string& modeDir, const std::string& tenGig,
+           const std::string& two, bool keepsScratch, const std::string& captures = "") {
+    Rows rows = {tenGig + (captures.empty() ? kind : captures) + "pcap " + modeDir +
+                     "10gport2/pcap-result/a.html",
+                 "GE" + kind + "cpril1 " + modeDir + "geport/x-cpril1-rtd/a.html",
+                 "GE" + kind + "rfc " + modeDir + "geport/rfc-result/a.html",
+                 two + kind + "rfc " + modeDir + "my2g5port/rfc-setup/a.html"};
+    if (keepsScratch)
+        rows.push_back("GE" + kind + "rfc " + modeDir + "geport/rfc-result/Last configuration.html");
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+Rows both(Rows rows, const Rows& more) {
+    rows.insert(rows.end(), more.begin(), more.end());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+const Family kFamilies[] = {
+    {"EthernetResult",
+     &CFileManager::loadEthernetResult,
+     "rp",
+     ports("|Result|", "1ge/r/", "10G M1", "", true, "|PCAP|"),
+     {}},
+    {"EthernetProfile",
+     &CFileManager::loadEthernetProfile,
+     "rp",
+     both(ports("|Profile|", "1ge/p/", "10G M1", "", false),
+          ports("|Profile|", "10g/p/", "10G M1", "", false)),
+     {}},
+    {"FiberResult",
+     &CFileManager::loadFiberResult,
+     "rp",
+     ports("|Result|", "1ge/r/", "10G M1", "Two", true),
+     {}},
+    {"FiberProfile",
+     &CFileManager::loadFiberProfile,
+     "rp",
+     {"10G M1|Profile|pcap- 10g/p/10gport2/pcap-result/a.html",
+      "10G M1|Profile|pcap- 1ge/p/10gport2/pcap-result/a.html",
+      "GE|Profile|rfc- 10g/p/geport/rfc-result/a.html", "GE|Profile|rfc- 1ge/p/geport/rfc-result/a.html",
+      "GE|Profile|x-cpri 10g/p/geport/x-cpril1-rtd/a.html",
+      "GE|Profile|x-cpri 1ge/p/geport/x-cpril1-rtd/a.html",
+      "Two|Profile|rfc 10g/p/my2g5port/rfc-setup/a.html", "Two|Profile|rfc 1ge/p/my2g5port/rfc-setup/a.html"},
+     {}},
+    {"SDHResult", &CFileManager::loadSDHResult, "--", {}, {"M1|Result|bert 2g5/html-files/p1/bert/a.html"}},
+    {"SDHProfile", &CFileManager::loadSDHProfile, "--", {}, {"|Profile|bert 2g5/html-files/x-prof/a.html"}},
+    {"CommonResult",
+     &CFileManager::loadCommonResult,
+     "rp",
+     both(ports("|Result|", "root/r/", "10G P2", "Two", true), {"|Result|opm root/r/opm/a.png"}),
+     {}},
+    {"CommonProfile",
+     &CFileManager::loadCommonProfile,
+     "rp",
+     ports("|Profile|", "root/p/", "10G P2", "Two", true),
+     {}},
+    {"OTUXResult",
+     &CFileManager::loadOTUXResult,
+     "--",
+     {},
+     {"M1|Result|bert 10g/html-files/p1/otux/a.html",
+      "M2|Result|bert 10g/html-files/p2/otux/Last configuration.html"}},
+    {"OTUXProfile",
+     &CFileManager::loadOTUXProfile,
+     "rp",
+     ports("|Profile|", "10g/p/", "10G M1", "", false),
+     {}},
+    {"ODU0Result",
+     &CFileManager::loadODU0Result,
+     "--",
+     {"10G M2|Result|rfc odu0-rslt/10gport/rfc-result/a.html"},
+     {"M1|Result|bert odu0-rslt/x-odu0p1-bert/a.html",
+      "M2|Result|bert odu0-rslt/odu0p2-bert-y/Last configuration.html"}},
+    {"ODU0Profile",
+     &CFileManager::loadODU0Profile,
+     "rp",
+     ports("|Profile|", "odu0-prof/p/", "10G M1", "", false),
+     {}},
+    {"CableResult", &CFileManager::loadCableResult, "rp", {"|Result| root/r/rfc-rslt/a.png"}, {}},
+    {"CableProfile",
+     &CFileManager::loadCableProfile,
+     "rp",
+     {"|Profile|rfc root/p/rfc-mpeg/a.png", "|Profile|rfc root/p/rfc-setup/a.png",
+      "|Profile|rfc-trace root/p/rfc-trace/a.png"},
+     {}},
+    {"CPRILayerResult",
+     &CFileManager::loadCPRILayerResult,
+     "rp",
+     {"M1|Result|rfc cpri/p1/rfc-result/Last configuration.html", "M2|Result| cpri/p2/rfc-rslt/a.html"},
+     {}},
+    {"CPRILayerProfile",
+     &CFileManager::loadCPRILayerProfile,
+     "rp",
+     {"|Profile| cpri/rfc-rtd/a.html", "|Profile|rfc cpri/rfc-setup/a.html"},
+     {}},
+};
+
+void PrintTo(const Family& family, std::ostream* out) {
+    *out << family.name;
+}
+
+class Families : public FamilyTree, public testing::WithParamInterface<Family> {};
+
+TEST_P(Families, TakeTheirOwnFromOneTree) {
+    const Rows& expected = GetParam().rows;
+    EXPECT_EQ(expected, rows(GetParam().loader));
+    const bool looksAtNames = GetParam().dirNames[0] != '-';
+    const bool isResult = std::string(GetParam().name).find("Result") != std::string::npos;
+    EXPECT_EQ(looksAtNames ? Rows{} : expected, rows(GetParam().loader, {}, isResult ? "" : "r"));
+    CFileManConf::addCurrentType("Bert");
+    CFileManConf::addCurrentType("RFC");
+    EXPECT_EQ(both(expected, GetParam().current), rows(GetParam().loader));
+}
+
+INSTANTIATE_TEST_SUITE_P(Loaders, Families, testing::ValuesIn(kFamilies),
+                         [](const auto& family) { return std::string(family.param.name); });
+
+TEST_F(FamilyTree, FilterSeesRawPortsAndStrippedTypes) {
+    const struct {
+        Loader loader;
+        Names tests, ports;
+        Rows expected;
+    } kRows[] = {
+        {&CFileManager::loadEthernetResult,
+         {},
+         {"10G P2"},
+         {"10G M1|PCAP|pcap 1ge/r/10gport2/pcap-result/a.html"}},
+        {&CFileManager::loadEthernetResult, {}, {"10G M1", ""}, {}},
+        {&CFileManager::loadEthernetResult,
+         {"cpril1"},
+         {},
+         {"GE|Result|cpril1 1ge/r/geport/x-cpril1-rtd/a.html"}},
+        {&CFileManager::loadFiberProfile, {"pcap-"}, {}, {}},
+        {&CFileManager::loadFiberProfile,
+         {"cpril1"},
+         {},
+         {"GE|Profile|x-cpri 10g/p/geport/x-cpril1-rtd/a.html",
+          "GE|Profile|x-cpri 1ge/p/geport/x-cpril1-rtd/a.html"}},
+        {&CFileManager::loadSDHResult,
+         {"other", "rfc-prof"},
+         {"M2"},
+         {"M2|Result|other 2g5/html-files/p2/other/a.html"}},
+        {&CFileManager::loadSDHProfile,
+         {"ds1", "ds3"},
+         {"M1"},
+         {"|Profile|ds1 2g5/html-files/x-ds3-ds1-prof/a.html"}},
+        {&CFileManager::loadOTUXResult, {"bert"}, {"M1"}, {"M1|Result|bert 10g/html-files/p1/otux/a.html"}},
+        {&CFileManager::loadODU0Result,
+         {"bert"},
+         {"M2"},
+         {"M2|Result|bert odu0-rslt/odu0p2-bert-y/Last configuration.html"}},
+        {&CFileManager::loadODU0Result,
+         {},
+         {"10G P1"},
+         {"10G M2|Result|rfc odu0-rslt/10gport/rfc-result/a.html"}},
+        {&CFileManager::loadCommonResult, {"opm"}, {"GE"}, {"|Result|opm root/r/opm/a.png"}},
+        {&CFileManager::loadCableProfile,
+         {"rfc-trace"},
+         {"GE"},
+         {"|Profile|rfc-trace root/p/rfc-trace/a.png"}},
+        {&CFileManager::loadCPRILayerResult, {}, {"M2"}, {"M2|Result| cpri/p2/rfc-rslt/a.html"}},
+    };
+    for (const auto& row : kRows)
+        EXPECT_EQ(row.expected, rows(row.loader, named(row.tests, row.ports)));
+}
+
+TEST_F(FamilyTree, RecordsCarryTypeAndModeNamesAndTheFilesOwnInformation) {
+    const char* const path = "/home/1ge/r/geport/rfc-result/a.html";
+    writeFile(path, "<html><ktb_advinfo job_id='J7'/></html>");
+    writeFile("/home/1ge/r/geport/x-cpril1-rtd/a", "<html><ktb_advinfo job_id='J7'/></html>");
+    _ResultFilter filter;
+    filter.advanceInfo.jobId = "J";
+    filter.advanceInfo.fileName = "a";
+    EXPECT_EQ((Rows{"|M|RFC|GE|Result|rfc 1ge/r/geport/rfc-result/a.html"}),
+              load(
+                  [](CFileManager& store) {
+                      return store.loadEthernetResult({"label", "M", "r", "p", false});
+                  },
+                  filter));
+}
+
+} // namespace

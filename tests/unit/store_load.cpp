@@ -1,0 +1,228 @@
+#include "StoreFixture.h"
+#include "common/CCommUtils.h"
+
+namespace {
+
+using Conf = CFileManConf;
+
+// Every shape of directory that the pipeline knows, and every source beside it.
+class Pipeline : public StoreTest {
+protected:
+    Pipeline() {
+        configure(
+            "<mode><e name='E'/><e name='SDH/PDH'/><e name='OSA'/><e name='C'/></mode><category>"
+            "<e name='RFC' key='rfc'/><e name='Bert' key='bert'/><e name='Layer 1' key='cpri-layer1'/>"
+            "<e name='Monitor' key='fmonitor'/><e name='Wander' key='mtie'/><e key='screen'/><e name='OPM' "
+            "key='opm'/>"
+            "<e name='Extra' key='x'/></category><port><e name='GE' key='ge'/><e name='XE' "
+            "key='xe'/></port><module>"
+            "<e name='10G'><o mode_name='E'>"
+            "<h test_name='Result' dir_name='e-rslt' under_port_dir='true' list='geport,xeport'/>"
+            "<h test_name='Profile' dir_name='e-prof' under_port_dir='true' list='geport'/></o></e>"
+            "<e name='2G5'><o mode_name='SDH/PDH'><h test_name='Result' dir_name='flat'/></o>"
+            "<o mode_name='OSA'><h test_name='Profile' dir_name='flat'/></o></e>"
+            "<e name='CPRI'><o mode_name='C'><h test_name='Result' dir_name='c' "
+            "list='cpri-layer1-rslt,rfc'/></o></e>"
+            "<e name='Common'><c test_name='Result' key='opm' dir_name='com' under_port_dir='true' "
+            "list='geport'/>"
+            "<c test_name='Profile' key='opm' dir_name='comp' under_port_dir='true' list='geport'/>"
+            "<c test_name='Screen' key='screen' dir_name='ktb/screen'/></e></module>"
+            "<extraDir><e module='10G' mode='E' key='x' dir_name='x1' test_name='Result'/>"
+            "<e module='10G' mode='E' port='XE' key='x' dir_name='x2' test_name='Profile'/></extraDir>");
+        files({"e-rslt/geport/rfc-result/a.html",
+               "e-rslt/xeport/rfc-result/a.png",
+               "e-rslt/geport/bert-rslt/k.html",
+               "e-rslt/zeport/rfc-result/no.html",
+               "e-rslt/geport/plain/no.html",
+               "e-rslt/fmonitor-result/f.html",
+               "e-rslt/geport/rfc-result/Last configuration.html",
+               "e-rslt/geport/rfc-result/no.txt",
+               "e-prof/geport/rfc-setup/p.html",
+               "flat/s.html",
+               "c/cpri-layer1-rslt/c.html",
+               "c/rfc/c.bmp",
+               "c/other/no.html",
+               "com/geport/opm-result/o.html",
+               "comp/geport/opm-setup/q.html",
+               "ktb/screen/shot.png",
+               "x1/x.html",
+               "x2/y.html",
+               "2g5/mtie-results/m1/mtie/t",
+               "2g5/mtie-results/m2/no",
+               "2g5/mtie-results/file"});
+        dirs({"e-rslt/geport/rfc-result/dir.html"});
+        std::filesystem::create_symlink("a.html", "/home/e-rslt/geport/rfc-result/link.html");
+    }
+
+    // Rows of a load; what it prints goes to m_printed.
+    Rows rows(void (CFileManager::*member)(std::list<_ResultInfo*>&), const _ResultFilter& filter = {}) {
+        testing::internal::CaptureStdout();
+        const Rows found = load(
+            [&](CFileManager& store) {
+                std::list<_ResultInfo*> out;
+                (store.*member)(out);
+                return static_cast<int>(out.size());
+            },
+            filter);
+        m_printed = testing::internal::GetCapturedStdout();
+        return found;
+    }
+    std::string m_printed;
+};
+
+const Rows kResults = {"10G|E|Extra||Result|x x1/x.html",
+                       "10G|E|Monitor||Result|fmonitor e-rslt/fmonitor-result/f.html",
+                       "10G|E|RFC|GE|Result|rfc e-rslt/geport/rfc-result/a.html",
+                       "10G|E|RFC|XE|Result|rfc e-rslt/xeport/rfc-result/a.png",
+                       "2G5|SDH/PDH|Bert||Result|bert flat/s.html",
+                       "2G5|SDH/PDH|Wander||Result|mtie 2g5/mtie-results/m1/m1",
+                       "CPRI|C|Layer 1||Result|cpri-layer1 c/cpri-layer1-rslt/c.html",
+                       "CPRI|C|RFC||Result|rfc c/rfc/c.bmp",
+                       "Common||OPM|GE|Result|opm com/geport/opm-result/o.html",
+                       "Common||Screen||Result|screen ktb/screen/shot.png"};
+const Rows kProfiles = {"10G|E|Extra|XE|Profile|x x2/y.html",
+                        "10G|E|RFC|GE|Profile|rfc e-prof/geport/rfc-setup/p.html",
+                        "Common||OPM|GE|Profile|opm comp/geport/opm-setup/q.html"};
+
+bool has(const std::string& row, const char* part) {
+    return row.find(part) != std::string::npos;
+}
+
+Rows only(const std::function<bool(const std::string&)>& passes, Rows rows = kResults) {
+    rows.erase(std::remove_if(rows.begin(), rows.end(), [&](const std::string& row) { return !passes(row); }),
+               rows.end());
+    return rows;
+}
+
+TEST_F(Pipeline, LoadAllListsEveryShapeAndSource) {
+    EXPECT_EQ(kProfiles, rows(&CFileManager::loadAllProfiles));
+    EXPECT_EQ("Find at:/home/x2/y.html\nCommon profile: 1.\n", m_printed);
+    // All ports are named then, which leaves out the extra directory without one.
+    Rows expected = only([](const std::string& row) { return !has(row, "Extra"); });
+    EXPECT_EQ(expected, rows(&CFileManager::loadAllResults));
+    EXPECT_EQ("Common port result: 1.\n", m_printed);
+    expected.insert(expected.end(), kProfiles.begin(), kProfiles.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(expected, rows(&CFileManager::loadAll));
+}
+
+TEST_F(Pipeline, EachFilterListRestrictsItsOwn) {
+    const struct {
+        Names modules, modes, tests, ports;
+        bool (*passes)(const std::string& row);
+    } kRows[] = {
+        {{}, {}, {}, {}, [](const std::string&) { return true; }},
+        {{"CPRI"}, {}, {}, {}, [](const std::string& row) { return has(row, "CPRI|"); }},
+        {{}, {"E"}, {}, {}, [](const std::string& row) { return has(row, "|E|") || has(row, "Common"); }},
+        {{}, {}, {"rfc"}, {}, [](const std::string& row) { return has(row, "|rfc "); }},
+        // Sources without ports stay, but for the extra directory.
+        {{}, {}, {}, {"XE"}, [](const std::string& row) { return !has(row, "GE") && !has(row, "Extra"); }},
+        {{}, {}, {}, {""}, [](const std::string& row) { return has(row, "||Result") && !has(row, "Extra"); }},
+    };
+    for (const auto& row : kRows) {
+        _ResultFilter filter{row.modules, row.modes, row.tests, row.ports, true, false, {}};
+        if (filter.tests.empty())
+            Conf::getAllTypeKeys(filter.tests);
+        EXPECT_EQ(only(row.passes), rows(&CFileManager::loadResults, filter));
+    }
+    _ResultFilter neither;
+    EXPECT_EQ(Rows{}, rows(&CFileManager::loadProfiles, neither));
+    EXPECT_EQ("", m_printed);
+}
+
+TEST_F(Pipeline, EmptyTestListPassesUnknownTypesButNeitherMonitorNorWander) {
+    _ResultFilter filter;
+    filter.includeResults = true;
+    Rows expected = only([](const std::string& row) { return !has(row, "Monitor") && !has(row, "Wander"); });
+    expected.push_back("10G|E||GE|Result| e-rslt/geport/bert-rslt/k.html");
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(expected, rows(&CFileManager::loadResults, filter));
+}
+
+TEST_F(Pipeline, CurrentNamesStandInForEmptyLists) {
+    Conf::addCurrentModule("CPRI");
+    Conf::addCurrentModule("10G");
+    Conf::addCurrentMode("C");
+    _ResultFilter filter;
+    filter.includeResults = true;
+    EXPECT_EQ(only([](const std::string& row) { return has(row, "CPRI|"); }),
+              rows(&CFileManager::loadResults, filter));
+    filter.modules = {"cpri"};
+    EXPECT_THROW(rows(&CFileManager::loadResults, filter), std::out_of_range);
+    testing::internal::GetCapturedStdout();
+}
+
+TEST_F(Pipeline, RepeatsAreListedAgain) {
+    files({"e-rslt/xfmonitor"});
+    _ResultFilter filter{{"10G", "10G"}, {}, {"fmonitor"}, {}, true, false, {}};
+    EXPECT_EQ(Rows(4, kResults[1]), rows(&CFileManager::loadResults, filter));
+}
+
+TEST_F(Pipeline, RecordTellsTheFile) {
+    CFileManager store;
+    EXPECT_EQ(&store, g_FileMan);
+    std::list<_ResultInfo*> loaded;
+    _ResultFilter filter{{"10G"}, {}, {"rfc"}, {"GE"}, true, false, {}};
+    store.setFilter(filter);
+    store.loadResults(loaded);
+    ASSERT_EQ(1u, loaded.size());
+    const _ResultInfo& info = *loaded.front();
+    EXPECT_EQ("", info.key);
+    EXPECT_EQ("E_GE_RFC_Result_a", info.id);
+    EXPECT_EQ("a", info.name);
+    EXPECT_EQ(CCommUtils::createDateTime(info.path), info.datetime);
+    store.clearLoaded();
+    store.getLoadedResults(loaded);
+    EXPECT_TRUE(loaded.empty());
+}
+
+TEST_F(Pipeline, ScreenShotsAskTheCurrentTypesWhenNoneIsNamed) {
+    const auto load2 = [](CFileManager& store) { return store.loadScreenShot() + store.loadScreenShot(); };
+    const Rows twice(2, "Common||Screen||Result|screen ktb/screen/shot.png");
+    EXPECT_EQ(twice, load(load2));
+    _ResultFilter filter;
+    filter.tests = {"rfc"};
+    EXPECT_EQ(Rows{}, load(load2, filter));
+    Conf::addCurrentType("RFC");
+    EXPECT_EQ(Rows{}, load(load2));
+    filter.tests = {"screen"};
+    EXPECT_EQ(twice, load(load2, filter));
+}
+
+TEST_F(Pipeline, ExtraDirectoriesPastTheListAreAnEmptyEntry) {
+    files({"top.html"});
+    _ResultFilter filter;
+    filter.includeProfiles = true;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ((Rows{"||||Profile| /top.html"}),
+              load([](CFileManager& store) { return store.loadExtraResult(2); }, filter));
+    EXPECT_EQ("Find at:/home//top.html\n", testing::internal::GetCapturedStdout());
+    EXPECT_EQ(Rows{}, load([](CFileManager& store) { return store.loadExtraResult(2); }));
+}
+
+// Which file tells the stored information differs by source.
+TEST_F(Pipeline, StoredInformationIsLookedForWhereEachSourceKeepsIt) {
+    const char* const info = "<r><ktb_advinfo job_id='J7' locator='None'/></r>";
+    for (const char* const name :
+         {"e-rslt/geport/rfc-result/a", "ktb/screen/shot.xml", "2g5/mtie-results/m1/m1", "x1/x"})
+        writeFile(std::string("/home/") + name, info);
+    // In the wrong place.
+    for (const char* const name :
+         {"e-rslt/xeport/rfc-result/a.xml", "ktb/screen/shot", "c/rfc/c.bmp", "flat/s.xml"})
+        writeFile(std::string("/home/") + name, info);
+    _ResultFilter filter;
+    filter.includeResults = true;
+    Conf::getAllTypeKeys(filter.tests);
+    const Rows informed = {kResults[0], kResults[2], kResults[5], kResults[9]};
+    filter.advanceInfo.jobId = "J7";
+    EXPECT_EQ(informed, rows(&CFileManager::loadResults, filter));
+    filter.advanceInfo = {};
+    filter.advanceInfo.locator = "None";
+    EXPECT_EQ(informed, rows(&CFileManager::loadResults, filter));
+    filter.advanceInfo.prefix = "s";
+    EXPECT_EQ((Rows{kResults[9]}), rows(&CFileManager::loadResults, filter));
+    filter.advanceInfo.locator = "Site";
+    EXPECT_EQ((Rows{kResults[4], kResults[9]}), rows(&CFileManager::loadResults, filter));
+}
+
+} // namespace
