@@ -22,7 +22,7 @@ target_include_directories(trcfg_utils
 target_link_libraries(trcfg_utils PRIVATE fm_options)
 
 # The path from the .pc file to the prefix, so that the installed tree may be moved.
-file(RELATIVE_PATH TRCFG_UTILS_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "[^/]+" ".." TRCFG_UTILS_PREFIX "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 configure_file(trcfg_utils.pc.in trcfg_utils.pc @ONLY)
 
 install(TARGETS trcfg_utils ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT trcfg_utils)
