@@ -1,0 +1,106 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "trcfg_utils_filesys.h"
+#include "trcfg_utils_proc.h"
+
+using Lines = std::vector<std::string>;
+
+// A directory of its own for every case, and the log lines of what runs in it.
+class SupportTest : public testing::Test {
+protected:
+    SupportTest() {
+        const char* base = std::getenv("TMPDIR");
+        std::string name = std::string(base == nullptr ? "." : base) + "/support.XXXXXX";
+        m_dir = std::filesystem::absolute(::mkdtemp(name.data())).lexically_normal();
+        ::chmod(m_dir.c_str(), 0777); // for what runs as another user
+        ::umask(022);
+        tarnlog_set_level("dbg4");
+    }
+    ~SupportTest() override { std::filesystem::remove_all(m_dir); }
+
+    std::string at(const std::string& name) const { return m_dir + "/" + name; }
+
+    // What `action` writes to standard error, with paths relative to the directory and no line or process
+    // numbers.
+    Lines logOf(const std::function<void()>& action) const {
+        const int saved = ::dup(STDERR_FILENO);
+        const int file = ::open(m_dir.c_str(), O_TMPFILE | O_RDWR | O_APPEND, 0600);
+        ::dup2(file, STDERR_FILENO);
+        action();
+        ::dup2(saved, STDERR_FILENO);
+        ::close(saved);
+        std::ifstream text("/proc/self/fd/" + std::to_string(file));
+        Lines lines;
+        for (std::string line; std::getline(text, line); lines.push_back(line)) {
+            line = std::regex_replace(line, std::regex(":[0-9]{4,} "), " ");
+            line = std::regex_replace(line, std::regex(m_dir + "/"), "");
+            line = std::regex_replace(line, std::regex("(pid|proc)=[0-9]+"), "$1=N");
+        }
+        ::close(file);
+        return lines;
+    }
+
+    // Exit status of a child that runs `body`: 0 when it returned true.
+    static int exitOf(const std::function<bool()>& body) {
+        const pid_t pid = ::fork();
+        if (pid == 0)
+            ::_exit(body() ? 0 : 1);
+        int status = -1;
+        ::waitpid(pid, &status, 0);
+        return status;
+    }
+
+    static bool becomeNobody() { return ::geteuid() == 0 && ::setgid(65534) == 0 && ::setuid(65534) == 0; }
+
+    static bool limit(__rlimit_resource resource, rlim_t value) {
+        const rlimit both = {value, value};
+        return ::setrlimit(resource, &both) == 0;
+    }
+
+    void write(const std::string& name, const std::string& content) const {
+        std::ofstream(at(name)) << content;
+    }
+
+    void link(const std::string& target, const std::string& name) const {
+        ASSERT_EQ(0, ::symlink(target.c_str(), at(name).c_str()));
+    }
+
+    std::string read(const std::string& name) const {
+        std::ifstream file(at(name));
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    // Type and permissions as in "d755", "-644", "p600"; "l" or "none".
+    std::string kind(const std::string& name) const {
+        struct stat status = {};
+        if (::lstat(at(name).c_str(), &status) != 0)
+            return "none";
+        if (S_ISLNK(status.st_mode))
+            return "l";
+        char text[8];
+        std::snprintf(text, sizeof text, "%c%o",
+                      S_ISDIR(status.st_mode)    ? 'd'
+                      : S_ISFIFO(status.st_mode) ? 'p'
+                                                 : '-',
+                      status.st_mode & 07777U);
+        return text;
+    }
+
+    std::string m_dir;
+};
