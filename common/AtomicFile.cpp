@@ -14,9 +14,10 @@
 
 namespace {
 
+// The file that path leads to, links followed; "" when that cannot be told.
 std::string resolveLinks(const std::string& path) {
     const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    return resolved ? resolved.get() : path;
+    return resolved ? resolved.get() : std::string();
 }
 
 bool writeAll(int file, std::string_view content) {
@@ -48,10 +49,12 @@ bool fillNewFile(UniqueFd& file, const std::string& target, std::string_view con
            ::fsync(file.get()) == 0 && file.reset() == 0;
 }
 
-bool syncDirectoryOf(const std::string& target) {
-    const UniqueFd directory(
-        ::open((CCommUtils::absFilePath(target) + "/").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return directory && ::fsync(directory.get()) == 0;
+// Makes the file that bears the temporary name the target, and that durable. The directory is opened first:
+// what can fail should fail as long as the old file stands.
+bool moveInto(const std::string& target, const std::string& temporary) {
+    const std::string path = CCommUtils::absFilePath(target) + "/";
+    const UniqueFd directory(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return directory && ::rename(temporary.c_str(), target.c_str()) == 0 && ::fsync(directory.get()) == 0;
 }
 
 } // namespace
@@ -59,18 +62,15 @@ bool syncDirectoryOf(const std::string& target) {
 bool replaceFile(const std::string& path, std::string_view content) {
     const std::string target = resolveLinks(path);
     std::string temporary = target + ".XXXXXX";
-    UniqueFd file(::mkostemp(temporary.data(), O_CLOEXEC));
+    UniqueFd file(target.empty() ? -1 : ::mkostemp(temporary.data(), O_CLOEXEC));
     if (!file) {
-        reportErrno("cannot create a new version of", target, errno);
+        reportErrno("cannot create a new version of", path, errno);
         return false;
     }
-    if (!fillNewFile(file, target, content) || ::rename(temporary.c_str(), target.c_str()) != 0) {
+    if (!fillNewFile(file, target, content) || !moveInto(target, temporary)) {
         reportErrno("cannot replace", target, errno);
+        // No longer there when only the last step failed.
         ::unlink(temporary.c_str());
-        return false;
-    }
-    if (!syncDirectoryOf(target)) {
-        reportErrno("cannot make durable", target, errno);
         return false;
     }
     return true;
