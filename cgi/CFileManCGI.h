@@ -34,8 +34,7 @@ public:
         FIELD_RESULT_TYPE = 5,
     };
 
-    // --- the request (Request.cpp)
-    // --------------------------------------------------------------------------
+    // --- the request (Request.cpp) ---
 
     // Cuts the decoded query into m_queryInfo; the first value of a key stays. Always 1.
     int parseQueryInfo(const char* query);
@@ -48,8 +47,7 @@ public:
     // Fills what the query names, leaves the rest of filter alone, and keeps a copy of it in m_filter.
     void getFilterFromRequest(_ResultFilter& filter);
 
-    // --- element ids that the pages and their scripts share (OptionIds.cpp)
-    // -----------------------------------
+    // --- element ids that the pages and their scripts share (OptionIds.cpp) ---
 
     static std::string getRowCheckId(const std::string& name);
     static std::string getModeOptionId(const std::string& name);
@@ -59,8 +57,7 @@ public:
     // "" for a type that is no field.
     static std::string getOptionId(FilterType type, const std::string& name);
 
-    // --- the list page (ListPage.cpp)
-    // ---------------------------------------------------------------------------
+    // --- the list page (ListPage.cpp) ---
 
     // The whole response. Always 1.
     int writeFileManPage(std::list<_ResultInfo*> results);
@@ -69,8 +66,7 @@ public:
     // The empty form into which the scripts put a command and the chosen ids.
     void writeCommandForm();
 
-    // --- the filter pages (FilterPages.cpp)
-    // -----------------------------------------------------------------------
+    // --- the filter pages (FilterPages.cpp) ---
 
     void writePriFilterPage();
     void writeAdvFilterPage();
@@ -96,8 +92,7 @@ public:
     // Sends the chosen records as the converter's PDFs: one as it is, none or several as an archive.
     void convert2PDF(std::list<_ResultInfo*> results);
 
-    // --- data
-    // -----------------------------------------------------------------------------------------------------
+    // --- data ---
 
     std::map<std::string, std::string> m_queryInfo; // the decoded query, by key
     _ResultFilter m_filter;                         // what getFilterFromRequest found, for the pages

@@ -9,14 +9,14 @@
 // is escaped, neither here nor by the callers: the browser side expects the names as they are stored.
 class CGICommonUtils {
 public:
-    // --- fixed lines --------------------------------------------------------------------------------------
+    // --- fixed lines ---
 
     // The content type and the empty line that ends a CGI header.
     static int writeCGIHeader();
     static int writeHTMLBeginNode();
     static int writeHTMLEndNode();
 
-    // --- lines of the caller ------------------------------------------------------------------------------
+    // --- lines of the caller ---
 
     static int writeHTMLine(const std::string& line);
     static int writeBeginNode(const std::string& tag);
@@ -26,15 +26,13 @@ public:
     // The copyright notice; every line begins with indent.
     static int writePageFoot(const char* indent);
 
-    // --- whole responses
-    // ------------------------------------------------------------------------------------
+    // --- whole responses ---
 
     static int writeDebugInfo(const char* text);
     // The answer to every request that names no action: a table of the CGI variables.
     static int writeRequestInfo();
 
-    // --- formatted lines of any length; a null string shows as "(null)"
-    // ---------------------------------------
+    // --- formatted lines of any length; a null string shows as "(null)" ---
 
     static std::string createHTMLine(const std::string& tag, const std::string& cls, const std::string& text);
     // These take a printf format with one "%s" (or one "%d") for each further argument.
@@ -45,8 +43,7 @@ public:
                                      const char* d);
     static std::string createHTMLine(const char* format, int n);
 
-    // --- query strings: as CCommUtils
-    // ---------------------------------------------------------------------------
+    // --- query strings: as CCommUtils ---
 
     // Decodes QUERY_STRING (empty when unset) and cuts it into out.
     static int parseQueryInfo(std::map<std::string, std::string>& out);

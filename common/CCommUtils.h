@@ -9,7 +9,7 @@
 // but the digit table; no function reports an error, each has a value that stands for failure.
 class CCommUtils {
 public:
-    // --- text -------------------------------------------------------------------------------------------
+    // --- text ---
 
     // True for a null pointer and for "".
     static bool isEmpty(const char* s);
@@ -31,7 +31,7 @@ public:
     // Without the trailing run of " \t\f\v\n\r".
     static std::string trimRight(const std::string& s);
 
-    // --- paths and files --------------------------------------------------------------------------------
+    // --- paths and files ---
 
     static bool isFileExists(const std::string& path);
     // The same test as isFileExists: a plain file counts too. Wanted; loaders find out when they open it.
@@ -54,7 +54,7 @@ public:
     // What follows the first ':' of that line, leading blanks kept; the whole line without one.
     static std::string getSoftVer(const std::string& path);
 
-    // --- query strings ----------------------------------------------------------------------------------
+    // --- query strings ---
 
     // Value of each byte as a hexadecimal digit; 0 for bytes that are none.
     static std::array<int, 256> cgiHexValue;

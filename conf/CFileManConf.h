@@ -22,7 +22,7 @@ public:
     // Sections of the primary filter. The numbers are part of the interface.
     enum FilterType : int { FT_CLASS = 0, FT_MODULE = 1, FT_MODE = 2, FT_TYPE = 3, FT_PORT = 4 };
 
-    // --- the document (ConfDocument.cpp) ------------------------------------------------------------------
+    // --- the document (ConfDocument.cpp) ---
 
     static std::string getConfPath();
     static std::string getConfFileName();
@@ -36,7 +36,7 @@ public:
     // Whether value is exactly "true".
     static bool isChecked(const std::string& value);
 
-    // --- lookups (ConfLookups.cpp) ------------------------------------------------------------------------
+    // --- lookups (ConfLookups.cpp) ---
 
     // Mode whose result or profile directory this is. The exact word "ktr" gives the first mode: wanted.
     static std::string getModeName(const std::string& dirName);
@@ -80,8 +80,7 @@ public:
     // Less the last n characters, no lookup. "Unknown" for "".
     static std::string str2Type(const std::string& name, int n);
 
-    // --- what was found on disk (ConfCurrent.cpp)
-    // -----------------------------------------------------------
+    // --- what was found on disk (ConfCurrent.cpp) ---
 
     static void addCurrentMode(const std::string& name);
     // Also files the type under the mode added last.
@@ -119,8 +118,7 @@ public:
     // Writes title and items to standard output, for debugging.
     static void dump(const std::string& title, const std::list<std::string>& items);
 
-    // --- check marks of the primary filter (ConfCheckState.cpp)
-    // ---------------------------------------------
+    // --- check marks of the primary filter (ConfCheckState.cpp) ---
 
     static std::string checkState2Str(bool state);
     // Changes the mark in memory and in the document, which is rewritten even when no entry has the name.
@@ -141,8 +139,7 @@ public:
     static bool getAllChecked(FilterType type);
     static void copyFilter(_ResultFilter& to, const _ResultFilter& from);
 
-    // --- advanced information (ConfAdvance.cpp)
-    // ---------------------------------------------------------------
+    // --- advanced information (ConfAdvance.cpp) ---
 
     // What the file at path says about itself; info as it is when there is nothing to read.
     static _AdvanceInfo getAdvInfo(_AdvanceInfo info, const std::string& path);

@@ -34,8 +34,7 @@ public:
     CFileManager(const CFileManager&) = delete;
     CFileManager& operator=(const CFileManager&) = delete;
 
-    // --- loading (LoadPipeline.cpp)
-    // -------------------------------------------------------------------------
+    // --- loading (LoadPipeline.cpp) ---
 
     // Everything that the configuration knows, whatever the filter said except for its modules.
     void loadAll(std::list<_ResultInfo*>& out);
@@ -67,17 +66,15 @@ public:
     // "mode_port_test_rsltype_name", 255 bytes at most.
     static std::string makeUniqueId(const _ResultInfo* info);
 
-    // --- sources outside the regular tree (LoadSpecial.cpp)
-    // -----------------------------------------------------
+    // --- sources outside the regular tree (LoadSpecial.cpp) ---
 
     int loadScreenShot();
-    // index: position in the configuration's list of extra directories; past its end an entry without values counts.
+    // index: position in the configuration's list of extra directories; past its end stands an empty entry.
     int loadExtraResult(int index);
     int loadFmonitorResult(const LoadInfo& info);
     int loadMtieResult();
 
-    // --- scans (ScanStorage.cpp, ScanVocabulary.cpp)
-    // --------------------------------------------------------------
+    // --- scans (ScanStorage.cpp, ScanVocabulary.cpp) ---
 
     // Records per configured module which types and ports the disk holds.
     void scanDir();
@@ -87,8 +84,7 @@ public:
     // Registers the modes, types and ports that the directory names below path stand for.
     void scanResultFilters(const std::string& path);
 
-    // --- directory names (DirNames.cpp)
-    // ---------------------------------------------------------------------------
+    // --- directory names (DirNames.cpp) ---
 
     // Appends the family's first-level directories.
     static void get1stLevelDirNames(std::list<std::string>& out, TestMode mode, bool isResult);
@@ -106,8 +102,7 @@ public:
     // Appends every non-directory below dir, depth first in listing order.
     void listDir(const char* dir, std::list<std::string>& out);
 
-    // --- test families (LoadFamilies.cpp): each returns the number of records added
-    // -------------------------------
+    // --- test families (LoadFamilies.cpp): each returns the number of records added ---
 
     int loadEthernetResult(const _ModeInfo& mode);
     int loadEthernetProfile(const _ModeInfo& mode);
@@ -130,8 +125,7 @@ private:
     // Whether a filter list lets value pass; an empty one restricts nothing.
     static bool passes(const std::list<std::string>& filter, const std::string& value);
 
-    // --- the file step, the same for all sources (FileStep.cpp)
-    // -----------------------------------------------
+    // --- the file step, the same for all sources (FileStep.cpp) ---
 
     // Lists the files of one directory that pass; returns the number of records added.
     int listFiles(const FileSource& source);
@@ -141,8 +135,7 @@ private:
     bool matchesStoredInfo(const std::string& path, const std::string& base);
     void addRecord(const _ResultInfo& prototype, const std::string& name, const std::string& path);
 
-    // --- load passes (LoadPipeline.cpp)
-    // -------------------------------------------------------------------------
+    // --- load passes (LoadPipeline.cpp) ---
 
     void selectEverything(bool results, bool profiles);
     void loadMode(const ModuleInfo& module, const ModeOptInfo& option);
@@ -155,8 +148,7 @@ private:
     int loadTypeDir(const LoadInfo& info, const std::string& path, const std::string& port,
                     const std::string& type);
 
-    // --- scans (ScanStorage.cpp, ScanVocabulary.cpp); true when there is something on disk
-    // -----------------------
+    // --- scans (ScanStorage.cpp, ScanVocabulary.cpp); true when there is something on disk ---
 
     bool scanMode(const ModuleInfo& module, const ModeOptInfo& option, ScanModuleToModeInfo& moduleScan);
     bool scanHalf(LoadInfo info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan);
@@ -166,8 +158,7 @@ private:
     void registerTypeOrPortDir(const std::string& name);
     void registerSdhDir(const std::string& name, const std::string& parent);
 
-    // --- family walk (LoadFamilies.cpp)
-    // ---------------------------------------------------------------------------
+    // --- family walk (LoadFamilies.cpp) ---
 
     int loadFamily(TestMode family, Half half, const _ModeInfo& mode);
     int loadFamilyRoot(const FamilyRule& rule, const std::string& root, const std::string& mode);
