@@ -4,13 +4,16 @@ import { after, before, test } from 'node:test';
 import { faults, footer, openList, pressed, settled, startInstrument } from './instrument.mjs';
 
 let instrument;
-before(async () => { instrument = await startInstrument(); });
+before(async () => {
+  instrument = await startInstrument();
+});
 after(() => instrument.stop());
 
-const focused = (page) => page.evaluate(() => {
-  const node = document.activeElement;
-  return node.getAttribute('aria-label') || node.innerText || node.id;
-});
+const focused = (page) =>
+  page.evaluate(() => {
+    const node = document.activeElement;
+    return node.getAttribute('aria-label') || node.innerText || node.id;
+  });
 
 test('axe finds no fault in any view', async () => {
   for (const colorScheme of ['light', 'dark']) {
@@ -21,8 +24,15 @@ test('axe finds no fault in any view', async () => {
     await page.keyboard.press('Enter');
     await page.frameLocator('.fm-report').locator('body *').first().waitFor();
     await pressed(page, 'Download').first().click();
-    await page.locator('.fm-task').getByText(/Saved as/).waitFor();
-    assert.deepEqual((await faults(page)).filter((fault) => !fault.includes('<html lang="en"><head>')), [], `viewer, ${colorScheme}`);
+    await page
+      .locator('.fm-task')
+      .getByText(/Saved as/)
+      .waitFor();
+    assert.deepEqual(
+      (await faults(page)).filter((fault) => !fault.includes('<html lang="en"><head>')),
+      [],
+      `viewer, ${colorScheme}`,
+    );
     await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
     for (const dialog of ['Filter', 'Advanced']) {
       await pressed(page, dialog).click();
@@ -47,8 +57,20 @@ test('a filter, a choice and a download by keyboard alone', async () => {
     order.push(await focused(page));
   }
   const at = (name) => order.findIndex((one) => one.startsWith(name));
-  const wanted = ['All', 'Results', 'Profiles', 'Screenshots', 'Narrow the list', 'Filter', 'Advanced', 'Stored files'].map(at);
-  assert.ok(wanted.every((place, i) => place > (wanted[i - 1] ?? -1)), order.join(' | '));
+  const wanted = [
+    'All',
+    'Results',
+    'Profiles',
+    'Screenshots',
+    'Narrow the list',
+    'Filter',
+    'Advanced',
+    'Stored files',
+  ].map(at);
+  assert.ok(
+    wanted.every((place, i) => place > (wanted[i - 1] ?? -1)),
+    order.join(' | '),
+  );
 
   await pressed(page, 'Filter').focus();
   await page.keyboard.press('Enter');
@@ -72,7 +94,10 @@ test('a filter, a choice and a download by keyboard alone', async () => {
 });
 
 test('nothing is out of reach on a phone and at 200 % zoom', async () => {
-  for (const viewport of [{ width: 360, height: 700 }, { width: 640, height: 400 }]) {
+  for (const viewport of [
+    { width: 360, height: 700 },
+    { width: 640, height: 400 },
+  ]) {
     const page = await instrument.newPage({ viewport, deviceScaleFactor: 2, hasTouch: true });
     await openList(page, instrument.list('fmtype=rslt&module=10G,1GE'));
     assert.equal(await page.evaluate(() => document.scrollingElement.scrollWidth <= innerWidth), true);

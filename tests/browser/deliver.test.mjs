@@ -6,7 +6,9 @@ import { after, before, test } from 'node:test';
 import { footer, openList, pressed, startInstrument } from './instrument.mjs';
 
 let instrument;
-before(async () => { instrument = await startInstrument(); });
+before(async () => {
+  instrument = await startInstrument();
+});
 after(() => instrument.stop());
 
 function archiveOf(...entries) {
@@ -17,7 +19,8 @@ function archiveOf(...entries) {
   fs.rmSync('/tmp/zip.zip');
   return bytes;
 }
-const rowNamed = (page, name) => page.locator('.slick-row').filter({ has: page.locator('.fm-name', { hasText: new RegExp(`^${name}$`) }) });
+const rowNamed = (page, name) =>
+  page.locator('.slick-row').filter({ has: page.locator('.fm-name', { hasText: new RegExp(`^${name}$`) }) });
 const task = (page) => page.locator('.fm-task').last();
 
 async function choose(page, count) {
@@ -27,8 +30,11 @@ async function choose(page, count) {
 
 test('a report shows as a report, runs nothing and asks for nothing', async () => {
   const dir = '/home/10g/kte-rslt/10gport/bert-result';
-  fs.writeFileSync(`${dir}/viewed.html`, '<html><head><style>p{color:rgb(1,2,3)}</style><script>parent.canary=1;canary=1</script></head>'
-    + '<body onload="parent.canary=1"><p>Passed</p><img src="viewed_files/chart.png"><img src="data:image/gif;base64,R0lGODlhAQABAAAAACw="><a href="/x">away</a></body></html>');
+  fs.writeFileSync(
+    `${dir}/viewed.html`,
+    '<html><head><style>p{color:rgb(1,2,3)}</style><script>parent.canary=1;canary=1</script></head>' +
+      '<body onload="parent.canary=1"><p>Passed</p><img src="viewed_files/chart.png"><img src="data:image/gif;base64,R0lGODlhAQABAAAAACw="><a href="/x">away</a></body></html>',
+  );
   const page = await instrument.newPage();
   await openList(page, instrument.list('fmtype=rslt&test=bert'));
   await page.getByRole('searchbox').fill('viewed');
@@ -40,7 +46,7 @@ test('a report shows as a report, runs nothing and asks for nothing', async () =
   assert.match(await report.locator('body').innerText(), /Picture chart.png: part of the download/);
   assert.equal(await report.locator('img').count(), 1);
   assert.equal(await page.evaluate(() => window.canary), undefined);
-  await page.locator('.fm-viewer').press('Escape');
+  await report.locator('body').press('Escape');
   assert.equal(await page.evaluate(() => document.activeElement.id), 'rsltgrid');
   assert.deepEqual(page.problems, []);
 
@@ -68,7 +74,10 @@ test('pictures show as pictures, captures offer the download', async () => {
   await page.waitForURL(/find=/);
   await page.locator('.slick-row').first().dblclick();
   await page.getByRole('heading', { name: /No view for this kind of file/ }).waitFor();
-  const [download] = await Promise.all([page.waitForEvent('download'), page.locator('.fm-viewer-body').getByRole('button', { name: 'Download' }).click()]);
+  const [download] = await Promise.all([
+    page.waitForEvent('download'),
+    page.locator('.fm-viewer-body').getByRole('button', { name: 'Download' }).click(),
+  ]);
   assert.match(execFileSync('unzip', ['-Z1', await download.path()], { encoding: 'utf8' }), /\.pcap$/m);
   assert.deepEqual(page.problems, []);
 });
@@ -77,20 +86,28 @@ test('chosen entries arrive as an archive that holds them, and as PDFs', async (
   const page = await instrument.newPage();
   await openList(page, instrument.list('fmtype=rslt&test=throughput'));
   const wanted = await choose(page, 3);
-  const before = await footer(page);
+  const old = await footer(page);
   const [download] = await Promise.all([page.waitForEvent('download'), pressed(page, 'Download').click()]);
   assert.match(download.suggestedFilename(), /^result-files-\d{4}-\d\d-\d\d-3\.zip$/);
   const entries = execFileSync('unzip', ['-Z1', await download.path()], { encoding: 'utf8' });
   for (const name of wanted) assert.ok(entries.includes(`/${name}.html`), name);
-  await task(page).getByText(/Saved as “result-files/).waitFor();
-  assert.equal(await footer(page), before);
+  await task(page)
+    .getByText(/Saved as “result-files/)
+    .waitFor();
+  assert.equal(await footer(page), old);
 
   await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
   await page.getByRole('checkbox', { name: 'Choose all shown' }).uncheck();
   await choose(page, 1);
   const [pdf] = await Promise.all([page.waitForEvent('download', { timeout: 60000 }), pressed(page, 'PDF').click()]);
   assert.equal(pdf.suggestedFilename(), `${wanted[0]}.pdf`);
-  assert.equal(fs.readFileSync(await pdf.path()).subarray(0, 5).toString(), '%PDF-');
+  assert.equal(
+    fs
+      .readFileSync(await pdf.path())
+      .subarray(0, 5)
+      .toString(),
+    '%PDF-',
+  );
   assert.deepEqual(page.problems, []);
 });
 
@@ -128,7 +145,9 @@ test('a file that has gone is told', async () => {
   fs.unlinkSync(path);
   await page.locator('.slick-row').first().click();
   await pressed(page, 'Download').click();
-  await task(page).getByText(/answer is empty/).waitFor();
+  await task(page)
+    .getByText(/answer is empty/)
+    .waitFor();
   await pressed(page, 'View').click();
   await page.locator('.fm-viewer').getByRole('alert').waitFor();
 });
@@ -148,7 +167,9 @@ test('a long choice goes in parts, smaller ones for a server with a shorter limi
       return asked.length === 1 ? route.fulfill({ status: 414, body: '' }) : route.fulfill({ body: archive });
     });
     await pressed(page, 'Download').click();
-    await task(page).getByText(/Saved as/).waitFor();
+    await task(page)
+      .getByText(/Saved as/)
+      .waitFor();
     assert.ok(asked[0] < 60000 && asked[0] > 40000);
     assert.ok(asked.slice(1).every((length) => length < 8000) && asked.length > 10, String(asked));
   } finally {

@@ -16,19 +16,27 @@ assert.ok(fs.existsSync('/tmp/.private-storage'));
 
 async function freePort() {
   const server = net.createServer().listen(0, '127.0.0.1');
-  await new Promise((resolve) => { server.on('listening', resolve); });
+  await new Promise((resolve) => {
+    server.on('listening', resolve);
+  });
   const { port } = server.address();
-  await new Promise((resolve) => { server.close(resolve); });
+  await new Promise((resolve) => {
+    server.close(resolve);
+  });
   return port;
 }
 
 async function answers(port) {
   for (let i = 0; i < 100; i++) {
     const socket = net.connect(port, '127.0.0.1');
-    const up = await new Promise((resolve) => { socket.on('connect', () => resolve(true)).on('error', () => resolve(false)); });
+    const up = await new Promise((resolve) => {
+      socket.on('connect', () => resolve(true)).on('error', () => resolve(false));
+    });
     socket.destroy();
     if (up) return;
-    await new Promise((resolve) => { setTimeout(resolve, 50); });
+    await new Promise((resolve) => {
+      setTimeout(resolve, 50);
+    });
   }
   throw new Error('the web server does not start');
 }
@@ -38,13 +46,27 @@ export async function startInstrument(command) {
   const port = await freePort();
   const [program, args] = command ? command(port) : ['lighttpd', ['-D', '-f', '/srv/packaging/lighttpd.conf']];
   const server = spawn(program, args, {
-    env: { ...process.env, FILEMAN_PORT: port, FILEMAN_WWW: '/srv/build/www', FILEMAN_CGI_DIR: CGI_DIR, PATH: `${process.env.PATH}:/usr/sbin` },
+    env: {
+      ...process.env,
+      FILEMAN_PORT: port,
+      FILEMAN_WWW: '/srv/build/www',
+      FILEMAN_CGI_DIR: CGI_DIR,
+      PATH: `${process.env.PATH}:/usr/sbin`,
+    },
     stdio: 'ignore',
   });
   await answers(port);
   const browser = await chromium.launch({
     executablePath: '/usr/bin/chromium',
-    args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking', '--disable-component-update', '--disable-sync'],
+    args: [
+      '--no-sandbox',
+      '--disable-gpu',
+      '--disable-quic',
+      '--no-first-run',
+      '--disable-background-networking',
+      '--disable-component-update',
+      '--disable-sync',
+    ],
   });
   const home = `http://127.0.0.1:${port}`;
   return {
@@ -64,9 +86,13 @@ async function newPage(browser, options) {
   const page = await context.newPage();
   page.setDefaultTimeout(20000);
   page.problems = [];
-  page.on('console', (message) => { if (message.type() === 'error') page.problems.push(message.text()); });
+  page.on('console', (message) => {
+    if (message.type() === 'error') page.problems.push(message.text());
+  });
   page.on('pageerror', (error) => page.problems.push(String(error)));
-  page.on('response', (response) => { if (response.status() >= 400) page.problems.push(`${response.status()} ${response.url()}`); });
+  page.on('response', (response) => {
+    if (response.status() >= 400) page.problems.push(`${response.status()} ${response.url()}`);
+  });
   return page;
 }
 
@@ -83,10 +109,19 @@ export async function settled(page) {
   await page.waitForTimeout(60);
 }
 
-export const names = (page) => page.$$eval('.slick-row', (rows) => rows
-  .sort((a, b) => a.dataset.row - b.dataset.row).map((row) => row.querySelector('.fm-name').textContent));
-export const column = (page, id) => page.$$eval('.slick-row', (rows, wanted) => rows
-  .sort((a, b) => a.dataset.row - b.dataset.row).map((row) => row.querySelector(`.fm-col-${wanted}`).textContent), id);
+export const names = (page) =>
+  page.$$eval('.slick-row', (rows) =>
+    rows.sort((a, b) => a.dataset.row - b.dataset.row).map((row) => row.querySelector('.fm-name').textContent),
+  );
+export const column = (page, id) =>
+  page.$$eval(
+    '.slick-row',
+    (rows, wanted) =>
+      rows
+        .sort((a, b) => a.dataset.row - b.dataset.row)
+        .map((row) => row.querySelector(`.fm-col-${wanted}`).textContent),
+    id,
+  );
 export const footer = (page) => page.innerText('.fm-foot');
 export const pressed = (page, name) => page.getByRole('button', { name, exact: true });
 
@@ -96,13 +131,16 @@ export function rowsOf(query) {
   return page.split('\n').filter((line) => line.startsWith("\t\t{ id: '"));
 }
 
-export const answerOf = (query) => execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'utf8' });
+export const answerOf = (query) =>
+  execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'utf8' });
 
 /** Names of serious faults that axe finds. */
 export async function faults(page) {
   await page.evaluate(AXE);
-  const found = await page.evaluate(() => window.axe.run(document, {
-    runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'],
-  }));
+  const found = await page.evaluate(() =>
+    window.axe.run(document, {
+      runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'],
+    }),
+  );
   return found.violations.flatMap(({ id, nodes }) => nodes.map((node) => `${id}: ${node.html.slice(0, 160)}`));
 }

@@ -4,16 +4,24 @@ import { after, before, test } from 'node:test';
 import { column, footer, names, openList, pressed, rowsOf, settled, startInstrument } from './instrument.mjs';
 
 let instrument;
-before(async () => { instrument = await startInstrument(); });
+before(async () => {
+  instrument = await startInstrument();
+});
 after(() => instrument.stop());
 
-const chosen = (page) => page.$$eval('.slick-row.is-chosen', (rows) => rows.map((row) => Number(row.dataset.row)).sort((a, b) => a - b));
+const chosen = (page) =>
+  page.$$eval('.slick-row.is-chosen', (rows) => rows.map((row) => Number(row.dataset.row)).sort((a, b) => a - b));
 const entryCount = async (page) => Number(/^([\d,]+)/.exec(await footer(page))[1].replace(',', ''));
 
 test('each tab shows what the program lists', async () => {
   const page = await instrument.newPage();
   await openList(page, instrument.home);
-  for (const [tab, kind] of [['Results', 'rslt'], ['Profiles', 'prof'], ['Screenshots', 'screen'], ['All', 'all']]) {
+  for (const [tab, kind] of [
+    ['Results', 'rslt'],
+    ['Profiles', 'prof'],
+    ['Screenshots', 'screen'],
+    ['All', 'all'],
+  ]) {
     await page.getByRole('link', { name: tab }).click();
     await page.waitForURL((url) => url.searchParams.get('fmtype') === kind);
     await settled(page);
@@ -79,7 +87,13 @@ test('rows are chosen by box, shift, ctrl, Ctrl-A and keys, and the actions foll
   await row(1).click();
   assert.deepEqual([await chosen(page), await enabled()], [[1], [true, true, true]]);
   await row(4).click({ modifiers: ['Shift'] });
-  assert.deepEqual([await chosen(page), await enabled()], [[1, 2, 3, 4], [false, true, true]]);
+  assert.deepEqual(
+    [await chosen(page), await enabled()],
+    [
+      [1, 2, 3, 4],
+      [false, true, true],
+    ],
+  );
   await row(2).click({ modifiers: ['Control'] });
   await row(7).locator('.fm-check').click();
   assert.deepEqual(await chosen(page), [1, 3, 4, 7]);
@@ -94,7 +108,7 @@ test('rows are chosen by box, shift, ctrl, Ctrl-A and keys, and the actions foll
   assert.equal(await page.getAttribute('#rsltgrid', 'aria-activedescendant'), 'fm-row-3');
   assert.equal(await page.getAttribute('#fm-row-3', 'aria-rowindex'), '5');
   assert.equal(await page.getAttribute('#fm-row-3', 'aria-selected'), 'true');
-  assert.equal(await page.getAttribute('#rsltgrid', 'aria-rowcount'), String(await entryCount(page) + 1));
+  assert.equal(await page.getAttribute('#rsltgrid', 'aria-rowcount'), String((await entryCount(page)) + 1));
   await page.keyboard.press('End');
   await page.waitForTimeout(100);
   assert.equal(await page.locator('.slick-row.is-active').isVisible(), true);
@@ -102,11 +116,12 @@ test('rows are chosen by box, shift, ctrl, Ctrl-A and keys, and the actions foll
   assert.deepEqual(await chosen(page), []);
 });
 
-test('a ticked test shows that test\'s results, with chips, address and history', async () => {
+test("a ticked test shows that test's results, with chips, address and history", async () => {
   const page = await instrument.newPage();
   await openList(page, instrument.list('fmtype=rslt'));
   await pressed(page, 'Filter').click();
   const dialog = page.getByRole('dialog', { name: 'Filter' });
+  await dialog.waitFor();
   const offered = await dialog.locator('fieldset').filter({ hasText: 'Tests' }).locator('label').allInnerTexts();
   assert.ok(offered.length > 5 && !offered.includes(''));
   await dialog.getByLabel('throughput', { exact: true }).check();
@@ -139,21 +154,27 @@ test('every test and port that the filter offers finds what is stored under it',
   const page = await instrument.newPage();
   await openList(page, instrument.list('fmtype=rslt'));
   await pressed(page, 'Filter').click();
-  const offered = async (key) => page.$$eval(`dialog input[name=${key}]`, (boxes) => boxes.map((box) => box.closest('label').innerText.trim()));
+  await page.getByRole('dialog').waitFor();
+  const offered = async (key) =>
+    page.$$eval(`dialog input[name=${key}]`, (boxes) => boxes.map((box) => box.closest('label').innerText.trim()));
   const stored = rowsOf('fmtype=rslt');
   const valuesOf = (field) => new Set(stored.map((row) => new RegExp(`, ${field}: '([^']*)'`).exec(row)[1]));
+  assert.ok((await offered('port')).length > 3 && (await offered('test')).length > 10);
   for (const port of await offered('port')) {
     assert.equal(rowsOf(`fmtype=rslt&port=${encodeURIComponent(port)}`).length > 0, valuesOf('port').has(port), port);
   }
-  const dead = (await offered('test')).filter((name) => !rowsOf(`fmtype=rslt&test=${encodeURIComponent(name)}`).length
-    && !rowsOf(`fmtype=prof&test=${encodeURIComponent(name)}`).length);
+  const dead = (await offered('test')).filter(
+    (name) =>
+      !rowsOf(`fmtype=rslt&test=${encodeURIComponent(name)}`).length &&
+      !rowsOf(`fmtype=prof&test=${encodeURIComponent(name)}`).length,
+  );
   assert.deepEqual(dead, []);
 });
 
 test('advanced fields, Cancel and Escape, and the way out of an empty list', async () => {
   const page = await instrument.newPage();
   await openList(page, instrument.list('fmtype=rslt'));
-  const before = await footer(page);
+  const old = await footer(page);
   await pressed(page, 'Advanced').click();
   const dialog = page.getByRole('dialog', { name: 'Advanced filter' });
   await dialog.getByLabel('File name holds').fill('a & b');
@@ -165,7 +186,7 @@ test('advanced fields, Cancel and Escape, and the way out of an empty list', asy
   await pressed(page, 'Advanced').click();
   await dialog.getByLabel('Name begins').fill('bert_');
   await dialog.getByRole('button', { name: 'Cancel' }).click();
-  assert.equal(await footer(page), before);
+  assert.equal(await footer(page), old);
   await pressed(page, 'Advanced').click();
   await dialog.getByLabel('Name begins').fill('bert_');
   await dialog.getByLabel('Name ends').fill('no such end');
@@ -198,8 +219,13 @@ test('an action leaves list, place, choice and search as they are; so does a rel
   await page.focus('#rsltgrid');
   for (const key of ['PageDown', 'PageDown', ' ', 'ArrowDown', 'Enter']) await page.keyboard.press(key);
   await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
-  const state = () => page.evaluate(() => [document.querySelector('.slick-viewport-top').scrollTop, document.querySelector('[type=search]').value,
-    document.querySelector('.fm-foot').innerText, document.querySelector('.is-active')?.innerText]);
+  const state = () =>
+    page.evaluate(() => [
+      document.querySelector('.slick-viewport-top').scrollTop,
+      document.querySelector('[type=search]').value,
+      document.querySelector('.fm-foot').innerText,
+      document.querySelector('.is-active')?.innerText,
+    ]);
   const was = await state();
   assert.match(was[2], /1 chosen/);
   await pressed(page, 'Read the list again').click();
@@ -213,12 +239,15 @@ test('an action leaves list, place, choice and search as they are; so does a rel
 test('failures are worded, and the old list stays', async () => {
   const page = await instrument.newPage();
   await openList(page, instrument.list('fmtype=rslt'));
-  const before = await footer(page);
+  const old = await footer(page);
   await page.goto(instrument.list('fmtype=rslt&module=10G'));
   await settled(page);
   const filtered = await footer(page);
-  assert.notEqual(filtered, before);
-  for (const [answer, words] of [[{ status: 500, body: '' }, /could not answer \(error 500\)/], [{ status: 200, body: '<html>?' }, /something else than the list/]]) {
+  assert.notEqual(filtered, old);
+  for (const [answer, words] of [
+    [{ status: 500, body: '' }, /could not answer \(error 500\)/],
+    [{ status: 200, body: '<html>?' }, /something else than the list/],
+  ]) {
     await page.route('**/fileman.cgi?fmtype=prof**', (route) => route.fulfill(answer));
     await page.getByRole('link', { name: 'Profiles' }).click();
     assert.match(await page.getByRole('alert').innerText(), words);

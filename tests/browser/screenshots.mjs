@@ -8,11 +8,19 @@ const instrument = await startInstrument();
 // The list shows when a file's status changed, so some files are touched, a second apart: an instrument in use.
 async function age() {
   const home = ['10g/kte-rslt/10gport', '10g/kte-rslt/10gport2', '1ge/kte-rslt/sfpport', '1ge/kte-rslt/rj45port'];
-  const files = home.flatMap((port) => fs.readdirSync(`/home/${port}`).flatMap((type) => (
-    fs.readdirSync(`/home/${port}/${type}`).slice(0, 1).map((name) => `/home/${port}/${type}/${name}`))));
-  for (const file of files.sort((a, b) => a.length * 7 % 5 - b.length * 7 % 5).slice(0, 18)) {
+  const files = home.flatMap((port) =>
+    fs.readdirSync(`/home/${port}`).flatMap((type) =>
+      fs
+        .readdirSync(`/home/${port}/${type}`)
+        .slice(0, 1)
+        .map((name) => `/home/${port}/${type}/${name}`),
+    ),
+  );
+  for (const file of files.sort((a, b) => ((a.length * 7) % 5) - ((b.length * 7) % 5)).slice(0, 18)) {
     fs.utimesSync(file, new Date(), new Date());
-    await new Promise((resolve) => { setTimeout(resolve, 1100); });
+    await new Promise((resolve) => {
+      setTimeout(resolve, 1100);
+    });
   }
 }
 
@@ -53,7 +61,10 @@ await shoot('download', wide, async (page) => {
   await page.waitForURL(/find/);
   await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
   await pressed(page, 'Download').click();
-  await page.locator('.fm-task').getByText(/Saved as/).waitFor();
+  await page
+    .locator('.fm-task')
+    .getByText(/Saved as/)
+    .waitFor();
 });
 await shoot('phone', { viewport: { width: 390, height: 780 }, deviceScaleFactor: 2, hasTouch: true }, async (page) => {
   await openList(page, instrument.list('fmtype=rslt&module=10G'));

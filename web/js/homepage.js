@@ -7,17 +7,21 @@
   window.onInitPages = () => start('list');
 
   insertHead('link', { rel: 'stylesheet', href: `${base}vendor/slick.grid.css` });
-  window.fileman.grid = Promise.all(['core', 'interactions', 'grid'].map((part) => {
-    const script = document.createElement('script');
-    script.src = `${base}vendor/slick.${part}.js`;
-    script.async = false; // the parts build on each other
-    return new Promise((resolve, reject) => {
-      script.onload = resolve;
-      script.onerror = () => reject(new Error(`${script.src} is missing`));
-      document.head.append(script);
-    });
-  }));
-  for (const part of ['list', 'archive', 'deliver', 'dom', 'filters', 'grid', 'kinds', 'memory', 'options', 'order', 'page', 'rows', 'texts', 'viewer', 'wire']) {
+  window.fileman.grid = Promise.all(
+    ['core', 'interactions', 'grid'].map((part) => {
+      const script = document.createElement('script');
+      script.src = `${base}vendor/slick.${part}.js`;
+      script.async = false; // the parts build on each other
+      return new Promise((resolve, reject) => {
+        script.onload = resolve;
+        script.onerror = () => reject(new Error(`${script.src} is missing`));
+        document.head.append(script);
+      });
+    }),
+  );
+  const parts =
+    'archive columns deliver dom filters frame grid kinds list memory options order page rows state summary';
+  for (const part of `${parts} texts viewer wire`.split(' ')) {
     insertHead('link', { rel: 'modulepreload', href: `${base}fileman/${part}.js` });
   }
 })();

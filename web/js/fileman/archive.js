@@ -38,6 +38,7 @@ export async function archiveNames(blob) {
 export function missingFrom(names, entries, operation) {
   if (!names.length) return [];
   const starts = operation === 'pdf' ? (name) => `${name}.pdf` : (name) => `[${name}]-[`;
-  // eslint-disable-next-line no-control-regex
-  return entries.filter((entry) => /^[\x20-\x7e]*$/.test(entry.name) && !names.some((one) => one.startsWith(starts(entry.name))));
+  return entries.filter(
+    (entry) => /^[\x20-\x7e]*$/.test(entry.name) && !names.some((one) => one.startsWith(starts(entry.name))),
+  );
 }

@@ -23,7 +23,14 @@ function task(title) {
   const head = el('strong', { text: title });
   const stop = button(t('cancel'), { class: 'fm-button' });
   const done = button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: () => node.remove() });
-  const node = el('section', { class: 'fm-task', 'aria-label': title }, head, bar, detail, el('div', { class: 'fm-task-foot' }, stop, done));
+  const node = el(
+    'section',
+    { class: 'fm-task', 'aria-label': title },
+    head,
+    bar,
+    detail,
+    el('div', { class: 'fm-task-foot' }, stop, done),
+  );
   done.hidden = true;
   if (!corner) {
     corner = el('aside', { class: 'fm-tasks', 'aria-label': t('actions') });
@@ -35,14 +42,28 @@ function task(title) {
   let told = 0;
   return {
     signal: controller.signal,
-    start(text) { head.textContent = text; bar.removeAttribute('value'); detail.textContent = ''; told = 0; announce(text); },
+    start(text) {
+      head.textContent = text;
+      bar.removeAttribute('value');
+      detail.textContent = '';
+      told = 0;
+      announce(text);
+    },
     progress(received, total) {
-      if (total) { bar.max = total; bar.value = received; }
+      if (total) {
+        bar.max = total;
+        bar.value = received;
+      }
       detail.textContent = total ? t('ofTotal', { size: size(received), total: size(total) }) : size(received);
       const quarter = total ? Math.floor((4 * received) / total) : 0;
-      if (quarter > told) { told = quarter; announce(detail.textContent); }
+      if (quarter > told) {
+        told = quarter;
+        announce(detail.textContent);
+      }
     },
-    note(text) { node.insertBefore(el('span', { class: 'fm-task-note', text }), detail); },
+    note(text) {
+      node.insertBefore(el('span', { class: 'fm-task-note', text }), detail);
+    },
     end(text, failed = false) {
       bar.remove();
       stop.remove();
@@ -62,7 +83,10 @@ function parts(ids) {
   let length = 0;
   for (const id of ids) {
     const more = escape(id).length + 1;
-    if (length + more > REQUEST_LIMITS[limit] && groups[groups.length - 1].length) { groups.push([]); length = 0; }
+    if (length + more > REQUEST_LIMITS[limit] && groups[groups.length - 1].length) {
+      groups.push([]);
+      length = 0;
+    }
     groups[groups.length - 1].push(id);
     length += more;
   }
@@ -99,7 +123,11 @@ async function transfer(operation, ids, job) {
       pieces.push(piece);
       held += piece.length;
       // Blobs of some size go to the browser's disk, so that a large archive does not fill its memory.
-      if (held > PIECES_IN_MEMORY) { blobs.push(new Blob(pieces)); pieces = []; held = 0; }
+      if (held > PIECES_IN_MEMORY) {
+        blobs.push(new Blob(pieces));
+        pieces = [];
+        held = 0;
+      }
       job.progress(soFar, whole);
     },
   });
@@ -131,7 +159,10 @@ function someNames(entries, tell = () => '') {
 }
 
 function leftOutText(entries, operation) {
-  return t('leftOut', { n: entries.length, names: someNames(entries, (entry) => ` (${t(obstacle(entry, operation))})`) });
+  return t('leftOut', {
+    n: entries.length,
+    names: someNames(entries, (entry) => ` (${t(obstacle(entry, operation))})`),
+  });
 }
 
 /** The worded form of a failure. */

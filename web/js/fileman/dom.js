@@ -19,7 +19,8 @@ const ICONS = {
   wide: 'M4 10V4h6M20 14v6h-6M4 4l6 6M20 20l-6-6',
   back: 'M15 5l-7 7 7 7',
   next: 'M9 5l7 7-7 7',
-  light: 'M12 8a4 4 0 1 1 0 8 4 4 0 0 1 0-8M12 2v2M12 20v2M2 12h2M20 12h2M5 5l1.5 1.5M17.5 17.5 19 19M5 19l1.5-1.5M17.5 6.5 19 5',
+  light:
+    'M12 8a4 4 0 1 1 0 8 4 4 0 0 1 0-8M12 2v2M12 20v2M2 12h2M20 12h2M5 5l1.5 1.5M17.5 17.5 19 19M5 19l1.5-1.5M17.5 6.5 19 5',
   box: 'M3 8l9-5 9 5v8l-9 5-9-5zM3 8l9 5 9-5M12 13v8',
 };
 
@@ -50,9 +51,17 @@ export function icon(name) {
 
 /** A button with an icon and a text; the text stays readable by assistive software when `bare` hides it. */
 export function button(text, { image, press, bare = false, ...rest } = {}) {
-  return el('button', {
-    type: 'button', title: bare ? text : null, ...rest, on: { click: press },
-  }, image && icon(image), el('span', { class: bare ? 'fm-hidden' : 'fm-label', text }));
+  return el(
+    'button',
+    {
+      type: 'button',
+      title: bare ? text : null,
+      ...rest,
+      on: { click: press },
+    },
+    image && icon(image),
+    el('span', { class: bare ? 'fm-hidden' : 'fm-label', text }),
+  );
 }
 
 let live;
@@ -65,12 +74,13 @@ export function announce(text) {
     document.body.append(live);
   }
   clearTimeout(pending);
-  pending = setTimeout(() => { live.textContent = text; }, 400);
+  pending = setTimeout(() => {
+    live.textContent = text;
+  }, 400);
 }
 
 /** Control and direction characters of a name made visible, so that no name can pass for another. */
 export function visible(text) {
-  // eslint-disable-next-line no-control-regex
   return text.replace(/[\0-\x1f\x7f\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, (char) => {
     const code = char.charCodeAt(0);
     if (code < 0x20) return String.fromCharCode(0x2400 + code);

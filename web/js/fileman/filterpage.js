@@ -14,13 +14,25 @@ export async function start() {
   document.body.replaceChildren(main);
   try {
     const offer = await fetchFilter(which, listing);
-    main.append(filterForm(which, listing, offer, (chosen) => { location.href = `fileman.cgi${listingQuery(chosen ?? listing)}`; }, 'h1'));
+    main.append(
+      filterForm(
+        which,
+        listing,
+        offer,
+        (chosen) => {
+          location.href = `fileman.cgi${listingQuery(chosen ?? listing)}`;
+        },
+        'h1',
+      ),
+    );
     main.addEventListener('keydown', (event) => {
       if (event.key === 'Escape') location.href = `fileman.cgi${listingQuery(listing)}`;
     });
     main.querySelector('input:not(:disabled)')?.focus();
   } catch (error) {
-    main.append(el('p', { class: 'fm-error', role: 'alert', text: wording(error) }),
-      el('a', { href: `fileman.cgi${listingQuery(listing)}`, text: t('showAll') }));
+    main.append(
+      el('p', { class: 'fm-error', role: 'alert', text: wording(error) }),
+      el('a', { href: `fileman.cgi${listingQuery(listing)}`, text: t('showAll') }),
+    );
   }
 }

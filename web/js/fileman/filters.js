@@ -22,28 +22,51 @@ export async function fetchFilter(which, listing, signal) {
 }
 
 function optionBox(key, option, checked) {
-  const sendable = isSendable(option.value) && !option.value.includes('=');
+  const sendable = isSendable(option.value);
   const box = el('input', { type: 'checkbox', name: key, disabled: !sendable });
   box.checked = checked && sendable;
   const note = !sendable ? t('cannotAsk') : option.missing ? t('notOffered') : null;
-  const label = el('label', { class: 'fm-option', title: note }, box, el('span', { text: visible(option.text) }),
-    note && el('small', { text: note }));
+  const label = el(
+    'label',
+    { class: 'fm-option', title: note },
+    box,
+    el('span', { text: visible(option.text) }),
+    note && el('small', { text: note }),
+  );
   return { box, label, value: option.value };
 }
 
 function optionGroup({ key, options }, wanted) {
   const offered = new Set(options.map((option) => option.value));
-  const missing = wanted.filter((value) => !offered.has(value)).map((value) => ({ value, text: toText(value), missing: true }));
+  const missing = wanted
+    .filter((value) => !offered.has(value))
+    .map((value) => ({ value, text: toText(value), missing: true }));
   const inOrder = [...options].sort((a, b) => (naturalKey(a.text) < naturalKey(b.text) ? -1 : 1));
   const boxes = [...inOrder, ...missing].map((option) => optionBox(key, option, wanted.includes(option.value)));
-  const setAll = (on) => boxes.forEach(({ box }) => { if (!box.disabled) box.checked = on; });
+  const setAll = (on) =>
+    boxes.forEach(({ box }) => {
+      if (!box.disabled) box.checked = on;
+    });
   const title = t(GROUP_TITLES[key]);
-  const tools = el('span', { class: 'fm-group-tools' },
+  const tools = el(
+    'span',
+    { class: 'fm-group-tools' },
     button(t('all'), { class: 'fm-link', 'aria-label': `${title}: ${t('all')}`, press: () => setAll(true) }),
-    button(t('none'), { class: 'fm-link', 'aria-label': `${title}: ${t('none')}`, press: () => setAll(false) }));
-  const field = el('fieldset', { class: 'fm-group' }, el('legend', { text: title }),
+    button(t('none'), { class: 'fm-link', 'aria-label': `${title}: ${t('none')}`, press: () => setAll(false) }),
+  );
+  const field = el(
+    'fieldset',
+    { class: 'fm-group' },
+    el('legend', { text: title }),
     boxes.length > 1 && tools,
-    boxes.length ? el('div', { class: 'fm-options' }, boxes.map(({ label }) => label)) : el('p', { class: 'fm-none', text: t('nothingOffered') }));
+    boxes.length
+      ? el(
+          'div',
+          { class: 'fm-options' },
+          boxes.map(({ label }) => label),
+        )
+      : el('p', { class: 'fm-none', text: t('nothingOffered') }),
+  );
   return {
     field,
     // All ticks mean the same as none: an entry without a port would be lost by a list of every port.
@@ -69,7 +92,14 @@ function primaryForm(listing, offer) {
 }
 
 function textField(key, value) {
-  const input = el('input', { type: 'text', name: key, id: `fm-adv-${key}`, value: toText(value), autocomplete: 'off', spellcheck: 'false' });
+  const input = el('input', {
+    type: 'text',
+    name: key,
+    id: `fm-adv-${key}`,
+    value: toText(value),
+    autocomplete: 'off',
+    spellcheck: 'false',
+  });
   input.addEventListener('input', () => input.setCustomValidity(isSendable(input.value, false) ? '' : t('badText')));
   return { key, input, row: el('div', { class: 'fm-field' }, el('label', { for: input.id, text: t(key) }), input) };
 }
@@ -92,14 +122,26 @@ function advancedForm(listing, offer) {
 export function filterForm(which, listing, offer, done, level = 'h2') {
   const { title, hint, fields, read } = which === 'fadv' ? advancedForm(listing, offer) : primaryForm(listing, offer);
   const heading = el(level, { id: 'fm-filter-title', text: title });
-  return el('form', {
-    class: `fm-filter fm-filter-${which}`,
-    on: { submit: (event) => { event.preventDefault(); done(read()); } },
-  }, el('div', { class: 'fm-filter-head' }, heading, el('p', { text: hint })),
-  el('div', { class: 'fm-filter-body' }, fields),
-  el('div', { class: 'fm-filter-foot' },
-    button(t('cancel'), { class: 'fm-button', press: () => done(null) }),
-    el('button', { type: 'submit', class: 'fm-button fm-primary', text: t('ok') })));
+  return el(
+    'form',
+    {
+      class: `fm-filter fm-filter-${which}`,
+      on: {
+        submit: (event) => {
+          event.preventDefault();
+          done(read());
+        },
+      },
+    },
+    el('div', { class: 'fm-filter-head' }, heading, el('p', { text: hint })),
+    el('div', { class: 'fm-filter-body' }, fields),
+    el(
+      'div',
+      { class: 'fm-filter-foot' },
+      button(t('cancel'), { class: 'fm-button', press: () => done(null) }),
+      el('button', { type: 'submit', class: 'fm-button fm-primary', text: t('ok') }),
+    ),
+  );
 }
 
 /** Shows a filter as a dialog; resolves to the new listing or null. */
@@ -107,8 +149,16 @@ export function askFilter(which, listing, offer) {
   return new Promise((resolve) => {
     let answer = null;
     const dialog = el('dialog', { class: 'fm-dialog', 'aria-labelledby': 'fm-filter-title' });
-    dialog.append(filterForm(which, listing, offer, (chosen) => { answer = chosen; dialog.close(); }));
-    dialog.addEventListener('close', () => { dialog.remove(); resolve(answer); });
+    dialog.append(
+      filterForm(which, listing, offer, (chosen) => {
+        answer = chosen;
+        dialog.close();
+      }),
+    );
+    dialog.addEventListener('close', () => {
+      dialog.remove();
+      resolve(answer);
+    });
     document.body.append(dialog);
     dialog.showModal();
     (dialog.querySelector('.fm-filter-body input:not(:disabled)') ?? dialog.querySelector('[type=submit]')).focus();

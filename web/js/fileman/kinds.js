@@ -2,9 +2,16 @@
 import { isSendable } from './wire.js';
 
 const KINDS = {
-  html: 'report', htm: 'report', xml: 'report',
-  png: 'picture', jpg: 'picture', jpeg: 'picture', bmp: 'picture', gif: 'picture',
-  pcap: 'capture', pcapng: 'capture',
+  html: 'report',
+  htm: 'report',
+  xml: 'report',
+  png: 'picture',
+  jpg: 'picture',
+  jpeg: 'picture',
+  bmp: 'picture',
+  gif: 'picture',
+  pcap: 'capture',
+  pcapng: 'capture',
 };
 
 export function extension(entry) {
@@ -14,7 +21,6 @@ export function extension(entry) {
 /** 'report', 'picture', 'capture' or 'other', by the file's name; the viewer looks at the bytes as well. */
 export const kindOf = (entry) => KINDS[extension(entry)] ?? 'other';
 
-// eslint-disable-next-line no-control-regex
 const CONTROL = /[\0-\x1f\x7f]/;
 
 /**
@@ -23,10 +29,11 @@ const CONTROL = /[\0-\x1f\x7f]/;
  * person is told beforehand.
  */
 export function obstacle(entry, operation) {
-  if (!isSendable(entry.id) || entry.id.includes('=')) return 'whyId';
+  if (!isSendable(entry.id)) return 'whyId';
   const folder = entry.path.slice(0, entry.path.lastIndexOf('/'));
   if (operation === 'download') {
-    if (!entry.name || entry.name.startsWith('-') || entry.name.includes("'") || CONTROL.test(entry.name)) return 'whyName';
+    if (!entry.name || entry.name.startsWith('-') || entry.name.includes("'") || CONTROL.test(entry.name))
+      return 'whyName';
     if (/[\s|&;<>()$`\\"'*?[\]{}]/.test(folder) || CONTROL.test(folder)) return 'whyPlace';
   }
   if (operation === 'pdf') {

@@ -50,9 +50,9 @@ export function parsePrimary({ text, raw }) {
   if (!text.includes('id="pri_form"')) return null;
   return GROUPS.map(({ key, fieldset, prefix }) => {
     const field = between(text, `<fieldset id="${fieldset}"`, '</fieldset>') ?? '';
-    const options = readOptions(field, prefix).filter(Boolean).map((name) => (raw
-      ? { value: name, text: toText(name) }
-      : { value: toBinary(name), text: name }));
+    const options = readOptions(field, prefix)
+      .filter(Boolean)
+      .map((name) => (raw ? { value: name, text: toText(name) } : { value: toBinary(name), text: name }));
     return { key, options };
   });
 }

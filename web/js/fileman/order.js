@@ -15,11 +15,13 @@ export function naturalKey(text) {
  */
 export function orderBy(entries, field, ascending) {
   const last = entries.length - 1;
-  const marked = entries.map((entry, i) => {
-    const tie = ascending ? i : last - i;
-    const key = field === 'datetime' ? entry.datetime : naturalKey(entry[field]);
-    return `${key}\0${String.fromCharCode(tie >>> 15, tie & 0x7fff)}`;
-  }).sort();
+  const marked = entries
+    .map((entry, i) => {
+      const tie = ascending ? i : last - i;
+      const key = field === 'datetime' ? entry.datetime : naturalKey(entry[field]);
+      return `${key}\0${String.fromCharCode(tie >>> 15, tie & 0x7fff)}`;
+    })
+    .sort();
   if (!ascending) marked.reverse();
   return Uint32Array.from(marked, (mark) => {
     const tie = (mark.charCodeAt(mark.length - 2) << 15) | mark.charCodeAt(mark.length - 1);
@@ -36,6 +38,8 @@ export function wordsOf(typed) {
 
 /** Whether an entry holds all words. The searched text is made once an entry. */
 export function holdsWords(entry, words) {
-  entry.searched ??= FOUND_IN.map((field) => entry[field]).join('\n').toLowerCase();
+  entry.searched ??= FOUND_IN.map((field) => entry[field])
+    .join('\n')
+    .toLowerCase();
   return words.every((word) => entry.searched.includes(word));
 }

@@ -21,7 +21,10 @@ const MOST_TRIES = 5000;
  * A row whose values hold no apostrophe and no line end can be read in one way only. The path's "/" keeps a
  * name from passing for the rest of its row, since names have none.
  */
-const PLAIN_ROW = new RegExp(`${FIRST.replace('{', '\\{')}${['', ...SEPARATORS].join("([^'\n]*)")}(/[^'\n]*)' \\},\n`, 'y');
+const PLAIN_ROW = new RegExp(
+  `${FIRST.replace('{', '\\{')}${['', ...SEPARATORS].join("([^'\n]*)")}(/[^'\n]*)' \\},\n`,
+  'y',
+);
 
 const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
 
@@ -32,9 +35,12 @@ const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
 function isOneRecord(values, exact) {
   const [id, name, , mode, test, port, datetime, rsltype, path] = values;
   const whole = [mode, port, test, rsltype, name].join('_');
-  return /^\d{4,}-\d\d-\d\d \d\d:\d\d:\d\d$/.test(datetime) && path.startsWith('/')
-    && (exact ? fileOf(path).split('.', 1)[0] === name : fileOf(path).startsWith(name))
-    && (id === whole || toBinary(whole).slice(0, ID_BYTES) === toBinary(id));
+  return (
+    /^\d{4,}-\d\d-\d\d \d\d:\d\d:\d\d$/.test(datetime) &&
+    path.startsWith('/') &&
+    (exact ? fileOf(path).split('.', 1)[0] === name : fileOf(path).startsWith(name)) &&
+    (id === whole || toBinary(whole).slice(0, ID_BYTES) === toBinary(id))
+  );
 }
 
 function* occurrences(text, part, from) {

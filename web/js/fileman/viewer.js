@@ -11,7 +11,10 @@ import { AnswerError, deliveryQuery, fetchPieces } from './wire.js';
 
 const MOST_BYTES = 64 << 20;
 const MAGIC = [
-  ['image/png', '\x89PNG'], ['image/jpeg', '\xff\xd8\xff'], ['image/gif', 'GIF8'], ['image/bmp', 'BM'],
+  ['image/png', '\x89PNG'],
+  ['image/jpeg', '\xff\xd8\xff'],
+  ['image/gif', 'GIF8'],
+  ['image/bmp', 'BM'],
 ];
 
 /** What the program says while it reads the storage; all there is when it sends no file. */
@@ -41,7 +44,8 @@ async function fetchFile(entry, signal) {
     },
   });
   const bytes = stripLead(new Uint8Array(await new Blob(pieces).arrayBuffer()));
-  if (!received || !bytes.length || (bytes.length < 65536 && DIAGNOSTICS.test(new TextDecoder().decode(bytes)))) throw new AnswerError('errorGone');
+  if (!received || !bytes.length || (bytes.length < 65536 && DIAGNOSTICS.test(new TextDecoder().decode(bytes))))
+    throw new AnswerError('errorGone');
   return bytes;
 }
 
@@ -63,7 +67,8 @@ function calmReport(text, Parser) {
   // Handlers do not run here anyhow; renamed, they do not make the browser report that either.
   const quiet = text.replace(/<[a-z][^>]*>/gi, (tag) => tag.replace(/(\s)on(?=\w+\s*=)/gi, '$1data-on'));
   const report = new Parser().parseFromString(quiet, 'text/html');
-  report.querySelectorAll('script, base, meta[http-equiv], link, iframe, frame, object, embed, audio, video, form[action]')
+  report
+    .querySelectorAll('script, base, meta[http-equiv], link, iframe, frame, object, embed, audio, video, form[action]')
     .forEach((node) => (node.localName === 'form' ? node.removeAttribute('action') : node.remove()));
   for (const picture of report.querySelectorAll('img, input[type=image]')) {
     const source = picture.getAttribute('src') ?? '';
@@ -71,18 +76,28 @@ function calmReport(text, Parser) {
     if (/^data:image\//i.test(source)) continue;
     const name = picture.getAttribute('alt') || source.slice(source.lastIndexOf('/') + 1);
     const note = report.createElement('span');
-    note.setAttribute('style', 'display:inline-block;padding:.5em .8em;border:1px dashed #888;border-radius:4px;color:#555;font:13px sans-serif');
+    note.setAttribute(
+      'style',
+      'display:inline-block;padding:.5em .8em;border:1px dashed #888;border-radius:4px;color:#555;font:13px sans-serif',
+    );
     note.textContent = t('pictureMissing', { name: visible(name) });
     picture.replaceWith(note);
   }
   for (const node of report.querySelectorAll('*')) {
     for (const { name, value } of [...node.attributes]) {
       const leads = (name === 'href' || name.endsWith(':href')) && !value.startsWith('#');
-      if (name.startsWith('on') || leads || ['background', 'action', 'formaction', 'ping', 'poster', 'target'].includes(name)) node.removeAttribute(name);
+      if (
+        name.startsWith('on') ||
+        leads ||
+        ['background', 'action', 'formaction', 'ping', 'poster', 'target'].includes(name)
+      )
+        node.removeAttribute(name);
       else if (name === 'style') node.setAttribute(name, withoutUrls(value));
     }
   }
-  report.querySelectorAll('style').forEach((style) => { style.textContent = withoutUrls(style.textContent); });
+  report.querySelectorAll('style').forEach((style) => {
+    style.textContent = withoutUrls(style.textContent);
+  });
   return report;
 }
 
@@ -90,19 +105,28 @@ function withoutUrls(css) {
   return css.replace(/@import[^;]*;?/gi, '').replace(/url\((?!\s*["']?data:)[^)]*\)/gi, 'none');
 }
 
-function reportFrame(entry, text) {
+function reportFrame(entry, text, onEscape) {
   // Without allow-scripts nothing runs in the frame; same origin only lets us fill it.
   const frame = el('iframe', {
-    class: 'fm-report', title: t('reportTitle', { name: visible(entry.name) }), sandbox: 'allow-same-origin',
+    class: 'fm-report',
+    title: t('reportTitle', { name: visible(entry.name) }),
+    sandbox: 'allow-same-origin',
     src: `${window.fileman.base}report.html`,
   });
-  frame.addEventListener('load', () => {
-    const target = frame.contentDocument;
-    const report = calmReport(text, frame.contentWindow.DOMParser);
-    target.head.append(...target.adoptNode(report.head).childNodes);
-    target.body.replaceWith(target.adoptNode(report.body));
-    target.documentElement.lang = report.documentElement.lang || 'en';
-  }, { once: true });
+  frame.addEventListener(
+    'load',
+    () => {
+      const target = frame.contentDocument;
+      const report = calmReport(text, frame.contentWindow.DOMParser);
+      target.head.append(...target.adoptNode(report.head).childNodes);
+      target.body.replaceWith(target.adoptNode(report.body));
+      target.addEventListener('keydown', (event) => {
+        if (event.key === 'Escape') onEscape();
+      });
+      target.documentElement.lang = report.documentElement.lang || 'en';
+    },
+    { once: true },
+  );
   return frame;
 }
 
@@ -114,15 +138,31 @@ export class Viewer {
     this.title = el('h2', { id: 'fm-viewer-title' });
     this.body = el('div', { class: 'fm-viewer-body', 'aria-live': 'off' });
     host.setAttribute('aria-labelledby', this.title.id);
-    this.wide = button(t('wide'), { image: 'wide', bare: true, class: 'fm-quiet', 'aria-pressed': 'false', press: () => this.#widen() });
-    const tools = el('div', { class: 'fm-viewer-tools' },
+    this.wide = button(t('wide'), {
+      image: 'wide',
+      bare: true,
+      class: 'fm-quiet',
+      'aria-pressed': 'false',
+      press: () => this.#widen(),
+    });
+    const tools = el(
+      'div',
+      { class: 'fm-viewer-tools' },
       button(t('previous'), { image: 'back', bare: true, class: 'fm-quiet', press: () => events.step(-1) }),
       button(t('next'), { image: 'next', bare: true, class: 'fm-quiet', press: () => events.step(1) }),
-      button(t('download'), { image: 'download', bare: true, class: 'fm-quiet', press: () => events.download(this.entry) }),
+      button(t('download'), {
+        image: 'download',
+        bare: true,
+        class: 'fm-quiet',
+        press: () => events.download(this.entry),
+      }),
       this.wide,
-      button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: () => this.close() }));
+      button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: () => this.close() }),
+    );
     host.append(el('div', { class: 'fm-viewer-head' }, this.title, tools), this.body);
-    host.addEventListener('keydown', (event) => { if (event.key === 'Escape') this.close(); });
+    host.addEventListener('keydown', (event) => {
+      if (event.key === 'Escape') this.close();
+    });
   }
 
   #widen() {
@@ -130,7 +170,9 @@ export class Viewer {
     this.wide.setAttribute('aria-pressed', on);
   }
 
-  get isOpen() { return !this.host.hidden; }
+  get isOpen() {
+    return !this.host.hidden;
+  }
 
   close() {
     this.#drop();
@@ -154,24 +196,35 @@ export class Viewer {
     this.#fill(el('p', { class: 'fm-wait', text: t('opening') }));
     announce(`${t('opening')} ${visible(entry.name)}`);
     const why = obstacle(entry, 'view');
-    if (why) { this.#fill(this.#message(t('cannotDeliver', { why: t(why) }))); return; }
-    if (kindOf(entry) === 'capture') { this.#fill(this.#offer(entry)); return; }
+    if (why) {
+      this.#fill(this.#message(t('cannotDeliver', { why: t(why) })));
+      return;
+    }
+    if (kindOf(entry) === 'capture') {
+      this.#fill(this.#offer(entry));
+      return;
+    }
     const pending = new AbortController();
     this.pending = pending;
     try {
       const bytes = await fetchFile(entry, pending.signal);
-      this.#fill(...(twin ? [el('p', { class: 'fm-notice', text: t('firstOfSame') })] : []), this.#content(entry, bytes));
+      this.#fill(
+        ...(twin ? [el('p', { class: 'fm-notice', text: t('firstOfSame') })] : []),
+        this.#content(entry, bytes),
+      );
     } catch (error) {
       if (error.name === 'AbortError') return;
       this.#fill(error.key === 'tooLarge' ? this.#offer(entry, t('tooLarge')) : this.#message(wording(error)));
     }
   }
 
-  #fill(...nodes) { this.body.replaceChildren(...nodes); }
+  #fill(...nodes) {
+    this.body.replaceChildren(...nodes);
+  }
 
   #content(entry, bytes) {
     const type = sniff(bytes);
-    if (type === 'text/html') return reportFrame(entry, decodeReport(bytes));
+    if (type === 'text/html') return reportFrame(entry, decodeReport(bytes), () => this.close());
     if (!type) return this.#offer(entry);
     this.address = URL.createObjectURL(new Blob([bytes], { type }));
     const picture = el('img', { src: this.address, alt: t('pictureAlt', { name: visible(entry.name) }) });
@@ -184,8 +237,17 @@ export class Viewer {
   }
 
   #offer(entry, title = t('noPreview')) {
-    return el('div', { class: 'fm-empty' }, icon(kindOf(entry) === 'capture' ? 'capture' : 'box'),
-      el('h3', { text: `${title} (${extension(entry) || '?'})` }), el('p', { text: t('noPreviewHint') }),
-      button(t('download'), { image: 'download', class: 'fm-button fm-primary', press: () => this.events.download(entry) }));
+    return el(
+      'div',
+      { class: 'fm-empty' },
+      icon(kindOf(entry) === 'capture' ? 'capture' : 'box'),
+      el('h3', { text: `${title} (${extension(entry) || '?'})` }),
+      el('p', { text: t('noPreviewHint') }),
+      button(t('download'), {
+        image: 'download',
+        class: 'fm-button fm-primary',
+        press: () => this.events.download(entry),
+      }),
+    );
   }
 }

@@ -17,27 +17,27 @@ export const KINDS = ['all', 'rslt', 'prof', 'screen'];
 
 /** Text to its UTF-8 bytes, one character a byte. */
 export function toBinary(text) {
-  // eslint-disable-next-line no-control-regex
   if (/^[\0-\x7f]*$/.test(text)) return text;
   return Array.from(encoder.encode(text), (byte) => String.fromCharCode(byte)).join('');
 }
 
 /** Bytes to text; what is no UTF-8 shows as replacement characters. */
 export function toText(binary) {
-  // eslint-disable-next-line no-control-regex
   if (/^[\0-\x7f]*$/.test(binary)) return binary;
   return decoder.decode(Uint8Array.from(binary, (char) => char.charCodeAt(0)));
 }
 
 /** Percent-encodes a binary string; commas of a list are added by the caller. */
 export function escape(binary) {
-  return binary.replace(/[^A-Za-z0-9\-_.~:/@()!*]/g, (char) => (
-    char === ' ' ? '+' : `%${char.charCodeAt(0).toString(16).toUpperCase().padStart(2, '0')}`));
+  return binary.replace(/[^A-Za-z0-9\-_.~:/@()!*]/g, (char) =>
+    char === ' ' ? '+' : `%${char.charCodeAt(0).toString(16).toUpperCase().padStart(2, '0')}`,
+  );
 }
 
 /**
- * Whether a value survives the way: the instrument decodes the whole query first and cuts it at "&", "="
- * and (lists) "," afterwards, so an escaped one is a separator too; a zero byte ends the query.
+ * Whether a value survives the way: the instrument decodes the whole query first and cuts it at "&" and (lists)
+ * at "," afterwards, so an escaped one is a separator too; a zero byte ends the query. Any "=" after a key's own
+ * stays in the value.
  */
 export function isSendable(value, inList = true) {
   return inList ? !/[,&\0]/.test(value) : !/[&\0]/.test(value);
@@ -138,11 +138,17 @@ export async function fetchBytes(url, { signal, onProgress } = {}) {
   const pieces = [];
   const { received } = await fetchPieces(url, {
     signal,
-    onPiece: (piece, soFar) => { pieces.push(piece); onProgress?.(soFar); },
+    onPiece: (piece, soFar) => {
+      pieces.push(piece);
+      onProgress?.(soFar);
+    },
   });
   const bytes = new Uint8Array(received);
   let at = 0;
-  for (const piece of pieces) { bytes.set(piece, at); at += piece.length; }
+  for (const piece of pieces) {
+    bytes.set(piece, at);
+    at += piece.length;
+  }
   return bytes;
 }
 
