@@ -5,7 +5,7 @@ import crypto from 'node:crypto';
 import fs from 'node:fs';
 import { after, before, test } from 'node:test';
 import { gunzipSync } from 'node:zlib';
-import { answerOf, footer, names, openList, pressed, startInstrument } from './instrument.mjs';
+import { answerOf, footer, headersOf, names, openList, pressed, startInstrument } from './instrument.mjs';
 
 const DIR = '/home/10g/kte-rslt/10gport/bert-result';
 const BARE_CONF = '/tmp/bare-lighttpd.conf'; // a server that sends no policy and compresses nothing
@@ -25,10 +25,10 @@ const HOSTILE = [
   ['<!--<script>', '<!--<script>', true],
   ['<img src=x onerror=canary()>', '<img src=x onerror=canary()>', true],
   ['${canary()}&amp;', '${canary()}&amp;', false],
-  ["new\nline' },\n\t\t{ id: 'x', name: 'y", "new␊line' },␊␉␉{ id: 'x', name: 'y", false],
-  ['line\rend', 'line␍end', true],
+  ["new\nline' },\n\t\t{ id: 'x', name: 'y", "new‹LF›line' },‹LF›‹TAB›‹TAB›{ id: 'x', name: 'y", false],
+  ['line\rend', 'line‹CR›end', true],
   ['plain, comma', 'plain, comma', false],
-  ['Gr\u00fc\u00dfe \u202egnp', 'Gr\u00fc\u00dfe \u2039U+202E\u203agnp', true],
+  ['Gr\u00fc\u00dfe \u202egnp', 'Gr\u00fc\u00dfe ‹U+202E›gnp', true],
   [Buffer.from('no utf-8 \xff\xfe', 'latin1'), 'no utf-8 \ufffd\ufffd', true],
   ['-rf', '-rf', true],
   ['%41%2Fx+y', '%41%2Fx+y', true],
@@ -110,7 +110,10 @@ test('what cannot be packed is told by name and left out', () =>
     await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
     const [download] = await Promise.all([page.waitForEvent('download'), pressed(page, 'Download').click()]);
     assert.ok(fs.statSync(await download.path()).size > 100);
-    assert.match(await page.locator('.fm-task-note').innerText(), /\d+ entries are left out: “hostile .* more/);
+    assert.match(
+      await page.locator('.fm-task-note').first().innerText(),
+      /\d+ entries are left out \(its identity .*\): “hostile /,
+    );
   }));
 
 test('what a request reflects is not run either', async () => {
@@ -175,14 +178,14 @@ const OTHERS = [
 
 test('the server gives the pages their policy and everything else the sandbox', async () => {
   for (const query of [...PAGES, ...OTHERS]) {
-    const { headers } = await fetch(instrument.list(query));
+    const headers = await headersOf(instrument.list(query));
     const policy = headers.get('content-security-policy');
     assert.equal(policy.startsWith('sandbox'), OTHERS.includes(query), query);
     assert.ok(!policy.includes("'unsafe-inline'") || policy.startsWith('sandbox'));
     assert.deepEqual([headers.get('x-content-type-options'), headers.get('cache-control')], ['nosniff', 'no-store']);
   }
-  const packed = await fetch(instrument.list('fmtype=all'), { headers: { 'accept-encoding': 'gzip' } });
-  assert.equal(packed.headers.get('content-encoding'), 'gzip');
+  const packed = await headersOf(instrument.list('fmtype=all'), 'Accept-Encoding: gzip\r\n');
+  assert.equal(packed.get('content-encoding'), 'gzip');
 });
 
 test('busybox httpd serves the list with the same policies', async () => {
@@ -221,7 +224,7 @@ test('10,000 rows are painted within a second after the bytes are there', async 
   made.forEach((path) => fs.writeFileSync(path, ''));
   try {
     let best = Infinity;
-    for (let round = 0; round < 3 && best > 1000; round++) {
+    for (let round = 0; round < 5 && best > 1000; round++) {
       const page = await instrument.newPage();
       await page.addInitScript(() => {
         new MutationObserver((records, observer) => {

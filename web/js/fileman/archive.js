@@ -34,11 +34,13 @@ export async function archiveNames(blob) {
   return names.length === count ? names : null;
 }
 
-/** Entries of the list that an archive lacks. Names beyond ASCII are stored in more than one way, so they pass. */
-export function missingFrom(names, entries, operation) {
-  if (!names.length) return [];
-  const starts = operation === 'pdf' ? (name) => `${name}.pdf` : (name) => `[${name}]-[`;
-  return entries.filter(
-    (entry) => /^[\x20-\x7e]*$/.test(entry.name) && !names.some((one) => one.startsWith(starts(entry.name))),
-  );
+/** Names beyond ASCII are stored in archives in more than one way, so only the others can be looked for. */
+const canBeSought = (entry) => /^[\x20-\x7e]*$/.test(entry.name);
+
+/** Entries that an archive lacks, and whether it holds none of those that can be looked for. */
+export function compare(names, entries, operation) {
+  const start = operation === 'pdf' ? (name) => `${name}.pdf` : (name) => `[${name}]-[`;
+  const sought = names.length ? entries.filter(canBeSought) : [];
+  const missing = sought.filter((entry) => !names.some((one) => one.startsWith(start(entry.name))));
+  return { missing, foreign: sought.length > 0 && missing.length === sought.length };
 }

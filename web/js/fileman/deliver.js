@@ -2,7 +2,7 @@
  * Download and PDF export: asks the instrument, shows how far it is, checks the answer and only then saves
  * it. A choice that is too long for one request goes in parts.
  */
-import { archiveNames, missingFrom } from './archive.js';
+import { archiveNames, compare } from './archive.js';
 import { announce, button, el, visible } from './dom.js';
 import { obstacle } from './kinds.js';
 import { language, size, t } from './texts.js';
@@ -108,8 +108,8 @@ async function inspect(blob, operation, entries) {
   }
   const names = startsWith(head, 'PK') ? await archiveNames(blob) : null;
   if (!names) throw new AnswerError(operation === 'pdf' ? 'errorNoPdf' : 'errorNoArchive');
-  const missing = missingFrom(names, entries, operation);
-  if (missing.length === entries.length) throw new AnswerError('errorEmpty');
+  const { missing, foreign } = compare(names, entries, operation);
+  if (foreign) throw new AnswerError('errorEmpty');
   return { type: 'zip', missing };
 }
 
@@ -151,18 +151,21 @@ function fileName(operation, entries, type, part) {
   return `${base.replace(/[/\\:*?"<>|]/g, '_')}${part}.${type}`;
 }
 
-/** The first few names, each with what `tell` adds, and how many more there are. */
-function someNames(entries, tell = () => '') {
-  const names = entries.slice(0, NAMES_TOLD).map((entry) => `“${visible(entry.name)}”${tell(entry)}`);
+/** The first few names, and how many more there are. */
+function someNames(entries) {
+  const names = entries.slice(0, NAMES_TOLD).map((entry) => `“${visible(entry.name)}”`);
   if (entries.length > NAMES_TOLD) names.push(t('andMore', { n: entries.length - NAMES_TOLD }));
   return new Intl.ListFormat(language).format(names);
 }
 
-function leftOutText(entries, operation) {
-  return t('leftOut', {
-    n: entries.length,
-    names: someNames(entries, (entry) => ` (${t(obstacle(entry, operation))})`),
-  });
+/** What is left out, a text for each reason. */
+function leftOutTexts(entries, operation) {
+  const byReason = new Map();
+  for (const entry of entries) {
+    const why = obstacle(entry, operation);
+    byReason.set(why, [...(byReason.get(why) ?? []), entry]);
+  }
+  return [...byReason].map(([why, some]) => t('leftOut', { n: some.length, names: someNames(some), why: t(why) }));
 }
 
 /** The worded form of a failure. */
@@ -211,7 +214,7 @@ export async function deliver(operation, entries) {
   const good = entries.filter((entry) => !obstacle(entry, operation));
   const bad = entries.filter((entry) => obstacle(entry, operation));
   const job = task(t(operation === 'pdf' ? 'pdf' : 'download'));
-  if (bad.length) job.note(leftOutText(bad, operation));
+  leftOutTexts(bad, operation).forEach(job.note);
   if (!good.length) {
     job.end(t('nothingLeft'), true);
     return;

@@ -79,11 +79,12 @@ export function announce(text) {
   }, 400);
 }
 
+const CONTROL_NAMES = { 9: 'TAB', 10: 'LF', 13: 'CR' };
+
 /** Control and direction characters of a name made visible, so that no name can pass for another. */
 export function visible(text) {
   return text.replace(/[\0-\x1f\x7f\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, (char) => {
     const code = char.charCodeAt(0);
-    if (code < 0x20) return String.fromCharCode(0x2400 + code);
-    return code === 0x7f ? '\u2421' : `\u2039U+${code.toString(16).toUpperCase()}\u203a`;
+    return `‹${CONTROL_NAMES[code] ?? `U+${code.toString(16).toUpperCase().padStart(4, '0')}`}›`;
   });
 }

@@ -10,11 +10,11 @@ export async function start() {
   const which = (parseQuery(location.search).get('filter') ?? '').toLowerCase() === 'fadv' ? 'fadv' : 'fpri';
   const listing = readListing(location.search);
   dressPage(t(which === 'fadv' ? 'advancedTitle' : 'filterTitle'));
-  const main = el('main', { class: 'fm-filter-page' });
+  const main = el('main', { class: 'fm-filter-page' }, el('p', { text: t('opening') }));
   document.body.replaceChildren(main);
   try {
     const offer = await fetchFilter(which, listing);
-    main.append(
+    main.replaceChildren(
       filterForm(
         which,
         listing,
@@ -30,7 +30,7 @@ export async function start() {
     });
     main.querySelector('input:not(:disabled)')?.focus();
   } catch (error) {
-    main.append(
+    main.replaceChildren(
       el('p', { class: 'fm-error', role: 'alert', text: wording(error) }),
       el('a', { href: `fileman.cgi${listingQuery(listing)}`, text: t('showAll') }),
     );
