@@ -63,7 +63,8 @@ class Instrument:
     def start(self, operation, names, before=(), prefix=b"Ethernet_SFP_BERT_Result_"):
         ids = b",".join((prefix + os.fsencode(name))[:255] for name in names).replace(b"%", b"%25")
         return subprocess.Popen([os.path.join(ROOT, "scripts/with-storage"), self.directory, *before, self.program],
-                                env=environment(b"opertype=" + operation.encode() + b"&rsltid=" + ids), bufsize=0,
+                                env=environment(b"opertype=" + operation.encode() + b"&rsltid=" + ids,
+                                                PATH="/usr/local/bin:/usr/bin:/bin"), bufsize=0,
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
     def deliver(self, *what, **how):
@@ -117,6 +118,15 @@ def same(found, wanted):
     assert found == wanted, f"\n  expected {wanted!r}\n  found    {found!r}"
 
 
+def executed():
+    """Whether something in a name was run: each tries to leave a file where the program was started."""
+    try:
+        os.unlink(os.path.join(ROOT, "canary"))
+    except FileNotFoundError:
+        return False
+    return True
+
+
 def downloads_bring_companions(instrument):
     instrument.reports("one", "two", "three")
     for companion in ("one.xml", "one", "one_more.html"):
@@ -157,8 +167,7 @@ def hostile_names_are_left_out_or_carried_whole(instrument):
         same(sorted(entries(archive).values()), sorted(carried))
         same(len(re.findall(f"^fileman: {what} /home/.*: left out, its ", messages, re.M)), len(names) - len(carried))
     same(instrument.deliver("pdf", (b"new\nline",))[:2], ("tarn_pdf.zip", b""))
-    same((instrument.stored(), instrument.left_in_tmp()), (before, []))
-    same(os.path.exists(os.path.join(ROOT, "canary")), False)
+    same((instrument.stored(), instrument.left_in_tmp(), executed()), (before, [], False))
 
 
 def hostile_directories_are_left_out(instrument):
@@ -169,7 +178,7 @@ def hostile_directories_are_left_out(instrument):
     _, archive, messages = instrument.deliver("download", ("one",), prefix=b"Ethernet_SFP__Result_")
     same(entries(archive), {"[one]-[Other]-[SFP (optical)]-[Ethernet Tests]/one.html": b"plain"})
     same(len(re.findall("^fileman: download /home/.*: left out, its ", messages, re.M)), len(kinds) - 1)
-    same((instrument.stored(), os.path.exists(os.path.join(ROOT, "canary"))), (before, False))
+    same((instrument.stored(), executed()), (before, False))
 
 
 def many_at_once_each_with_its_own(instrument):
@@ -184,6 +193,16 @@ def many_at_once_each_with_its_own(instrument):
     for (operation, chosen), (_, archive, _) in zip(wanted, answers):
         same(entries(archive), (exported if operation == "pdf" else downloaded)(*chosen))
     same(instrument.left_in_tmp(), [])
+
+
+def the_next_waits_for_the_removal(instrument):
+    instrument.reports("one")
+    Tree(instrument.path("usr-local")).write("bin/rm", b'#!/bin/sh\nsleep 1\nexec /bin/rm "$@"\n')
+    os.chmod(instrument.path("usr-local/bin/rm"), 0o755)
+    instrument.deliver("download", ("one",))
+    ended = time.monotonic()
+    same(entries(instrument.deliver("download", ("one",))[1]), downloaded("one"))
+    assert time.monotonic() - ended > 1.9, "the second request did not wait"
 
 
 def killed_requests_leave_nothing_to_the_next(instrument):
@@ -237,6 +256,18 @@ def reader_that_goes_away_leaves_nothing(instrument):
         same((process.wait(timeout=30), instrument.left_in_tmp()), (0, []))
 
 
+def server_that_has_all_may_end_the_program(instrument):
+    """Web servers do, by SIGTERM, as soon as the announced bytes are there; the removal has yet to come."""
+    instrument.reports("one")
+    for operation in ("download", "pdf"):
+        with instrument.start(operation, ("one",)) as process:
+            process.stdout.read(1)
+            process.terminate()
+            process.communicate()
+        same(instrument.left_in_tmp(), [])
+        same(instrument.deliver(operation, ("unknown",))[1], b"")
+
+
 def view_of_3_gib_needs_no_memory(instrument):
     size, rest = 3 << 30, 4 << 20
     instrument.tree.write(f"{BERT}/large.html", b"")
@@ -255,8 +286,9 @@ def view_of_3_gib_needs_no_memory(instrument):
 CASES = (
     many_at_once_each_with_its_own, killed_requests_leave_nothing_to_the_next, view_of_3_gib_needs_no_memory,
     downloads_bring_companions, pdf_of_one_several_and_none, hostile_names_are_left_out_or_carried_whole,
-    hostile_directories_are_left_out, full_tmp_gives_an_honest_answer, planted_links_and_fifos_lead_nowhere,
-    reader_that_goes_away_leaves_nothing,
+    hostile_directories_are_left_out, the_next_waits_for_the_removal, full_tmp_gives_an_honest_answer,
+    planted_links_and_fifos_lead_nowhere, reader_that_goes_away_leaves_nothing,
+    server_that_has_all_may_end_the_program,
 )
 
 

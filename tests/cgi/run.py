@@ -45,7 +45,7 @@ class Wrong(Exception):
 def request(program, query, prefix=(), **more):
     """The finished process; one that does not end by itself raises TimeoutExpired."""
     return subprocess.run([*prefix, program], env=environment(query, **more), stdin=subprocess.DEVNULL,
-                          capture_output=True, timeout=30, check=False)
+                          capture_output=True, timeout=60, check=False)
 
 
 def answer(program, query, prefix=(), said="", **more):
