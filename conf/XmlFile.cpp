@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr off_t kLargestFile = 16 * 1024 * 1024;
+constexpr off_t kLargestFile = off_t{16} * 1024 * 1024;
 constexpr int kDeepestNesting = 128;
 constexpr std::ptrdiff_t kMostAttributes = 4096;
 
