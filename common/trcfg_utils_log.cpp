@@ -111,8 +111,10 @@ void __tarnlog_internal(int level, const char* fmt, ...) {
     char message[kMessageSize] = "";
     va_list arguments;
     va_start(arguments, fmt);
-    if (fmt != nullptr)
+    if (fmt != nullptr) {
+        // NOLINTNEXTLINE(*-valist.Uninitialized): clang-tidy 14 sees va_start in the first such source only
         std::vsnprintf(message, sizeof message, fmt, arguments);
+    }
     va_end(arguments);
     writeLine(std::clamp(level, 0, kHighestLevel), message);
     errno = savedErrno;
