@@ -1,4 +1,5 @@
 #include <array>
+#include <map>
 
 #include "SupportFixture.h"
 
@@ -6,27 +7,26 @@ namespace {
 
 class Filesys : public SupportTest {
 protected:
-    // Each operation as one call on strings, so that tables can hold it.
-    static int run(const std::string& operation, const std::string& path, const std::string& other) {
-        const char* first = path == "null" ? nullptr : path.c_str();
-        char buffer[8];
-        std::size_t size = other == "read" ? sizeof buffer : 0;
-        if (operation == "tr_mkdir")
-            return tr_mkdir(first, 0755);
-        if (operation == "tr_mkdir_parent")
-            return tr_mkdir_parent(first, 0755);
-        if (operation == "tr_rmdir")
-            return tr_rmdir(first, other == "force");
-        if (operation == "tr_mkfifo")
-            return tr_mkfifo(first, 0600);
-        if (operation == "tr_mksymlink")
-            return tr_mksymlink(first, other.c_str());
-        if (operation == "tr_install_file")
-            return tr_install_file(first, other.c_str(), 0644);
-        if (operation == "tr_newmark_file")
-            return tr_newmark_file(first, "text", 0644);
-        return tr_sysctl_readwrite(first, buffer, &size, "junk", 4);
+    // Each operation as one call on two arguments, so that a table can hold it.
+    // clang-format off
+    static int run(const std::string& operation, const char* path, const std::string& other) {
+        static const std::map<std::string, int (*)(const char*, const std::string&)> operations = {
+            {"tr_mkdir", [](auto* first, auto&) { return tr_mkdir(first, 0755); }},
+            {"tr_mkdir_parent", [](auto* first, auto&) { return tr_mkdir_parent(first, 0755); }},
+            {"tr_rmdir", [](auto* first, auto& second) { return tr_rmdir(first, second == "force"); }},
+            {"tr_mkfifo", [](auto* first, auto&) { return tr_mkfifo(first, 0600); }},
+            {"tr_mksymlink", [](auto* first, auto& second) { return tr_mksymlink(first, second.c_str()); }},
+            {"tr_install_file", [](auto* first, auto& second) { return tr_install_file(first, second.c_str(), 0644); }},
+            {"tr_newmark_file", [](auto* first, auto&) { return tr_newmark_file(first, "text", 0644); }},
+            {"tr_sysctl_readwrite", [](auto* first, auto& second) {
+                char buffer[8];
+                std::size_t size = second == "read" ? sizeof buffer : 0;
+                return tr_sysctl_readwrite(first, buffer, &size, "junk", 4);
+            }},
+        };
+        return operations.at(operation)(path, other);
     }
+    // clang-format on
 
     void makeTree(const std::string& directories) const {
         std::filesystem::create_directories(at(directories));
@@ -105,7 +105,8 @@ TEST_F(Filesys, FailuresNameTheStepAndTakeNothingAway) {
     // clang-format on
     for (const auto& [operation, path, other, end] : rows) {
         const Lines lines = logOf([&, operation = operation, path = path, other = other] {
-            EXPECT_EQ(-1, run(operation, path, other)) << operation << " " << path;
+            EXPECT_EQ(-1, run(operation, path == "null" ? nullptr : path.c_str(), other))
+                << operation << " " << path;
         });
         const std::string line = lines.empty() ? "" : lines.back();
         EXPECT_EQ(0U, line.find("err(trcfg_utils_filesys " + operation + ") ")) << line;

@@ -204,13 +204,11 @@ TEST_F(Proc, KillWaitSleepsInWholeSecondsFirst) {
         EXPECT_EQ(0, tr_proc_killwait(0, nullptr, 1, 0));
     });
     stop(pid);
-    ASSERT_EQ(5U, lines.size());
     const std::string start = "err(trcfg_utils_proc tr_proc_killwait) ";
-    EXPECT_EQ(start + "wait process(pid=N) by sleep(1) ...", lines[0]);
-    EXPECT_TRUE(std::regex_match(
-        lines[1], std::regex(".*wait process\\(pid=N\\) by usleep\\([0-9]{1,6}\\) \\.\\.\\.")));
-    EXPECT_EQ((Lines{start + "done!", start + "process(pid=N) already exited!", start + "done!"}),
-              Lines(lines.begin() + 2, lines.end()));
+    EXPECT_EQ(
+        (Lines{start + "wait process(pid=N) by sleep(1) ...", start + "wait process(pid=N) by usleep(N) ...",
+               start + "done!", start + "process(pid=N) already exited!", start + "done!"}),
+        lines);
 }
 
 TEST_F(Proc, InvokeSplitsAtBlanks) {

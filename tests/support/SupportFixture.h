@@ -50,7 +50,7 @@ protected:
         for (std::string line; std::getline(text, line); lines.push_back(line)) {
             line = std::regex_replace(line, std::regex(":[0-9]{4,} "), " ");
             line = std::regex_replace(line, std::regex(m_dir + "/"), "");
-            line = std::regex_replace(line, std::regex("(pid|proc)=[0-9]+"), "$1=N");
+            line = std::regex_replace(line, std::regex("(pid=|proc=|usleep\\()[0-9]+"), "$1N");
         }
         ::close(file);
         return lines;
