@@ -15,6 +15,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -24,6 +25,7 @@ enum { MOST_RIVALS = 32, MOST_ROUNDS = 2000 };
 
 struct rival {
     const char* name;
+    const char* tree;
     char** variables; // up to the program
     char** program;   // ends with NULL
     long cpu[MOST_ROUNDS], wall[MOST_ROUNDS], faults[MOST_ROUNDS];
@@ -71,6 +73,8 @@ static long drain(int output) {
 
 static void run(struct rival* rival, int round) {
     int output[2];
+    if (mount(rival->tree, "/home", NULL, MS_BIND, NULL) != 0)
+        fail(rival->tree);
     if (pipe2(output, O_CLOEXEC) < 0)
         fail("pipe");
     const long start = now();
@@ -86,6 +90,8 @@ static void run(struct rival* rival, int round) {
     struct rusage usage;
     if (wait4(child, &status, 0, &usage) < 0)
         fail("wait4");
+    if (umount2("/home", MNT_DETACH) != 0)
+        fail("umount");
     if (status != 0) {
         fprintf(stderr, "measure: %s ended with status %d\n", rival->name, status);
         exit(EXIT_FAILURE);
@@ -110,6 +116,9 @@ static long median(long* values, int count) {
 // Takes one rival off the arguments and returns the rest.
 static char** parse(struct rival* rival, char** argument) {
     rival->name = *argument++;
+    if (*argument == NULL)
+        fail("no tree");
+    rival->tree = *argument++;
     rival->variables = argument;
     while (*argument != NULL && strchr(*argument, '=') != NULL)
         ++argument;
@@ -127,7 +136,8 @@ int main(int count, char** arguments) {
     static struct rival rivals[MOST_RIVALS];
     const int rounds = count > 2 ? atoi(arguments[1]) : 0;
     if (rounds < 1 || rounds > MOST_ROUNDS) {
-        fprintf(stderr, "usage: measure ROUNDS NAME [VARIABLE=VALUE...] PROGRAM [ARGUMENT...] [-- ...]\n");
+        fprintf(stderr,
+                "usage: measure ROUNDS NAME TREE [VARIABLE=VALUE...] PROGRAM [ARGUMENT...] [-- ...]\n");
         return 64;
     }
     int competing = 0;
