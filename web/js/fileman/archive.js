@@ -34,8 +34,11 @@ export async function archiveNames(blob) {
   return names.length === count ? names : null;
 }
 
-/** Names beyond ASCII are stored in archives in more than one way, so only the others can be looked for. */
-const canBeSought = (entry) => /^[\x20-\x7e]*$/.test(entry.name);
+/**
+ * Names beyond ASCII are stored in archives in more than one way, and the instrument cuts very long ones, so only the
+ * others can be looked for.
+ */
+const canBeSought = (entry) => /^[\x20-\x7e]{0,240}$/.test(entry.name);
 
 /** Entries that an archive lacks, and whether it holds none of those that can be looked for. */
 export function compare(names, entries, operation) {

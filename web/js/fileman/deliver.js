@@ -163,7 +163,8 @@ function leftOutTexts(entries, operation) {
   const byReason = new Map();
   for (const entry of entries) {
     const why = obstacle(entry, operation);
-    byReason.set(why, [...(byReason.get(why) ?? []), entry]);
+    if (!byReason.has(why)) byReason.set(why, []);
+    byReason.get(why).push(entry);
   }
   return [...byReason].map(([why, some]) => t('leftOut', { n: some.length, names: someNames(some), why: t(why) }));
 }
