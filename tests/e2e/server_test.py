@@ -1,6 +1,5 @@
 """The sample instrument behind lighttpd, asked by curl: what arrives is what the program wrote and the tree holds."""
 
-import io
 import os
 import re
 import shutil
@@ -11,9 +10,11 @@ import sys
 import tempfile
 import time
 import unittest
-import zipfile
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+sys.path.insert(0, os.path.join(ROOT, "tests/cgi"))
+from delivery import entries  # noqa: E402
+
 RUNNER = os.path.join(ROOT, "scripts/with-storage")
 PATH = os.environ["PATH"] + ":/usr/sbin"
 ROW = re.compile(r"\{ id: '(.*?)', name: '(.*?)', .*?, path: '(.*?)' \},")
@@ -23,13 +24,6 @@ NAMES = ("Acceptance test 3rd floor", "Prüfung Süd", "ratio 100% (final)", "se
 def read(*path):
     with open(os.path.join(*path), "rb") as file:
         return file.read()
-
-
-def entries(archive):
-    """Files by name; zip writes the bytes of the name, which Python takes for those of an old PC."""
-    with zipfile.ZipFile(io.BytesIO(archive)) as opened:
-        return {info.filename.encode("utf-8" if info.flag_bits & 0x800 else "cp437").decode(): opened.read(info)
-                for info in opened.infolist() if not info.is_dir()}
 
 
 class Server(unittest.TestCase):
