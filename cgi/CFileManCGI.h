@@ -7,6 +7,8 @@
 #include "conf/ResultFilter.h"
 #include "fileman/ResultInfo.h"
 
+class CFileManager;
+
 // One request and the pages and files that answer it. Everything is written to standard output; nothing
 // reports a failure, because every request has some valid answer. Values go into the pages as they are.
 class CFileManCGI {
@@ -61,6 +63,8 @@ public:
 
     // The whole response. Always 1.
     int writeFileManPage(std::list<_ResultInfo*> results);
+    // The same of what the store has loaded, without a list of all records.
+    int writeFileManPage(const CFileManager& store);
     // The form that carries the filter of this list into the next request.
     void writeSubmitForm();
     // The empty form into which the scripts put a command and the chosen ids.
@@ -96,4 +100,7 @@ public:
 
     std::map<std::string, std::string> m_queryInfo; // the decoded query, by key
     _ResultFilter m_filter;                         // what getFilterFromRequest found, for the pages
+
+private:
+    int writeForms();
 };

@@ -1,37 +1,82 @@
+#include <array>
 #include <cstdio>
+#include <cstring>
+#include <functional>
+#include <string_view>
 
 #include "cgi/CFileManCGI.h"
 #include "cgi/CGICommonUtils.h"
 #include "cgi/PageLine.h"
 #include "common/CCommUtils.h"
+#include "fileman/CFileManager.h"
 
 namespace {
 
 using page::line;
 using Html = CGICommonUtils;
+using RowVisitor = std::function<void(const _ResultInfo&)>;
+// Shows each record of a list page to its visitor.
+using RowSource = std::function<void(const RowVisitor&)>;
 
-// One element of griddata. Values stand as stored, also those that end the script's string, and the last
-// element has its comma too: wanted, the scripts rely on these bytes. Appended into one buffer because a list
-// may hold 100,000 of them.
-void formatRow(std::string& row, const _ResultInfo& record) {
-    row.assign("\t\t{ id: '").append(record.id);
-    row.append("', name: '").append(record.name);
-    row.append("', module: '").append(record.module);
-    row.append("', mode: '").append(record.mode);
-    row.append("', test: '").append(record.test);
-    row.append("', port: '").append(record.port);
-    row.append("', datetime: '").append(record.datetime);
-    row.append("', rsltype: '").append(record.rsltype);
-    row.append("', path: '").append(record.path);
-    row.append("' },\n");
-}
+// The elements of griddata on their way to standard output. Values stand as stored, also those that end the
+// script's string, and the last element has its comma too: wanted, the scripts rely on these bytes.
+//
+// Gathered here rather than in stdio, which looks at its state for each of the pieces of 100,000 rows.
+class RowWriter {
+public:
+    RowWriter() = default;
+    RowWriter(const RowWriter&) = delete;
+    RowWriter& operator=(const RowWriter&) = delete;
+    ~RowWriter() { flush(); }
 
-void writeGridData(const std::list<_ResultInfo*>& results) {
+    void write(const _ResultInfo& record) {
+        put("\t\t{ id: '");
+        put(record.id);
+        put("', name: '");
+        put(record.name);
+        put("', module: '");
+        put(record.module);
+        put("', mode: '");
+        put(record.mode);
+        put("', test: '");
+        put(record.test);
+        put("', port: '");
+        put(record.port);
+        put("', datetime: '");
+        put(record.datetime);
+        put("', rsltype: '");
+        put(record.rsltype);
+        put("', path: '");
+        put(record.path);
+        put("' },\n");
+    }
+
+private:
+    void put(std::string_view text) {
+        if (text.size() > m_buffer.size() - m_used)
+            flush();
+        if (text.size() > m_buffer.size()) {
+            std::fwrite(text.data(), 1, text.size(), stdout);
+            return;
+        }
+        std::memcpy(m_buffer.data() + m_used, text.data(), text.size());
+        m_used += text.size();
+    }
+
+    void flush() {
+        std::fwrite(m_buffer.data(), 1, m_used, stdout);
+        m_used = 0;
+    }
+
+    std::array<char, 65536> m_buffer;
+    std::size_t m_used = 0;
+};
+
+void writeGridData(const RowSource& showRows) {
     line(1, "var griddata = [");
-    std::string row;
-    for (const _ResultInfo* const record : results) {
-        formatRow(row, *record);
-        std::fwrite(row.data(), 1, row.size(), stdout);
+    {
+        RowWriter rows;
+        showRows([&rows](const _ResultInfo& record) { rows.write(record); });
     }
     line(2, "];");
 }
@@ -40,12 +85,9 @@ void writeHiddenInput(const char* format, const std::string& value) {
     line(2, Html::createHTMLine(format, value.c_str()));
 }
 
-} // namespace
-
 // A line of the page is a line here.
 // clang-format off
-// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
-int CFileManCGI::writeFileManPage(std::list<_ResultInfo*> results) {
+void writePageUntilForms(const RowSource& showRows) {
     Html::writeCGIHeader();
     Html::writeHTMLBeginNode();
     line(0, "<head>");
@@ -60,7 +102,7 @@ int CFileManCGI::writeFileManPage(std::list<_ResultInfo*> results) {
     line(1, R"(<script src="../LigerUI/lib/ligerUI/js/ligerui.min.js" type="text/javascript"></script>)");
     line(1, R"(<script src="../LigerUI/lib/ligerUI/js/ligerui.all.js" type="text/javascript"></script>)");
     line(1, R"(<script type="text/javascript">)");
-    writeGridData(results);
+    writeGridData(showRows);
     line(0, "</script>");
     line(0, "</head>");
     line(0, R"(<body onload="onInitPages();">)");
@@ -70,12 +112,34 @@ int CFileManCGI::writeFileManPage(std::list<_ResultInfo*> results) {
     line(2, "</div>");
     line(1, "</form>");
     line(1, R"(<div style="display:none;"></div>)");
+}
+// clang-format on
+
+} // namespace
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
+int CFileManCGI::writeFileManPage(std::list<_ResultInfo*> results) {
+    writePageUntilForms([&results](const RowVisitor& visitor) {
+        for (const _ResultInfo* const record : results)
+            visitor(*record);
+    });
+    return writeForms();
+}
+
+int CFileManCGI::writeFileManPage(const CFileManager& store) {
+    writePageUntilForms([&store](const RowVisitor& visitor) { store.forEachLoaded(visitor); });
+    return writeForms();
+}
+
+int CFileManCGI::writeForms() {
     writeSubmitForm();
     writeCommandForm();
     line(0, "</body>");
     Html::writeHTMLEndNode();
     return 1;
 }
+
+// clang-format off
 
 void CFileManCGI::writeSubmitForm() {
     const _AdvanceInfo& advance = m_filter.advanceInfo;

@@ -18,7 +18,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <memory>
 
 #include "cgi/CFileManCGI.h"
@@ -38,7 +37,6 @@ void prepareProcess() {
     // The start-up thread never runs beside another one; an arena of its own would only cost time.
     ::mallopt(M_ARENA_MAX, 1);
 #endif
-    ::tzset();
 }
 
 // The decoded query is needed as long as the process lives, so nobody frees it.
@@ -53,22 +51,19 @@ void readQuery(CFileManCGI& request) {
 void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filter, ResultList& results) {
     switch (request.getFileManType()) {
     case CFileManCGI::ACTION_LIST_ALL:
-        store.loadAllResults(results);
-        request.writeFileManPage(std::move(results));
+        store.loadAllResults();
+        request.writeFileManPage(store);
         break;
     case CFileManCGI::ACTION_LIST_RESULTS:
-        store.setFilter(filter);
-        store.loadResults(results);
-        request.writeFileManPage(std::move(results));
-        break;
     case CFileManCGI::ACTION_LIST_PROFILES:
+        // The flags of the filter tell the one from the other.
         store.setFilter(filter);
-        store.loadProfiles(results);
-        request.writeFileManPage(std::move(results));
+        store.reloadResult();
+        request.writeFileManPage(store);
         break;
     case CFileManCGI::ACTION_LIST_SCREENSHOTS:
-        store.loadScreenShots(results);
-        request.writeFileManPage(std::move(results));
+        store.loadScreenShot();
+        request.writeFileManPage(store);
         break;
     case CFileManCGI::ACTION_PRIMARY_FILTER:
         request.writePriFilterPage();

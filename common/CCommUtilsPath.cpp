@@ -1,18 +1,15 @@
 #include "common/CCommUtils.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
-#include <ctime>
 #include <string_view>
 
+#include "common/FileDate.h"
 #include "common/UniqueFd.h"
 
 namespace {
-
-constexpr char kNoDateTime[] = "0000-00-00 00:00:00";
 
 // The first line of the file, 127 bytes and no zero byte at most, or "".
 std::string readFirstLine(const std::string& path) {
@@ -29,24 +26,6 @@ std::string readFirstLine(const std::string& path) {
     }
     const std::string_view line(text.data(), size);
     return std::string(line.substr(0, line.find_first_of(std::string_view("\n\0", 2))));
-}
-
-// Writes the decimal digits of value right-aligned, zero-filled, so that they end before end.
-void putDigits(char* end, int digits, int value) {
-    for (; digits > 0; --digits, value /= 10)
-        *--end = static_cast<char>('0' + value % 10);
-}
-
-// "%04d-%02d-%02d %02d:%02d:%02d", without the cost of printf: every listed file gets one.
-std::string formatDateTime(const std::tm& local) {
-    std::string text = kNoDateTime;
-    putDigits(&text[4], 4, local.tm_year + 1900);
-    putDigits(&text[7], 2, local.tm_mon + 1);
-    putDigits(&text[10], 2, local.tm_mday);
-    putDigits(&text[13], 2, local.tm_hour);
-    putDigits(&text[16], 2, local.tm_min);
-    putDigits(&text[19], 2, local.tm_sec);
-    return text;
 }
 
 } // namespace
@@ -90,14 +69,7 @@ std::string CCommUtils::absFilePath(const std::string& path) {
 }
 
 std::string CCommUtils::createDateTime(const std::string& path) {
-    struct stat status = {};
-    if (::lstat(path.c_str(), &status) != 0)
-        return kNoDateTime;
-    // localtime_r does not look at TZ again as localtime does for every call; main has called tzset.
-    std::tm local = {};
-    if (::localtime_r(&status.st_ctime, &local) == nullptr)
-        return kNoDateTime;
-    return formatDateTime(local);
+    return formatDateTime(changeTime(path.c_str()));
 }
 
 std::string CCommUtils::readInfo(const std::string& path) {

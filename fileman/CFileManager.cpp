@@ -1,6 +1,7 @@
 #include "fileman/CFileManager.h"
 
 #include "common/FixedPaths.h"
+#include "fileman/LoadedList.h"
 #include "fileman/StorageTree.h"
 
 CFileManager* g_FileMan = nullptr;
@@ -9,7 +10,8 @@ CFileManager::CFileManager()
     : m_extensions{".html", ".png", ".jpg", ".jpeg", ".bmp", ".pcap"}, m_specialTypes{"opm", "screen",
                                                                                       "fiberscope", "odm",
                                                                                       "wsa"},
-      m_home(paths::kHome), m_tree(std::make_unique<StorageTree>(m_home)) {
+      m_home(paths::kHome), m_tree(std::make_unique<StorageTree>(m_home)),
+      m_loaded(std::make_unique<LoadedList>()) {
     g_FileMan = this;
 }
 
@@ -27,20 +29,23 @@ void CFileManager::setFilter(const _ResultFilter& filter) {
 }
 
 void CFileManager::clearLoaded() {
-    m_loaded.clear();
+    m_loaded->clear();
 }
 
 void CFileManager::getLoadedResults(std::list<_ResultInfo*>& out) const {
-    out = m_loaded;
+    m_loaded->getRecords(out);
+}
+
+void CFileManager::forEachLoaded(const std::function<void(const _ResultInfo&)>& visitor) const {
+    m_loaded->visit(0, visitor);
 }
 
 void CFileManager::addResultInfo(_ResultInfo* info) {
     info->id = makeUniqueId(info);
-    m_loaded.push_back(info);
+    m_loaded->add(info);
 }
 
 std::string CFileManager::makeUniqueId(const _ResultInfo* info) {
-    constexpr std::size_t kLongestId = 255;
     std::string id;
     id.reserve(info->mode.size() + info->port.size() + info->test.size() + info->rsltype.size() +
                info->name.size() + 4);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <list>
 #include <map>
 #include <memory>
@@ -9,10 +10,12 @@
 #include "conf/ConfRecords.h"
 #include "conf/ResultFilter.h"
 #include "conf/ScanRecords.h"
+#include "fileman/DateReader.h"
 #include "fileman/ResultInfo.h"
 
 class CFileManager;
 class Directory;
+class LoadedList;
 class StorageTree;
 enum class Half;
 enum class Scratch;
@@ -45,6 +48,8 @@ public:
     void loadProfiles(std::list<_ResultInfo*>& out);
     // The screenshots, appended to what is loaded already.
     void loadScreenShots(std::list<_ResultInfo*>& out);
+    // The first of these without a list, for callers that look at the records by forEachLoaded.
+    void loadAllResults();
 
     void getFilter(_ResultFilter& filter) const;
     void setFilter(const _ResultFilter& filter);
@@ -55,6 +60,9 @@ public:
     void clearLoaded();
     // Copies the loaded list.
     void getLoadedResults(std::list<_ResultInfo*>& out) const;
+    // Shows each loaded record in order, without the memory that holding all of them takes; a record is valid
+    // during its call only.
+    void forEachLoaded(const std::function<void(const _ResultInfo&)>& visitor) const;
     // Throws std::out_of_range for a module that the configuration lacks: wanted, it ends the request.
     void reloadResult();
     // These return the number of records added.
@@ -63,7 +71,8 @@ public:
 
     // Gives the record its identifier and appends it to the loaded list.
     void addResultInfo(_ResultInfo* info);
-    // "mode_port_test_rsltype_name", 255 bytes at most.
+    // "mode_port_test_rsltype_name", kLongestId bytes at most.
+    static constexpr std::size_t kLongestId = 255;
     static std::string makeUniqueId(const _ResultInfo* info);
 
     // --- sources outside the regular tree (LoadSpecial.cpp) ---
@@ -130,10 +139,10 @@ private:
     // Lists the files of one directory that pass; returns the number of records added.
     int listFiles(const FileSource& source);
     bool isWanted(const FileSource& source, const Directory& directory, const std::string& fileName,
-                  const std::string& base);
-    // Whether the item passes the advanced filter; what is stored at path is read only when it can decide.
-    bool matchesStoredInfo(const std::string& path, const std::string& base);
-    void addRecord(const _ResultInfo& prototype, const std::string& name, const std::string& path);
+                  const _AdvanceInfo& named);
+    // Whether an item passes the advanced filter of which named knows the name; what is stored at path is
+    // read only when it can decide.
+    bool matchesStoredInfo(const std::string& path, const _AdvanceInfo& named);
 
     // --- load passes (LoadPipeline.cpp) ---
 
@@ -172,12 +181,13 @@ private:
 
     _ResultFilter m_filter;
     std::list<std::string> m_extensions;   // file name endings that are listed
-    std::list<_ResultInfo*> m_loaded;      // in the order found
     std::list<std::string> m_specialTypes; // type directories without a suffix
     std::string m_home;
     // Whether the vocabulary scan is behind a "kts-" mode directory, whose type directories carry one more
     // letter.
     bool typePrefixFlag = false;
     std::unique_ptr<StorageTree> m_tree;
+    std::unique_ptr<LoadedList> m_loaded;
+    DateReader m_dates;
     std::unordered_map<std::string, _AdvanceInfo> m_storedInfo; // by path, as far as read
 };

@@ -187,7 +187,9 @@ bool CFileManager::isModeMatched(TestMode mode, const std::string& modeName) {
 }
 
 bool CFileManager::isAntiFileName(const std::string& fileName) {
-    return fileName == "Last configuration" || fileName == "Last configuration.html";
+    constexpr std::string_view kName = "Last configuration";
+    constexpr std::string_view kFile = "Last configuration.html";
+    return fileName == kName || fileName == kFile;
 }
 
 void CFileManager::listDir(const char* dir, std::list<std::string>& out) {

@@ -1,10 +1,10 @@
 #include "fileman/FileStep.h"
 
-#include <memory>
-
 #include "common/CCommUtils.h"
+#include "common/FileDate.h"
 #include "conf/CFileManConf.h"
 #include "fileman/CFileManager.h"
+#include "fileman/LoadedList.h"
 #include "fileman/StorageTree.h"
 
 namespace {
@@ -13,9 +13,14 @@ bool isNone(const std::string& choice) {
     return CCommUtils::isEquals(choice, "None");
 }
 
-// Only then can what is stored about a file decide; its name is known without reading anything.
-bool needsStoredInfo(const _AdvanceInfo& filter) {
-    return !filter.jobId.empty() || !filter.account.empty() || isNone(filter.locator) || isNone(filter.type);
+// What has to be known of a file before the filter can tell whether it passes.
+enum class Needs { Nothing, Name, StoredInfo };
+
+Needs needsOf(const _AdvanceInfo& filter) {
+    if (!filter.jobId.empty() || !filter.account.empty() || isNone(filter.locator) || isNone(filter.type))
+        return Needs::StoredInfo;
+    const bool blank = filter.fileName.empty() && filter.prefix.empty() && filter.suffix.empty();
+    return blank ? Needs::Nothing : Needs::Name;
 }
 
 // The criteria that need nothing but the name.
@@ -25,12 +30,6 @@ _AdvanceInfo nameCriteria(const _AdvanceInfo& filter) {
     criteria.fileName = filter.fileName;
     criteria.suffix = filter.suffix;
     return criteria;
-}
-
-_AdvanceInfo knownByName(const std::string& base) {
-    _AdvanceInfo file;
-    file.fileName = base;
-    return file;
 }
 
 std::string storedInfoName(StoredInfo kind, const std::string& fileName, const std::string& base) {
@@ -47,45 +46,42 @@ std::string storedInfoName(StoredInfo kind, const std::string& fileName, const s
 
 } // namespace
 
-bool CFileManager::matchesStoredInfo(const std::string& path, const std::string& base) {
+bool CFileManager::matchesStoredInfo(const std::string& path, const _AdvanceInfo& named) {
     const _AdvanceInfo& filter = m_filter.advanceInfo;
-    if (!needsStoredInfo(filter))
-        return CFileManConf::advMatch(filter, knownByName(base));
-    if (!CFileManConf::advMatch(nameCriteria(filter), knownByName(base)))
+    if (needsOf(filter) != Needs::StoredInfo)
+        return CFileManConf::advMatch(filter, named);
+    if (!CFileManConf::advMatch(nameCriteria(filter), named))
         return false;
     const auto [place, isNew] = m_storedInfo.try_emplace(path);
     _AdvanceInfo& file = place->second;
     if (isNew)
         file = CFileManConf::getAdvInfo(_AdvanceInfo(), path);
-    file.fileName = base;
+    file.fileName = named.fileName;
     return CFileManConf::advMatch(filter, file);
 }
 
 bool CFileManager::isWanted(const FileSource& source, const Directory& directory, const std::string& fileName,
-                            const std::string& base) {
+                            const _AdvanceInfo& named) {
     const _AdvanceInfo& filter = m_filter.advanceInfo;
-    if (!needsStoredInfo(filter))
-        return CFileManConf::advMatch(filter, knownByName(base));
-    const std::string stored = storedInfoName(source.storedInfo, fileName, base);
+    if (needsOf(filter) != Needs::StoredInfo)
+        return CFileManConf::advMatch(filter, named);
+    const std::string stored = storedInfoName(source.storedInfo, fileName, named.fileName);
     // A name that the listing lacks needs no attempt to open it.
-    return directory.find(stored) ? matchesStoredInfo(entryPath(source.dir, stored), base)
-                                  : CFileManConf::advMatch(filter, knownByName(base));
-}
-
-void CFileManager::addRecord(const _ResultInfo& prototype, const std::string& name, const std::string& path) {
-    auto record = std::make_unique<_ResultInfo>(prototype);
-    record->name = name;
-    record->path = path;
-    record->datetime = CCommUtils::createDateTime(path);
-    addResultInfo(record.release());
+    return directory.find(stored) ? matchesStoredInfo(entryPath(source.dir, stored), named)
+                                  : CFileManConf::advMatch(filter, named);
 }
 
 int CFileManager::listFiles(const FileSource& source) {
     const Directory* const directory = m_tree->open(source.dir);
     if (directory == nullptr)
         return 0;
-    int count = 0;
+    const FileSource& kept = m_loaded->keep(source);
+    const std::size_t before = m_loaded->size();
+    const bool passesAll = needsOf(m_filter.advanceInfo) == Needs::Nothing;
+    const DateReader::Session session(m_dates);
+    m_dates.setDirectory(kept.dir);
     std::string fileName;
+    _AdvanceInfo named;
     for (const DirEntry entry : *directory) {
         if (entry.type != EntryType::RegularFile)
             continue;
@@ -94,11 +90,15 @@ int CFileManager::listFiles(const FileSource& source) {
             continue;
         if (source.scratch == Scratch::Drop && isAntiFileName(fileName))
             continue;
-        const std::string base = CCommUtils::baseFileName(fileName);
-        if (!isWanted(source, *directory, fileName, base))
-            continue;
-        addRecord(source.record, base, entryPath(source.dir, fileName));
-        ++count;
+        if (!passesAll) {
+            named.fileName.assign(fileName, 0, fileName.find('.'));
+            if (!isWanted(source, *directory, fileName, named))
+                continue;
+        }
+        std::time_t& changed = directory->changeTime(entry);
+        if (changed == kUnknownTime)
+            changed = m_dates.read(fileName);
+        m_loaded->add(kept, entry.name.data(), changed);
     }
-    return count;
+    return static_cast<int>(m_loaded->size() - before);
 }

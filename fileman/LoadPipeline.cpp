@@ -44,9 +44,14 @@ void CFileManager::loadAll(std::list<_ResultInfo*>& out) {
     loadResults(out);
 }
 
-void CFileManager::loadAllResults(std::list<_ResultInfo*>& out) {
+void CFileManager::loadAllResults() {
     selectEverything(true, false);
-    loadResults(out);
+    reloadResult();
+}
+
+void CFileManager::loadAllResults(std::list<_ResultInfo*>& out) {
+    loadAllResults();
+    getLoadedResults(out);
 }
 
 void CFileManager::loadAllProfiles(std::list<_ResultInfo*>& out) {
@@ -70,6 +75,7 @@ void CFileManager::loadScreenShots(std::list<_ResultInfo*>& out) {
 }
 
 void CFileManager::reloadResult() {
+    const DateReader::Session session(m_dates);
     clearLoaded();
     const Names modules =
         wantedNames(m_filter.modules, CFileManConf::getCurrentModule, CFileManConf::getAllModuleNames);

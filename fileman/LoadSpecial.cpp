@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <iterator>
+#include <memory>
 
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
@@ -7,6 +8,7 @@
 #include "fileman/CFileManager.h"
 #include "fileman/FileStep.h"
 #include "fileman/LoadPass.h"
+#include "fileman/LoadedList.h"
 #include "fileman/StorageTree.h"
 
 int CFileManager::loadScreenShot() {
@@ -45,10 +47,11 @@ int CFileManager::loadExtraResult(int index) {
     source.record.port = extra.port;
     source.record.rsltype = resultWord(extra.isResult);
     source.record.type = extra.key;
+    const std::size_t before = m_loaded->size();
     const int count = listFiles(source);
     // Wanted: the lines stand in the response, before its header.
-    for (auto record = std::prev(m_loaded.end(), count); record != m_loaded.end(); ++record)
-        std::printf("Find at:%s\n", (*record)->path.c_str());
+    m_loaded->visit(before,
+                    [](const _ResultInfo& record) { std::printf("Find at:%s\n", record.path.c_str()); });
     return count;
 }
 
@@ -88,9 +91,15 @@ int CFileManager::loadMtieResult() {
             continue;
         // The name twice, and not tested for existence: wanted, the item is the measurement, not a file.
         const std::string item = entryPath(measurement, name);
-        if (!matchesStoredInfo(item, name))
+        _AdvanceInfo named;
+        named.fileName = name;
+        if (!matchesStoredInfo(item, named))
             continue;
-        addRecord(prototype, name, item);
+        auto record = std::make_unique<_ResultInfo>(prototype);
+        record->name = name;
+        record->path = item;
+        record->datetime = CCommUtils::createDateTime(item);
+        addResultInfo(record.release());
         ++count;
     }
     return count;

@@ -80,9 +80,11 @@ void registerPortDir(const std::string& name) {
 }
 
 bool isScanned(const DirEntry& entry) {
-    const std::string name(entry.name);
+    if (entry.type != EntryType::Directory)
+        return false;
     // The companions of reports hold pictures only, and "usbd" is a foreign medium.
-    return entry.type == EntryType::Directory && !equals(name, "usbd") && !endsWith(name, "_files");
+    const std::string name(entry.name);
+    return !equals(name, "usbd") && !endsWith(name, "_files");
 }
 
 } // namespace

@@ -3,11 +3,12 @@
 #include <dirent.h>
 #include <fcntl.h>
 
+#include <array>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 
 #include "common/CCommUtils.h"
+#include "common/FileDate.h"
 #include "common/UniqueFd.h"
 
 namespace {
@@ -35,18 +36,23 @@ bool isDotOrDotDot(std::string_view name) {
 DirEntry Directory::Iterator::operator*() const {
     std::uint16_t length = 0;
     std::memcpy(&length, m_at + kLengthAt, sizeof length);
-    return {std::string_view(m_at + kNameAt, length), static_cast<EntryType>(*m_at)};
+    return {std::string_view(m_at + kNameAt, length), static_cast<EntryType>(*m_at), m_index};
 }
 
 Directory::Iterator& Directory::Iterator::operator++() {
     m_at += kNameAt + (**this).name.size() + 1;
+    ++m_index;
     return *this;
 }
 
 void Directory::add(std::string_view name, EntryType type) {
     const auto length = static_cast<std::uint16_t>(name.size());
-    m_packed.push_back(static_cast<char>(type));
-    m_packed.append(reinterpret_cast<const char*>(&length), sizeof length).append(name).push_back('\0');
+    const std::size_t at = m_packed.size();
+    m_packed.resize(at + kNameAt + name.size() + 1);
+    m_packed[at] = static_cast<char>(type);
+    std::memcpy(&m_packed[at + kLengthAt], &length, sizeof length);
+    std::memcpy(&m_packed[at + kNameAt], name.data(), name.size());
+    ++m_size;
 }
 
 std::optional<EntryType> Directory::find(std::string_view name) const {
@@ -64,17 +70,28 @@ std::string entryPath(std::string_view directory, std::string_view name) {
     return path.append(directory).append("/").append(name);
 }
 
+std::time_t& Directory::changeTime(const DirEntry& entry) const {
+    if (m_changeTimes.empty())
+        m_changeTimes.assign(m_size, kUnknownTime);
+    return m_changeTimes[entry.index];
+}
+
+// Without opendir: its stat, its buffer from the heap and a second look at the descriptor cost as much as
+// reading a small directory.
 std::optional<Directory> readDirectory(const std::string& path) {
-    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(fd ? ::fdopendir(fd.get()) : nullptr, &::closedir);
-    if (!stream)
+    alignas(dirent64) std::array<char, 32768> buffer;
+    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!fd)
         return std::nullopt;
-    fd.release();
     Directory directory;
-    while (const dirent* const entry = ::readdir(stream.get())) {
-        const std::string_view name = entry->d_name;
-        if (!isDotOrDotDot(name))
-            directory.add(name, entryType(entry->d_type));
+    for (ssize_t size = 0; (size = ::getdents64(fd.get(), buffer.data(), buffer.size())) > 0;) {
+        for (ssize_t at = 0; at < size;) {
+            const auto* const entry = reinterpret_cast<const dirent64*>(buffer.data() + at);
+            const std::string_view name = entry->d_name;
+            if (!isDotOrDotDot(name))
+                directory.add(name, entryType(entry->d_type));
+            at += entry->d_reclen;
+        }
     }
     return directory;
 }
@@ -87,7 +104,9 @@ const Directory* StorageTree::openListed(const std::string& path) {
 }
 
 const Directory* StorageTree::open(const std::string& path) {
-    return lookUp(path) == Answer::No ? nullptr : openListed(path);
+    if (m_directories.count(path) == 0 && lookUp(path) == Answer::No)
+        return nullptr;
+    return openListed(path);
 }
 
 bool StorageTree::exists(const std::string& path) {

@@ -1,19 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <ctime>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 // What a directory listing tells of one entry. No entry is ever stat'ed for its type: entries of unknown type
 // count as Other, like links, sockets and FIFOs.
 enum class EntryType : unsigned char { RegularFile, Directory, Other };
 
 struct DirEntry {
-    std::string_view name; // zero-terminated in memory
+    std::string_view name; // zero-terminated; lives as long as the directory
     EntryType type;
+    std::size_t index; // counted from 0 in listing order
 };
 
 // The entries of one directory in listing order, without "." and "..".
@@ -21,27 +24,34 @@ class Directory {
 public:
     class Iterator {
     public:
-        explicit Iterator(const char* at) : m_at(at) {}
+        Iterator(const char* at, std::size_t index) : m_at(at), m_index(index) {}
         DirEntry operator*() const;
         Iterator& operator++();
         bool operator!=(const Iterator& other) const { return m_at != other.m_at; }
 
     private:
         const char* m_at;
+        std::size_t m_index;
     };
 
-    Iterator begin() const { return Iterator(m_packed.data()); }
-    Iterator end() const { return Iterator(m_packed.data() + m_packed.size()); }
+    Iterator begin() const { return {m_packed.data(), 0}; }
+    Iterator end() const { return {m_packed.data() + m_packed.size(), m_size}; }
 
     // The entry's type; nothing when there is none of that name. Indexed, for callers that ask for many.
     std::optional<EntryType> find(std::string_view name) const;
 
-    // To be called before the first find only.
+    // The entry's status-change time as far as somebody has found it out and put it here; kUnknownTime
+    // before.
+    std::time_t& changeTime(const DirEntry& entry) const;
+
+    // To be called before anything is asked only.
     void add(std::string_view name, EntryType type);
 
 private:
+    std::size_t m_size = 0;
     std::string m_packed; // an entry: its type (a byte), the name's length (two), the name, a zero byte
     mutable std::unordered_map<std::string_view, EntryType> m_index; // made by the first find
+    mutable std::vector<std::time_t> m_changeTimes;                  // made by the first changeTime
 };
 
 // directory + "/" + name.

@@ -1,0 +1,51 @@
+#include "fileman/DateReader.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+
+#include "common/FileDate.h"
+#include "common/Report.h"
+#include "fileman/StorageTree.h"
+
+namespace {
+
+// Going to a directory costs as much as this many walks.
+constexpr int kFewFiles = 4;
+
+std::string workingDirectory() {
+    std::array<char, PATH_MAX> path;
+    return ::getcwd(path.data(), path.size()) == nullptr ? std::string() : path.data();
+}
+
+} // namespace
+
+void DateReader::setDirectory(const std::string& directory) {
+    m_directory = directory;
+    m_filesAsked = 0;
+    m_isInside = false;
+}
+
+std::time_t DateReader::read(const std::string& fileName) {
+    if (++m_filesAsked == kFewFiles)
+        enter();
+    return m_isInside ? changeTime(fileName.c_str()) : changeTime(entryPath(m_directory, fileName).c_str());
+}
+
+void DateReader::enter() {
+    if (m_start.empty())
+        m_start = workingDirectory();
+    // A file whose path is too long as a whole has no date.
+    if (!m_start.empty() && m_directory.size() + 1 + NAME_MAX < PATH_MAX)
+        m_isInside = ::chdir(m_directory.c_str()) == 0;
+}
+
+void DateReader::leave() {
+    if (!m_start.empty() && ::chdir(m_start.c_str()) != 0)
+        reportErrno("return to", m_start, errno);
+    m_start.clear();
+    m_isInside = false;
+    m_filesAsked = 0;
+}
