@@ -122,6 +122,9 @@ def downloads_bring_companions(instrument):
     instrument.reports("one", "two", "three")
     for companion in ("one.xml", "one", "one_more.html"):
         instrument.tree.write(f"{BERT}/{companion}", b"companion")
+    os.mkfifo(instrument.tree.place(BERT + "/one.fifo"))
+    for name, target in (("loop", "."), ("around", ".."), ("outside", "/etc/passwd")):
+        os.symlink(target, instrument.tree.place(f"{BERT}/one_files/{name}"))
     place = "[one]-[Bit Errors]-[SFP (optical)]-[Ethernet Tests]/"
     name, archive, _ = instrument.deliver("download", ("three", "unknown", "one"))
     same((name, entries(archive)), ("tarn_download.zip", {**downloaded("three", "one"), place + "one": b"companion",
