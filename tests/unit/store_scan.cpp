@@ -56,6 +56,8 @@ TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
         {"kts-a-rslt/xmeter-setup", "KTS meter! -"},
         {"kts-a-rslt/xvideo-mpeg", "KTS xvideo! -"},
         {"kts-a-rslt/ktr/xmeter-result", "KTS,A xmeter! -"},
+        {"kts-a-rslt/ktp-2g5/xmeter-result", "KTS,SDH bert!,xmeter! -"},
+        {"kts-a-rslt/x-rslt/xmeter-result", "KTS,X xmeter! -"},
         {"kts-a-rslt/-result", "KTS  -"},
         {"audio-trace", "- audio-trace! -"},
         {"zzz-result", "-  -"},
@@ -137,6 +139,15 @@ TEST_F(StoreTest, ScanKeepsTypesAndPortsOfEachModule) {
               "Common: - / opm\n"
               "  Common: / GE=power X=p\n",
               scanText());
+}
+
+TEST_F(StoreTest, OfTwoCommonDirectoriesOfOnePortTheFirstStays) {
+    configure("<port><e name='GE' key='ge'/></port><module><e name='Common'>"
+              "<c test_name='Profile' key='k' dir_name='com'/></e></module>");
+    dirs({"com/geport/a-setup", "com/geport2/b-setup"});
+    const bool plainIsFirst = std::filesystem::directory_iterator("/home/com")->path().filename() == "geport";
+    CFileManager().scanDir();
+    EXPECT_EQ(std::string("Common: k / -\n  Common: GE=") + (plainIsFirst ? "a" : "b") + " /\n", scanText());
 }
 
 TEST_F(StoreTest, Otu3OfThe100GeDirectoriesBelongsTo40Ge) {
