@@ -71,7 +71,9 @@ TEST(ListPage, RowsStandAsStoredAndWhole) {
         "datetime: '', rsltype: '', path: '" +
         record.path + "' },\n";
     EXPECT_NE(std::string::npos, page.find("\tvar griddata = [\n" + row + row + "\t\t];\n</script>\n"));
-    EXPECT_NE(std::string::npos, outputOf([&] { cgi.writeFileManPage({}); }).find("griddata = [\n\t\t];\n"));
+    EXPECT_NE(std::string::npos, outputOf([&] {
+                                     cgi.writeFileManPage(std::list<_ResultInfo*>());
+                                 }).find("griddata = [\n\t\t];\n"));
 }
 
 TEST(ListPage, SubmitFormCarriesTheFilter) {
