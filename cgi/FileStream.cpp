@@ -1,7 +1,6 @@
 #include "cgi/FileStream.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,6 +12,7 @@
 #include <cstdio>
 
 #include "common/Report.h"
+#include "common/WriteAll.h"
 
 namespace {
 
@@ -22,40 +22,16 @@ constexpr int kPipeSize = 1 << 20;
 // What one sendfile call is asked for at most, to fit the smallest size_t.
 constexpr long long kLargestCall = 1 << 30;
 
-// After a failed call that writes to standard output: waits when that is only full.
-bool mayRetry(int errorNumber) {
-    if (errorNumber == EINTR)
-        return true;
-    if (errorNumber != EAGAIN)
-        return false;
-    pollfd output = {STDOUT_FILENO, POLLOUT, 0};
-    return ::poll(&output, 1, -1) >= 0 || errno == EINTR;
-}
-
 // These two return the bytes sent, 0 at the end of the file, -1 with errno after a failure.
 ssize_t sendDirectly(int file, long long rest) {
     return ::sendfile(STDOUT_FILENO, file, nullptr, static_cast<std::size_t>(std::min(rest, kLargestCall)));
-}
-
-bool writeAll(const char* data, std::size_t length) {
-    while (length > 0) {
-        const ssize_t written = ::write(STDOUT_FILENO, data, length);
-        if (written < 0) {
-            if (!mayRetry(errno))
-                return false;
-            continue;
-        }
-        data += written;
-        length -= static_cast<std::size_t>(written);
-    }
-    return true;
 }
 
 ssize_t sendCopied(int file, long long rest) {
     std::array<char, kChunk> chunk;
     const auto wanted = std::min(rest, static_cast<long long>(chunk.size()));
     const ssize_t count = ::read(file, chunk.data(), static_cast<std::size_t>(wanted));
-    if (count > 0 && !writeAll(chunk.data(), static_cast<std::size_t>(count)))
+    if (count > 0 && !writeAll(STDOUT_FILENO, {chunk.data(), static_cast<std::size_t>(count)}))
         return -1;
     return count;
 }
@@ -97,7 +73,7 @@ void FileStream::send() {
             rest -= count;
         } else if (sendSome == &sendDirectly && isUnsupported(errno)) {
             sendSome = &sendCopied;
-        } else if (!mayRetry(errno)) {
+        } else if (!mayWriteAgain(STDOUT_FILENO, errno)) {
             reportErrno("send", m_path, errno);
             return;
         }

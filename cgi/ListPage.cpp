@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -8,6 +10,7 @@
 #include "cgi/CGICommonUtils.h"
 #include "cgi/PageLine.h"
 #include "common/CCommUtils.h"
+#include "common/WriteAll.h"
 #include "fileman/CFileManager.h"
 
 namespace {
@@ -21,7 +24,8 @@ using RowSource = std::function<void(const RowVisitor&)>;
 // The elements of griddata on their way to standard output. Values stand as stored, also those that end the
 // script's string, and the last element has its comma too: wanted, the scripts rely on these bytes.
 //
-// Gathered here rather than in stdio, which looks at its state for each of the pieces of 100,000 rows.
+// Gathered here rather than in stdio, which looks at its state for each of the pieces of 100,000 rows. A
+// failed write stays without consequence, as everywhere: the reader has gone.
 class RowWriter {
 public:
     RowWriter() = default;
@@ -56,7 +60,7 @@ private:
         if (text.size() > m_buffer.size() - m_used)
             flush();
         if (text.size() > m_buffer.size()) {
-            std::fwrite(text.data(), 1, text.size(), stdout);
+            send(text);
             return;
         }
         std::memcpy(m_buffer.data() + m_used, text.data(), text.size());
@@ -64,8 +68,14 @@ private:
     }
 
     void flush() {
-        std::fwrite(m_buffer.data(), 1, m_used, stdout);
+        send({m_buffer.data(), m_used});
         m_used = 0;
+    }
+
+    // Past stdio, which would copy everything once more; what stands there goes out first.
+    static void send(std::string_view text) {
+        std::fflush(stdout);
+        writeAll(STDOUT_FILENO, text);
     }
 
     std::array<char, 65536> m_buffer;

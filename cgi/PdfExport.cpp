@@ -18,6 +18,7 @@
 #include "common/FixedPaths.h"
 #include "common/Report.h"
 #include "common/UniqueFd.h"
+#include "common/WriteAll.h"
 
 namespace {
 
@@ -48,20 +49,9 @@ UniqueFd createTaskList() {
     return UniqueFd(::open(paths::kPdfTaskList, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kMode));
 }
 
-bool writeAll(const UniqueFd& file, const std::string& text) {
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t written = ::write(file.get(), text.data() + done, text.size() - done);
-        if (written < 0 && errno != EINTR)
-            return false;
-        done += written < 0 ? 0 : static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
 void writeTaskList(const PathList& paths) {
     UniqueFd file = createTaskList();
-    if (!file || !writeAll(file, taskLines(paths)) || file.reset() != 0)
+    if (!file || !writeAll(file.get(), taskLines(paths)) || file.reset() != 0)
         reportErrno("write task list", paths::kPdfTaskList, errno);
 }
 

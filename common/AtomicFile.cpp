@@ -11,6 +11,7 @@
 #include "common/CCommUtils.h"
 #include "common/Report.h"
 #include "common/UniqueFd.h"
+#include "common/WriteAll.h"
 
 namespace {
 
@@ -18,18 +19,6 @@ namespace {
 std::string resolveLinks(const std::string& path) {
     const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), &std::free);
     return resolved ? resolved.get() : std::string();
-}
-
-bool writeAll(int file, std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t count = ::write(file, content.data(), content.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return false;
-        content.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
 }
 
 bool takeOverAttributes(int file, const std::string& from) {

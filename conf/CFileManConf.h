@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <list>
 #include <map>
 #include <string>
@@ -82,6 +83,9 @@ public:
 
     // --- what was found on disk (ConfCurrent.cpp) ---
 
+    // Runs scan, which registers what is on disk, when somebody first asks for it or changes it: many
+    // requests never do. A scan put off before runs now.
+    static void putOffScan(std::function<void()> scan);
     static void addCurrentMode(const std::string& name);
     // Also files the type under the mode added last.
     static void addCurrentType(const std::string& name);

@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <utility>
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
@@ -26,19 +27,23 @@ void addKeys(std::list<std::string>& out, const std::map<std::string, Record>& m
 
 } // namespace
 
+void CFileManConf::putOffScan(std::function<void()> scan) {
+    foundState().putOffScan = std::move(scan);
+}
+
 void CFileManConf::addCurrentMode(const std::string& name) {
-    confState().s_modeName = name;
-    addOnce(confState().s_curModeList, name);
+    foundState().s_modeName = name;
+    addOnce(foundState().s_curModeList, name);
 }
 
 void CFileManConf::addCurrentType(const std::string& name) {
-    ConfState& state = confState();
+    ConfState& state = foundState();
     addOnce(state.s_curTypeList, name);
     addOnce(state.s_modeTypeMap[state.s_modeName], name);
 }
 
 void CFileManConf::addCurrentPort(const std::string& name) {
-    addOnce(confState().s_curPortList, name);
+    addOnce(foundState().s_curPortList, name);
 }
 
 void CFileManConf::addCurrentModule(const std::string& name) {
@@ -46,15 +51,15 @@ void CFileManConf::addCurrentModule(const std::string& name) {
 }
 
 void CFileManConf::getCurrentMode(std::list<std::string>& out) {
-    out = confState().s_curModeList;
+    out = foundState().s_curModeList;
 }
 
 void CFileManConf::getCurrentTypeNames(std::list<std::string>& out) {
-    out = confState().s_curTypeList;
+    out = foundState().s_curTypeList;
 }
 
 void CFileManConf::getCurrentPort(std::list<std::string>& out) {
-    out = confState().s_curPortList;
+    out = foundState().s_curPortList;
 }
 
 void CFileManConf::getCurrentModule(std::list<std::string>& out) {
@@ -62,15 +67,15 @@ void CFileManConf::getCurrentModule(std::list<std::string>& out) {
 }
 
 void CFileManConf::getTypeByModeName(std::list<std::string>& out, const std::string& mode) {
-    const auto found = confState().s_modeTypeMap.find(mode);
-    if (found == confState().s_modeTypeMap.end())
+    const auto found = foundState().s_modeTypeMap.find(mode);
+    if (found == foundState().s_modeTypeMap.end())
         out.clear();
     else
         out = found->second;
 }
 
 void CFileManConf::getCurrentTypeKeys(std::list<std::string>& out) {
-    for (const std::string& name : confState().s_curTypeList)
+    for (const std::string& name : foundState().s_curTypeList)
         getTypeKeys(out, name);
 }
 
@@ -103,20 +108,20 @@ void CFileManConf::getAllModuleNames(std::list<std::string>& out) {
 }
 
 bool CFileManConf::addTypeToMode(const std::string& type, const std::string& mode) {
-    const auto found = confState().s_modeTypeMap.find(mode);
-    return found != confState().s_modeTypeMap.end() && addOnce(found->second, type);
+    const auto found = foundState().s_modeTypeMap.find(mode);
+    return found != foundState().s_modeTypeMap.end() && addOnce(found->second, type);
 }
 
 void CFileManConf::clearCurrentModes() {
-    confState().s_curModeList.clear();
+    foundState().s_curModeList.clear();
 }
 
 void CFileManConf::clearCurrentTypes() {
-    confState().s_curTypeList.clear();
+    foundState().s_curTypeList.clear();
 }
 
 void CFileManConf::clearCurrentPorts() {
-    confState().s_curPortList.clear();
+    foundState().s_curPortList.clear();
 }
 
 void CFileManConf::clearCurrentModules() {
@@ -130,7 +135,7 @@ void CFileManConf::clearCurrentAll() {
 }
 
 void CFileManConf::addScanModuleInfo(const std::string& module, ScanModuleToModeInfo& info) {
-    auto& scanInfo = confState().s_scanInfo;
+    auto& scanInfo = foundState().s_scanInfo;
     if (CCommUtils::isEquals(module, "40GE")) {
         const auto stored = scanInfo.find("40GE");
         // Only the type lists merge, and only in the caller's record: the stored modes would have to be
@@ -144,7 +149,7 @@ void CFileManConf::addScanModuleInfo(const std::string& module, ScanModuleToMode
 }
 
 const std::map<std::string, ScanModuleToModeInfo>& CFileManConf::getScanModuleInfo() {
-    return confState().s_scanInfo;
+    return foundState().s_scanInfo;
 }
 
 void CFileManConf::dump(const std::string& title, const std::list<std::string>& items) {

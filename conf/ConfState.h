@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <list>
 #include <map>
 #include <string>
@@ -29,10 +30,16 @@ struct ConfState {
     std::string s_modeName;                                      // the mode added last
     std::map<std::string, ScanModuleToModeInfo> s_scanInfo;
 
+    std::function<void()> putOffScan; // fills the lists above; empty once it has run
+
     std::array<bool, 5> s_allChecked{};
 };
 
 ConfState& confState();
+
+// The same, for whoever looks at or changes what was found on disk: a scan that was put off runs first. Not for
+// the module list, which no scan fills.
+ConfState& foundState();
 
 // For tests that need a fresh process's state.
 void resetConfState();

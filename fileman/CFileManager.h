@@ -54,7 +54,9 @@ public:
     void getFilter(_ResultFilter& filter) const;
     void setFilter(const _ResultFilter& filter);
 
-    // Reads the configuration and scans the storage tree: once, before anything else.
+    // Reads the configuration and scans the storage tree: once, before anything else. The scan takes place
+    // when its outcome is first asked for, from this object, which therefore has to live as long as somebody
+    // may ask.
     void scanFilters();
     // Empties the loaded list; the records stay.
     void clearLoaded();

@@ -95,10 +95,9 @@ int CFileManager::listFiles(const FileSource& source) {
             if (!isWanted(source, *directory, fileName, named))
                 continue;
         }
-        std::time_t& changed = directory->changeTime(entry);
-        if (changed == kUnknownTime)
-            changed = m_dates.read(fileName);
-        m_loaded->add(kept, entry.name.data(), changed);
+        if (directory->changeTime(entry) == kUnknownTime)
+            directory->keepChangeTime(entry, m_dates.read(fileName));
+        m_loaded->add(kept, entry.name.data(), directory->changeTime(entry));
     }
     return static_cast<int>(m_loaded->size() - before);
 }

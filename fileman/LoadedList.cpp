@@ -53,7 +53,9 @@ void LoadedList::clear() {
 }
 
 void LoadedList::add(_ResultInfo* record) {
-    m_items.push_back({nullptr, nullptr, kUnknownTime, record});
+    Item item{nullptr, {}, kUnknownTime};
+    item.record = record;
+    m_items.push_back(item);
 }
 
 const FileSource& LoadedList::keep(const FileSource& source) {
@@ -61,23 +63,24 @@ const FileSource& LoadedList::keep(const FileSource& source) {
 }
 
 void LoadedList::add(const FileSource& source, const char* fileName, std::time_t changeTime) {
-    m_items.push_back({&source, fileName, changeTime, nullptr});
+    m_items.push_back({&source, {fileName}, changeTime});
 }
 
 void LoadedList::visit(std::size_t first, const Visitor& visitor) const {
     RecordMaker maker;
     for (auto item = m_items.begin() + static_cast<std::ptrdiff_t>(first); item != m_items.end(); ++item)
-        visitor(item->record != nullptr ? *item->record
+        visitor(item->source == nullptr ? *item->record
                                         : maker.make(*item->source, item->fileName, item->changeTime));
 }
 
 void LoadedList::getRecords(std::list<_ResultInfo*>& out) const {
     RecordMaker maker;
     out.clear();
-    for (const Item& item : m_items) {
-        if (item.record == nullptr) {
+    for (Item& item : m_items) {
+        if (item.source != nullptr) {
             const _ResultInfo& made = maker.make(*item.source, item.fileName, item.changeTime);
             item.record = std::make_unique<_ResultInfo>(made).release();
+            item.source = nullptr;
         }
         out.push_back(item.record);
     }

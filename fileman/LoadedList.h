@@ -34,13 +34,16 @@ public:
     void getRecords(std::list<_ResultInfo*>& out) const;
 
 private:
+    // A listed file, or a record when there is no source.
     struct Item {
-        const FileSource* source;    // null for a record that came as such
-        const char* fileName;        // null likewise
-        std::time_t changeTime;      // of the file
-        mutable _ResultInfo* record; // null until somebody holds it
+        const FileSource* source;
+        union {
+            const char* fileName;
+            _ResultInfo* record;
+        };
+        std::time_t changeTime; // of the file
     };
 
     std::deque<FileSource> m_sources;
-    std::deque<Item> m_items;
+    mutable std::deque<Item> m_items;
 };

@@ -91,8 +91,11 @@ bool isScanned(const DirEntry& entry) {
 
 void CFileManager::scanFilters() {
     CFileManConf::readConf(CFileManConf::getConfFileName());
-    scanDir();
-    scanResultFilters(m_home);
+    // Only a list without a mode filter and the filter pages look at what the scans find.
+    CFileManConf::putOffScan([this] {
+        scanDir();
+        scanResultFilters(m_home);
+    });
 }
 
 void CFileManager::scanResultFilters(const std::string& path) {

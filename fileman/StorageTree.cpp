@@ -4,7 +4,7 @@
 #include <fcntl.h>
 
 #include <array>
-#include <cstdint>
+#include <cstddef>
 #include <cstring>
 
 #include "common/CCommUtils.h"
@@ -12,9 +12,6 @@
 #include "common/UniqueFd.h"
 
 namespace {
-
-constexpr std::size_t kLengthAt = 1;
-constexpr std::size_t kNameAt = kLengthAt + sizeof(std::uint16_t);
 
 EntryType entryType(unsigned char listed) {
     switch (listed) {
@@ -31,28 +28,30 @@ bool isDotOrDotDot(std::string_view name) {
     return name == "." || name == "..";
 }
 
+const dirent64& recordAt(const char* at) {
+    return *reinterpret_cast<const dirent64*>(at);
+}
+
 } // namespace
 
+Directory::Iterator::Iterator(const char* at, const char* end) : m_at(at), m_end(end) {
+    skipDots();
+}
+
 DirEntry Directory::Iterator::operator*() const {
-    std::uint16_t length = 0;
-    std::memcpy(&length, m_at + kLengthAt, sizeof length);
-    return {std::string_view(m_at + kNameAt, length), static_cast<EntryType>(*m_at), m_index};
+    const dirent64& record = recordAt(m_at);
+    return {record.d_name, entryType(record.d_type)};
 }
 
 Directory::Iterator& Directory::Iterator::operator++() {
-    m_at += kNameAt + (**this).name.size() + 1;
-    ++m_index;
+    m_at += recordAt(m_at).d_reclen;
+    skipDots();
     return *this;
 }
 
-void Directory::add(std::string_view name, EntryType type) {
-    const auto length = static_cast<std::uint16_t>(name.size());
-    const std::size_t at = m_packed.size();
-    m_packed.resize(at + kNameAt + name.size() + 1);
-    m_packed[at] = static_cast<char>(type);
-    std::memcpy(&m_packed[at + kLengthAt], &length, sizeof length);
-    std::memcpy(&m_packed[at + kNameAt], name.data(), name.size());
-    ++m_size;
+void Directory::Iterator::skipDots() {
+    while (m_at != m_end && isDotOrDotDot(recordAt(m_at).d_name))
+        m_at += recordAt(m_at).d_reclen;
 }
 
 std::optional<EntryType> Directory::find(std::string_view name) const {
@@ -70,30 +69,38 @@ std::string entryPath(std::string_view directory, std::string_view name) {
     return path.append(directory).append("/").append(name);
 }
 
-std::time_t& Directory::changeTime(const DirEntry& entry) const {
-    if (m_changeTimes.empty())
-        m_changeTimes.assign(m_size, kUnknownTime);
-    return m_changeTimes[entry.index];
+Directory::Directory(std::vector<char> listing) : m_listing(std::move(listing)) {
+    for (const DirEntry entry : *this)
+        keepChangeTime(entry, kUnknownTime);
 }
 
-// Without opendir: its stat, its buffer from the heap and a second look at the descriptor cost as much as
-// reading a small directory.
+char* Directory::placeOfTime(const DirEntry& entry) const {
+    static_assert(sizeof(dirent64::d_ino) >= sizeof(std::time_t));
+    const char* const record = entry.name.data() - offsetof(dirent64, d_name);
+    return m_listing.data() + (record - m_listing.data()) + offsetof(dirent64, d_ino);
+}
+
+std::time_t Directory::changeTime(const DirEntry& entry) const {
+    std::time_t time = kUnknownTime;
+    std::memcpy(&time, placeOfTime(entry), sizeof time);
+    return time;
+}
+
+void Directory::keepChangeTime(const DirEntry& entry, std::time_t time) const {
+    std::memcpy(placeOfTime(entry), &time, sizeof time);
+}
+
+// The records are kept as the system writes them: there is no cheaper form to make. opendir would add a stat,
+// a buffer from the heap and a second look at the descriptor, as much as reading a small directory.
 std::optional<Directory> readDirectory(const std::string& path) {
     alignas(dirent64) std::array<char, 32768> buffer;
     const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!fd)
         return std::nullopt;
-    Directory directory;
-    for (ssize_t size = 0; (size = ::getdents64(fd.get(), buffer.data(), buffer.size())) > 0;) {
-        for (ssize_t at = 0; at < size;) {
-            const auto* const entry = reinterpret_cast<const dirent64*>(buffer.data() + at);
-            const std::string_view name = entry->d_name;
-            if (!isDotOrDotDot(name))
-                directory.add(name, entryType(entry->d_type));
-            at += entry->d_reclen;
-        }
-    }
-    return directory;
+    std::vector<char> listing;
+    for (ssize_t size = 0; (size = ::getdents64(fd.get(), buffer.data(), buffer.size())) > 0;)
+        listing.insert(listing.end(), buffer.data(), buffer.data() + size);
+    return Directory(std::move(listing));
 }
 
 const Directory* StorageTree::openListed(const std::string& path) {

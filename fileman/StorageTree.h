@@ -16,7 +16,6 @@ enum class EntryType : unsigned char { RegularFile, Directory, Other };
 struct DirEntry {
     std::string_view name; // zero-terminated; lives as long as the directory
     EntryType type;
-    std::size_t index; // counted from 0 in listing order
 };
 
 // The entries of one directory in listing order, without "." and "..".
@@ -24,34 +23,40 @@ class Directory {
 public:
     class Iterator {
     public:
-        Iterator(const char* at, std::size_t index) : m_at(at), m_index(index) {}
+        Iterator(const char* at, const char* end);
         DirEntry operator*() const;
         Iterator& operator++();
         bool operator!=(const Iterator& other) const { return m_at != other.m_at; }
 
     private:
+        void skipDots();
+
         const char* m_at;
-        std::size_t m_index;
+        const char* m_end;
     };
 
-    Iterator begin() const { return {m_packed.data(), 0}; }
-    Iterator end() const { return {m_packed.data() + m_packed.size(), m_size}; }
+    // listing: the records of getdents64(2), one behind the other.
+    explicit Directory(std::vector<char> listing);
+
+    Iterator begin() const { return {m_listing.data(), m_listing.data() + m_listing.size()}; }
+    Iterator end() const {
+        return {m_listing.data() + m_listing.size(), m_listing.data() + m_listing.size()};
+    }
 
     // The entry's type; nothing when there is none of that name. Indexed, for callers that ask for many.
     std::optional<EntryType> find(std::string_view name) const;
 
-    // The entry's status-change time as far as somebody has found it out and put it here; kUnknownTime
-    // before.
-    std::time_t& changeTime(const DirEntry& entry) const;
-
-    // To be called before anything is asked only.
-    void add(std::string_view name, EntryType type);
+    // The entry's status-change time as far as somebody has found it out and kept it here; kUnknownTime
+    // before. These take an entry of this directory.
+    std::time_t changeTime(const DirEntry& entry) const;
+    void keepChangeTime(const DirEntry& entry, std::time_t time) const;
 
 private:
-    std::size_t m_size = 0;
-    std::string m_packed; // an entry: its type (a byte), the name's length (two), the name, a zero byte
+    char* placeOfTime(const DirEntry& entry) const;
+
+    mutable std::vector<char>
+        m_listing; // in place of its inode number, which nobody asks for, an entry has its time
     mutable std::unordered_map<std::string_view, EntryType> m_index; // made by the first find
-    mutable std::vector<std::time_t> m_changeTimes;                  // made by the first changeTime
 };
 
 // directory + "/" + name.
