@@ -151,7 +151,9 @@ bool isStoredFile(const std::string& link) {
     if (::stat(link.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
         return false;
     const std::unique_ptr<char, void (*)(void*)> target(::realpath(link.c_str(), nullptr), &std::free);
-    return target && CCommUtils::isStartsWith(target.get(), std::string(paths::kHome) + "/");
+    // A relative link leads to its neighbour, which was staged with it.
+    return target && (CCommUtils::isStartsWith(target.get(), std::string(paths::kHome) + "/") ||
+                      CCommUtils::isStartsWith(target.get(), paths::kDownloadDir));
 }
 
 void removeForeignEntry(const std::string& path, StagingArea::Links allowed);

@@ -28,8 +28,9 @@ extern CFileManager* g_FileMan;
 // The result store: scans the storage tree and loads what a filter selects into result records.
 //
 // The store reads every directory at most once in its life and takes later answers from what it read: it is
-// made for one request. Missing and unreadable directories are skipped in silence at every level. Records
-// come in the order of the directory listings and live until the process ends (the lists never own them).
+// made for one request. Not for threads: dates are read with the working directory moved. Missing and
+// unreadable directories are skipped in silence at every level. Records come in the order of the directory
+// listings and live until the process ends (the lists never own them).
 class CFileManager {
 public:
     CFileManager();
