@@ -166,10 +166,10 @@ TEST_F(FilesTest, SavingChangesNothingButTheValues) {
 // A new member has to be looked at here: the binding below does not compile with one more or one less.
 bool isAsNew(const ConfState& state) {
     const auto& [classes, modules, common, modes, types, ports, extras, curModes, curTypes, curPorts,
-                 curModules, modeTypes, mode, scan, all] = state;
+                 curModules, modeTypes, mode, scanInfo, scan, all] = state;
     return classes.empty() && modules.empty() && common.empty() && modes.empty() && types.empty() &&
            ports.empty() && extras.empty() && curModes.empty() && curTypes.empty() && curPorts.empty() &&
-           curModules.empty() && modeTypes.empty() && mode.empty() && scan.empty() &&
+           curModules.empty() && modeTypes.empty() && mode.empty() && scanInfo.empty() && !scan &&
            all == decltype(ConfState::s_allChecked){};
 }
 
@@ -184,6 +184,7 @@ TEST_F(FilesTest, ResetForgetsEverything) {
     ScanModuleToModeInfo scan;
     CFileManConf::addScanModuleInfo("M", scan);
     CFileManConf::loadConf(at("file"));
+    CFileManConf::putOffScan([] {});
     EXPECT_FALSE(isAsNew(confState()));
     resetConfState();
     EXPECT_TRUE(isAsNew(confState()));

@@ -161,12 +161,14 @@ TEST_F(StoreTest, Otu3OfThe100GeDirectoriesBelongsTo40Ge) {
 }
 
 TEST_F(StoreTest, ScanFiltersReadsTheDocumentAndBothScans) {
-    CFileManager().scanFilters();
+    CFileManager store;
+    store.scanFilters();
     EXPECT_TRUE(Conf::getModulesInfo().empty());
     writeFile(Conf::getConfFileName(), "<c><filter><module><e name='M'><o mode_name='SDH/PDH'>"
                                        "<h test_name='Result' dir_name='s'/></o></e></module></filter></c>");
     dirs({"s", "10gport"});
-    CFileManager().scanFilters();
+    CFileManager second;
+    second.scanFilters();
     EXPECT_EQ("M: - / bert\n  SDH/PDH: /\n", scanText());
     EXPECT_EQ("10G P1", joined(listFrom(Conf::getCurrentPort)));
 }
