@@ -37,8 +37,8 @@ struct ConfState {
 
 ConfState& confState();
 
-// The same, for whoever looks at or changes what was found on disk: a scan that was put off runs first. Not for
-// the module list, which no scan fills.
+// The same, for whoever looks at or changes what was found on disk: a scan that was put off runs first. Not
+// for the module list, which no scan fills.
 ConfState& foundState();
 
 // For tests that need a fresh process's state.
