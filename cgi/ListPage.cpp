@@ -1,10 +1,10 @@
 #include <unistd.h>
 
-#include <array>
 #include <cstdio>
 #include <cstring>
 #include <functional>
 #include <string_view>
+#include <vector>
 
 #include "cgi/CFileManCGI.h"
 #include "cgi/CGICommonUtils.h"
@@ -34,6 +34,12 @@ public:
     ~RowWriter() { flush(); }
 
     void write(const _ResultInfo& record) {
+        constexpr std::size_t kLabels = 128; // more than the texts around the values
+        const std::size_t size = kLabels + record.id.size() + record.name.size() + record.module.size() +
+                                 record.mode.size() + record.test.size() + record.port.size() +
+                                 record.datetime.size() + record.rsltype.size() + record.path.size();
+        if (size > m_buffer.size() - m_used)
+            makeRoom(size);
         put("\t\t{ id: '");
         put(record.id);
         put("', name: '");
@@ -57,14 +63,14 @@ public:
 
 private:
     void put(std::string_view text) {
-        if (text.size() > m_buffer.size() - m_used)
-            flush();
-        if (text.size() > m_buffer.size()) {
-            send(text);
-            return;
-        }
         std::memcpy(m_buffer.data() + m_used, text.data(), text.size());
         m_used += text.size();
+    }
+
+    void makeRoom(std::size_t size) {
+        flush();
+        if (size > m_buffer.size())
+            m_buffer.resize(size);
     }
 
     void flush() {
@@ -78,7 +84,7 @@ private:
         writeAll(STDOUT_FILENO, text);
     }
 
-    std::array<char, 65536> m_buffer;
+    std::vector<char> m_buffer = std::vector<char>(65536);
     std::size_t m_used = 0;
 };
 

@@ -4,6 +4,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <string_view>
 
 // The small string, path, date and query questions that every folder asks. All byte-wise, nothing keeps state
 // but the digit table; no function reports an error, each has a value that stands for failure.
@@ -22,7 +23,7 @@ public:
     // Whether an item equals s exactly.
     static bool isContains(const std::list<std::string>& items, const std::string& s);
     // Whether the text from the last '.' of name on, the dot included, is one of extensions (exactly).
-    static bool isMatchedFile(const std::list<std::string>& extensions, const std::string& name);
+    static bool isMatchedFile(const std::list<std::string>& extensions, std::string_view name);
     // Appends the pieces of text between separator bytes; a trailing separator adds no empty piece.
     static void split(std::list<std::string>& out, const std::string& separators, const std::string& text);
     // Each item followed by the separator, less the last byte. Only one byte goes whatever the separator's

@@ -15,7 +15,7 @@ void putDigits(char* end, int digits, int value) {
 } // namespace
 
 std::time_t changeTime(const char* path) {
-    struct stat status = {};
+    struct stat status;
     return ::lstat(path, &status) == 0 ? status.st_ctime : kUnknownTime;
 }
 

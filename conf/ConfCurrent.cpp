@@ -31,6 +31,10 @@ void CFileManConf::putOffScan(std::function<void()> scan) {
     foundState().putOffScan = std::move(scan);
 }
 
+void CFileManConf::finishScan() {
+    foundState();
+}
+
 void CFileManConf::addCurrentMode(const std::string& name) {
     foundState().s_modeName = name;
     addOnce(foundState().s_curModeList, name);

@@ -143,7 +143,7 @@ bool CFileManConf::readConf(const std::string& path) try {
     if (filter == nullptr)
         return false;
     // A scan that was put off is to see the vocabulary as it was.
-    foundState();
+    finishScan();
     xml::forEachChild(*filter, readSection);
     return true;
 } catch (const std::string& why) {

@@ -1,6 +1,7 @@
 #include "fileman/CFileManager.h"
 
 #include "common/FixedPaths.h"
+#include "conf/CFileManConf.h"
 #include "fileman/LoadedList.h"
 #include "fileman/StorageTree.h"
 
@@ -16,6 +17,7 @@ CFileManager::CFileManager()
 }
 
 CFileManager::~CFileManager() {
+    CFileManConf::finishScan();
     if (g_FileMan == this)
         g_FileMan = nullptr;
 }

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "conf/ConfRecords.h"
@@ -110,7 +111,7 @@ public:
     static bool isNeedConvertPortName(TestMode mode, const std::string& dirName);
     static bool isModeMatched(TestMode mode, const std::string& modeName);
     // The instrument's own saved last configuration, which is not listed.
-    static bool isAntiFileName(const std::string& fileName);
+    static bool isAntiFileName(std::string_view fileName);
     // Appends every non-directory below dir, depth first in listing order.
     void listDir(const char* dir, std::list<std::string>& out);
 
@@ -141,7 +142,7 @@ private:
 
     // Lists the files of one directory that pass; returns the number of records added.
     int listFiles(const FileSource& source);
-    bool isWanted(const FileSource& source, const Directory& directory, const std::string& fileName,
+    bool isWanted(const FileSource& source, const Directory& directory, std::string_view fileName,
                   const _AdvanceInfo& named);
     // Whether an item passes the advanced filter of which named knows the name; what is stored at path is
     // read only when it can decide.

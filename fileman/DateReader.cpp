@@ -28,10 +28,10 @@ void DateReader::setDirectory(const std::string& directory) {
     m_isInside = false;
 }
 
-std::time_t DateReader::read(const std::string& fileName) {
+std::time_t DateReader::read(const char* fileName) {
     if (++m_filesAsked == kFewFiles)
         enter();
-    return m_isInside ? changeTime(fileName.c_str()) : changeTime(entryPath(m_directory, fileName).c_str());
+    return m_isInside ? changeTime(fileName) : changeTime(entryPath(m_directory, fileName).c_str());
 }
 
 void DateReader::enter() {

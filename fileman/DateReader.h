@@ -29,7 +29,7 @@ public:
     void setDirectory(const std::string& directory);
 
     // Status-change time, kUnknownTime when the system does not tell.
-    std::time_t read(const std::string& fileName);
+    std::time_t read(const char* fileName);
 
 private:
     void enter();

@@ -186,7 +186,7 @@ bool CFileManager::isModeMatched(TestMode mode, const std::string& modeName) {
     return false;
 }
 
-bool CFileManager::isAntiFileName(const std::string& fileName) {
+bool CFileManager::isAntiFileName(std::string_view fileName) {
     constexpr std::string_view kName = "Last configuration";
     constexpr std::string_view kFile = "Last configuration.html";
     return fileName == kName || fileName == kFile;

@@ -32,7 +32,7 @@ _AdvanceInfo nameCriteria(const _AdvanceInfo& filter) {
     return criteria;
 }
 
-std::string storedInfoName(StoredInfo kind, const std::string& fileName, const std::string& base) {
+std::string storedInfoName(StoredInfo kind, std::string_view fileName, const std::string& base) {
     switch (kind) {
     case StoredInfo::Plain:
         return base;
@@ -41,7 +41,7 @@ std::string storedInfoName(StoredInfo kind, const std::string& fileName, const s
     case StoredInfo::Itself:
         break;
     }
-    return fileName;
+    return std::string(fileName);
 }
 
 } // namespace
@@ -60,7 +60,7 @@ bool CFileManager::matchesStoredInfo(const std::string& path, const _AdvanceInfo
     return CFileManConf::advMatch(filter, file);
 }
 
-bool CFileManager::isWanted(const FileSource& source, const Directory& directory, const std::string& fileName,
+bool CFileManager::isWanted(const FileSource& source, const Directory& directory, std::string_view fileName,
                             const _AdvanceInfo& named) {
     const _AdvanceInfo& filter = m_filter.advanceInfo;
     if (needsOf(filter) != Needs::StoredInfo)
@@ -80,24 +80,23 @@ int CFileManager::listFiles(const FileSource& source) {
     const bool passesAll = needsOf(m_filter.advanceInfo) == Needs::Nothing;
     const DateReader::Session session(m_dates);
     m_dates.setDirectory(kept.dir);
-    std::string fileName;
     _AdvanceInfo named;
     for (const DirEntry entry : *directory) {
         if (entry.type != EntryType::RegularFile)
             continue;
-        fileName = entry.name;
+        const std::string_view fileName = entry.name;
         if (!CCommUtils::isMatchedFile(m_extensions, fileName))
             continue;
         if (source.scratch == Scratch::Drop && isAntiFileName(fileName))
             continue;
         if (!passesAll) {
-            named.fileName.assign(fileName, 0, fileName.find('.'));
+            named.fileName = fileName.substr(0, fileName.find('.'));
             if (!isWanted(source, *directory, fileName, named))
                 continue;
         }
         if (directory->changeTime(entry) == kUnknownTime)
-            directory->keepChangeTime(entry, m_dates.read(fileName));
-        m_loaded->add(kept, entry.name.data(), directory->changeTime(entry));
+            directory->keepChangeTime(entry, m_dates.read(fileName.data()));
+        m_loaded->add(kept, fileName.data(), directory->changeTime(entry));
     }
     return static_cast<int>(m_loaded->size() - before);
 }

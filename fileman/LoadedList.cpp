@@ -16,12 +16,10 @@ public:
         if (m_source != &source)
             start(source);
         m_record.name = fileName.substr(0, fileName.find('.'));
-        m_record.id.resize(m_idStart);
-        m_record.id.append(m_record.name);
+        m_record.id.replace(m_idStart, std::string::npos, m_record.name);
         if (m_record.id.size() > CFileManager::kLongestId)
             m_record.id.resize(CFileManager::kLongestId);
-        m_record.path.resize(m_pathStart);
-        m_record.path.append(fileName);
+        m_record.path.replace(m_pathStart, std::string::npos, fileName);
         if (m_changeTime != changeTime)
             m_record.datetime = formatDateTime(m_changeTime = changeTime);
         return m_record;

@@ -99,6 +99,8 @@ void CFileManager::scanFilters() {
 }
 
 void CFileManager::scanResultFilters(const std::string& path) {
+    // Called by hand, it comes after the scan that was put off, and must not be interrupted by it.
+    CFileManConf::finishScan();
     registerDirectory(path);
     const Directory* const directory = m_tree->openListed(path);
     if (directory == nullptr)

@@ -24,8 +24,8 @@ EntryType entryType(unsigned char listed) {
     }
 }
 
-bool isDotOrDotDot(std::string_view name) {
-    return name == "." || name == "..";
+bool isDotOrDotDot(const char* name) {
+    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
 const dirent64& recordAt(const char* at) {
@@ -70,8 +70,8 @@ std::string entryPath(std::string_view directory, std::string_view name) {
 }
 
 Directory::Directory(std::vector<char> listing) : m_listing(std::move(listing)) {
-    for (const DirEntry entry : *this)
-        keepChangeTime(entry, kUnknownTime);
+    for (std::size_t at = 0; at < m_listing.size(); at += recordAt(&m_listing[at]).d_reclen)
+        std::memcpy(&m_listing[at + offsetof(dirent64, d_ino)], &kUnknownTime, sizeof kUnknownTime);
 }
 
 char* Directory::placeOfTime(const DirEntry& entry) const {
@@ -130,7 +130,7 @@ StorageTree::Answer StorageTree::lookUp(const std::string& path) {
         const Directory* const parent = openListed(path.substr(0, slash));
         const std::size_t next = path.find('/', slash + 1);
         const std::string_view name = std::string_view(path).substr(slash + 1, next - slash - 1);
-        if (parent == nullptr || name.empty() || isDotOrDotDot(name))
+        if (parent == nullptr || name.empty() || name == "." || name == "..")
             return Answer::AskSystem;
         const std::optional<EntryType> type = parent->find(name);
         if (!type)

@@ -167,8 +167,8 @@ TEST_F(StoreTest, ScanFiltersReadsTheDocumentAndBothScans) {
     writeFile(Conf::getConfFileName(), "<c><filter><module><e name='M'><o mode_name='SDH/PDH'>"
                                        "<h test_name='Result' dir_name='s'/></o></e></module></filter></c>");
     dirs({"s", "10gport"});
-    CFileManager second;
-    second.scanFilters();
+    // Put off until somebody asks, but not beyond the end of the store.
+    CFileManager().scanFilters();
     EXPECT_EQ("M: - / bert\n  SDH/PDH: /\n", scanText());
     EXPECT_EQ("10G P1", joined(listFrom(Conf::getCurrentPort)));
 }
