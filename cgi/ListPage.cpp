@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -38,7 +39,7 @@ public:
         const std::size_t size = kLabels + record.id.size() + record.name.size() + record.module.size() +
                                  record.mode.size() + record.test.size() + record.port.size() +
                                  record.datetime.size() + record.rsltype.size() + record.path.size();
-        if (size > m_buffer.size() - m_used)
+        if (size > static_cast<std::size_t>(m_end - m_at))
             makeRoom(size);
         put("\t\t{ id: '");
         put(record.id);
@@ -63,29 +64,33 @@ public:
 
 private:
     void put(std::string_view text) {
-        std::memcpy(m_buffer.data() + m_used, text.data(), text.size());
-        m_used += text.size();
+        std::memcpy(m_at, text.data(), text.size());
+        m_at += text.size();
     }
 
     void makeRoom(std::size_t size) {
         flush();
-        if (size > m_buffer.size())
-            m_buffer.resize(size);
-    }
-
-    void flush() {
-        send({m_buffer.data(), m_used});
-        m_used = 0;
+        if (size <= static_cast<std::size_t>(m_end - m_begin))
+            return;
+        m_large.resize(size);
+        m_begin = m_at = m_large.data();
+        m_end = m_begin + size;
     }
 
     // Past stdio, which would copy everything once more; what stands there goes out first.
-    static void send(std::string_view text) {
+    void flush() {
+        if (m_at == m_begin)
+            return;
         std::fflush(stdout);
-        writeAll(STDOUT_FILENO, text);
+        writeAll(STDOUT_FILENO, {m_begin, static_cast<std::size_t>(m_at - m_begin)});
+        m_at = m_begin;
     }
 
-    std::vector<char> m_buffer = std::vector<char>(65536);
-    std::size_t m_used = 0;
+    std::array<char, 65536> m_buffer;
+    std::vector<char> m_large; // instead, once a single row is larger
+    char* m_begin = m_buffer.data();
+    char* m_at = m_begin;
+    char* m_end = m_begin + m_buffer.size();
 };
 
 void writeGridData(const RowSource& showRows) {
