@@ -14,6 +14,9 @@ get_target_property(trcfg_utils_sources trcfg_utils SOURCES)
 set_source_files_properties(${trcfg_utils_sources} PROPERTIES
   COMPILE_OPTIONS "-fPIC;-fno-exceptions;-fno-rtti;-U_GLIBCXX_ASSERTIONS;-D_GLIBCXX_NO_ASSERTIONS")
 
+# Machine code, also where the program is optimised as a whole: whoever links it may use another compiler.
+set_target_properties(trcfg_utils PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
+
 # A 32-bit caller must see the same struct timeval and time_t.
 target_compile_definitions(trcfg_utils PUBLIC _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 target_include_directories(trcfg_utils
