@@ -19,12 +19,11 @@ std::string quoted(const std::string& text) {
 // directory with the page's pictures. cp complains about those that do not exist; that is no failure.
 void stageRecord(const StagingArea& area, const DownloadPlaces& places) {
     const std::string& name = places.name;
-    // Two records may share a destination: what the first left there must not redirect the second.
-    area.removeForeign(places.destination, StagingArea::Links::None);
     area.run("mkdir -p " + quoted(places.destination));
     area.run("cd " + places.directory + " && cp -rf " + quoted(name) + ".* " + quoted(name) + " " +
              quoted(name + "_files") + " " + quoted(places.destination));
-    area.removeForeign(places.destination, StagingArea::Links::ToStoredFiles);
+    // Two records may share a destination: what the first left there must not redirect the second.
+    area.keepPlainFiles(places.destination);
 }
 
 void stageRecords(const StagingArea& area, const std::list<const _ResultInfo*>& records) {

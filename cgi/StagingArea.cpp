@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -156,22 +157,43 @@ bool isStoredFile(const std::string& link) {
                       CCommUtils::isStartsWith(target.get(), paths::kDownloadDir));
 }
 
-void removeForeignEntry(const std::string& path, StagingArea::Links allowed);
-
-void removeForeignEntries(const std::string& directory, StagingArea::Links allowed) {
-    for (const std::string& name : readNames(directory))
-        removeForeignEntry(std::string(directory).append("/").append(name), allowed);
+bool copyContent(const UniqueFd& from, const UniqueFd& to) {
+    constexpr std::size_t kLargestCall = 1 << 30;
+    ssize_t count = 0;
+    do {
+        count = ::sendfile(to.get(), from.get(), nullptr, kLargestCall);
+    } while (count > 0 || (count < 0 && errno == EINTR));
+    return count == 0;
 }
 
-void removeForeignEntry(const std::string& path, StagingArea::Links allowed) {
+// scratch: a path that nothing stands at, on the same file system.
+bool replaceByCopy(const std::string& link, const std::string& scratch) {
+    constexpr mode_t kMode = 0644;
+    const UniqueFd from(::open(link.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    UniqueFd to(::open(scratch.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode));
+    if (from && to && copyContent(from, to) && to.reset() == 0 &&
+        std::rename(scratch.c_str(), link.c_str()) == 0)
+        return true;
+    reportErrno("pack", link, errno);
+    ::unlink(scratch.c_str());
+    return false;
+}
+
+void keepPlainFile(const std::string& path, const std::string& scratch) {
     struct stat status = {};
     if (::lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode))
         return;
-    if (S_ISDIR(status.st_mode))
-        return removeForeignEntries(path, allowed);
-    if (S_ISLNK(status.st_mode) && allowed == StagingArea::Links::ToStoredFiles && isStoredFile(path))
+    if (S_ISDIR(status.st_mode)) {
+        for (const std::string& name : readNames(path))
+            keepPlainFile(path + '/' + name, scratch);
         return;
-    report("pack", path, "left out, neither a plain file nor a link to a stored one");
+    }
+    if (S_ISLNK(status.st_mode) && isStoredFile(path)) {
+        if (replaceByCopy(path, scratch))
+            return;
+    } else {
+        report("pack", path, "left out, neither a plain file nor a link to a stored one");
+    }
     if (::unlink(path.c_str()) != 0)
         reportErrno("remove", path, errno);
 }
@@ -196,9 +218,10 @@ void StagingArea::removeLeftovers() const {
         reportErrno("remove", m_places.archive, errno);
 }
 
-void StagingArea::removeForeign(const std::string& path, Links allowed) const {
+void StagingArea::keepPlainFiles(const std::string& path) const {
+    // Hidden from the packer, whose "*" does not match it.
     if (m_usable)
-        removeForeignEntries(path, allowed);
+        keepPlainFile(path, m_places.directory + "/.copy");
 }
 
 void StagingArea::run(const std::string& command) const {

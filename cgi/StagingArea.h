@@ -31,12 +31,10 @@ public:
     // Removes what a killed request left: everything in the directory, and the archive.
     void removeLeftovers() const;
 
-    // What a copied record may hold beside plain files and directories.
-    enum class Links { None, ToStoredFiles };
-    // Removes everything else below path, which lies in the directory: the next copy would write through a
-    // link or wait for ever at a FIFO, and the packer follows links into whatever they lead to, loops
-    // included.
-    void removeForeign(const std::string& path, Links allowed) const;
+    // Leaves plain files and directories below path, which lies in the directory: a link to a stored file
+    // becomes a copy of it, everything else goes. The next copy into path would write through a link or wait
+    // for ever at a FIFO, and the packer follows links into whatever they lead to, loops included.
+    void keepPlainFiles(const std::string& path) const;
 
     // Runs a shell command that works on the area; nothing when the area is not usable.
     void run(const std::string& command) const;

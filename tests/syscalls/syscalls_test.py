@@ -23,6 +23,7 @@ REQUESTS = {
     "fmtype=rslt&module=10G,Common&test=bert,fmonitor,screen": False,
     "fmtype=rslt&module=1GE&mode=Fiber%20Channel&test=fmonitor": False,
     "fmtype=rslt&port=10G%20P1": False,
+    "fmtype=rslt&module=10G,1GE,10G": False,
     "fmtype=prof&mode=SDH/PDH,Ethernet": False,
     "fmtype=rslt&test=mtie&module=2G5": False,
     "fmtype=rslt&prefix=bert&suffix=1": False,
