@@ -9,6 +9,7 @@
 //     StagingArea     the shared directory below /tmp and its lock
 //     Shell           commands, kept out of the response
 //     FileStream      a file's bytes
+//     Termination     a server that ends the request before it has tidied up
 //   CGICommonUtils  HTML lines, and the answer to every other request
 
 #include <malloc.h>
