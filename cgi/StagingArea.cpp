@@ -185,7 +185,7 @@ void keepPlainFile(const std::string& path, const std::string& scratch) {
         return;
     if (S_ISDIR(status.st_mode)) {
         for (const std::string& name : readNames(path))
-            keepPlainFile(path + '/' + name, scratch);
+            keepPlainFile(std::string(path).append("/").append(name), scratch);
         return;
     }
     if (S_ISLNK(status.st_mode) && isStoredFile(path)) {

@@ -22,6 +22,14 @@ CFileManager::~CFileManager() {
         g_FileMan = nullptr;
 }
 
+void CFileManager::forgetDisk() {
+    // What is loaded points into the listings until its records are made.
+    std::list<_ResultInfo*> records;
+    m_loaded->getRecords(records);
+    m_storedInfo.clear();
+    m_tree = std::make_unique<StorageTree>(m_home);
+}
+
 void CFileManager::getFilter(_ResultFilter& filter) const {
     filter = m_filter;
 }

@@ -28,10 +28,10 @@ extern CFileManager* g_FileMan;
 
 // The result store: scans the storage tree and loads what a filter selects into result records.
 //
-// The store reads every directory at most once in its life and takes later answers from what it read: it is
-// made for one request. Not for threads: dates are read with the working directory moved. Missing and
-// unreadable directories are skipped in silence at every level. Records come in the order of the directory
-// listings and live until the process ends (the lists never own them).
+// The store reads every directory at most once from one scanFilters to the next and takes later answers from
+// it: it is made for one request. Not for threads: dates are read with the working directory moved. Missing
+// and unreadable directories are skipped in silence at every level. Records come in the order of the
+// directory listings and live until the process ends (the lists never own them).
 class CFileManager {
 public:
     CFileManager();
@@ -137,6 +137,8 @@ public:
 private:
     // Whether a filter list lets value pass; an empty one restricts nothing.
     static bool passes(const std::list<std::string>& filter, const std::string& value);
+    // The next question reads the disk again; what is loaded stays.
+    void forgetDisk();
 
     // --- the file step, the same for all sources (FileStep.cpp) ---
 

@@ -83,13 +83,14 @@ bool isScanned(const DirEntry& entry) {
     if (entry.type != EntryType::Directory)
         return false;
     // The companions of reports hold pictures only, and "usbd" is a foreign medium.
-    const std::string name(entry.name);
-    return !equals(name, "usbd") && !endsWith(name, "_files");
+    return entry.name != "usbd" && !endsWith(std::string(entry.name), "_files");
 }
 
 } // namespace
 
 void CFileManager::scanFilters() {
+    CFileManConf::finishScan();
+    forgetDisk();
     CFileManConf::readConf(CFileManConf::getConfFileName());
     // Only a list without a mode filter and the filter pages look at what the scans find.
     CFileManConf::putOffScan([this] {

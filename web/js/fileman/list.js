@@ -123,9 +123,10 @@ function takeList({ entries, lost }, kept) {
   showTabs();
   showChips(load);
   narrow();
-  const ids = new Set(kept.chosen ?? []);
-  ui.grid.choose(ids.size ? entries.filter((entry) => ids.has(entry.sent)) : []);
-  if (kept.active) ui.grid.active = ui.grid.view.findIndex((entry) => entry.sent === kept.active);
+  // By path: two files of one name share their id.
+  const paths = new Set(kept.chosen ?? []);
+  ui.grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
+  if (kept.active) ui.grid.active = ui.grid.view.findIndex((entry) => entry.path === kept.active);
   ui.grid.top = kept.top ?? 0;
 }
 
@@ -134,8 +135,8 @@ function takeList({ entries, lost }, kept) {
 function snapshot() {
   return {
     find: ui.find.value,
-    chosen: [...ui.grid.chosen].slice(0, MOST_KEPT).map((entry) => entry.sent),
-    active: ui.grid.activeEntry?.sent,
+    chosen: [...ui.grid.chosen].slice(0, MOST_KEPT).map((entry) => entry.path),
+    active: ui.grid.activeEntry?.path,
     top: ui.grid.top,
   };
 }

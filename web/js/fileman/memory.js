@@ -18,6 +18,6 @@ export function keep(name, value, store = () => localStorage) {
 
 const ofWindow = () => sessionStorage;
 
-/** State of one list: { find, chosen: [ids], top, active }. */
+/** State of one list: { find, chosen: [paths], top, active }. */
 export const recallList = (query) => recall(`list${query}`, {}, ofWindow);
 export const keepList = (query, state) => keep(`list${query}`, state, ofWindow);
