@@ -86,6 +86,7 @@ public:
     // Runs scan, which registers what is on disk, when somebody first asks for it or changes it: many
     // requests never do. A scan put off before runs now.
     static void putOffScan(std::function<void()> scan);
+    static bool isScanPutOff();
     // Runs a scan that was put off now, before what it needs goes away.
     static void finishScan();
     static void addCurrentMode(const std::string& name);

@@ -31,6 +31,10 @@ void CFileManConf::putOffScan(std::function<void()> scan) {
     foundState().putOffScan = std::move(scan);
 }
 
+bool CFileManConf::isScanPutOff() {
+    return confState().putOffScan != nullptr;
+}
+
 void CFileManConf::finishScan() {
     foundState();
 }

@@ -153,6 +153,9 @@ private:
     // --- load passes (LoadPipeline.cpp) ---
 
     void selectEverything(bool results, bool profiles);
+    // Whether the filter names the mode, or, when it names none, whether the mode was found on disk (every
+    // mode, when none was found). A mode without anything to load may count as not wanted.
+    bool isWantedMode(const ModuleInfo& module, const ModeOptInfo& option);
     void loadMode(const ModuleInfo& module, const ModeOptInfo& option);
     int loadCommonByPort(const CommonOptInfo& option);
     int loadCommonFlat(const CommonOptInfo& option);
@@ -168,10 +171,16 @@ private:
     bool scanMode(const ModuleInfo& module, const ModeOptInfo& option, ScanModuleToModeInfo& moduleScan);
     bool scanHalf(LoadInfo info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan);
     void registerDirectory(const std::string& path);
-    bool registerModeDir(const std::string& name, const std::string& parent);
-    void registerSuffixedModeDir(const std::string& name);
-    void registerTypeOrPortDir(const std::string& name);
-    void registerSdhDir(const std::string& name, const std::string& parent);
+    bool registerModeDir(const std::string& name, const std::string& parent, const std::string& mode);
+    void registerSuffixedModeDir(const std::string& name, const std::string& mode);
+    void registerTypeOrPortDir(const std::string& name, const std::string& mode);
+    void registerSdhDir(const std::string& name, const std::string& parent, const std::string& mode);
+
+    // --- what a scan that was put off is bound to find, told without it; false where only the scan can
+    //     tell ---
+
+    bool showsMode(const std::string& path, const std::string& mode);
+    bool showsScreenType(const std::string& path);
 
     // --- family walk (LoadFamilies.cpp) ---
 

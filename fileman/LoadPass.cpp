@@ -49,6 +49,11 @@ bool isMtieMode(const std::string& module, const std::string& mode) {
     return CCommUtils::isEquals(module, "2G5") && CCommUtils::isEquals(mode, "SDH/PDH");
 }
 
+bool belongsTo(const ExtraDirInfo& extra, const ModuleInfo& module, const ModeOptInfo& option) {
+    return CCommUtils::isEquals(extra.module, module.name) &&
+           CCommUtils::isEquals(extra.mode, option.mode_name);
+}
+
 bool isFmonitorEntry(std::string_view name) {
     return name.find("fmonitor") != std::string_view::npos;
 }

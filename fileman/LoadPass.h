@@ -24,6 +24,9 @@ std::string flatModeType(const std::string& mode);
 // Whether the module and mode are those of the MTIE measurements, which lie in a directory of their own.
 bool isMtieMode(const std::string& module, const std::string& mode);
 
+// Whether an extra directory is one of the module's mode.
+bool belongsTo(const ExtraDirInfo& extra, const ModuleInfo& module, const ModeOptInfo& option);
+
 // Whether an entry stands for the fiber monitor rather than for a port.
 bool isFmonitorEntry(std::string_view name);
 

@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <cstdio>
 
 #include "common/CCommUtils.h"
+#include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
 #include "fileman/CFileManager.h"
 #include "fileman/FileStep.h"
@@ -19,6 +21,22 @@ Names wantedNames(const Names& filter, void (*getCurrent)(Names&), void (*getAll
     if (names.empty())
         getAll(names);
     return names;
+}
+
+// The directories that may hold something of a mode.
+Names sourceDirs(const std::string& home, const ModuleInfo& module, const ModeOptInfo& option) {
+    Names dirs;
+    for (const std::string& dir : {option.rslt_dir_name, option.prof_dir_name}) {
+        if (!dir.empty())
+            dirs.push_back(entryPath(home, dir));
+    }
+    if (isMtieMode(module.name, option.mode_name))
+        dirs.push_back(home + paths::kMtieDir);
+    for (const ExtraDirInfo& extra : CFileManConf::getExtraDirList()) {
+        if (belongsTo(extra, module, option))
+            dirs.push_back(entryPath(home, extra.dir_name));
+    }
+    return dirs;
 }
 
 } // namespace
@@ -79,8 +97,6 @@ void CFileManager::reloadResult() {
     clearLoaded();
     const Names modules =
         wantedNames(m_filter.modules, CFileManConf::getCurrentModule, CFileManConf::getAllModuleNames);
-    const Names modes =
-        wantedNames(m_filter.modes, CFileManConf::getCurrentMode, CFileManConf::getAllModeNames);
     for (const std::string& name : modules) {
         const ModuleInfo& module = CFileManConf::getModuleInfo(name);
         if (CCommUtils::isEquals(module.name, "Common")) {
@@ -88,10 +104,25 @@ void CFileManager::reloadResult() {
             continue;
         }
         for (const auto& [mode, option] : module.modeOpts) {
-            if (CCommUtils::isContains(modes, mode))
+            if (isWantedMode(module, option))
                 loadMode(module, option);
         }
     }
+}
+
+bool CFileManager::isWantedMode(const ModuleInfo& module, const ModeOptInfo& option) {
+    if (!m_filter.modes.empty())
+        return CCommUtils::isContains(m_filter.modes, option.mode_name);
+    Names sources = sourceDirs(m_home, module, option);
+    sources.remove_if([this](const std::string& path) { return !m_tree->exists(path); });
+    if (sources.empty())
+        return false;
+    // A mode's directory tells the mode as a rule, and the vocabulary need not be collected for it.
+    if (std::any_of(sources.begin(), sources.end(),
+                    [&](const std::string& path) { return showsMode(path, option.mode_name); }))
+        return true;
+    return CCommUtils::isContains(
+        wantedNames({}, CFileManConf::getCurrentMode, CFileManConf::getAllModeNames), option.mode_name);
 }
 
 void CFileManager::loadMode(const ModuleInfo& module, const ModeOptInfo& option) {
@@ -107,8 +138,7 @@ void CFileManager::loadMode(const ModuleInfo& module, const ModeOptInfo& option)
     }
     int index = 0;
     for (const ExtraDirInfo& extra : CFileManConf::getExtraDirList()) {
-        if (CCommUtils::isEquals(extra.module, module.name) &&
-            CCommUtils::isEquals(extra.mode, option.mode_name))
+        if (belongsTo(extra, module, option))
             loadExtraResult(index);
         ++index;
     }

@@ -12,13 +12,14 @@
 #include "fileman/StorageTree.h"
 
 int CFileManager::loadScreenShot() {
+    const std::string dir = m_home + paths::kScreenDir;
     std::list<std::string> accepted = m_filter.tests;
-    if (accepted.empty())
+    if (accepted.empty() && !showsScreenType(dir))
         CFileManConf::getCurrentTypeKeys(accepted);
     if (!passes(accepted, "screen"))
         return 0;
     FileSource source;
-    source.dir = m_home + paths::kScreenDir;
+    source.dir = dir;
     source.storedInfo = StoredInfo::Companion;
     source.scratch = Scratch::Keep;
     source.record.module = "Common";

@@ -125,10 +125,7 @@ bool CFileManager::scanMode(const ModuleInfo& module, const ModeOptInfo& option,
     }
     found |= scanHalf(modePass(module.name, option, Half::Profile), moduleScan, modeScan);
     for (const ExtraDirInfo& extra : CFileManConf::getExtraDirList()) {
-        if (!CCommUtils::isEquals(extra.module, module.name) ||
-            !CCommUtils::isEquals(extra.mode, option.mode_name))
-            continue;
-        if (!m_tree->exists(entryPath(m_home, extra.dir_name)))
+        if (!belongsTo(extra, module, option) || !m_tree->exists(entryPath(m_home, extra.dir_name)))
             continue;
         found = true;
         noteExtraDir(extra, moduleScan, modeScan);

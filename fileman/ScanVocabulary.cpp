@@ -47,6 +47,32 @@ bool isSdhDir(const std::string& name, const std::string& path) {
                        [&](const char* word) { return equals(name, word); });
 }
 
+// The test results of a CPRI layer, which lie beside the modes of their module; null for other names.
+const char* cpriLayerOf(const std::string& name) {
+    for (const char* const layer : {"cpril1", "cpril2"}) {
+        if (startsWith(name, ("2g5-" + std::string(layer)).c_str()))
+            return layer;
+    }
+    return nullptr;
+}
+
+bool isSuffixedDir(const std::string& name) {
+    return endsWith(name, "-rslt") || endsWith(name, "-prof");
+}
+
+// The configured directory name of the mode for which a directory stands; "" when it stands for none.
+std::string modeKeyOf(const std::string& name, const std::string& path) {
+    if (isSdhDir(name, path))
+        return "ktp-rslt";
+    if (equals(name, "ktr") || equals(name, "otux") || equals(name, "cpri"))
+        return name;
+    if (startsWith(name, "odu0"))
+        return endsWith(name, "bert") ? std::string() : name;
+    if (isSuffixedDir(name))
+        return cpriLayerOf(name) == nullptr ? name : std::string();
+    return name == "screen" ? "ktb-rslt" : std::string();
+}
+
 std::string sdhTypeKey(const std::string& name) {
     for (const char* const word : {"bert", "isdn"}) {
         if (equals(name, word))
@@ -68,22 +94,26 @@ void addPort(const std::string& name, std::size_t suffixLength, const char* port
     CFileManConf::addCurrentPort(startsWith(name, "10g") ? portOf10g : CFileManConf::getPortName(key));
 }
 
-void registerPortDir(const std::string& name) {
-    if (endsWith(name, "port"))
-        addPort(name, 4, "10G P1");
-    else if (endsWith(name, "port2"))
-        addPort(name, 5, "10G P2");
-    else if (equals(name, "p1"))
+// The port that a directory of this name stands for as a whole.
+void addPortOf(const std::string& name) {
+    if (equals(name, "p1"))
         CFileManConf::addCurrentPort("P1");
     else if (equals(name, "p2"))
         CFileManConf::addCurrentPort("P2");
 }
 
-bool isScanned(const DirEntry& entry) {
-    if (entry.type != EntryType::Directory)
-        return false;
-    // The companions of reports hold pictures only, and "usbd" is a foreign medium.
-    return entry.name != "usbd" && !endsWith(std::string(entry.name), "_files");
+void registerPortDir(const std::string& name) {
+    if (endsWith(name, "port"))
+        addPort(name, 4, "10G P1");
+    else if (endsWith(name, "port2"))
+        addPort(name, 5, "10G P2");
+    else
+        addPortOf(name);
+}
+
+// The companions of reports hold pictures only, and "usbd" is a foreign medium.
+bool isScannedName(const std::string& name) {
+    return name != "usbd" && !endsWith(name, "_files");
 }
 
 } // namespace
@@ -99,6 +129,31 @@ void CFileManager::scanFilters() {
     });
 }
 
+// Each directory on the way to path counts, as the scan comes by all of them.
+bool CFileManager::showsMode(const std::string& path, const std::string& mode) {
+    if (!CFileManConf::isScanPutOff() || !m_tree->isListedDirectory(path))
+        return false;
+    for (std::size_t end = m_home.size(); end != std::string::npos;) {
+        end = path.find('/', end + 1);
+        const std::string place = path.substr(0, end);
+        const std::string name = CCommUtils::dirName(place);
+        if (!isScannedName(name))
+            return false;
+        const std::string key = modeKeyOf(name, place);
+        if (!key.empty() && CFileManConf::getModeName(key) == mode)
+            return true;
+    }
+    return false;
+}
+
+// The scan comes by that directory and registers the name of its type.
+bool CFileManager::showsScreenType(const std::string& path) {
+    std::list<std::string> keys;
+    if (CFileManConf::isScanPutOff() && m_tree->isListedDirectory(path))
+        CFileManConf::getTypeKeys(keys, CFileManConf::getTypeName("screen"));
+    return CCommUtils::isContains(keys, "screen");
+}
+
 void CFileManager::scanResultFilters(const std::string& path) {
     // Called by hand, it comes after the scan that was put off, and must not be interrupted by it.
     CFileManConf::finishScan();
@@ -107,7 +162,7 @@ void CFileManager::scanResultFilters(const std::string& path) {
     if (directory == nullptr)
         return;
     for (const DirEntry entry : *directory) {
-        if (isScanned(entry))
+        if (entry.type == EntryType::Directory && isScannedName(std::string(entry.name)))
             scanResultFilters(entryPath(path, entry.name));
     }
 }
@@ -116,41 +171,38 @@ void CFileManager::scanResultFilters(const std::string& path) {
 void CFileManager::registerDirectory(const std::string& path) {
     const std::string name = CCommUtils::dirName(path);
     const std::string parent = CCommUtils::upDirName(path);
+    const std::string mode = modeKeyOf(name, path);
     if (isSdhDir(name, path))
-        return registerSdhDir(name, parent);
-    if (registerModeDir(name, parent))
+        return registerSdhDir(name, parent, mode);
+    if (registerModeDir(name, parent, mode))
         return;
-    if (endsWith(name, "-rslt") || endsWith(name, "-prof"))
-        registerSuffixedModeDir(name);
+    if (isSuffixedDir(name))
+        registerSuffixedModeDir(name, mode);
     else
-        registerTypeOrPortDir(name);
+        registerTypeOrPortDir(name, mode);
 }
 
-void CFileManager::registerSdhDir(const std::string& name, const std::string& parent) {
+void CFileManager::registerSdhDir(const std::string& name, const std::string& parent,
+                                  const std::string& mode) {
     typePrefixFlag = false;
-    addMode("ktp-rslt");
-    if (equals(parent, "p1"))
-        CFileManConf::addCurrentPort("P1");
-    else if (equals(parent, "p2"))
-        CFileManConf::addCurrentPort("P2");
+    addMode(mode);
+    addPortOf(parent);
     const std::string key = sdhTypeKey(name);
     addType(key);
-    addTypeToMode(key, "ktp-rslt");
+    addTypeToMode(key, mode);
 }
 
 // Mode directories that are known by their whole name or its start; false for every other name.
-bool CFileManager::registerModeDir(const std::string& name, const std::string& parent) {
+bool CFileManager::registerModeDir(const std::string& name, const std::string& parent,
+                                   const std::string& mode) {
     if (equals(name, "ktr")) {
         typePrefixFlag = false;
-        addMode(name);
+        addMode(mode);
     } else if (equals(name, "otux")) {
-        if (equals(parent, "p1"))
-            CFileManConf::addCurrentPort("P1");
-        else if (equals(parent, "p2"))
-            CFileManConf::addCurrentPort("P2");
+        addPortOf(parent);
         addType("bert");
-        addMode(name);
-        addTypeToMode("bert", name);
+        addMode(mode);
+        addTypeToMode("bert", mode);
     } else if (startsWith(name, "odu0") && endsWith(name, "bert")) {
         addType("bert");
         addTypeToMode("bert", name);
@@ -159,28 +211,26 @@ bool CFileManager::registerModeDir(const std::string& name, const std::string& p
         else if (contains(name, "p2"))
             CFileManConf::addCurrentPort("P2");
     } else if (startsWith(name, "odu0") || equals(name, "cpri")) {
-        addMode(name);
+        addMode(mode);
     } else {
         return false;
     }
     return true;
 }
 
-void CFileManager::registerSuffixedModeDir(const std::string& name) {
-    for (const char* const layer : {"cpril1", "cpril2"}) {
-        if (startsWith(name, ("2g5-" + std::string(layer)).c_str())) {
-            addType(layer);
-            addTypeToMode(layer, "cpri");
-            return;
-        }
+void CFileManager::registerSuffixedModeDir(const std::string& name, const std::string& mode) {
+    if (const char* const layer = cpriLayerOf(name)) {
+        addType(layer);
+        addTypeToMode(layer, "cpri");
+        return;
     }
     // Stays as it is for everything scanned from here on, later siblings included, until another rule sets
     // it.
     typePrefixFlag = startsWith(name, "kts-");
-    addMode(name);
+    addMode(mode);
 }
 
-void CFileManager::registerTypeOrPortDir(const std::string& name) {
+void CFileManager::registerTypeOrPortDir(const std::string& name, const std::string& mode) {
     for (const std::string suffix : {"-result", "-setup"}) {
         if (CCommUtils::isEndsWith(name, suffix)) {
             const std::string key = name.substr(0, name.size() - suffix.size());
@@ -194,9 +244,9 @@ void CFileManager::registerTypeOrPortDir(const std::string& name) {
         return addType(name.substr(0, name.size() - 5));
     if (!CCommUtils::isContains(m_specialTypes, name))
         return registerPortDir(name);
-    if (name == "screen") {
-        addMode("ktb-rslt");
-        addTypeToMode(name, "ktb-rslt");
+    if (!mode.empty()) {
+        addMode(mode);
+        addTypeToMode(name, mode);
     }
     addType(name);
 }

@@ -111,14 +111,18 @@ const Directory* StorageTree::openListed(const std::string& path) {
 }
 
 const Directory* StorageTree::open(const std::string& path) {
-    if (m_directories.count(path) == 0 && lookUp(path) == Answer::No)
+    if (m_directories.count(path) == 0 && lookUp(path) == Answer::Nothing)
         return nullptr;
     return openListed(path);
 }
 
 bool StorageTree::exists(const std::string& path) {
     const Answer answer = lookUp(path);
-    return answer == Answer::AskSystem ? CCommUtils::isDirExists(path) : answer == Answer::Yes;
+    return answer == Answer::AskSystem ? CCommUtils::isDirExists(path) : answer != Answer::Nothing;
+}
+
+bool StorageTree::isListedDirectory(const std::string& path) {
+    return lookUp(path) == Answer::Directory;
 }
 
 // Walks down from the root. Whatever passes through a link, a dot entry or an empty component is left to the
@@ -134,12 +138,12 @@ StorageTree::Answer StorageTree::lookUp(const std::string& path) {
             return Answer::AskSystem;
         const std::optional<EntryType> type = parent->find(name);
         if (!type)
-            return Answer::No;
+            return Answer::Nothing;
         if (*type == EntryType::Other)
             return Answer::AskSystem;
-        if (*type == EntryType::RegularFile && next != std::string::npos)
-            return Answer::No;
+        if (*type == EntryType::RegularFile)
+            return next == std::string::npos ? Answer::File : Answer::Nothing;
         slash = next;
     }
-    return Answer::Yes;
+    return Answer::Directory;
 }

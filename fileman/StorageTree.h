@@ -82,8 +82,11 @@ public:
     // What access(path, F_OK) says.
     bool exists(const std::string& path);
 
+    // Whether a walk from root along the listed directories passes path; none that it passes is a link.
+    bool isListedDirectory(const std::string& path);
+
 private:
-    enum class Answer { Yes, No, AskSystem };
+    enum class Answer { Nothing, Directory, File, AskSystem };
     Answer lookUp(const std::string& path);
 
     std::string m_root;

@@ -2,7 +2,8 @@
 """syscalls_test.py PROGRAM
 
 Lists the sample instrument under strace and counts: a directory is opened once at most, a listed file is looked at once
-by an lstat, nothing else is looked at, and only a filter on what files tell about themselves opens any of them.
+by an lstat, nothing else is looked at, only a filter on what files tell about themselves opens any of them, and a list
+of one place stays in it.
 """
 
 import collections
@@ -31,6 +32,12 @@ REQUESTS = {
     "fmtype=rslt&jobid=JOB-2024-003": True,
     "fmtype=rslt&account=okafor": True,
     "fmtype=rslt&locator=None&type=None": True,
+}
+# What requests open below /home that need but a part of it.
+PARTS = {
+    "fmtype=screen": {"ktb"},
+    "fmtype=rslt&module=10G": {"10g"},
+    "fmtype=rslt&module=1GE&mode=Fiber%20Channel&test=fmonitor": {"1ge"},
 }
 CALL = re.compile(r'(\w+)\((?:(?:AT_FDCWD|\d+)<(?P<base>[^>]*)>, )?"(?P<path>[^"]*)"(?P<rest>.*)\) += (?P<result>-?\d+)')
 OPENS = ("open", "openat")
@@ -82,6 +89,8 @@ def faults(program, query, reads_information):
     elif not files or files & listed:
         yield f"{len(files)} files opened for their information, of them {len(files & listed)} listed ones"
     yield from (f"opened, but not there: {path}" for path in files if not os.path.exists(path))
+    parts = {path.split("/")[2] for path in opened if path.count("/") > 1} - {os.path.basename(os.path.dirname(DOCUMENT))}
+    yield from (f"opened without need: {part}" for part in parts - PARTS.get(query, parts))
     if not listed:
         yield "nothing is listed"
 

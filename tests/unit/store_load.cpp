@@ -155,6 +155,51 @@ TEST_F(Pipeline, CurrentNamesStandInForEmptyLists) {
     testing::internal::GetCapturedStdout();
 }
 
+// A mode whose directory shows it is known to be found before the scan has run.
+TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
+    const std::pair<std::string, const char*> rows[] = {
+        {"e-rslt", "E"},          {"deep/e-rslt/below", "E"}, {"ktr", "Aaa"},    {"10g/p1/bert", "SDH"},
+        {"cpri/e", "CPRI"},       {"ktb/screen", "KTB"},      {"1ge/bert", "-"}, {"usbd/e-rslt", "-"},
+        {"a_files/e-rslt", "-"},  {"link/../e-rslt", "E"},    {"link", "-"},     {"2g5-cpril1-rslt", "-"},
+        {"x-rslt/odu0bert", "-"},
+    };
+    for (const auto& [dir, expected] : rows) {
+        std::string modes, options;
+        for (const auto& [name, key] : {std::pair("Aaa", "first"),
+                                        {"CPRI", "cpri"},
+                                        {"E", "e-rslt"},
+                                        {"KTB", "ktb-rslt"},
+                                        {"SDH", "ktp-rslt"}}) {
+            modes += std::string("<e name='") + name + "' rslt_dir_name='" + key + "'/>";
+            options += std::string("<o mode_name='") + name + "'><h test_name='Result' list='t' dir_name='" +
+                       dir + "'/></o>";
+        }
+        reset();
+        // One mode that is always found, so that the others have to be.
+        modes += "<e name='X' rslt_dir_name='x-rslt'/>";
+        configure("<mode>" + modes + "</mode><module><e name='M'>" + options + "</e></module>");
+        dirs({"x-rslt"});
+        std::filesystem::create_symlink("x-rslt", "/home/link");
+        std::filesystem::create_directories("/home/" + dir + "/t");
+        writeFile("/home/" + dir + "/t/a.html", "");
+        for (const bool isScanned : {false, true}) {
+            CFileManager store;
+            store.scanFilters();
+            if (isScanned)
+                Conf::finishScan();
+            _ResultFilter filter;
+            filter.includeResults = true;
+            store.setFilter(filter);
+            std::list<_ResultInfo*> loaded;
+            store.loadResults(loaded);
+            Names found;
+            for (const _ResultInfo* info : loaded)
+                found.push_back(info->mode);
+            EXPECT_EQ(expected, joined(found)) << dir << (isScanned ? " after" : " before") << " the scan";
+        }
+    }
+}
+
 TEST_F(Pipeline, RepeatsAreListedAgain) {
     files({"e-rslt/xfmonitor"});
     _ResultFilter filter{{"10G", "10G"}, {}, {"fmonitor"}, {}, true, false, {}};
