@@ -18,7 +18,7 @@ namespace {
 
 using page::line;
 using Html = CGICommonUtils;
-using RowVisitor = std::function<void(const _ResultInfo&)>;
+using RowVisitor = std::function<void(const RecordParts&)>;
 // Shows each record of a list page to its visitor.
 using RowSource = std::function<void(const RowVisitor&)>;
 
@@ -34,35 +34,37 @@ public:
     RowWriter& operator=(const RowWriter&) = delete;
     ~RowWriter() { flush(); }
 
-    void write(const _ResultInfo& record) {
-        constexpr std::size_t kLabels = 128; // more than the texts around the values
-        const std::size_t size = kLabels + record.id.size() + record.name.size() + record.module.size() +
-                                 record.mode.size() + record.test.size() + record.port.size() +
-                                 record.datetime.size() + record.rsltype.size() + record.path.size();
+    void write(const RecordParts& record) {
+        if (m_common != &record.common)
+            prepare(record.common);
+        constexpr std::string_view kBeforeName = "', name: '";
+        constexpr std::string_view kEnd = "' },\n";
+        const std::size_t size = m_beforeIdEnd.size() + record.idEnd.size() + kBeforeName.size() +
+                                 record.name.size() + m_beforeDate.size() + record.datetime.size() +
+                                 m_beforePathEnd.size() + record.pathEnd.size() + kEnd.size();
         if (size > static_cast<std::size_t>(m_end - m_at))
             makeRoom(size);
-        put("\t\t{ id: '");
-        put(record.id);
-        put("', name: '");
+        put(m_beforeIdEnd);
+        put(record.idEnd);
+        put(kBeforeName);
         put(record.name);
-        put("', module: '");
-        put(record.module);
-        put("', mode: '");
-        put(record.mode);
-        put("', test: '");
-        put(record.test);
-        put("', port: '");
-        put(record.port);
-        put("', datetime: '");
+        put(m_beforeDate);
         put(record.datetime);
-        put("', rsltype: '");
-        put(record.rsltype);
-        put("', path: '");
-        put(record.path);
-        put("' },\n");
+        put(m_beforePathEnd);
+        put(record.pathEnd);
+        put(kEnd);
     }
 
 private:
+    // What does not differ between the files of one directory.
+    void prepare(const _ResultInfo& common) {
+        m_common = &common;
+        m_beforeIdEnd = "\t\t{ id: '" + common.id;
+        m_beforeDate = "', module: '" + common.module + "', mode: '" + common.mode + "', test: '" +
+                       common.test + "', port: '" + common.port + "', datetime: '";
+        m_beforePathEnd = "', rsltype: '" + common.rsltype + "', path: '" + common.path;
+    }
+
     void put(std::string_view text) {
         std::memcpy(m_at, text.data(), text.size());
         m_at += text.size();
@@ -86,8 +88,12 @@ private:
         m_at = m_begin;
     }
 
-    std::array<char, 65536> m_buffer;
-    std::vector<char> m_large; // instead, once a single row is larger
+    const _ResultInfo* m_common = nullptr; // the last record's
+    std::string m_beforeIdEnd;
+    std::string m_beforeDate;
+    std::string m_beforePathEnd;
+    std::array<char, 32768> m_buffer; // half a pipe: the server empties one half while the other fills
+    std::vector<char> m_large;        // instead, once a single row is larger
     char* m_begin = m_buffer.data();
     char* m_at = m_begin;
     char* m_end = m_begin + m_buffer.size();
@@ -97,7 +103,7 @@ void writeGridData(const RowSource& showRows) {
     line(1, "var griddata = [");
     {
         RowWriter rows;
-        showRows([&rows](const _ResultInfo& record) { rows.write(record); });
+        showRows([&rows](const RecordParts& record) { rows.write(record); });
     }
     line(2, "];");
 }
@@ -142,7 +148,7 @@ void writePageUntilForms(const RowSource& showRows) {
 int CFileManCGI::writeFileManPage(std::list<_ResultInfo*> results) {
     writePageUntilForms([&results](const RowVisitor& visitor) {
         for (const _ResultInfo* const record : results)
-            visitor(*record);
+            visitor(partsOf(*record));
     });
     return writeForms();
 }

@@ -46,7 +46,7 @@ void CFileManager::getLoadedResults(std::list<_ResultInfo*>& out) const {
     m_loaded->getRecords(out);
 }
 
-void CFileManager::forEachLoaded(const std::function<void(const _ResultInfo&)>& visitor) const {
+void CFileManager::forEachLoaded(const std::function<void(const RecordParts&)>& visitor) const {
     m_loaded->visit(0, visitor);
 }
 

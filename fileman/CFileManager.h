@@ -64,9 +64,9 @@ public:
     void clearLoaded();
     // Copies the loaded list.
     void getLoadedResults(std::list<_ResultInfo*>& out) const;
-    // Shows each loaded record in order, without the memory that holding all of them takes; a record is valid
-    // during its call only.
-    void forEachLoaded(const std::function<void(const _ResultInfo&)>& visitor) const;
+    // Shows each loaded record in order, without the memory that holding all of them takes. The parts are
+    // valid during the call only; what is common, until something else is loaded.
+    void forEachLoaded(const std::function<void(const RecordParts&)>& visitor) const;
     // Throws std::out_of_range for a module that the configuration lacks: wanted, it ends the request.
     void reloadResult();
     // These return the number of records added.

@@ -75,11 +75,11 @@ int CFileManager::listFiles(const FileSource& source) {
     const Directory* const directory = m_tree->open(source.dir);
     if (directory == nullptr)
         return 0;
-    const FileSource& kept = m_loaded->keep(source);
+    m_loaded->startFiles(source);
     const std::size_t before = m_loaded->size();
     const bool passesAll = needsOf(m_filter.advanceInfo) == Needs::Nothing;
     const DateReader::Session session(m_dates);
-    m_dates.setDirectory(kept.dir);
+    m_dates.setDirectory(source.dir);
     _AdvanceInfo named;
     for (const DirEntry entry : *directory) {
         if (entry.type != EntryType::RegularFile)
@@ -94,9 +94,10 @@ int CFileManager::listFiles(const FileSource& source) {
             if (!isWanted(source, *directory, fileName, named))
                 continue;
         }
-        if (directory->changeTime(entry) == kUnknownTime)
-            directory->keepChangeTime(entry, m_dates.read(fileName.data()));
-        m_loaded->add(kept, fileName.data(), directory->changeTime(entry));
+        // Also told already when the directory is listed a second time.
+        if (Directory::changeTime(fileName.data()) == kUnknownTime)
+            directory->keepChangeTime(fileName.data(), m_dates.read(fileName.data()));
+        m_loaded->addFile(fileName.data());
     }
     return static_cast<int>(m_loaded->size() - before);
 }

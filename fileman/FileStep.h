@@ -15,7 +15,7 @@ enum class StoredInfo {
 // Whether the instrument's own saved last configuration is listed.
 enum class Scratch { Keep, Drop };
 
-// One directory whose files are to be listed, and what all of their records share.
+// One directory whose files are to be listed, and what all of their records have in common.
 struct FileSource {
     std::string dir;
     StoredInfo storedInfo = StoredInfo::Plain;

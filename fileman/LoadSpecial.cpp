@@ -51,8 +51,9 @@ int CFileManager::loadExtraResult(int index) {
     const std::size_t before = m_loaded->size();
     const int count = listFiles(source);
     // Wanted: the lines stand in the response, before its header.
-    m_loaded->visit(before,
-                    [](const _ResultInfo& record) { std::printf("Find at:%s\n", record.path.c_str()); });
+    m_loaded->visit(before, [](const RecordParts& record) {
+        std::printf("Find at:%s%s\n", record.common.path.c_str(), std::string(record.pathEnd).c_str());
+    });
     return count;
 }
 

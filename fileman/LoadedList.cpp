@@ -6,80 +6,98 @@
 
 #include "common/FileDate.h"
 #include "fileman/CFileManager.h"
+#include "fileman/StorageTree.h"
 
 namespace {
 
-// Makes the record of one file after the other; what neighbours share is written once.
-class RecordMaker {
+// Text of one date after the other; neighbours often have the same one.
+class DateText {
 public:
-    const _ResultInfo& make(const FileSource& source, std::string_view fileName, std::time_t changeTime) {
-        if (m_source != &source)
-            start(source);
-        m_record.name = fileName.substr(0, fileName.find('.'));
-        m_record.id.replace(m_idStart, std::string::npos, m_record.name);
-        if (m_record.id.size() > CFileManager::kLongestId)
-            m_record.id.resize(CFileManager::kLongestId);
-        m_record.path.replace(m_pathStart, std::string::npos, fileName);
-        if (m_changeTime != changeTime)
-            m_record.datetime = formatDateTime(m_changeTime = changeTime);
-        return m_record;
+    std::string_view of(std::time_t time) {
+        if (m_text.empty() || m_time != time)
+            m_text = formatDateTime(m_time = time);
+        return m_text;
     }
 
 private:
-    void start(const FileSource& source) {
-        m_source = &source;
-        m_record = source.record;
-        m_record.id = CFileManager::makeUniqueId(&m_record);
-        m_record.path = source.dir + "/";
-        m_record.datetime = formatDateTime(m_changeTime);
-        m_idStart = m_record.id.size();
-        m_pathStart = m_record.path.size();
-    }
-
-    const FileSource* m_source = nullptr;
-    _ResultInfo m_record;
-    std::size_t m_idStart = 0;
-    std::size_t m_pathStart = 0;
-    std::time_t m_changeTime = kUnknownTime;
+    std::time_t m_time = kUnknownTime;
+    std::string m_text;
 };
+
+RecordParts partsOf(const FileSource& source, const char* listedName, DateText& dates) {
+    const std::string_view fileName = listedName;
+    const std::string_view name = fileName.substr(0, fileName.find('.'));
+    const std::size_t left = CFileManager::kLongestId - source.record.id.size();
+    return {source.record, name, name.substr(0, left), fileName, dates.of(Directory::changeTime(listedName))};
+}
+
+std::unique_ptr<_ResultInfo> makeRecord(const RecordParts& parts) {
+    auto record = std::make_unique<_ResultInfo>(parts.common);
+    record->name = parts.name;
+    record->id += parts.idEnd;
+    record->path += parts.pathEnd;
+    record->datetime = parts.datetime;
+    return record;
+}
 
 } // namespace
 
 void LoadedList::clear() {
     m_items.clear();
-    m_sources.clear();
+    m_runs.clear();
 }
 
 void LoadedList::add(_ResultInfo* record) {
-    Item item{nullptr, {}, kUnknownTime};
+    append(record);
+}
+
+void LoadedList::append(_ResultInfo* record) const {
+    if (m_runs.empty() || m_runs.back().areFiles)
+        m_runs.push_back({false, {}, m_items.size()});
+    Item item;
     item.record = record;
     m_items.push_back(item);
+    ++m_runs.back().end;
 }
 
-const FileSource& LoadedList::keep(const FileSource& source) {
-    return m_sources.emplace_back(source);
+void LoadedList::startFiles(const FileSource& source) {
+    m_runs.push_back({true, source, m_items.size()});
+    _ResultInfo& common = m_runs.back().source.record;
+    common.id = CFileManager::makeUniqueId(&common);
+    common.path = source.dir + "/";
 }
 
-void LoadedList::add(const FileSource& source, const char* fileName, std::time_t changeTime) {
-    m_items.push_back({&source, {fileName}, changeTime});
+void LoadedList::addFile(const char* fileName) {
+    m_items.push_back({fileName});
+    ++m_runs.back().end;
+}
+
+template<typename Step>
+void LoadedList::forEachItem(std::size_t first, Step&& step) const {
+    auto item = m_items.begin() + static_cast<std::ptrdiff_t>(first);
+    std::size_t position = first;
+    for (const Run& run : m_runs) {
+        for (; position < run.end; ++position, ++item)
+            step(run, *item);
+    }
 }
 
 void LoadedList::visit(std::size_t first, const Visitor& visitor) const {
-    RecordMaker maker;
-    for (auto item = m_items.begin() + static_cast<std::ptrdiff_t>(first); item != m_items.end(); ++item)
-        visitor(item->source == nullptr ? *item->record
-                                        : maker.make(*item->source, item->fileName, item->changeTime));
+    DateText dates;
+    forEachItem(first, [&](const Run& run, const Item& item) {
+        visitor(run.areFiles ? partsOf(run.source, item.fileName, dates) : ::partsOf(*item.record));
+    });
 }
 
 void LoadedList::getRecords(std::list<_ResultInfo*>& out) const {
-    RecordMaker maker;
+    DateText dates;
     out.clear();
-    for (Item& item : m_items) {
-        if (item.source != nullptr) {
-            const _ResultInfo& made = maker.make(*item.source, item.fileName, item.changeTime);
-            item.record = std::make_unique<_ResultInfo>(made).release();
-            item.source = nullptr;
-        }
-        out.push_back(item.record);
-    }
+    forEachItem(0, [&](const Run& run, const Item& item) {
+        out.push_back(run.areFiles ? makeRecord(partsOf(run.source, item.fileName, dates)).release()
+                                   : item.record);
+    });
+    m_items.clear();
+    m_runs.clear();
+    for (_ResultInfo* const record : out)
+        append(record);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <ctime>
 #include <deque>
 #include <functional>
 #include <list>
@@ -11,39 +10,45 @@
 
 // The records of the last load, in the order found.
 //
-// Of a listed file only its place and its date are kept, a twentieth of a record: the list page looks at each
-// record once, and a list of 100,000 would otherwise spend more on memory than on the disk. Records that
-// somebody wants to hold are made when he asks, and stay.
+// Of a listed file only its place in the directory's listing is kept, where its date is, too: the list page
+// looks at each record once, and a list of 100,000 would otherwise spend more on memory than on the disk.
+// Records that somebody wants to hold are made when he asks, and stay.
 class LoadedList {
 public:
-    using Visitor = std::function<void(const _ResultInfo&)>;
+    using Visitor = std::function<void(const RecordParts&)>;
 
     void clear();
     std::size_t size() const { return m_items.size(); }
 
     void add(_ResultInfo* record);
-    // Keeps what the records of one directory share, for the following.
-    const FileSource& keep(const FileSource& source);
-    // source comes from keep; fileName lives as long as the list.
-    void add(const FileSource& source, const char* fileName, std::time_t changeTime);
+    // The files added from now on come from that directory.
+    void startFiles(const FileSource& source);
+    // fileName: of an entry of the directory, in its listing, which lives as long as the list.
+    void addFile(const char* fileName);
 
-    // Shows the records from the position first on; each is valid during its call only.
+    // Shows the records from the position first on; name and datetime are valid during the call only.
     void visit(std::size_t first, const Visitor& visitor) const;
 
     // Replaces out by all records; the same ones whenever it is asked.
     void getRecords(std::list<_ResultInfo*>& out) const;
 
 private:
-    // A listed file, or a record when there is no source.
-    struct Item {
-        const FileSource* source;
-        union {
-            const char* fileName;
-            _ResultInfo* record;
-        };
-        std::time_t changeTime; // of the file
+    union Item {
+        const char* fileName;
+        _ResultInfo* record;
+    };
+    // Neighbours of one kind: files of one directory, or records.
+    struct Run {
+        bool areFiles;
+        FileSource source; // of files
+        std::size_t end;   // the position behind the last of them
     };
 
-    std::deque<FileSource> m_sources;
+    void append(_ResultInfo* record) const;
+    // Calls step(run, item) for each item from the position first on.
+    template<typename Step>
+    void forEachItem(std::size_t first, Step&& step) const;
+
+    mutable std::deque<Run> m_runs;
     mutable std::deque<Item> m_items;
 };

@@ -2,6 +2,7 @@
 
 #include <list>
 #include <string>
+#include <string_view>
 
 // One listed file set. All fields start empty; the order is part of the interface.
 struct _ResultInfo {
@@ -17,6 +18,20 @@ struct _ResultInfo {
     std::string path;     // full path, extension included
     std::string type;     // type key
 };
+
+// A record in the parts that its row is made of, without the cost of making the record. What the files of one
+// directory have in common is one object, the same one for all of them.
+struct RecordParts {
+    const _ResultInfo& common; // all fields but name and datetime; id and path only begin here
+    std::string_view name;
+    std::string_view idEnd;
+    std::string_view pathEnd;
+    std::string_view datetime;
+};
+
+inline RecordParts partsOf(const _ResultInfo& record) {
+    return {record, record.name, {}, {}, record.datetime};
+}
 
 // The parameters of one load pass over one configured directory.
 struct LoadInfo {

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 
 #include <array>
+#include <climits>
 #include <cstddef>
 #include <cstring>
 
@@ -23,6 +24,9 @@ EntryType entryType(unsigned char listed) {
         return EntryType::Other;
     }
 }
+
+// Up to some fifty entries, walking the listing is cheaper than the first look-up in an index.
+constexpr std::size_t kShortListing = 2048;
 
 bool isDotOrDotDot(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
@@ -55,6 +59,13 @@ void Directory::Iterator::skipDots() {
 }
 
 std::optional<EntryType> Directory::find(std::string_view name) const {
+    if (m_listing.size() <= kShortListing) {
+        for (const DirEntry entry : *this) {
+            if (entry.name == name)
+                return entry.type;
+        }
+        return std::nullopt;
+    }
     if (m_index.empty()) {
         for (const DirEntry entry : *this)
             m_index.emplace(entry.name, entry.type);
@@ -74,20 +85,16 @@ Directory::Directory(std::vector<char> listing) : m_listing(std::move(listing)) 
         std::memcpy(&m_listing[at + offsetof(dirent64, d_ino)], &kUnknownTime, sizeof kUnknownTime);
 }
 
-char* Directory::placeOfTime(const DirEntry& entry) const {
+std::time_t Directory::changeTime(const char* name) {
     static_assert(sizeof(dirent64::d_ino) >= sizeof(std::time_t));
-    const char* const record = entry.name.data() - offsetof(dirent64, d_name);
-    return m_listing.data() + (record - m_listing.data()) + offsetof(dirent64, d_ino);
-}
-
-std::time_t Directory::changeTime(const DirEntry& entry) const {
     std::time_t time = kUnknownTime;
-    std::memcpy(&time, placeOfTime(entry), sizeof time);
+    std::memcpy(&time, name - offsetof(dirent64, d_name) + offsetof(dirent64, d_ino), sizeof time);
     return time;
 }
 
-void Directory::keepChangeTime(const DirEntry& entry, std::time_t time) const {
-    std::memcpy(placeOfTime(entry), &time, sizeof time);
+void Directory::keepChangeTime(const char* name, std::time_t time) const {
+    char* const record = m_listing.data() + (name - offsetof(dirent64, d_name) - m_listing.data());
+    std::memcpy(record + offsetof(dirent64, d_ino), &time, sizeof time);
 }
 
 // The records are kept as the system writes them: there is no cheaper form to make. opendir would add a stat,
@@ -103,17 +110,21 @@ std::optional<Directory> readDirectory(const std::string& path) {
     return Directory(std::move(listing));
 }
 
-const Directory* StorageTree::openListed(const std::string& path) {
-    const auto [place, isNew] = m_directories.try_emplace(path);
+StorageTree::Place& StorageTree::visit(const std::string& path) {
+    const auto [place, isNew] = m_places.try_emplace(path);
     if (isNew)
-        place->second = readDirectory(path);
-    return place->second ? &*place->second : nullptr;
+        place->second.directory = readDirectory(path);
+    return place->second;
+}
+
+const Directory* StorageTree::openListed(const std::string& path) {
+    const Place& place = visit(path);
+    return place.directory ? &*place.directory : nullptr;
 }
 
 const Directory* StorageTree::open(const std::string& path) {
-    if (m_directories.count(path) == 0 && lookUp(path) == Answer::Nothing)
-        return nullptr;
-    return openListed(path);
+    const bool isMissing = m_places.count(path) == 0 && lookUp(path) == Answer::Nothing;
+    return isMissing ? nullptr : openListed(path);
 }
 
 bool StorageTree::exists(const std::string& path) {
@@ -125,25 +136,41 @@ bool StorageTree::isListedDirectory(const std::string& path) {
     return lookUp(path) == Answer::Directory;
 }
 
-// Walks down from the root. Whatever passes through a link, a dot entry or an empty component is left to the
-// system, which alone knows what that means.
-StorageTree::Answer StorageTree::lookUp(const std::string& path) {
-    if (!CCommUtils::isStartsWith(path, m_root + "/"))
-        return Answer::AskSystem;
-    for (std::size_t slash = m_root.size(); slash != std::string::npos;) {
-        const Directory* const parent = openListed(path.substr(0, slash));
-        const std::size_t next = path.find('/', slash + 1);
-        const std::string_view name = std::string_view(path).substr(slash + 1, next - slash - 1);
-        if (parent == nullptr || name.empty() || name == "." || name == "..")
-            return Answer::AskSystem;
-        const std::optional<EntryType> type = parent->find(name);
-        if (!type)
-            return Answer::Nothing;
-        if (*type == EntryType::Other)
-            return Answer::AskSystem;
-        if (*type == EntryType::RegularFile)
-            return next == std::string::npos ? Answer::File : Answer::Nothing;
-        slash = next;
+StorageTree::Answer StorageTree::answerOf(const Directory& parent, std::string_view name) {
+    const std::optional<EntryType> type = parent.find(name);
+    if (!type)
+        return Answer::Nothing;
+    switch (*type) {
+    case EntryType::Directory:
+        return Answer::Directory;
+    case EntryType::RegularFile:
+        return Answer::File;
+    case EntryType::Other:
+        break;
     }
-    return Answer::Directory;
+    return Answer::AskSystem;
+}
+
+// From path up to the first place that is known, and down again. Whatever passes through a link, a dot entry
+// or an empty component is left to the system, which alone knows what that means.
+StorageTree::Answer StorageTree::lookUp(const std::string& path) {
+    if (path == m_root)
+        return Answer::Directory;
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos || slash < m_root.size() || path.size() >= PATH_MAX)
+        return Answer::AskSystem;
+    const std::string_view name = std::string_view(path).substr(slash + 1);
+    if (name.empty() || name == "." || name == "..")
+        return Answer::AskSystem;
+    const std::string parent = path.substr(0, slash);
+    const auto known = m_places.find(parent);
+    Place* place = known == m_places.end() ? nullptr : &known->second;
+    if (place == nullptr || !place->isListed) {
+        const Answer answer = lookUp(parent);
+        if (answer != Answer::Directory)
+            return answer == Answer::File ? Answer::Nothing : answer;
+        place = &visit(parent);
+        place->isListed = true;
+    }
+    return place->directory ? answerOf(*place->directory, name) : Answer::AskSystem;
 }

@@ -43,17 +43,17 @@ public:
         return {m_listing.data() + m_listing.size(), m_listing.data() + m_listing.size()};
     }
 
-    // The entry's type; nothing when there is none of that name. Indexed, for callers that ask for many.
+    // The entry's type; nothing when there is none of that name. A long listing is indexed, for callers that
+    // ask for many.
     std::optional<EntryType> find(std::string_view name) const;
 
     // The entry's status-change time as far as somebody has found it out and kept it here; kUnknownTime
-    // before. These take an entry of this directory.
-    std::time_t changeTime(const DirEntry& entry) const;
-    void keepChangeTime(const DirEntry& entry, std::time_t time) const;
+    // before. name: of an entry of a directory, in the listing itself.
+    static std::time_t changeTime(const char* name);
+    // name: of an entry of this directory.
+    void keepChangeTime(const char* name, std::time_t time) const;
 
 private:
-    char* placeOfTime(const DirEntry& entry) const;
-
     mutable std::vector<char>
         m_listing; // in place of its inode number, which nobody asks for, an entry has its time
     mutable std::unordered_map<std::string_view, EntryType> m_index; // made by the first find
@@ -87,8 +87,15 @@ public:
 
 private:
     enum class Answer { Nothing, Directory, File, AskSystem };
+    // A directory that was opened. Listed: all names on the way to it are directories in the listings.
+    struct Place {
+        std::optional<Directory> directory; // nothing when it cannot be opened
+        bool isListed = false;
+    };
+    Place& visit(const std::string& path);
     Answer lookUp(const std::string& path);
+    static Answer answerOf(const Directory& parent, std::string_view name);
 
     std::string m_root;
-    std::unordered_map<std::string, std::optional<Directory>> m_directories;
+    std::unordered_map<std::string, Place> m_places;
 };
