@@ -68,9 +68,18 @@ std::string normalised(const std::string& content) {
     return text.append(4, '\0');
 }
 
+// An upper bound of the elements that can be open at once: to open one, the parser has to stand at a '>', and
+// it never does so behind a '/'.
+int mostOpenElements(const std::string& text) {
+    int count = 0;
+    for (std::size_t end = text.find('>'); end != std::string::npos; end = text.find('>', end + 1))
+        count += end == 0 || text[end - 1] != '/' ? 1 : 0;
+    return count;
+}
+
 bool isWithinLimits(const std::string& text) {
     // Most documents are so small that they cannot pass the limits.
-    if (std::count(text.begin(), text.end(), '<') <= kDeepestNesting &&
+    if (mostOpenElements(text) < kDeepestNesting &&
         std::count(text.begin(), text.end(), '=') <= kMostAttributes)
         return true;
     XmlTags tags(text);
