@@ -16,8 +16,10 @@ public:
     static bool isEmpty(const char* s);
     static bool isStartsWith(const std::string& s, const std::string& prefix);
     static bool isEndsWith(const std::string& s, const std::string& suffix);
-    // Ignores letter case, byte by byte.
+    // Ignores the case of ASCII letters.
     static bool isEquals(const std::string& a, const std::string& b);
+    // ASCII letters only, as isEquals compares them.
+    static std::string lowerCase(std::string s);
     // Whether part occurs in s, case-sensitively.
     static bool isContains(const std::string& s, const std::string& part);
     // Whether an item equals s exactly.

@@ -90,9 +90,9 @@ void setEveryTypeChecked(const std::string& name, bool state) {
 // Appends wanted(key, record) of the checked records whose current(key, record) was found on disk.
 template<typename Record, typename Current, typename Wanted>
 void appendChecked(std::list<std::string>& out, const std::map<std::string, Record>& map,
-                   const std::list<std::string>& found, Current&& current, Wanted&& wanted) {
+                   const UniqueNames& found, Current&& current, Wanted&& wanted) {
     for (const auto& entry : map) {
-        if (entry.second.checked && CCommUtils::isContains(found, current(entry)))
+        if (entry.second.checked && found.contains(current(entry)))
             out.push_back(wanted(entry));
     }
 }

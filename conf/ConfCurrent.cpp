@@ -7,22 +7,22 @@
 
 namespace {
 
-bool addOnce(std::list<std::string>& list, const std::string& item) {
-    if (CCommUtils::isContains(list, item))
-        return false;
-    list.push_back(item);
-    return true;
-}
-
 void mergeInto(std::list<std::string>& list, const std::list<std::string>& items) {
-    for (const std::string& item : items)
-        addOnce(list, item);
+    UniqueNames merged(list);
+    for (const std::string& item : items) {
+        if (merged.add(item))
+            list.push_back(item);
+    }
 }
 
+// Appends the map's keys but for those that stand there already.
 template<typename Record>
-void addKeys(std::list<std::string>& out, const std::map<std::string, Record>& map) {
-    for (const auto& [key, record] : map)
-        addOnce(out, key);
+void appendKeys(std::list<std::string>& out, const std::map<std::string, Record>& map) {
+    const UniqueNames before(out);
+    for (const auto& [key, record] : map) {
+        if (!before.contains(key))
+            out.push_back(key);
+    }
 }
 
 } // namespace
@@ -41,37 +41,37 @@ void CFileManConf::finishScan() {
 
 void CFileManConf::addCurrentMode(const std::string& name) {
     foundState().s_modeName = name;
-    addOnce(foundState().s_curModeList, name);
+    foundState().s_curModeList.add(name);
 }
 
 void CFileManConf::addCurrentType(const std::string& name) {
     ConfState& state = foundState();
-    addOnce(state.s_curTypeList, name);
-    addOnce(state.s_modeTypeMap[state.s_modeName], name);
+    state.s_curTypeList.add(name);
+    state.s_modeTypeMap[state.s_modeName].add(name);
 }
 
 void CFileManConf::addCurrentPort(const std::string& name) {
-    addOnce(foundState().s_curPortList, name);
+    foundState().s_curPortList.add(name);
 }
 
 void CFileManConf::addCurrentModule(const std::string& name) {
-    addOnce(confState().s_curModuleList, name);
+    confState().s_curModuleList.add(name);
 }
 
 void CFileManConf::getCurrentMode(std::list<std::string>& out) {
-    out = foundState().s_curModeList;
+    out = foundState().s_curModeList.names();
 }
 
 void CFileManConf::getCurrentTypeNames(std::list<std::string>& out) {
-    out = foundState().s_curTypeList;
+    out = foundState().s_curTypeList.names();
 }
 
 void CFileManConf::getCurrentPort(std::list<std::string>& out) {
-    out = foundState().s_curPortList;
+    out = foundState().s_curPortList.names();
 }
 
 void CFileManConf::getCurrentModule(std::list<std::string>& out) {
-    out = confState().s_curModuleList;
+    out = confState().s_curModuleList.names();
 }
 
 void CFileManConf::getTypeByModeName(std::list<std::string>& out, const std::string& mode) {
@@ -79,45 +79,48 @@ void CFileManConf::getTypeByModeName(std::list<std::string>& out, const std::str
     if (found == foundState().s_modeTypeMap.end())
         out.clear();
     else
-        out = found->second;
+        out = found->second.names();
 }
 
 void CFileManConf::getCurrentTypeKeys(std::list<std::string>& out) {
-    for (const std::string& name : foundState().s_curTypeList)
+    for (const std::string& name : foundState().s_curTypeList.names())
         getTypeKeys(out, name);
 }
 
 void CFileManConf::getTypeKeys(std::list<std::string>& out, const std::string& typeName) {
     for (const auto& [key, type] : confState().s_confTypeMap) {
-        if (CCommUtils::isEquals(type.name, typeName))
-            addOnce(out, key);
+        if (CCommUtils::isEquals(type.name, typeName) && !CCommUtils::isContains(out, key))
+            out.push_back(key);
     }
 }
 
 void CFileManConf::getAllModeNames(std::list<std::string>& out) {
-    addKeys(out, confState().s_confModeMap);
+    appendKeys(out, confState().s_confModeMap);
 }
 
 void CFileManConf::getAllTypeNames(std::list<std::string>& out) {
-    for (const auto& [key, type] : confState().s_confTypeMap)
-        addOnce(out, type.name);
+    UniqueNames known(out);
+    for (const auto& [key, type] : confState().s_confTypeMap) {
+        if (known.add(type.name))
+            out.push_back(type.name);
+    }
 }
 
 void CFileManConf::getAllTypeKeys(std::list<std::string>& out) {
-    addKeys(out, confState().s_confTypeMap);
+    appendKeys(out, confState().s_confTypeMap);
 }
 
 void CFileManConf::getAllPortNames(std::list<std::string>& out) {
-    addKeys(out, confState().s_confPortMap);
+    appendKeys(out, confState().s_confPortMap);
 }
 
 void CFileManConf::getAllModuleNames(std::list<std::string>& out) {
-    addKeys(out, confState().s_confModuleMap);
+    appendKeys(out, confState().s_confModuleMap);
 }
 
 bool CFileManConf::addTypeToMode(const std::string& type, const std::string& mode) {
     const auto found = foundState().s_modeTypeMap.find(mode);
-    return found != foundState().s_modeTypeMap.end() && addOnce(found->second, type);
+    return found != foundState().s_modeTypeMap.end() && found->second.add(type);
 }
 
 void CFileManConf::clearCurrentModes() {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 
@@ -8,15 +9,9 @@
 
 namespace {
 
-// The wanted field of the first record, in key order, whose matched field equals text; "" when none does.
 template<typename Record>
-std::string find(const std::map<std::string, Record>& map, std::string Record::*matched,
-                 const std::string& text, std::string Record::*wanted) {
-    for (const auto& [key, record] : map) {
-        if (CCommUtils::isEquals(record.*matched, text))
-            return record.*wanted;
-    }
-    return {};
+std::string fieldOf(const Record* record, std::string Record::*field) {
+    return record == nullptr ? std::string() : record->*field;
 }
 
 // std::map::at that tells the server's log which key it was: nobody catches the exception.
@@ -41,46 +36,46 @@ constexpr char kUnknown[] = "Unknown";
 } // namespace
 
 std::string CFileManConf::getModeName(const std::string& dirName) {
-    for (const auto& [name, mode] : confState().s_confModeMap) {
-        // "ktr" directories belong to the first mode whatever their configured name: wanted.
-        if (CCommUtils::isEquals(mode.rslt_dir_name, dirName) ||
-            CCommUtils::isEquals(mode.prof_dir_name, dirName) || dirName == "ktr")
-            return name;
-    }
-    return {};
+    ConfState& state = confState();
+    const auto& modes = state.s_confModeMap;
+    // "ktr" directories belong to the first mode whatever their configured name: wanted.
+    if (dirName == "ktr")
+        return modes.empty() ? std::string() : modes.begin()->first;
+    const _ModeInfo* const byResult = state.indices.modeByResultDir.find(modes, dirName);
+    const _ModeInfo* const byProfile = state.indices.modeByProfileDir.find(modes, dirName);
+    if (byResult != nullptr && byProfile != nullptr)
+        return std::min(byResult->name, byProfile->name);
+    return fieldOf(byResult == nullptr ? byProfile : byResult, &_ModeInfo::name);
 }
 
 std::string CFileManConf::getTypeName(const std::string& typeKey) {
-    return find(confState().s_confTypeMap, &_TypeInfo::key, typeKey, &_TypeInfo::name);
+    return fieldOf(confState().indices.typeByKey.find(getTypesInfo(), typeKey), &_TypeInfo::name);
 }
 
 std::string CFileManConf::getPortName(const std::string& portKey) {
-    return find(confState().s_confPortMap, &_PortInfo::key, portKey, &_PortInfo::name);
+    return fieldOf(confState().indices.portByKey.find(getPortsInfo(), portKey), &_PortInfo::name);
 }
 
 std::string CFileManConf::modeName2Label(const std::string& name) {
-    return find(confState().s_confModeMap, &_ModeInfo::name, name, &_ModeInfo::label);
+    return fieldOf(confState().indices.modeByName.find(getModesInfo(), name), &_ModeInfo::label);
 }
 
 std::string CFileManConf::typeKey2Label(const std::string& key) {
-    return find(confState().s_confTypeMap, &_TypeInfo::key, key, &_TypeInfo::label);
+    return fieldOf(confState().indices.typeByKey.find(getTypesInfo(), key), &_TypeInfo::label);
 }
 
 std::string CFileManConf::portName2Label(const std::string& name) {
-    return find(confState().s_confPortMap, &_PortInfo::name, name, &_PortInfo::label);
+    return fieldOf(confState().indices.portByName.find(getPortsInfo(), name), &_PortInfo::label);
 }
 
 std::string CFileManConf::modeLabel2DirName(const std::string& label, bool isResult) {
-    return find(confState().s_confModeMap, &_ModeInfo::label, label,
-                isResult ? &_ModeInfo::rslt_dir_name : &_ModeInfo::prof_dir_name);
+    return fieldOf(confState().indices.modeByLabel.find(getModesInfo(), label),
+                   isResult ? &_ModeInfo::rslt_dir_name : &_ModeInfo::prof_dir_name);
 }
 
 std::string CFileManConf::typeLabel2DirName(const std::string& label, bool isResult) {
-    for (const auto& [key, type] : confState().s_confTypeMap) {
-        if (CCommUtils::isEquals(type.label, label))
-            return type.key + (isResult ? type.rslt_suffix : type.prof_suffix);
-    }
-    return {};
+    const _TypeInfo* const type = confState().indices.typeByLabel.find(getTypesInfo(), label);
+    return type == nullptr ? std::string() : type->key + (isResult ? type->rslt_suffix : type->prof_suffix);
 }
 
 std::string CFileManConf::portLabel2DirName(const std::string& label, bool /*isResult*/) {
@@ -89,15 +84,15 @@ std::string CFileManConf::portLabel2DirName(const std::string& label, bool /*isR
         return "10gport";
     if (CCommUtils::isEquals(label, "10GE M1"))
         return "10gport2";
-    return find(confState().s_confPortMap, &_PortInfo::label, label, &_PortInfo::dir);
+    return fieldOf(confState().indices.portByLabel.find(getPortsInfo(), label), &_PortInfo::dir);
 }
 
 std::string CFileManConf::modeLabel2ModeName(const std::string& label) {
-    return find(confState().s_confModeMap, &_ModeInfo::label, label, &_ModeInfo::name);
+    return fieldOf(confState().indices.modeByLabel.find(getModesInfo(), label), &_ModeInfo::name);
 }
 
 std::string CFileManConf::typeLabel2Key(const std::string& label) {
-    return find(confState().s_confTypeMap, &_TypeInfo::label, label, &_TypeInfo::key);
+    return fieldOf(confState().indices.typeByLabel.find(getTypesInfo(), label), &_TypeInfo::key);
 }
 
 const _ModeInfo& CFileManConf::getModeInfo(const std::string& name) {

@@ -6,8 +6,23 @@
 #include <map>
 #include <string>
 
+#include "common/UniqueNames.h"
 #include "conf/ConfRecords.h"
+#include "conf/FieldIndex.h"
 #include "conf/ScanRecords.h"
+
+// For the lookups, which loops over directories and records use.
+struct ConfIndices {
+    FieldIndex<_ModeInfo> modeByName{&_ModeInfo::name};
+    FieldIndex<_ModeInfo> modeByLabel{&_ModeInfo::label};
+    FieldIndex<_ModeInfo> modeByResultDir{&_ModeInfo::rslt_dir_name};
+    FieldIndex<_ModeInfo> modeByProfileDir{&_ModeInfo::prof_dir_name};
+    FieldIndex<_TypeInfo> typeByKey{&_TypeInfo::key};
+    FieldIndex<_TypeInfo> typeByLabel{&_TypeInfo::label};
+    FieldIndex<_PortInfo> portByKey{&_PortInfo::key};
+    FieldIndex<_PortInfo> portByName{&_PortInfo::name};
+    FieldIndex<_PortInfo> portByLabel{&_PortInfo::label};
+};
 
 // The state behind CFileManConf. Only sources of this folder include this header; everybody else asks the
 // class.
@@ -22,17 +37,19 @@ struct ConfState {
     std::list<ExtraDirInfo> s_extraDirInfoList; // document order, duplicates kept
 
     // Filled by the scans of the storage tree, in the order first found, without duplicates.
-    std::list<std::string> s_curModeList;
-    std::list<std::string> s_curTypeList;
-    std::list<std::string> s_curPortList;
-    std::list<std::string> s_curModuleList;
-    std::map<std::string, std::list<std::string>> s_modeTypeMap; // mode name to type names
-    std::string s_modeName;                                      // the mode added last
+    UniqueNames s_curModeList;
+    UniqueNames s_curTypeList;
+    UniqueNames s_curPortList;
+    UniqueNames s_curModuleList;
+    std::map<std::string, UniqueNames> s_modeTypeMap; // mode name to type names
+    std::string s_modeName;                           // the mode added last
     std::map<std::string, ScanModuleToModeInfo> s_scanInfo;
 
     std::function<void()> putOffScan; // fills the lists above; empty once it has run
 
     std::array<bool, 5> s_allChecked{};
+
+    ConfIndices indices;
 };
 
 ConfState& confState();

@@ -36,6 +36,12 @@ void CFileManager::getFilter(_ResultFilter& filter) const {
 
 void CFileManager::setFilter(const _ResultFilter& filter) {
     m_filter = filter;
+    indexFilter();
+}
+
+void CFileManager::indexFilter() {
+    m_tests = UniqueNames(m_filter.tests);
+    m_ports = UniqueNames(m_filter.ports);
 }
 
 void CFileManager::clearLoaded() {

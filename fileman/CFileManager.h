@@ -8,6 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "common/UniqueNames.h"
 #include "conf/ConfRecords.h"
 #include "conf/ResultFilter.h"
 #include "conf/ScanRecords.h"
@@ -135,8 +136,11 @@ public:
     int loadCPRILayerProfile(const _ModeInfo& mode);
 
 private:
-    // Whether a filter list lets value pass; an empty one restricts nothing.
-    static bool passes(const std::list<std::string>& filter, const std::string& value);
+    // Whether the filter's list lets value pass; an empty one restricts nothing.
+    bool passesTests(const std::string& type) const;
+    bool passesPorts(const std::string& port) const;
+    // To be called whenever the filter has changed.
+    void indexFilter();
     // The next question reads the disk again; what is loaded stays.
     void forgetDisk();
 
@@ -195,6 +199,8 @@ private:
     bool passesKnown(const std::string& typeKey) const;
 
     _ResultFilter m_filter;
+    UniqueNames m_tests; // of the filter
+    UniqueNames m_ports;
     std::list<std::string> m_extensions;   // file name endings that are listed
     std::list<std::string> m_specialTypes; // type directories without a suffix
     std::string m_home;

@@ -60,7 +60,7 @@ int forEachDir(StorageTree& tree, const std::string& path, Visitor&& visit) {
 
 bool CFileManager::passesKnown(const std::string& typeKey) const {
     if (!m_filter.tests.empty())
-        return CCommUtils::isContains(m_filter.tests, typeKey);
+        return m_tests.contains(typeKey);
     std::list<std::string> known;
     CFileManConf::getCurrentTypeKeys(known);
     return CCommUtils::isContains(known, typeKey);
@@ -89,7 +89,7 @@ int CFileManager::loadFamilyRoot(const FamilyRule& rule, const std::string& path
     case PortFrom::Root:
     case PortFrom::RootOtux: {
         const std::string port = rootPort(rule, path);
-        return passes(m_filter.ports, port) ? loadFamilyTypes(rule, path, mode, port) : 0;
+        return passesPorts(port) ? loadFamilyTypes(rule, path, mode, port) : 0;
     }
     case PortFrom::None:
         break;
@@ -100,7 +100,7 @@ int CFileManager::loadFamilyRoot(const FamilyRule& rule, const std::string& path
 int CFileManager::loadFamilyPorts(const FamilyRule& rule, const std::string& path, const std::string& mode) {
     return forEachDir(*m_tree, path, [&](const std::string& name) {
         const std::string port = str2Port(name, -1);
-        if (!isValidPortDirName(name) || !passes(m_filter.ports, port))
+        if (!isValidPortDirName(name) || !passesPorts(port))
             return 0;
         return loadFamilyTypes(rule, entryPath(path, name), mode, recordPort(rule, name, port));
     });
@@ -109,7 +109,7 @@ int CFileManager::loadFamilyPorts(const FamilyRule& rule, const std::string& pat
 int CFileManager::loadFamilyTypes(const FamilyRule& rule, const std::string& path, const std::string& mode,
                                   const std::string& port) {
     const auto listed = [&](const std::string& key) {
-        return rule.types == Types::Known ? passesKnown(key) : passes(m_filter.tests, key);
+        return rule.types == Types::Known ? passesKnown(key) : passesTests(key);
     };
     if (rule.typeKeys == nullptr)
         return listed("bert") ? listFiles(ruleSource(rule, path, mode, port, "bert")) : 0;
@@ -125,7 +125,7 @@ int CFileManager::loadStrippedTypes(const std::string& path, const std::string& 
                                     Scratch scratch) {
     return forEachDir(*m_tree, path, [&](const std::string& name) {
         const std::string type = str2Type(name, -1);
-        if (!isValidTypeDirName(name) || !passes(m_filter.tests, type))
+        if (!isValidTypeDirName(name) || !passesTests(type))
             return 0;
         return listFiles(familySource(entryPath(path, name), mode, port, type, true, scratch));
     });
@@ -143,11 +143,11 @@ int CFileManager::loadCommonResult(const _ModeInfo& mode) {
         count += forEachDir(*m_tree, path, [&](const std::string& name) {
             const std::string dir = entryPath(path, name);
             if (name == "opm" || name == "fiberscope" || name == "odm" || name == "wsa")
-                return passes(m_filter.tests, name)
+                return passesTests(name)
                            ? listFiles(familySource(dir, mode.name, "", name, true, Scratch::Keep))
                            : 0;
             const std::string port = str2Port(name, -1);
-            return isValidPortDirName(name) && passes(m_filter.ports, port)
+            return isValidPortDirName(name) && passesPorts(port)
                        ? loadStrippedTypes(dir, mode.name, port, Scratch::Keep)
                        : 0;
         });
@@ -166,12 +166,12 @@ int CFileManager::loadODU0Result(const _ModeInfo& mode) {
             const bool first = CCommUtils::isContains(name, "odu0p1-bert");
             if (first || CCommUtils::isContains(name, "odu0p2-bert")) {
                 const std::string port = str2PortNameOtux(true, first ? "p1" : "p2", true);
-                return passes(m_filter.ports, port) && passesKnown("bert")
+                return passesPorts(port) && passesKnown("bert")
                            ? listFiles(familySource(dir, mode.name, port, "bert", true, Scratch::Keep))
                            : 0;
             }
             const std::string port = str2Port(name, -1);
-            if (!isValidPortDirName(name) || !passes(m_filter.ports, port))
+            if (!isValidPortDirName(name) || !passesPorts(port))
                 return 0;
             const bool labelled = isNeedConvertPortName(TM_ODU0, name);
             return loadStrippedTypes(dir, mode.name, labelled ? str2PortName(TM_ODU0, name, true) : port,

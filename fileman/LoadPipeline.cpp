@@ -41,8 +41,12 @@ Names sourceDirs(const std::string& home, const ModuleInfo& module, const ModeOp
 
 } // namespace
 
-bool CFileManager::passes(const Names& filter, const std::string& value) {
-    return filter.empty() || CCommUtils::isContains(filter, value);
+bool CFileManager::passesTests(const std::string& type) const {
+    return m_tests.empty() || m_tests.contains(type);
+}
+
+bool CFileManager::passesPorts(const std::string& port) const {
+    return m_ports.empty() || m_ports.contains(port);
 }
 
 void CFileManager::selectEverything(bool results, bool profiles) {
@@ -55,6 +59,7 @@ void CFileManager::selectEverything(bool results, bool profiles) {
     m_filter.includeResults = results;
     m_filter.includeProfiles = profiles;
     m_filter.advanceInfo = _AdvanceInfo();
+    indexFilter();
 }
 
 void CFileManager::loadAll(std::list<_ResultInfo*>& out) {
@@ -166,7 +171,7 @@ int CFileManager::loadCommonByPort(const CommonOptInfo& option) {
 }
 
 int CFileManager::loadCommonFlat(const CommonOptInfo& option) {
-    if (!m_filter.includeResults || !passes(m_filter.tests, option.key))
+    if (!m_filter.includeResults || !passesTests(option.key))
         return 0;
     FileSource source;
     source.dir = entryPath(m_home, option.dir_name);
@@ -216,7 +221,7 @@ int CFileManager::loadTree(const LoadInfo& info) {
         if (entry.type != EntryType::Directory || !isValidPortDirName(name))
             continue;
         const std::string port = str2Port(name, -1);
-        if (passes(m_filter.ports, port) && CCommUtils::isContains(ports, port))
+        if (passesPorts(port) && CCommUtils::isContains(ports, port))
             count += loadPortDir(info, entryPath(path, name), port);
     }
     return count;
@@ -237,7 +242,7 @@ int CFileManager::loadPortDir(const LoadInfo& info, const std::string& path, con
 
 int CFileManager::loadTypeDir(const LoadInfo& info, const std::string& path, const std::string& port,
                               const std::string& type) {
-    if (!passes(m_filter.tests, type))
+    if (!passesTests(type))
         return 0;
     FileSource source;
     source.dir = path;

@@ -13,11 +13,14 @@
 
 int CFileManager::loadScreenShot() {
     const std::string dir = m_home + paths::kScreenDir;
-    std::list<std::string> accepted = m_filter.tests;
-    if (accepted.empty() && !showsScreenType(dir))
-        CFileManConf::getCurrentTypeKeys(accepted);
-    if (!passes(accepted, "screen"))
+    if (m_tree->open(dir) == nullptr || !passesTests("screen"))
         return 0;
+    if (m_tests.empty() && !showsScreenType(dir)) {
+        std::list<std::string> found;
+        CFileManConf::getCurrentTypeKeys(found);
+        if (!found.empty() && !CCommUtils::isContains(found, "screen"))
+            return 0;
+    }
     FileSource source;
     source.dir = dir;
     source.storedInfo = StoredInfo::Companion;
@@ -38,7 +41,7 @@ int CFileManager::loadExtraResult(int index) {
     // Only a directory without a port is left out by a port filter; one with a port never is: wanted.
     if (extra.port.empty() && !m_filter.ports.empty())
         return 0;
-    if (!passes(m_filter.tests, extra.key))
+    if (!passesTests(extra.key))
         return 0;
     FileSource source;
     source.dir = entryPath(m_home, extra.dir_name);
@@ -59,7 +62,7 @@ int CFileManager::loadExtraResult(int index) {
 
 int CFileManager::loadFmonitorResult(const LoadInfo& info) {
     // Unlike elsewhere an empty list passes nothing: wanted.
-    if (!CCommUtils::isContains(m_filter.tests, "fmonitor"))
+    if (!m_tests.contains("fmonitor"))
         return 0;
     FileSource source;
     source.dir = m_home + "/" + info.dir + "/" + (info.isResult != 0 ? "fmonitor-result" : "fmonitor-setup");
@@ -73,7 +76,7 @@ int CFileManager::loadFmonitorResult(const LoadInfo& info) {
 
 int CFileManager::loadMtieResult() {
     // As for the fiber monitor an empty list passes nothing.
-    if (!CCommUtils::isContains(m_filter.tests, "mtie"))
+    if (!m_tests.contains("mtie"))
         return 0;
     const std::string root = m_home + paths::kMtieDir;
     const Directory* const directory = m_tree->open(root);

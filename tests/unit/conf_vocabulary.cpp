@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(Vocabulary, LookupsTakeTheFirstMatchWhateverItsCase) {
+void expectFirstMatches() {
     EXPECT_EQ("Eth", Conf::getModeName("e-PROF"));
     EXPECT_EQ("SDH", Conf::getModeName("S-rslt"));
     EXPECT_EQ("Eth", Conf::getModeName("ktr"));
@@ -41,6 +41,25 @@ TEST_F(Vocabulary, LookupsTakeTheFirstMatchWhateverItsCase) {
     for (const auto& nothing : {Conf::getModeName("x"), Conf::getTypeName(""), Conf::getPortName("P1"),
                                 Conf::typeLabel2DirName("x", true), Conf::getVerNum("1.0")})
         EXPECT_EQ("", nothing);
+}
+
+TEST_F(Vocabulary, LookupsTakeTheFirstMatchWhateverItsCase) {
+    expectFirstMatches();
+    // Large sections are looked up in another way.
+    std::string modes = "<e name='za' prof_dir_name='Both'/><e name='zb' rslt_dir_name='both'/>", entries;
+    for (int i = 0; i < 100; ++i) {
+        const std::string name = "z" + std::to_string(i);
+        entries.append("<e label='z' rslt_dir_name='z' prof_dir_name='z' name='" + name + "' key='" + name +
+                       "'/>");
+    }
+    readSections("<mode>" + modes + entries + "</mode><category>" + entries + "</category><port>" + entries +
+                 "</port>");
+    expectFirstMatches();
+    EXPECT_EQ("za", Conf::getModeName("BOTH"));
+    EXPECT_EQ("z0", Conf::typeLabel2Key("Z"));
+    // What is read later may come first.
+    readSections("<category><e name='new' label='R' key='A'/></category>");
+    EXPECT_EQ("A", Conf::typeLabel2Key("r"));
 }
 
 TEST_F(Vocabulary, CrossedPortLabelsWinOverTheDocument) {

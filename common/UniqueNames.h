@@ -1,0 +1,41 @@
+#pragma once
+
+#include <list>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+// Names in the order first added, without duplicates. Indexed: what asks for a name on each directory of a
+// tree must not walk a list of thousands.
+class UniqueNames {
+public:
+    UniqueNames() = default;
+    explicit UniqueNames(const std::list<std::string>& names) {
+        for (const std::string& name : names)
+            add(name);
+    }
+    // The index points into the names.
+    UniqueNames(const UniqueNames&) = delete;
+    UniqueNames& operator=(const UniqueNames&) = delete;
+    UniqueNames(UniqueNames&&) = default;
+    UniqueNames& operator=(UniqueNames&&) = default;
+    ~UniqueNames() = default;
+
+    // False when the name stood there already.
+    bool add(const std::string& name) {
+        if (contains(name))
+            return false;
+        m_index.insert(m_names.emplace_back(name));
+        return true;
+    }
+
+    bool contains(std::string_view name) const { return m_index.count(name) != 0; }
+    bool empty() const { return m_names.empty(); }
+    const std::list<std::string>& names() const { return m_names; }
+    void clear() { *this = UniqueNames(); }
+
+private:
+    std::list<std::string> m_names;
+    std::unordered_set<std::string_view> m_index;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <unordered_map>
+
+#include "common/CCommUtils.h"
+
+// Finds the first record, in key order, one field of which equals a text without regard to letter case. The
+// map may grow between two calls, but nothing goes and the field of no record changes.
+template<typename Record>
+class FieldIndex {
+public:
+    using Map = std::map<std::string, Record>;
+
+    explicit FieldIndex(std::string Record::*field) : m_field(field) {}
+
+    // Null when no record has that text.
+    const Record* find(const Map& map, const std::string& text) {
+        if (map.size() < kWorthIndexing)
+            return walk(map, text);
+        if (m_indexed != map.size())
+            index(map);
+        const auto found = m_first.find(CCommUtils::lowerCase(text));
+        return found == m_first.end() ? nullptr : found->second;
+    }
+
+private:
+    // Instruments have some ten to fifty entries a section; a walk over them costs less than an index.
+    static constexpr std::size_t kWorthIndexing = 64;
+
+    const Record* walk(const Map& map, const std::string& text) const {
+        for (const auto& [key, record] : map) {
+            if (CCommUtils::isEquals(record.*m_field, text))
+                return &record;
+        }
+        return nullptr;
+    }
+
+    void index(const Map& map) {
+        m_first.clear();
+        for (const auto& [key, record] : map)
+            m_first.emplace(CCommUtils::lowerCase(record.*m_field), &record);
+        m_indexed = map.size();
+    }
+
+    std::string Record::*m_field;
+    std::unordered_map<std::string, const Record*> m_first; // by the field in lower case
+    std::size_t m_indexed = 0;                              // how many records the map had
+};
