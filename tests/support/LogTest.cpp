@@ -4,19 +4,13 @@
 
 #include "SupportFixture.h"
 
-// These stand in for the C library's own, so that no system log is needed.
 namespace {
 
 Lines s_system;
 
-void recordEntry(int priority, const char* format, va_list arguments) {
-    char text[400];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    s_system.push_back(std::to_string(priority) + " " + text);
-}
-
 } // namespace
 
+// These stand in for the C library's own, so that no system log is needed.
 extern "C" void openlog(const char* ident, int option, int facility) {
     s_system.push_back("open " + std::string(ident) + " " + std::to_string(option) + " " +
                        std::to_string(facility));
@@ -27,18 +21,12 @@ extern "C" void closelog() {
 }
 
 extern "C" void syslog(int priority, const char* format, ...) {
+    char text[400];
     va_list arguments;
     va_start(arguments, format);
-    recordEntry(priority, format, arguments);
+    std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
-}
-
-// What a fortified build of the library calls instead.
-extern "C" void __syslog_chk(int priority, int, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    recordEntry(priority, format, arguments);
-    va_end(arguments);
+    s_system.push_back(std::to_string(priority) + " " + text);
 }
 
 namespace {
