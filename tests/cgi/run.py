@@ -27,7 +27,7 @@ from storage import BERT, HERE, NO_ROOT_RIGHTS, ZONE, Tree, environment, plain, 
 ROW = re.compile(rb"\t\t\{ id: '.*?', datetime: '(\S+ \S+?)', rsltype: '(?:Result|Profile)', path: '(.*?)' \},\n", re.S)
 FRAMES = {name.encode(): read("expected", name) for name in os.listdir(HERE + "/expected") if name.startswith("frame-")}
 RESTRICTED = ("inaccessible", "document:unreadable")
-VARIABLES = {"no-action": {"CONTENT_LENGTH": "12 apples", "CONTENT_TYPE": "text/x", "REMOTE_ADDR": "::1",
+VARIABLES = {"no-action": {"CONTENT_LENGTH": "5000000000 apples", "CONTENT_TYPE": "text/x", "REMOTE_ADDR": "::1",
                            "REQUEST_METHOD": "POST", "PATH_INFO": "/a b", "PATH_TRANSLATED": "/srv/<&>"}}
 MTIE = "/home/2g5/mtie-results"
 MESSAGES = {  # what else than nothing is said on standard error

@@ -1,14 +1,12 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <thread>
 
+#include "TestFiles.h"
 #include "cgi/CFileManCGI.h"
 #include "cgi/Selection.h"
 #include "cgi/StagingArea.h"
@@ -17,26 +15,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Delivery : public testing::Test {
+class Delivery : public FilesTest {
 protected:
-    Delivery() {
-        std::string name = testing::TempDir() + "delivery.XXXXXX";
-        m_dir = ::mkdtemp(name.data());
-    }
-    ~Delivery() override { fs::remove_all(m_dir); }
-
-    std::string at(const std::string& name) const { return m_dir + "/" + name; }
-
     std::string writeFile(const std::string& name, const std::string& content) const {
-        fs::create_directories(fs::path(at(name)).parent_path());
-        std::ofstream(at(name), std::ios::binary) << content;
-        return at(name);
+        return ::writeFile(at(name), content);
     }
-
-    std::string readFile(const std::string& name) const {
-        std::ifstream file(at(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string readFile(const std::string& name) const { return ::readFile(at(name)); }
 
     // Standard output of write, which goes to a file opened with these flags.
     std::string outputOf(const std::function<void()>& write, int flags = 0) const {
@@ -53,8 +37,6 @@ protected:
     }
 
     StagingArea::Places places() const { return {at("area/"), at("area.zip"), at("lock")}; }
-
-    std::string m_dir;
 };
 
 std::string attachment(const std::string& name, std::size_t size) {

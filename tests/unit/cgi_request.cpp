@@ -5,42 +5,6 @@
 
 namespace {
 
-using Query = std::map<std::string, std::string>;
-
-TEST(Query, DecodedThenCut) {
-    const std::pair<const char*, Query> rows[] = {
-        {"", {}},
-        {"a=1&a=2", {{"a", "1"}}},
-        {"&a=1&&flag&b=2&", {{"a", "1"}, {"b", "2"}}},
-        {"=x&a=&b=c=d", {{"", "x"}, {"a", ""}, {"b", "c=d"}}},
-        {"name=x%26y%3Dz", {{"name", "x"}, {"y", "z"}}},
-        {"q=a+b%2Bc%e9", {{"q", "a b+c\xe9"}}},
-        {"a=%00&b=1", {{"a", ""}}},
-        {"a=%4Gx%zz", {{"a", "@x"}}},
-        {"a=1&b=%", {{"a", "1"}, {"b", ""}}},
-        {"b=%4", {{"b", ""}}},
-    };
-    for (const auto& [encoded, expected] : rows) {
-        ::setenv("QUERY_STRING", encoded, 1);
-        Query query;
-        EXPECT_EQ(1, CGICommonUtils::parseQueryInfo(query));
-        EXPECT_EQ(expected, query) << encoded;
-    }
-    ::unsetenv("QUERY_STRING");
-    Query query;
-    EXPECT_EQ(1, CGICommonUtils::parseQueryInfo(query));
-    EXPECT_TRUE(query.empty());
-}
-
-TEST(Query, PiecesReportWhetherTheyWereOffered) {
-    CFileManCGI cgi;
-    EXPECT_TRUE(cgi.parseKeyValue("k=1"));
-    EXPECT_TRUE(cgi.parseKeyValue("k=2"));
-    EXPECT_FALSE(cgi.parseKeyValue("k"));
-    EXPECT_FALSE(cgi.parseKeyValue(""));
-    EXPECT_EQ((Query{{"k", "1"}}), cgi.m_queryInfo);
-}
-
 TEST(Query, ActionByKeyPrecedenceWithoutRegardToCase) {
     const std::pair<const char*, unsigned> rows[] = {
         {"", 11},
@@ -65,28 +29,6 @@ TEST(Query, ActionByKeyPrecedenceWithoutRegardToCase) {
     }
 }
 
-TEST(RequestFilter, FieldsOfTheQuery) {
-    CFileManCGI cgi;
-    cgi.parseQueryInfo("fmtype=PROF&module=a,,b,&mode=x, y&test=&port=P1&jobid=j,k&account=A&locator=L"
-                       "&type=T&fname=n&prefix=p&suffix=s");
-    EXPECT_EQ("PROF", cgi.getFileManTypeString());
-    _ResultFilter filter;
-    cgi.getFilterFromRequest(filter);
-    for (const _ResultFilter* const each : {&filter, &cgi.m_filter}) {
-        EXPECT_FALSE(each->includeResults);
-        EXPECT_TRUE(each->includeProfiles);
-        EXPECT_EQ((std::list<std::string>{"a", "", "b"}), each->modules);
-        EXPECT_EQ((std::list<std::string>{"x", " y"}), each->modes);
-        EXPECT_TRUE(each->tests.empty());
-        EXPECT_EQ((std::list<std::string>{"P1"}), each->ports);
-        const _AdvanceInfo& advance = each->advanceInfo;
-        const std::string texts[] = {advance.jobId,    advance.account, advance.locator, advance.type,
-                                     advance.fileName, advance.prefix,  advance.suffix};
-        const std::string expected[] = {"j,k", "A", "L", "T", "n", "p", "s"};
-        EXPECT_TRUE(std::equal(std::begin(texts), std::end(texts), std::begin(expected)));
-    }
-}
-
 TEST(RequestFilter, SourcesOfEachListType) {
     struct Row {
         const char* query;
@@ -107,6 +49,30 @@ TEST(RequestFilter, SourcesOfEachListType) {
         EXPECT_EQ(row.results, filter.includeResults) << row.query;
         EXPECT_EQ(row.profiles, filter.includeProfiles) << row.query;
     }
+}
+
+TEST(HtmlLines, FormatsOfAnyLengthAndNullStrings) {
+    EXPECT_EQ(
+        "<span class=\"title\">Result</span>",
+        CGICommonUtils::createHTMLine(std::string("span"), std::string("title"), std::string("Result")));
+    EXPECT_EQ("a-(null)-c-d", CGICommonUtils::createHTMLine("%s-%s-%s-%s", "a", nullptr, "c", "d"));
+    EXPECT_EQ("1-2-3", CGICommonUtils::createHTMLine("%s-%s-%s", "1", "2", "3"));
+    EXPECT_EQ("-7%", CGICommonUtils::createHTMLine("%d%%", -7));
+    const std::string longText(100000, 'x');
+    EXPECT_EQ(longText + "|", CGICommonUtils::createHTMLine("%s|", longText.c_str()));
+}
+
+TEST(HtmlLines, PiecesThatNoPageIsMadeOf) {
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(4, CGICommonUtils::writeBeginNode("b"));
+    EXPECT_EQ(5, CGICommonUtils::writeEndNode("b"));
+    CGICommonUtils::writeDebugInfo("x");
+    CFileManCGI::startOptionColumn(3, -4);
+    CFileManCGI::endOptionColumn();
+    EXPECT_EQ("<b>\n</b>\nContent-type:text/html;charset=utf-8\n\n<html>\nx\r\n</html>\n"
+              "<div style=\"width:3; height:-4; float:left;border:1px solid red;\">\n</div>\n",
+              testing::internal::GetCapturedStdout());
+    EXPECT_EQ("id_row_check_7", CFileManCGI::getRowCheckId("7"));
 }
 
 } // namespace

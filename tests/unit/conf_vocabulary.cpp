@@ -38,6 +38,9 @@ void expectFirstMatches() {
     EXPECT_EQ("rfc2544-setup", Conf::typeLabel2DirName("R", false));
     EXPECT_EQ("rfc2544", Conf::typeLabel2Key("R"));
     EXPECT_EQ("ge2port", Conf::portLabel2DirName("PORT 2", true));
+    // The crossed labels win over the document.
+    EXPECT_EQ("10gport2", Conf::portLabel2DirName("10ge m1", true));
+    EXPECT_EQ("10gport", Conf::portLabel2DirName("10GE M2", false));
     for (const auto& nothing : {Conf::getModeName("x"), Conf::getTypeName(""), Conf::getPortName("P1"),
                                 Conf::typeLabel2DirName("x", true), Conf::getVerNum("1.0")})
         EXPECT_EQ("", nothing);
@@ -60,13 +63,6 @@ TEST_F(Vocabulary, LookupsTakeTheFirstMatchWhateverItsCase) {
     // What is read later may come first.
     readSections("<category><e name='new' label='R' key='A'/></category>");
     EXPECT_EQ("A", Conf::typeLabel2Key("r"));
-}
-
-TEST_F(Vocabulary, CrossedPortLabelsWinOverTheDocument) {
-    for (const bool isResult : {true, false}) {
-        EXPECT_EQ("10gport2", Conf::portLabel2DirName("10ge m1", isResult));
-        EXPECT_EQ("10gport", Conf::portLabel2DirName("10GE M2", isResult));
-    }
 }
 
 TEST_F(Vocabulary, DirectoryNames) {
@@ -151,14 +147,6 @@ TEST_F(Vocabulary, OnlyTheTypesOf40GeMergeAndOnlyForTheCaller) {
     EXPECT_EQ(3u, Conf::getScanModuleInfo().size());
 }
 
-TEST(Dump, CountsFromOne) {
-    testing::internal::CaptureStdout();
-    CFileManConf::dump("names", {"a", ""});
-    EXPECT_EQ("names\ndump start............................\ntotal:2\nindex: 1----a\nindex: 2----\n"
-              "dump end..............................\n",
-              testing::internal::GetCapturedStdout());
-}
-
 TEST_F(Vocabulary, CheckedNamesAreThoseFoundOnDisk) {
     Conf::addCurrentMode("Eth");
     Conf::addCurrentType("RFC");
@@ -174,17 +162,6 @@ TEST_F(Vocabulary, CheckedNamesAreThoseFoundOnDisk) {
     EXPECT_FALSE(Conf::isTypeChecked("rfc2544"));
     EXPECT_TRUE(Conf::isChecked("true"));
     EXPECT_FALSE(Conf::isChecked("True") || Conf::isChecked("true ") || Conf::isChecked(""));
-}
-
-TEST(AllChecked, SlotsOfTypesAndPortsAreCrossed) {
-    const std::pair<int, std::size_t> slots[] = {{0, 4}, {1, 0}, {2, 1}, {3, 3}, {4, 2}, {5, 4}, {-1, 4}};
-    for (const auto& [type, slot] : slots) {
-        resetConfState();
-        confState().s_allChecked[slot] = true;
-        for (const auto& [other, otherSlot] : slots)
-            EXPECT_EQ(slot == otherSlot, Conf::getAllChecked(static_cast<Conf::FilterType>(other)));
-    }
-    resetConfState();
 }
 
 TEST_F(FilesTest, StoredInformationOfAFile) {

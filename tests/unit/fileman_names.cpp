@@ -1,7 +1,6 @@
 #include "TestFiles.h"
 #include "fileman/CFileManager.h"
 #include "fileman/CResultItem.h"
-#include "fileman/FamilyRules.h"
 
 namespace {
 
@@ -118,15 +117,6 @@ TEST(DirNames, ModesOfFamilies) {
     }
 }
 
-TEST(DirNames, FirstLevelIsAppended) {
-    Names out{"kept"};
-    Store::get1stLevelDirNames(out, TM_SDH, true);
-    Store::get1stLevelDirNames(out, kNone, true);
-    Store::get1stLevelDirNames(out, kAboveAll, false);
-    Store::get1stLevelDirNames(out, TM_OTUX, false);
-    EXPECT_EQ((Names{"kept", "/home/2g5/html-files/p1", "/home/2g5/html-files/p2", "/home/10g"}), out);
-}
-
 TEST_F(FilesTest, ListDirNamesEveryNonDirectory) {
     writeFile(at("d/e/f"), "");
     writeFile(at("d/g"), "");
@@ -136,30 +126,6 @@ TEST_F(FilesTest, ListDirNamesEveryNonDirectory) {
     store.listDir(at("d").c_str(), out);
     out.sort();
     EXPECT_EQ((Names{at("d/e/f"), at("d/g"), at("d/link")}), out);
-}
-
-TEST(FamilyRules, TableIsCompleteAndSane) {
-    int count = 0;
-    for (int family = 0; family <= 9; ++family) {
-        for (const Half half : {Half::Result, Half::Profile}) {
-            const FamilyRule* const rule = findFamilyRule(static_cast<TestMode>(family), half);
-            if (rule == nullptr)
-                continue;
-            SCOPED_TRACE(std::to_string(family) + (half == Half::Result ? " results" : " profiles"));
-            ++count;
-            EXPECT_TRUE(rule->family == family && rule->half == half);
-            const bool byRoot = rule->port == PortFrom::Root || rule->port == PortFrom::RootOtux;
-            const bool byDir = rule->port != PortFrom::None && !byRoot;
-            EXPECT_FALSE(byRoot && rule->modeDir == ModeDir::Append) << "the port is the root's name";
-            EXPECT_FALSE(byDir && rule->modeDir != ModeDir::Append)
-                << "port directories lie below the mode's";
-            EXPECT_EQ(rule->port == PortFrom::RootOtux, rule->typeKeys == nullptr);
-            EXPECT_EQ(rule->modeDir == ModeDir::None, rule->types == Types::Known);
-        }
-    }
-    EXPECT_EQ(14, count);
-    EXPECT_EQ(nullptr, findFamilyRule(TM_COMMON, Half::Result));
-    EXPECT_EQ(nullptr, findFamilyRule(TM_ODU0, Half::Result));
 }
 
 TEST_F(FilesTest, RecordsAreNamedByIdAndLabels) {
