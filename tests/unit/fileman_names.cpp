@@ -6,32 +6,41 @@ namespace {
 
 using Store = CFileManager;
 
-constexpr TestMode kNone = static_cast<TestMode>(0);
 constexpr TestMode kAboveAll = static_cast<TestMode>(9);
 
-class PortNames : public FilesTest {
-protected:
-    PortNames() {
-        readSections("<port><e name='GE P1' label='Port 1' key='ge'/><e name='Short' key=''/></port>");
-    }
-};
-
-TEST_F(PortNames, OfDirectories) {
-    const std::tuple<const char*, int, const char*> rows[] = {{"", -1, "Unknown"},
-                                                              {"10gport", -1, "10G P1"},
-                                                              {"10gport2", -1, "10G P2"},
-                                                              {"10gportx", 3, "10G P1"},
-                                                              {"geport", -1, "GE P1"},
-                                                              {"geport2", -1, "GE P1"},
-                                                              {"geXXXXX", -1, "GE P1"},
-                                                              {"xport", -1, ""},
-                                                              {"abc", -1, "Short"},
-                                                              {"gexx", 2, "GE P1"},
-                                                              {"ge", 0, "GE P1"},
-                                                              {"ge", 3, "Short"},
-                                                              {"10g", 0, ""}};
-    for (const auto& [name, length, expected] : rows)
+TEST_F(FilesTest, PortsAndTypesOfDirectoryNames) {
+    readSections("<port><e name='GE P1' label='Port 1' key='ge'/><e name='Short' key=''/></port>");
+    const std::tuple<const char*, int, const char*> ports[] = {{"", -1, "Unknown"},
+                                                               {"10gport", -1, "10G P1"},
+                                                               {"10gport2", -1, "10G P2"},
+                                                               {"10gportx", 3, "10G P1"},
+                                                               {"geport", -1, "GE P1"},
+                                                               {"geport2", -1, "GE P1"},
+                                                               {"geXXXXX", -1, "GE P1"},
+                                                               {"xport", -1, ""},
+                                                               {"abc", -1, "Short"},
+                                                               {"gexx", 2, "GE P1"},
+                                                               {"ge", 0, "GE P1"},
+                                                               {"ge", 3, "Short"},
+                                                               {"10g", 0, ""}};
+    for (const auto& [name, length, expected] : ports)
         EXPECT_EQ(expected, Store::str2Port(name, length)) << name;
+    const std::tuple<const char*, int, const char*> types[] = {{"", -1, "Unknown"},
+                                                               {"", 0, "Unknown"},
+                                                               {"a-result", -1, "a"},
+                                                               {"a-setup", -1, "a"},
+                                                               {"-result", -1, ""},
+                                                               {"x-cpril1-y", -1, "cpril1"},
+                                                               {"x-cpril2-rslt", -1, "cpril2"},
+                                                               {"a-rslt", -1, ""},
+                                                               {"a-trace", -1, ""},
+                                                               {"x-cpril1-result", -1, "x-cpril1"},
+                                                               {"a-rslt", 0, "a-rslt"},
+                                                               {"a-rslt", 7, ""},
+                                                               {"ab-rslt", 6, "a"},
+                                                               {"a", 9, ""}};
+    for (const auto& [name, length, expected] : types)
+        EXPECT_EQ(expected, Store::str2Type(name, length)) << name;
 }
 
 TEST(DirNames, ValidPortsAndTypes) {
@@ -45,49 +54,19 @@ TEST(DirNames, ValidPortsAndTypes) {
         EXPECT_FALSE(Store::isValidTypeDirName(name)) << name;
     EXPECT_TRUE(Store::isDotOrDotDot(".") && Store::isDotOrDotDot(".."));
     EXPECT_FALSE(Store::isDotOrDotDot(nullptr) || Store::isDotOrDotDot("") || Store::isDotOrDotDot("..."));
-    EXPECT_TRUE(Store::isAntiFileName("Last configuration") &&
-                Store::isAntiFileName("Last configuration.html"));
-    EXPECT_FALSE(Store::isAntiFileName("Last Configuration.html") ||
-                 Store::isAntiFileName("Last configuration.png"));
-}
-
-TEST(DirNames, TypeKeys) {
-    const std::tuple<const char*, int, const char*> rows[] = {{"", -1, "Unknown"},
-                                                              {"", 0, "Unknown"},
-                                                              {"a-result", -1, "a"},
-                                                              {"a-setup", -1, "a"},
-                                                              {"-result", -1, ""},
-                                                              {"x-cpril1-y", -1, "cpril1"},
-                                                              {"x-cpril2-rslt", -1, "cpril2"},
-                                                              {"a-rslt", -1, ""},
-                                                              {"a-trace", -1, ""},
-                                                              {"x-cpril1-result", -1, "x-cpril1"},
-                                                              {"a-rslt", 0, "a-rslt"},
-                                                              {"a-rslt", 7, ""},
-                                                              {"ab-rslt", 6, "a"},
-                                                              {"a", 9, ""}};
-    for (const auto& [name, length, expected] : rows)
-        EXPECT_EQ(expected, Store::str2Type(name, length)) << name;
 }
 
 TEST(DirNames, PortLabelsAreCrossed) {
     const std::tuple<TestMode, const char*, bool, const char*> rows[] = {
         {TM_ETHERNET, "x10gport", true, "10G M2"},
-        {TM_OTUX, "10gport2", false, "10G M1"},
         {TM_ODU0, "x10gport", false, ""},
-        {TM_FIBER_CHANNEL, "p1", true, ""},
         {TM_SDH, "/home/p1", true, "M1"},
         {TM_CPRI, "P2", false, "M2"},
         {TM_CPRI, "P2", true, ""},
         {TM_COMMON, "p1", true, ""},
-        {TM_CABLE, "10gport", true, ""},
-        {kNone, "10gport", true, ""},
         {kAboveAll, "p1", true, ""}};
     for (const auto& [mode, name, suffix, expected] : rows)
         EXPECT_EQ(expected, Store::str2PortName(mode, name, suffix)) << mode << name;
-    EXPECT_EQ("M2", Store::str2PortNameOtux(true, "xp2", true));
-    EXPECT_EQ("", Store::str2PortNameOtux(true, "10gport", true));
-    EXPECT_EQ("10G M1", Store::str2PortNameOtux(false, "10gport2", true));
 }
 
 TEST(DirNames, WhichPortsNeedALabel) {

@@ -171,19 +171,4 @@ TEST_F(FamilyTree, FilterSeesRawPortsAndStrippedTypes) {
         EXPECT_EQ(row.expected, rows(row.loader, named(row.tests, row.ports)));
 }
 
-TEST_F(FamilyTree, RecordsCarryTypeAndModeNamesAndTheFilesOwnInformation) {
-    const char* const path = "/home/1ge/r/geport/rfc-result/a.html";
-    writeFile(path, "<html><ktb_advinfo job_id='J7'/></html>");
-    writeFile("/home/1ge/r/geport/x-cpril1-rtd/a", "<html><ktb_advinfo job_id='J7'/></html>");
-    _ResultFilter filter;
-    filter.advanceInfo.jobId = "J";
-    filter.advanceInfo.fileName = "a";
-    EXPECT_EQ((Rows{"|M|RFC|GE|Result|rfc 1ge/r/geport/rfc-result/a.html"}),
-              load(
-                  [](CFileManager& store) {
-                      return store.loadEthernetResult({"label", "M", "r", "p", false});
-                  },
-                  filter));
-}
-
 } // namespace

@@ -1,5 +1,4 @@
 #include "StoreFixture.h"
-#include "common/CCommUtils.h"
 
 namespace {
 
@@ -109,30 +108,6 @@ TEST_F(Pipeline, LoadAllListsEveryShapeAndSource) {
     EXPECT_EQ(expected, rows(&CFileManager::loadAll));
 }
 
-TEST_F(Pipeline, EachFilterListRestrictsItsOwn) {
-    const struct {
-        Names modules, modes, tests, ports;
-        bool (*passes)(const std::string& row);
-    } kRows[] = {
-        {{}, {}, {}, {}, [](const std::string&) { return true; }},
-        {{"CPRI"}, {}, {}, {}, [](const std::string& row) { return has(row, "CPRI|"); }},
-        {{}, {"E"}, {}, {}, [](const std::string& row) { return has(row, "|E|") || has(row, "Common"); }},
-        {{}, {}, {"rfc"}, {}, [](const std::string& row) { return has(row, "|rfc "); }},
-        // Sources without ports stay, but for the extra directory.
-        {{}, {}, {}, {"XE"}, [](const std::string& row) { return !has(row, "GE") && !has(row, "Extra"); }},
-        {{}, {}, {}, {""}, [](const std::string& row) { return has(row, "||Result") && !has(row, "Extra"); }},
-    };
-    for (const auto& row : kRows) {
-        _ResultFilter filter{row.modules, row.modes, row.tests, row.ports, true, false, {}};
-        if (filter.tests.empty())
-            Conf::getAllTypeKeys(filter.tests);
-        EXPECT_EQ(only(row.passes), rows(&CFileManager::loadResults, filter));
-    }
-    _ResultFilter neither;
-    EXPECT_EQ(Rows{}, rows(&CFileManager::loadProfiles, neither));
-    EXPECT_EQ("", m_printed);
-}
-
 TEST_F(Pipeline, EmptyTestListPassesUnknownTypesButNeitherMonitorNorWander) {
     _ResultFilter filter;
     filter.includeResults = true;
@@ -140,6 +115,7 @@ TEST_F(Pipeline, EmptyTestListPassesUnknownTypesButNeitherMonitorNorWander) {
     expected.push_back("10G|E||GE|Result| e-rslt/geport/bert-rslt/k.html");
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(expected, rows(&CFileManager::loadResults, filter));
+    EXPECT_EQ(Rows{}, rows(&CFileManager::loadProfiles));
 }
 
 TEST_F(Pipeline, CurrentNamesStandInForEmptyLists) {
@@ -200,26 +176,15 @@ TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
     }
 }
 
-TEST_F(Pipeline, RepeatsAreListedAgain) {
+TEST_F(Pipeline, RepeatsAreListedAgainUntilTheListIsCleared) {
     files({"e-rslt/xfmonitor"});
     _ResultFilter filter{{"10G", "10G"}, {}, {"fmonitor"}, {}, true, false, {}};
     EXPECT_EQ(Rows(4, kResults[1]), rows(&CFileManager::loadResults, filter));
-}
-
-TEST_F(Pipeline, RecordTellsTheFile) {
     CFileManager store;
     EXPECT_EQ(&store, g_FileMan);
-    std::list<_ResultInfo*> loaded;
-    _ResultFilter filter{{"10G"}, {}, {"rfc"}, {"GE"}, true, false, {}};
-    store.setFilter(filter);
-    store.loadResults(loaded);
-    ASSERT_EQ(1u, loaded.size());
-    const _ResultInfo& info = *loaded.front();
-    EXPECT_EQ("", info.key);
-    EXPECT_EQ("E_GE_RFC_Result_a", info.id);
-    EXPECT_EQ("a", info.name);
-    EXPECT_EQ(CCommUtils::createDateTime(info.path), info.datetime);
+    store.loadScreenShot();
     store.clearLoaded();
+    std::list<_ResultInfo*> loaded;
     store.getLoadedResults(loaded);
     EXPECT_TRUE(loaded.empty());
 }
@@ -271,8 +236,6 @@ TEST_F(Pipeline, StoredInformationIsLookedForWhereEachSourceKeepsIt) {
     EXPECT_EQ(informed, rows(&CFileManager::loadResults, filter));
     filter.advanceInfo.prefix = "s";
     EXPECT_EQ((Rows{kResults[9]}), rows(&CFileManager::loadResults, filter));
-    filter.advanceInfo.locator = "Site";
-    EXPECT_EQ((Rows{kResults[4], kResults[9]}), rows(&CFileManager::loadResults, filter));
 }
 
 } // namespace
