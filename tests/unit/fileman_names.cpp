@@ -10,35 +10,39 @@ constexpr TestMode kAboveAll = static_cast<TestMode>(9);
 
 TEST_F(FilesTest, PortsAndTypesOfDirectoryNames) {
     readSections("<port><e name='GE P1' label='Port 1' key='ge'/><e name='Short' key=''/></port>");
-    const std::tuple<const char*, int, const char*> ports[] = {{"", -1, "Unknown"},
-                                                               {"10gport", -1, "10G P1"},
-                                                               {"10gport2", -1, "10G P2"},
-                                                               {"10gportx", 3, "10G P1"},
-                                                               {"geport", -1, "GE P1"},
-                                                               {"geport2", -1, "GE P1"},
-                                                               {"geXXXXX", -1, "GE P1"},
-                                                               {"xport", -1, ""},
-                                                               {"abc", -1, "Short"},
-                                                               {"gexx", 2, "GE P1"},
-                                                               {"ge", 0, "GE P1"},
-                                                               {"ge", 3, "Short"},
-                                                               {"10g", 0, ""}};
+    const std::tuple<const char*, int, const char*> ports[] = {
+        {"", -1, "Unknown"},
+        {"10gport", -1, "10G P1"},
+        {"10gport2", -1, "10G P2"},
+        {"10gportx", 3, "10G P1"},
+        {"geport", -1, "GE P1"},
+        {"geport2", -1, "GE P1"},
+        {"geXXXXX", -1, "GE P1"},
+        {"xport", -1, ""},
+        {"abc", -1, "Short"},
+        {"gexx", 2, "GE P1"},
+        {"ge", 0, "GE P1"},
+        {"ge", 3, "Short"},
+        {"10g", 0, ""},
+    };
     for (const auto& [name, length, expected] : ports)
         EXPECT_EQ(expected, Store::str2Port(name, length)) << name;
-    const std::tuple<const char*, int, const char*> types[] = {{"", -1, "Unknown"},
-                                                               {"", 0, "Unknown"},
-                                                               {"a-result", -1, "a"},
-                                                               {"a-setup", -1, "a"},
-                                                               {"-result", -1, ""},
-                                                               {"x-cpril1-y", -1, "cpril1"},
-                                                               {"x-cpril2-rslt", -1, "cpril2"},
-                                                               {"a-rslt", -1, ""},
-                                                               {"a-trace", -1, ""},
-                                                               {"x-cpril1-result", -1, "x-cpril1"},
-                                                               {"a-rslt", 0, "a-rslt"},
-                                                               {"a-rslt", 7, ""},
-                                                               {"ab-rslt", 6, "a"},
-                                                               {"a", 9, ""}};
+    const std::tuple<const char*, int, const char*> types[] = {
+        {"", -1, "Unknown"},
+        {"", 0, "Unknown"},
+        {"a-result", -1, "a"},
+        {"a-setup", -1, "a"},
+        {"-result", -1, ""},
+        {"x-cpril1-y", -1, "cpril1"},
+        {"x-cpril2-rslt", -1, "cpril2"},
+        {"a-rslt", -1, ""},
+        {"a-trace", -1, ""},
+        {"x-cpril1-result", -1, "x-cpril1"},
+        {"a-rslt", 0, "a-rslt"},
+        {"a-rslt", 7, ""},
+        {"ab-rslt", 6, "a"},
+        {"a", 9, ""},
+    };
     for (const auto& [name, length, expected] : types)
         EXPECT_EQ(expected, Store::str2Type(name, length)) << name;
 }
