@@ -1,5 +1,4 @@
-#include <array>
-#include <map>
+#include <tuple>
 
 #include "SupportFixture.h"
 
@@ -7,27 +6,6 @@ namespace {
 
 class Filesys : public SupportTest {
 protected:
-    // Each operation as one call on two arguments, so that a table can hold it.
-    // clang-format off
-    static int run(const std::string& operation, const char* path, const std::string& other) {
-        static const std::map<std::string, int (*)(const char*, const std::string&)> operations = {
-            {"tr_mkdir", [](auto* first, auto&) { return tr_mkdir(first, 0755); }},
-            {"tr_mkdir_parent", [](auto* first, auto&) { return tr_mkdir_parent(first, 0755); }},
-            {"tr_rmdir", [](auto* first, auto& second) { return tr_rmdir(first, second == "force"); }},
-            {"tr_mkfifo", [](auto* first, auto&) { return tr_mkfifo(first, 0600); }},
-            {"tr_mksymlink", [](auto* first, auto& second) { return tr_mksymlink(first, second.c_str()); }},
-            {"tr_install_file", [](auto* first, auto& second) { return tr_install_file(first, second.c_str(), 0644); }},
-            {"tr_newmark_file", [](auto* first, auto&) { return tr_newmark_file(first, "text", 0644); }},
-            {"tr_sysctl_readwrite", [](auto* first, auto& second) {
-                char buffer[8];
-                std::size_t size = second == "read" ? sizeof buffer : 0;
-                return tr_sysctl_readwrite(first, buffer, &size, "junk", 4);
-            }},
-        };
-        return operations.at(operation)(path, other);
-    }
-    // clang-format on
-
     void makeTree(const std::string& directories) const {
         std::filesystem::create_directories(at(directories));
     }
@@ -62,47 +40,47 @@ TEST_F(Filesys, FailuresNameTheStepAndTakeNothingAway) {
     std::string tooLong;
     while (tooLong.size() < 30000)
         tooLong += "x/";
-    // Operation, path, second argument, end of the last line.
+    char buffer[8];
+    const auto sysctl = [&](const char* path, std::size_t size) {
+        return tr_sysctl_readwrite(path, buffer, &size, "junk", 4);
+    };
     // clang-format off
-    const std::vector<std::array<std::string, 4>> rows = {
-        {"tr_mkdir", "null", "", "build directory((null)) failed!(ret=1)"},
-        {"tr_mkdir", none + "/a/b", "", "build directory(/proc/none/a/b) failed!(ret=11)"},
-        {"tr_mkdir", tooLong, "", tooLong.substr(0, 255 - std::string("build directory(").size())},
-        {"tr_mkdir_parent", "", "", "build parent directory of path() failed!(ret=1)"},
-        {"tr_mkdir_parent", none + "/a", "", "build parent directory of path(/proc/none/a) failed!(ret=21)"},
-        {"tr_mkdir_parent", none + "/a/b", "", "build parent directory of path(/proc/none/a/b) failed!(ret=11)"},
-        {"tr_rmdir", "null", "force", "remove storage path(full_name=(null)) failed(ret=1)"},
-        {"tr_rmdir", at("dir/."), "force", "remove storage path(full_name=dir/.) failed(ret=2)"},
-        {"tr_rmdir", at("dir/x/.."), "force", "remove storage path(full_name=dir/x/..) failed(ret=2)"},
-        {"tr_rmdir", "//", "force", "remove storage path(full_name=//) failed(ret=2)"},
-        {"tr_rmdir", at("dst"), "", "remove storage path(full_name=dst) failed(ret=11)"},
-        {"tr_mkfifo", at("dir/"), "", "build fifo device(dir/) failed!(ret=1)"},
-        {"tr_mkfifo", none, "", "build fifo device(/proc/none) failed!(ret=21)"},
-        {"tr_mksymlink", "null", at("dst"), "build symbol link (dst) failed!(ret=1)"},
-        {"tr_mksymlink", "x", none, "build symbol link (/proc/none) failed!(ret=21)"},
-        {"tr_install_file", "null", at("dst"), "file \"(null)\" --> \"dst\" install failed!(ret=1)"},
-        {"tr_install_file", at("dir/src"), at("dir/"), "--> \"dir/\" install failed!(ret=1)"},
-        {"tr_install_file", at("none"), at("dst"), "install failed!(ret=12)"},
-        {"tr_install_file", at("dir"), at("dst"), "install failed!(ret=12)"},
-        {"tr_install_file", at("fifo"), at("dst"), "install failed!(ret=12)"},
-        {"tr_install_file", at("dir/src"), at("dir/src"), "install failed!(ret=3)"},
-        {"tr_install_file", at("alias"), at("dir/src"), "install failed!(ret=3)"},
-        {"tr_install_file", at("dir/src"), at("dir"), "install failed!(ret=3)"},
-        {"tr_install_file", at("dir/src"), none, "install failed!(ret=13)"},
-        {"tr_newmark_file", at("dir"), "", "build mark file(dir) failed!(ret=11)"},
-        {"tr_newmark_file", at("none/mark"), "", "failed!(ret=11)"},
-        {"tr_newmark_file", at("fifo"), "", "failed!(ret=11)"},
-        {"tr_sysctl_readwrite", at("none"), "read", "access kernel parameter(none) failed!(ret=11)"},
-        {"tr_sysctl_readwrite", at("empty"), "read", "failed!(ret=12)"},
-        {"tr_sysctl_readwrite", at("none"), "", "failed!(ret=21)"},
-        {"tr_sysctl_readwrite", "/proc/self/oom_score_adj", "", "failed!(ret=22)"},
+    const std::vector<std::tuple<std::string, std::function<int()>, std::string>> rows = { // end of the last line
+        {"tr_mkdir", [&] { return tr_mkdir(nullptr, 0755); }, "build directory((null)) failed!(ret=1)"},
+        {"tr_mkdir", [&] { return tr_mkdir((none + "/a/b").c_str(), 0755); }, "build directory(/proc/none/a/b) failed!(ret=11)"},
+        {"tr_mkdir", [&] { return tr_mkdir(tooLong.c_str(), 0755); }, tooLong.substr(0, 255 - std::string("build directory(").size())},
+        {"tr_mkdir_parent", [&] { return tr_mkdir_parent("", 0755); }, "build parent directory of path() failed!(ret=1)"},
+        {"tr_mkdir_parent", [&] { return tr_mkdir_parent((none + "/a").c_str(), 0755); }, "build parent directory of path(/proc/none/a) failed!(ret=21)"},
+        {"tr_mkdir_parent", [&] { return tr_mkdir_parent((none + "/a/b").c_str(), 0755); }, "build parent directory of path(/proc/none/a/b) failed!(ret=11)"},
+        {"tr_rmdir", [&] { return tr_rmdir(nullptr, 1); }, "remove storage path(full_name=(null)) failed(ret=1)"},
+        {"tr_rmdir", [&] { return tr_rmdir(at("dir/.").c_str(), 1); }, "remove storage path(full_name=dir/.) failed(ret=2)"},
+        {"tr_rmdir", [&] { return tr_rmdir(at("dir/x/..").c_str(), 1); }, "remove storage path(full_name=dir/x/..) failed(ret=2)"},
+        {"tr_rmdir", [&] { return tr_rmdir("//", 1); }, "remove storage path(full_name=//) failed(ret=2)"},
+        {"tr_rmdir", [&] { return tr_rmdir(at("dst").c_str(), 0); }, "remove storage path(full_name=dst) failed(ret=11)"},
+        {"tr_mkfifo", [&] { return tr_mkfifo(at("dir/").c_str(), 0600); }, "build fifo device(dir/) failed!(ret=1)"},
+        {"tr_mkfifo", [&] { return tr_mkfifo(none.c_str(), 0600); }, "build fifo device(/proc/none) failed!(ret=21)"},
+        {"tr_mksymlink", [&] { return tr_mksymlink(nullptr, at("dst").c_str()); }, "build symbol link (dst) failed!(ret=1)"},
+        {"tr_mksymlink", [&] { return tr_mksymlink("x", none.c_str()); }, "build symbol link (/proc/none) failed!(ret=21)"},
+        {"tr_install_file", [&] { return tr_install_file(nullptr, at("dst").c_str(), 0644); }, "file \"(null)\" --> \"dst\" install failed!(ret=1)"},
+        {"tr_install_file", [&] { return tr_install_file(at("dir/src").c_str(), at("dir/").c_str(), 0644); }, "--> \"dir/\" install failed!(ret=1)"},
+        {"tr_install_file", [&] { return tr_install_file(at("none").c_str(), at("dst").c_str(), 0644); }, "install failed!(ret=12)"},
+        {"tr_install_file", [&] { return tr_install_file(at("dir").c_str(), at("dst").c_str(), 0644); }, "install failed!(ret=12)"},
+        {"tr_install_file", [&] { return tr_install_file(at("fifo").c_str(), at("dst").c_str(), 0644); }, "install failed!(ret=12)"},
+        {"tr_install_file", [&] { return tr_install_file(at("dir/src").c_str(), at("dir/src").c_str(), 0644); }, "install failed!(ret=3)"},
+        {"tr_install_file", [&] { return tr_install_file(at("alias").c_str(), at("dir/src").c_str(), 0644); }, "install failed!(ret=3)"},
+        {"tr_install_file", [&] { return tr_install_file(at("dir/src").c_str(), at("dir").c_str(), 0644); }, "install failed!(ret=3)"},
+        {"tr_install_file", [&] { return tr_install_file(at("dir/src").c_str(), none.c_str(), 0644); }, "install failed!(ret=13)"},
+        {"tr_newmark_file", [&] { return tr_newmark_file(at("dir").c_str(), "text", 0644); }, "build mark file(dir) failed!(ret=11)"},
+        {"tr_newmark_file", [&] { return tr_newmark_file(at("none/mark").c_str(), "text", 0644); }, "failed!(ret=11)"},
+        {"tr_newmark_file", [&] { return tr_newmark_file(at("fifo").c_str(), "text", 0644); }, "failed!(ret=11)"},
+        {"tr_sysctl_readwrite", [&] { return sysctl(at("none").c_str(), sizeof buffer); }, "access kernel parameter(none) failed!(ret=11)"},
+        {"tr_sysctl_readwrite", [&] { return sysctl(at("empty").c_str(), sizeof buffer); }, "failed!(ret=12)"},
+        {"tr_sysctl_readwrite", [&] { return sysctl(at("none").c_str(), 0); }, "failed!(ret=21)"},
+        {"tr_sysctl_readwrite", [&] { return sysctl("/proc/self/oom_score_adj", 0); }, "failed!(ret=22)"},
     };
     // clang-format on
-    for (const auto& [operation, path, other, end] : rows) {
-        const Lines lines = logOf([&, operation = operation, path = path, other = other] {
-            EXPECT_EQ(-1, run(operation, path == "null" ? nullptr : path.c_str(), other))
-                << operation << " " << path;
-        });
+    for (const auto& [operation, call, end] : rows) {
+        const Lines lines = logOf([&, call = call] { EXPECT_EQ(-1, call()); });
         const std::string line = lines.empty() ? "" : lines.back();
         EXPECT_EQ(0U, line.find("err(trcfg_utils_filesys " + operation + ") ")) << line;
         EXPECT_EQ(end, line.substr(line.size() - std::min(line.size(), end.size())));
