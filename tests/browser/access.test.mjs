@@ -1,12 +1,20 @@
 // Keyboard alone, assistive software, small windows, strong zoom, dark, another language.
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
-import { faults, footer, openList, pressed, settled, startInstrument } from './instrument.mjs';
+import { after, test } from 'node:test';
+import {
+  arrive,
+  closeViewer,
+  faults,
+  footer,
+  openList,
+  pressed,
+  saved,
+  settled,
+  startInstrument,
+  told,
+} from './instrument.mjs';
 
-let instrument;
-before(async () => {
-  instrument = await startInstrument();
-});
+const instrument = await startInstrument();
 after(() => instrument.stop());
 
 const focused = (page) =>
@@ -17,23 +25,19 @@ const focused = (page) =>
 
 test('axe finds no fault in any view', async () => {
   for (const colorScheme of ['light', 'dark']) {
-    const page = await instrument.newPage({ colorScheme });
-    await openList(page, instrument.list('fmtype=rslt&test=throughput'));
+    const page = await instrument.open('fmtype=rslt&test=throughput', { colorScheme });
     assert.deepEqual(await faults(page), [], `list, ${colorScheme}`);
     await page.locator('.slick-row').first().click();
     await page.keyboard.press('Enter');
     await page.frameLocator('.fm-report').locator('body *').first().waitFor();
     await pressed(page, 'Download').first().click();
-    await page
-      .locator('.fm-task')
-      .getByText(/Saved as/)
-      .waitFor();
+    await told(page, /Saved as/);
     assert.deepEqual(
       (await faults(page)).filter((fault) => !fault.includes('<html lang="en"><head>')),
       [],
       `viewer, ${colorScheme}`,
     );
-    await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
+    await closeViewer(page);
     for (const dialog of ['Filter', 'Advanced']) {
       await pressed(page, dialog).click();
       await page.getByRole('dialog').waitFor();
@@ -49,28 +53,15 @@ test('axe finds no fault in any view', async () => {
 });
 
 test('a filter, a choice and a download by keyboard alone', async () => {
-  const page = await instrument.newPage();
-  await openList(page, instrument.list('fmtype=rslt'));
+  const page = await instrument.open('fmtype=rslt');
   const order = [];
   for (let i = 0; i < 25 && order.at(-1) !== 'body'; i++) {
     await page.keyboard.press('Tab');
     order.push(await focused(page));
   }
-  const at = (name) => order.findIndex((one) => one.startsWith(name));
-  const wanted = [
-    'All',
-    'Results',
-    'Profiles',
-    'Screenshots',
-    'Narrow the list',
-    'Filter',
-    'Advanced',
-    'Stored files',
-  ].map(at);
-  assert.ok(
-    wanted.every((place, i) => place > (wanted[i - 1] ?? -1)),
-    order.join(' | '),
-  );
+  const wanted = ['All', 'Results', 'Profiles', 'Screenshots', 'Narrow the list', 'Filter', 'Advanced', 'Stored files'];
+  const places = wanted.map((name) => order.findIndex((one) => one.startsWith(name)));
+  assert.ok(places[0] >= 0 && places.every((place, i) => i === 0 || place > places[i - 1]), order.join(' | '));
 
   await pressed(page, 'Filter').focus();
   await page.keyboard.press('Enter');
@@ -80,14 +71,13 @@ test('a filter, a choice and a download by keyboard alone', async () => {
   await page.keyboard.press('Tab');
   await page.keyboard.press(' ');
   await page.keyboard.press('Enter');
-  await page.waitForURL(/test=/);
-  await settled(page);
+  await arrive(page, /test=/);
   assert.equal(await focused(page), 'Filter');
   while (!(await focused(page)).startsWith('Stored files')) await page.keyboard.press('Tab');
   for (const key of ['ArrowDown', ' ']) await page.keyboard.press(key);
   assert.match(await footer(page), /1 chosen/);
   while ((await focused(page)) !== 'Download') await page.keyboard.press('Shift+Tab');
-  const [download] = await Promise.all([page.waitForEvent('download'), page.keyboard.press('Enter')]);
+  const download = await saved(page, () => page.keyboard.press('Enter'));
   assert.match(download.suggestedFilename(), /\.zip$/);
   await page.waitForFunction(() => /Saved as/.test(document.querySelector('[role=status]').textContent));
   assert.deepEqual(page.problems, []);
@@ -98,8 +88,11 @@ test('nothing is out of reach on a phone and at 200 % zoom', async () => {
     { width: 360, height: 700 },
     { width: 640, height: 400 },
   ]) {
-    const page = await instrument.newPage({ viewport, deviceScaleFactor: 2, hasTouch: true });
-    await openList(page, instrument.list('fmtype=rslt&module=10G,1GE'));
+    const page = await instrument.open('fmtype=rslt&module=10G,1GE', {
+      viewport,
+      deviceScaleFactor: 2,
+      hasTouch: true,
+    });
     assert.equal(await page.evaluate(() => document.scrollingElement.scrollWidth <= innerWidth), true);
     await page.locator('.slick-row').first().tap();
     assert.match(await footer(page), /1 chosen/);
@@ -120,8 +113,7 @@ test('nothing is out of reach on a phone and at 200 % zoom', async () => {
 });
 
 test('German for whoever prefers it, and a switch that is remembered', async () => {
-  const page = await instrument.newPage({ locale: 'de-DE' });
-  await openList(page, instrument.list('fmtype=rslt'));
+  const page = await instrument.open('fmtype=rslt', { locale: 'de-DE' });
   assert.equal(await page.getAttribute('html', 'lang'), 'de');
   assert.match(await footer(page), /Einträge/);
   await page.getByRole('combobox', { name: 'Sprache' }).selectOption('en');

@@ -2,13 +2,10 @@
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
-import { after, before, test } from 'node:test';
-import { footer, openList, pressed, startInstrument } from './instrument.mjs';
+import { after, test } from 'node:test';
+import { DIR, footer, openList, pressed, row, saved, startInstrument, task, told } from './instrument.mjs';
 
-let instrument;
-before(async () => {
-  instrument = await startInstrument();
-});
+const instrument = await startInstrument();
 after(() => instrument.stop());
 
 function archiveOf(...entries) {
@@ -19,27 +16,20 @@ function archiveOf(...entries) {
   fs.rmSync('/tmp/zip.zip');
   return bytes;
 }
-const rowNamed = (page, name) =>
-  page.locator('.slick-row').filter({ has: page.locator('.fm-name', { hasText: new RegExp(`^${name}$`) }) });
-const task = (page) => page.locator('.fm-task').last();
 
 async function choose(page, count) {
-  for (let i = 0; i < count; i++) await page.locator(`.slick-row[data-row="${i}"] .fm-check`).click();
+  for (let i = 0; i < count; i++) await row(page, i).locator('.fm-check').click();
   return page.$$eval('.slick-row.is-chosen .fm-name', (found) => found.map((node) => node.textContent));
 }
 
 test('a report shows as a report, runs nothing and asks for nothing', async () => {
-  const dir = '/home/10g/kte-rslt/10gport/bert-result';
   fs.writeFileSync(
-    `${dir}/viewed.html`,
+    `${DIR}/viewed.html`,
     '<html><head><style>p{color:rgb(1,2,3)}</style><script>parent.canary=1;canary=1</script></head>' +
       '<body onload="parent.canary=1"><p>Passed</p><img src="viewed_files/chart.png"><img src="data:image/gif;base64,R0lGODlhAQABAAAAACw="><a href="/x">away</a></body></html>',
   );
-  const page = await instrument.newPage();
-  await openList(page, instrument.list('fmtype=rslt&test=bert'));
-  await page.getByRole('searchbox').fill('viewed');
-  await page.waitForURL(/find=viewed/);
-  await rowNamed(page, 'viewed').dblclick();
+  const page = await instrument.open('fmtype=rslt&test=bert&fname=viewed');
+  await page.locator('.slick-row').dblclick();
   const report = page.frameLocator('.fm-report');
   await report.getByText('Passed').waitFor();
   assert.equal(await report.locator('p').evaluate((node) => getComputedStyle(node).color), 'rgb(1, 2, 3)');
@@ -54,12 +44,11 @@ test('a report shows as a report, runs nothing and asks for nothing', async () =
   await page.goto(instrument.list('opertype=view&rsltid=Ethernet_10G+P1_bert_Result_viewed'));
   assert.match(await page.innerText('body'), /Passed/);
   assert.equal(await page.evaluate('typeof canary'), 'undefined');
-  fs.unlinkSync(`${dir}/viewed.html`);
+  fs.unlinkSync(`${DIR}/viewed.html`);
 });
 
 test('pictures show as pictures, captures offer the download', async () => {
-  const page = await instrument.newPage();
-  await openList(page, instrument.list('fmtype=screen'));
+  const page = await instrument.open('fmtype=screen');
   await page.locator('.slick-row').first().click();
   await pressed(page, 'View').click();
   const picture = page.locator('.fm-picture img');
@@ -74,46 +63,33 @@ test('pictures show as pictures, captures offer the download', async () => {
   await page.waitForURL(/find=/);
   await page.locator('.slick-row').first().dblclick();
   await page.getByRole('heading', { name: /No view for this kind of file/ }).waitFor();
-  const [download] = await Promise.all([
-    page.waitForEvent('download'),
-    page.locator('.fm-viewer-body').getByRole('button', { name: 'Download' }).click(),
-  ]);
+  const download = await saved(page, () => page.locator('.fm-viewer-body').getByRole('button').click());
   assert.match(execFileSync('unzip', ['-Z1', await download.path()], { encoding: 'utf8' }), /\.pcap$/m);
   assert.deepEqual(page.problems, []);
 });
 
 test('chosen entries arrive as an archive that holds them, and as PDFs', async () => {
-  const page = await instrument.newPage();
-  await openList(page, instrument.list('fmtype=rslt&test=throughput'));
+  const page = await instrument.open('fmtype=rslt&test=throughput');
   const wanted = await choose(page, 3);
   const old = await footer(page);
-  const [download] = await Promise.all([page.waitForEvent('download'), pressed(page, 'Download').click()]);
+  const download = await saved(page, () => pressed(page, 'Download').click());
   assert.match(download.suggestedFilename(), /^result-files-\d{4}-\d\d-\d\d-3\.zip$/);
   const entries = execFileSync('unzip', ['-Z1', await download.path()], { encoding: 'utf8' });
   for (const name of wanted) assert.ok(entries.includes(`/${name}.html`), name);
-  await task(page)
-    .getByText(/Saved as “result-files/)
-    .waitFor();
+  await told(page, /Saved as “result-files/);
   assert.equal(await footer(page), old);
 
   await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
   await page.getByRole('checkbox', { name: 'Choose all shown' }).uncheck();
   await choose(page, 1);
-  const [pdf] = await Promise.all([page.waitForEvent('download', { timeout: 60000 }), pressed(page, 'PDF').click()]);
+  const pdf = await saved(page, () => pressed(page, 'PDF').click());
   assert.equal(pdf.suggestedFilename(), `${wanted[0]}.pdf`);
-  assert.equal(
-    fs
-      .readFileSync(await pdf.path())
-      .subarray(0, 5)
-      .toString(),
-    '%PDF-',
-  );
+  assert.match(fs.readFileSync(await pdf.path(), 'latin1'), /^%PDF-/);
   assert.deepEqual(page.problems, []);
 });
 
 test('an empty, broken or refused answer is told and not saved', async () => {
-  const page = await instrument.newPage();
-  await openList(page, instrument.list('fmtype=rslt&test=throughput'));
+  const page = await instrument.open('fmtype=rslt&test=throughput');
   await choose(page, 1);
   page.on('download', () => assert.fail('saved'));
   const cases = [
@@ -126,39 +102,34 @@ test('an empty, broken or refused answer is told and not saved', async () => {
   for (const [answer, words] of cases) {
     await page.route('**/*opertype=download**', (route) => route.fulfill(answer));
     await pressed(page, 'Download').click();
-    await task(page).getByText(words).waitFor();
+    await told(page, words);
     await task(page).getByRole('button', { name: 'Close' }).click();
     await page.unroute('**/*opertype=download**');
   }
   await page.route('**/*opertype=download**', () => {}); // never answers
   await pressed(page, 'Download').click();
-  await task(page).getByText('Packing 1 entry …').waitFor();
+  await told(page, 'Packing 1 entry …');
   await task(page).getByRole('button', { name: 'Cancel' }).click();
-  await task(page).getByText('Cancelled.').waitFor();
+  await told(page, 'Cancelled.');
 });
 
 test('a file that has gone is told', async () => {
-  const path = '/home/10g/kte-rslt/10gport/bert-result/gone.html';
+  const path = `${DIR}/gone.html`;
   fs.writeFileSync(path, '<html>soon gone</html>');
-  const page = await instrument.newPage();
-  await openList(page, instrument.list('fmtype=rslt&test=bert&fname=gone'));
+  const page = await instrument.open('fmtype=rslt&test=bert&fname=gone');
   fs.unlinkSync(path);
   await page.locator('.slick-row').first().click();
   await pressed(page, 'Download').click();
-  await task(page)
-    .getByText(/answer is empty/)
-    .waitFor();
+  await told(page, /answer is empty/);
   await pressed(page, 'View').click();
   await page.locator('.fm-viewer').getByRole('alert').waitFor();
 });
 
 test('a long choice goes in parts, smaller ones for a server with a shorter limit', async () => {
-  const dir = '/home/10g/kte-rslt/10gport/bert-result';
-  const made = Array.from({ length: 1200 }, (_, i) => `${dir}/a long name for a result that fills the query ${i}.html`);
+  const made = Array.from({ length: 1200 }, (_, i) => `${DIR}/a long name for a result that fills the query ${i}.html`);
   made.forEach((path) => fs.writeFileSync(path, '<html></html>'));
   try {
-    const page = await instrument.newPage();
-    await openList(page, instrument.list('fmtype=rslt&fname=a+long+name'));
+    const page = await instrument.open('fmtype=rslt&fname=a+long+name');
     await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
     const asked = [];
     const archive = archiveOf(...made.map((_, i) => `[a long name for a result that fills the query ${i}]-[]`));
@@ -167,9 +138,7 @@ test('a long choice goes in parts, smaller ones for a server with a shorter limi
       return asked.length === 1 ? route.fulfill({ status: 414, body: '' }) : route.fulfill({ body: archive });
     });
     await pressed(page, 'Download').click();
-    await task(page)
-      .getByText(/Saved as/)
-      .waitFor();
+    await told(page, /Saved as/);
     assert.ok(asked[0] < 60000 && asked[0] > 40000);
     assert.ok(asked.slice(1).every((length) => length < 8000) && asked.length > 10, String(asked));
   } finally {

@@ -1,13 +1,17 @@
 // A served instrument and a browser in front of it, for the tests in this folder.
 import assert from 'node:assert/strict';
 import { execFileSync, spawn } from 'node:child_process';
+import { once } from 'node:events';
 import fs from 'node:fs';
 import { createRequire } from 'node:module';
 import net from 'node:net';
+import { setTimeout as pause } from 'node:timers/promises';
 
 const require = createRequire(new URL('../../web/package.json', import.meta.url));
 const { chromium } = require('playwright-core');
 const AXE = fs.readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
+/** Where the tests put reports of their own. */
+export const DIR = '/home/10g/kte-rslt/10gport/bert-result';
 const CGI_DIR = '/usr/local/ktb/cgi-bin';
 
 // The tests write below /home: never outside the private storage.
@@ -16,27 +20,19 @@ assert.ok(fs.existsSync('/tmp/.private-storage'));
 
 async function freePort() {
   const server = net.createServer().listen(0, '127.0.0.1');
-  await new Promise((resolve) => {
-    server.on('listening', resolve);
-  });
+  await once(server, 'listening');
   const { port } = server.address();
-  await new Promise((resolve) => {
-    server.close(resolve);
-  });
+  await once(server.close(), 'close');
   return port;
 }
 
 async function answers(port) {
   for (let i = 0; i < 100; i++) {
     const socket = net.connect(port, '127.0.0.1');
-    const up = await new Promise((resolve) => {
-      socket.on('connect', () => resolve(true)).on('error', () => resolve(false));
-    });
+    const up = await once(socket, 'connect').catch(() => false);
     socket.destroy();
     if (up) return;
-    await new Promise((resolve) => {
-      setTimeout(resolve, 50);
-    });
+    await pause(50);
   }
   throw new Error('the web server does not start');
 }
@@ -58,21 +54,20 @@ export async function startInstrument(command) {
   await answers(port);
   const browser = await chromium.launch({
     executablePath: '/usr/bin/chromium',
-    args: [
-      '--no-sandbox',
-      '--disable-gpu',
-      '--disable-quic',
-      '--no-first-run',
-      '--disable-background-networking',
-      '--disable-component-update',
-      '--disable-sync',
-    ],
+    args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--disable-background-networking', '--disable-sync'],
   });
   const home = `http://127.0.0.1:${port}`;
+  const list = (query) => `${home}/cgi-bin/fileman.cgi?${query}`;
   return {
     home,
-    list: (query = 'fmtype=all') => `${home}/cgi-bin/fileman.cgi?${query}`,
+    list,
     newPage: (options = {}) => newPage(browser, options),
+    /** A fresh page that shows the list of a query. */
+    open: async (query, options = {}) => {
+      const page = await newPage(browser, options);
+      await openList(page, list(query));
+      return page;
+    },
     stop: async () => {
       await browser.close();
       server.kill();
@@ -109,20 +104,32 @@ export async function settled(page) {
   await page.waitForTimeout(60);
 }
 
-export const names = (page) =>
-  page.$$eval('.slick-row', (rows) =>
-    rows.sort((a, b) => a.dataset.row - b.dataset.row).map((row) => row.querySelector('.fm-name').textContent),
-  );
-export const column = (page, id) =>
+const cells = (page, selector) =>
   page.$$eval(
     '.slick-row',
     (rows, wanted) =>
-      rows
-        .sort((a, b) => a.dataset.row - b.dataset.row)
-        .map((row) => row.querySelector(`.fm-col-${wanted}`).textContent),
-    id,
+      rows.sort((a, b) => a.dataset.row - b.dataset.row).map((row) => row.querySelector(wanted).textContent),
+    selector,
   );
+export const names = (page) => cells(page, '.fm-name');
+export const column = (page, id) => cells(page, `.fm-col-${id}`);
+/** Waits for an address, and for the list that is shown at it. */
+export async function arrive(page, address) {
+  await page.waitForURL(address);
+  await settled(page);
+}
+
+/** What an action in the page saves. */
+export async function saved(page, action) {
+  const [download] = await Promise.all([page.waitForEvent('download', { timeout: 60000 }), action()]);
+  return download;
+}
+
 export const footer = (page) => page.innerText('.fm-foot');
+export const row = (page, i) => page.locator(`.slick-row[data-row="${i}"]`);
+export const task = (page) => page.locator('.fm-task').last();
+export const told = (page, words) => task(page).getByText(words).waitFor();
+export const closeViewer = (page) => page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
 export const pressed = (page, name) => page.getByRole('button', { name, exact: true });
 
 /** Header lines of an answer, names in small letters. Read by hand: Node's own clients refuse the diagnostic lines. */
@@ -136,14 +143,13 @@ export async function headersOf(url, more = '') {
   return new Map(lines.map((line) => [line.split(':', 1)[0].toLowerCase(), line.slice(line.indexOf(':') + 1).trim()]));
 }
 
-/** The rows that the program itself writes for a query. */
-export function rowsOf(query) {
-  const page = execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'latin1' });
-  return page.split('\n').filter((line) => line.startsWith("\t\t{ id: '"));
-}
-
+/** What the program itself writes for a query, and the rows in it. */
 export const answerOf = (query) =>
   execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'utf8' });
+export const rowsOf = (query) =>
+  answerOf(query)
+    .split('\n')
+    .filter((line) => line.startsWith("\t\t{ id: '"));
 
 /** Names of serious faults that axe finds. */
 export async function faults(page) {

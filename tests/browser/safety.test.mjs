@@ -3,11 +3,21 @@ import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import crypto from 'node:crypto';
 import fs from 'node:fs';
-import { after, before, test } from 'node:test';
+import { after, test } from 'node:test';
 import { gunzipSync } from 'node:zlib';
-import { answerOf, footer, headersOf, names, openList, pressed, startInstrument } from './instrument.mjs';
+import {
+  answerOf,
+  closeViewer,
+  DIR,
+  footer,
+  headersOf,
+  names,
+  openList,
+  pressed,
+  saved,
+  startInstrument,
+} from './instrument.mjs';
 
-const DIR = '/home/10g/kte-rslt/10gport/bert-result';
 const BARE_CONF = '/tmp/bare-lighttpd.conf'; // a server that sends no policy and compresses nothing
 const POLICY_FILES = {
   conf: '/srv/packaging/lighttpd/fileman.conf',
@@ -37,23 +47,16 @@ const paths = HOSTILE.map(([name]) =>
   Buffer.concat([Buffer.from(`${DIR}/hostile `), Buffer.from(name), Buffer.from('.html')]),
 );
 
-let instrument;
-let bare;
-before(async () => {
-  fs.writeFileSync(
-    BARE_CONF,
-    `server.document-root = env.FILEMAN_WWW\nserver.bind = "127.0.0.1"\nserver.port = env.FILEMAN_PORT
+fs.writeFileSync(
+  BARE_CONF,
+  `server.document-root = env.FILEMAN_WWW\nserver.bind = "127.0.0.1"\nserver.port = env.FILEMAN_PORT
 server.modules = ( "mod_cgi", "mod_alias" )\nalias.url = ( "/cgi-bin/" => env.FILEMAN_CGI_DIR + "/" )
 $HTTP["url"] =~ "^/cgi-bin/" { cgi.assign = ( ".cgi" => "" ) }\nserver.http-parseopts = ( "url-normalize" => "disable" )
 mimetype.assign = ( ".js" => "text/javascript", ".css" => "text/css", ".svg" => "image/svg+xml", ".html" => "text/html" )\n`,
-  );
-  instrument = await startInstrument();
-  bare = await startInstrument(() => ['lighttpd', ['-D', '-f', BARE_CONF]]);
-});
-after(async () => {
-  await instrument.stop();
-  await bare.stop();
-});
+);
+const instrument = await startInstrument();
+const bare = await startInstrument(() => ['lighttpd', ['-D', '-f', BARE_CONF]]);
+after(() => Promise.all([instrument.stop(), bare.stop()]));
 
 async function withHostileNames(work) {
   paths.forEach((path) => fs.writeFileSync(path, '<html><p>harmless</p></html>'));
@@ -89,12 +92,8 @@ test("hostile names are shown as they are and never run, with the server's polic
         await row.click();
         await row.press('Enter').catch(() => page.keyboard.press('Enter'));
         if (viewable) await page.frameLocator('.fm-report').getByText('harmless').waitFor();
-        else
-          await page
-            .locator('.fm-viewer')
-            .getByText(/Cannot be delivered: its identity/)
-            .waitFor();
-        await page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
+        else await page.locator('.fm-viewer', { hasText: 'Cannot be delivered: its identity' }).waitFor();
+        await closeViewer(page);
       }
       await pressed(page, 'Read the list again').click();
       await page.waitForTimeout(300);
@@ -108,7 +107,7 @@ test('what cannot be packed is told by name and left out', () =>
     const page = await guarded(instrument);
     await openList(page, instrument.list('fmtype=rslt&module=10G&test=bert&fname=hostile'));
     await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
-    const [download] = await Promise.all([page.waitForEvent('download'), pressed(page, 'Download').click()]);
+    const download = await saved(page, () => pressed(page, 'Download').click());
     assert.ok(fs.statSync(await download.path()).size > 100);
     assert.match(
       await page.locator('.fm-task-note').first().innerText(),
@@ -226,23 +225,14 @@ test('10,000 rows are painted within a second after the bytes are there', async 
     let best = Infinity;
     for (let round = 0; round < 5 && best > 1000; round++) {
       const page = await instrument.newPage();
-      await page.addInitScript(() => {
-        new MutationObserver((records, observer) => {
-          if (!document.querySelector('.slick-row')) return;
-          observer.disconnect();
-          requestAnimationFrame(() =>
-            setTimeout(() => {
-              window.painted = performance.now();
-            }),
-          );
-        }).observe(document, { childList: true, subtree: true });
+      await page.goto(instrument.list('fmtype=rslt'), { waitUntil: 'commit' });
+      // Asked in each frame: what it finds has been painted when the next one begins.
+      const painted = await page.waitForFunction(() => {
+        if (window.wasThere) return performance.now() - performance.getEntriesByType('navigation')[0].responseEnd;
+        window.wasThere = document.querySelector('.slick-row') !== null;
+        return false;
       });
-      await openList(page, instrument.list('fmtype=rslt'));
-      await page.waitForFunction(() => window.painted);
-      best = Math.min(
-        best,
-        await page.evaluate(() => window.painted - performance.getEntriesByType('navigation')[0].responseEnd),
-      );
+      best = Math.min(best, await painted.jsonValue());
       assert.match(await footer(page), /^10,\d\d\d entries/);
       assert.ok((await page.locator('.slick-row').count()) < 80);
       assert.deepEqual(page.problems, []);

@@ -1,6 +1,7 @@
 // Writes docs/screenshots; looked at by a person, not compared.
 import fs from 'node:fs';
-import { openList, pressed, startInstrument } from './instrument.mjs';
+import { setTimeout as pause } from 'node:timers/promises';
+import { pressed, row, startInstrument, told } from './instrument.mjs';
 
 const OUT = '/srv/docs/screenshots';
 const instrument = await startInstrument();
@@ -18,14 +19,12 @@ async function age() {
   );
   for (const file of files.sort((a, b) => ((a.length * 7) % 5) - ((b.length * 7) % 5)).slice(0, 18)) {
     fs.utimesSync(file, new Date(), new Date());
-    await new Promise((resolve) => {
-      setTimeout(resolve, 1100);
-    });
+    await pause(1100);
   }
 }
 
-async function shoot(name, options, work) {
-  const page = await instrument.newPage(options);
+async function shoot(name, options, query, work = () => {}) {
+  const page = await instrument.open(query, options);
   await work(page);
   await page.waitForTimeout(500);
   await page.screenshot({ path: `${OUT}/${name}.png` });
@@ -36,43 +35,39 @@ async function shoot(name, options, work) {
 const wide = { viewport: { width: 1280, height: 760 } };
 fs.mkdirSync(OUT, { recursive: true });
 await age();
-await shoot('list', wide, async (page) => {
-  await openList(page, instrument.list('fmtype=rslt&module=10G,1GE'));
-  for (const row of [1, 2, 4]) await page.locator(`.slick-row[data-row="${row}"] .fm-check`).click();
+await shoot('list', wide, 'fmtype=rslt&module=10G,1GE', async (page) => {
+  for (const i of [1, 2, 4]) await row(page, i).locator('.fm-check').click();
 });
-await shoot('view', wide, async (page) => {
-  await openList(page, instrument.list('fmtype=rslt&test=throughput'));
+await shoot('view', wide, 'fmtype=rslt&test=throughput', async (page) => {
   await page.locator('.slick-row').nth(2).dblclick();
   await page.frameLocator('.fm-report').locator('h1, table').first().waitFor();
 });
-await shoot('filter', wide, async (page) => {
-  await openList(page, instrument.list('fmtype=rslt&module=10G'));
+await shoot('filter', wide, 'fmtype=rslt&module=10G', async (page) => {
   await pressed(page, 'Filter').click();
   await page.getByRole('dialog').getByLabel('Ethernet', { exact: true }).check();
 });
-await shoot('advanced', wide, async (page) => {
-  await openList(page, instrument.list('fmtype=rslt&jobid=JOB-2024'));
-  await pressed(page, 'Advanced').click();
-});
-await shoot('empty', wide, (page) => openList(page, instrument.list('fmtype=rslt&module=40GE&fname=acceptance')));
-await shoot('download', wide, async (page) => {
-  await openList(page, instrument.list('fmtype=all'));
+await shoot('advanced', wide, 'fmtype=rslt&jobid=JOB-2024', (page) => pressed(page, 'Advanced').click());
+await shoot('empty', wide, 'fmtype=rslt&module=40GE&fname=acceptance');
+await shoot('download', wide, 'fmtype=all', async (page) => {
   await page.getByRole('searchbox').fill('bert 10G');
   await page.waitForURL(/find/);
   await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
   await pressed(page, 'Download').click();
-  await page
-    .locator('.fm-task')
-    .getByText(/Saved as/)
-    .waitFor();
+  await told(page, /Saved as/);
 });
-await shoot('phone', { viewport: { width: 390, height: 780 }, deviceScaleFactor: 2, hasTouch: true }, async (page) => {
-  await openList(page, instrument.list('fmtype=rslt&module=10G'));
-  await page.locator('.slick-row').nth(1).tap();
-});
-await shoot('dark', { ...wide, colorScheme: 'dark', locale: 'de-DE' }, async (page) => {
-  await openList(page, instrument.list('fmtype=rslt&module=10G,1GE&test=throughput'));
-  await page.locator('.slick-row').nth(1).dblclick();
-  await page.frameLocator('.fm-report').locator('h1, table').first().waitFor();
-});
+await shoot(
+  'phone',
+  { viewport: { width: 390, height: 780 }, deviceScaleFactor: 2, hasTouch: true },
+  'fmtype=rslt&module=10G',
+  (page) => page.locator('.slick-row').nth(1).tap(),
+);
+await shoot(
+  'dark',
+  { ...wide, colorScheme: 'dark', locale: 'de-DE' },
+  'fmtype=rslt&module=10G,1GE&test=throughput',
+  async (page) => {
+    await page.locator('.slick-row').nth(1).dblclick();
+    await page.frameLocator('.fm-report').locator('h1, table').first().waitFor();
+  },
+);
 await instrument.stop();
