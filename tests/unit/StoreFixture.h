@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <vector>
 
@@ -27,6 +29,11 @@ protected:
     StoreTest() { reset(); }
 
     static void reset() {
+        const char* const isPrivate = std::getenv("FILEMAN_PRIVATE_STORAGE");
+        if (isPrivate == nullptr || !std::filesystem::exists("/tmp/.private-storage")) {
+            std::fputs("store_test: not in private storage, see scripts/with-storage\n", stderr);
+            std::_Exit(2);
+        }
         for (const auto& entry : std::filesystem::directory_iterator("/home"))
             std::filesystem::remove_all(entry.path());
         resetConfState();

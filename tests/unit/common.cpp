@@ -94,7 +94,6 @@ TEST_F(FilesTest, FirstLineAndVersion) {
     } rows[] = {{"Version: 1.0 \r\nmore", "Version: 1.0", " 1.0"},
                 {"1.0", "1.0", "1.0"},
                 {"a:b:c", "a:b:c", "b:c"},
-                {"", "", ""},
                 {"\nsecond", "", ""},
                 {std::string("ab \0cd", 6), "ab", "ab"},
                 {full + "yz\n", full, full}};

@@ -88,7 +88,8 @@ bool has(const std::string& row, const char* part) {
     return row.find(part) != std::string::npos;
 }
 
-Rows only(const std::function<bool(const std::string&)>& passes, Rows rows = kResults) {
+Rows only(const std::function<bool(const std::string&)>& passes) {
+    Rows rows = kResults;
     rows.erase(std::remove_if(rows.begin(), rows.end(), [&](const std::string& row) { return !passes(row); }),
                rows.end());
     return rows;
