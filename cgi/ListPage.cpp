@@ -59,10 +59,13 @@ private:
     // What does not differ between the files of one directory.
     void prepare(const _ResultInfo& common) {
         m_common = &common;
-        m_beforeIdEnd = "\t\t{ id: '" + common.id;
-        m_beforeDate = "', module: '" + common.module + "', mode: '" + common.mode + "', test: '" +
-                       common.test + "', port: '" + common.port + "', datetime: '";
-        m_beforePathEnd = "', rsltype: '" + common.rsltype + "', path: '" + common.path;
+        m_beforeIdEnd.assign("\t\t{ id: '").append(common.id);
+        m_beforeDate.assign("', module: '").append(common.module);
+        m_beforeDate.append("', mode: '").append(common.mode);
+        m_beforeDate.append("', test: '").append(common.test);
+        m_beforeDate.append("', port: '").append(common.port).append("', datetime: '");
+        m_beforePathEnd.assign("', rsltype: '").append(common.rsltype);
+        m_beforePathEnd.append("', path: '").append(common.path);
     }
 
     void put(std::string_view text) {

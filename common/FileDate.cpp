@@ -1,5 +1,6 @@
 #include "common/FileDate.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
@@ -15,8 +16,12 @@ void putDigits(char* end, int digits, int value) {
 } // namespace
 
 std::time_t changeTime(const char* path) {
+    return changeTimeAt(AT_FDCWD, path);
+}
+
+std::time_t changeTimeAt(int directory, const char* path) {
     struct stat status;
-    return ::lstat(path, &status) == 0 ? status.st_ctime : kUnknownTime;
+    return ::fstatat(directory, path, &status, AT_SYMLINK_NOFOLLOW) == 0 ? status.st_ctime : kUnknownTime;
 }
 
 // "%04d-%02d-%02d %02d:%02d:%02d", without the cost of printf: every listed file gets one.

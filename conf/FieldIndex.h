@@ -18,8 +18,10 @@ public:
 
     // Null when no record has that text.
     const Record* find(const Map& map, const std::string& text) {
-        if (map.size() < kWorthIndexing)
+        if (m_walks < kFewWalks) {
+            ++m_walks;
             return walk(map, text);
+        }
         if (m_indexed != map.size())
             index(map);
         const auto found = m_first.find(CCommUtils::lowerCase(text));
@@ -27,8 +29,8 @@ public:
     }
 
 private:
-    // Instruments have some ten to fifty entries a section; a walk over them costs less than an index.
-    static constexpr std::size_t kWorthIndexing = 64;
+    // To make an index costs as much as some thirty walks. Most requests ask for less.
+    static constexpr int kFewWalks = 16;
 
     const Record* walk(const Map& map, const std::string& text) const {
         for (const auto& [key, record] : map) {
@@ -48,4 +50,5 @@ private:
     std::string Record::*m_field;
     std::unordered_map<std::string, const Record*> m_first; // by the field in lower case
     std::size_t m_indexed = 0;                              // how many records the map had
+    int m_walks = 0;
 };

@@ -147,7 +147,7 @@ private:
     // --- the file step, the same for all sources (FileStep.cpp) ---
 
     // Lists the files of one directory that pass; returns the number of records added.
-    int listFiles(const FileSource& source);
+    int listFiles(FileSource source);
     bool isWanted(const FileSource& source, const Directory& directory, std::string_view fileName,
                   const _AdvanceInfo& named);
     // Whether an item passes the advanced filter of which named knows the name; what is stored at path is
@@ -167,7 +167,7 @@ private:
     int loadFixedDirs(const LoadInfo& info);
     int loadTree(const LoadInfo& info);
     int loadPortDir(const LoadInfo& info, const std::string& path, const std::string& port);
-    int loadTypeDir(const LoadInfo& info, const std::string& path, const std::string& port,
+    int loadTypeDir(const LoadInfo& info, const std::string& path, bool isListed, const std::string& port,
                     const std::string& type);
 
     // --- scans (ScanStorage.cpp, ScanVocabulary.cpp); true when there is something on disk ---

@@ -22,13 +22,21 @@ std::string workingDirectory() {
 
 } // namespace
 
-void DateReader::setDirectory(const std::string& directory) {
+void DateReader::setDirectory(const std::string& directory, int descriptor) {
     m_directory = directory;
+    m_descriptor = mayBeRelative() ? descriptor : -1;
     m_filesAsked = 0;
     m_isInside = false;
 }
 
+// A file whose path is too long as a whole has no date.
+bool DateReader::mayBeRelative() const {
+    return m_directory.size() + 1 + NAME_MAX < PATH_MAX;
+}
+
 std::time_t DateReader::read(const char* fileName) {
+    if (m_descriptor >= 0)
+        return changeTimeAt(m_descriptor, fileName);
     if (++m_filesAsked == kFewFiles)
         enter();
     return m_isInside ? changeTime(fileName) : changeTime(entryPath(m_directory, fileName).c_str());
@@ -37,8 +45,7 @@ std::time_t DateReader::read(const char* fileName) {
 void DateReader::enter() {
     if (m_start.empty())
         m_start = workingDirectory();
-    // A file whose path is too long as a whole has no date.
-    if (!m_start.empty() && m_directory.size() + 1 + NAME_MAX < PATH_MAX)
+    if (!m_start.empty() && mayBeRelative())
         m_isInside = ::chdir(m_directory.c_str()) == 0;
 }
 

@@ -1,5 +1,7 @@
 #include "fileman/FileStep.h"
 
+#include <utility>
+
 #include "common/CCommUtils.h"
 #include "common/FileDate.h"
 #include "conf/CFileManConf.h"
@@ -71,15 +73,16 @@ bool CFileManager::isWanted(const FileSource& source, const Directory& directory
                                   : CFileManConf::advMatch(filter, named);
 }
 
-int CFileManager::listFiles(const FileSource& source) {
-    const Directory* const directory = m_tree->open(source.dir);
+int CFileManager::listFiles(FileSource source) {
+    const Directory* const directory =
+        source.isListed ? m_tree->openListed(source.dir) : m_tree->open(source.dir);
     if (directory == nullptr)
         return 0;
-    m_loaded->startFiles(source);
+    m_loaded->startFiles(std::move(source.record), source.dir);
     const std::size_t before = m_loaded->size();
     const bool passesAll = needsOf(m_filter.advanceInfo) == Needs::Nothing;
     const DateReader::Session session(m_dates);
-    m_dates.setDirectory(source.dir);
+    m_dates.setDirectory(source.dir, m_tree->descriptorOf(*directory));
     _AdvanceInfo named;
     for (const DirEntry entry : *directory) {
         if (entry.type != EntryType::RegularFile)

@@ -18,6 +18,7 @@ enum class Scratch { Keep, Drop };
 // One directory whose files are to be listed, and what all of their records have in common.
 struct FileSource {
     std::string dir;
+    bool isListed = false; // as a directory, in the listing of its parent, which need not be asked again
     StoredInfo storedInfo = StoredInfo::Plain;
     Scratch scratch = Scratch::Drop;
     _ResultInfo record; // every field but id, name, datetime and path

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
@@ -193,14 +194,14 @@ int CFileManager::loadResult(LoadInfo& info) {
 
 int CFileManager::loadFlat(const LoadInfo& info) {
     const std::string type = flatModeType(info.mode);
-    return type.empty() ? 0 : loadTypeDir(info, entryPath(m_home, info.dir), "", type);
+    return type.empty() ? 0 : loadTypeDir(info, entryPath(m_home, info.dir), false, "", type);
 }
 
 int CFileManager::loadFixedDirs(const LoadInfo& info) {
     const std::string path = entryPath(m_home, info.dir);
     int count = 0;
     for (const std::string& name : info.subDirs)
-        count += loadTypeDir(info, entryPath(path, name), "", fixedDirType(name));
+        count += loadTypeDir(info, entryPath(path, name), false, "", fixedDirType(name));
     return count;
 }
 
@@ -235,22 +236,23 @@ int CFileManager::loadPortDir(const LoadInfo& info, const std::string& path, con
     for (const DirEntry entry : *directory) {
         const std::string name(entry.name);
         if (entry.type == EntryType::Directory && isValidTypeDirName(name))
-            count += loadTypeDir(info, entryPath(path, name), port, str2Type(name, -1));
+            count += loadTypeDir(info, entryPath(path, name), true, port, str2Type(name, -1));
     }
     return count;
 }
 
-int CFileManager::loadTypeDir(const LoadInfo& info, const std::string& path, const std::string& port,
-                              const std::string& type) {
+int CFileManager::loadTypeDir(const LoadInfo& info, const std::string& path, bool isListed,
+                              const std::string& port, const std::string& type) {
     if (!passesTests(type))
         return 0;
     FileSource source;
     source.dir = path;
+    source.isListed = isListed;
     source.record.module = info.module;
     source.record.mode = info.mode;
     source.record.test = CFileManConf::getTypeName(type);
     source.record.port = port;
     source.record.rsltype = resultWord(info.isResult != 0);
     source.record.type = type;
-    return listFiles(source);
+    return listFiles(std::move(source));
 }

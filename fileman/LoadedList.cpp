@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "common/FileDate.h"
 #include "fileman/CFileManager.h"
@@ -24,11 +25,11 @@ private:
     std::string m_text;
 };
 
-RecordParts partsOf(const FileSource& source, const char* listedName, DateText& dates) {
+RecordParts partsOf(const _ResultInfo& common, const char* listedName, DateText& dates) {
     const std::string_view fileName = listedName;
     const std::string_view name = fileName.substr(0, fileName.find('.'));
-    const std::size_t left = CFileManager::kLongestId - source.record.id.size();
-    return {source.record, name, name.substr(0, left), fileName, dates.of(Directory::changeTime(listedName))};
+    const std::size_t left = CFileManager::kLongestId - common.id.size();
+    return {common, name, name.substr(0, left), fileName, dates.of(Directory::changeTime(listedName))};
 }
 
 std::unique_ptr<_ResultInfo> makeRecord(const RecordParts& parts) {
@@ -60,11 +61,10 @@ void LoadedList::append(_ResultInfo* record) const {
     ++m_runs.back().end;
 }
 
-void LoadedList::startFiles(const FileSource& source) {
-    m_runs.push_back({true, source, m_items.size()});
-    _ResultInfo& common = m_runs.back().source.record;
+void LoadedList::startFiles(_ResultInfo common, const std::string& directory) {
     common.id = CFileManager::makeUniqueId(&common);
-    common.path = source.dir + "/";
+    common.path.assign(directory).append("/");
+    m_runs.push_back({true, std::move(common), m_items.size()});
 }
 
 void LoadedList::addFile(const char* fileName) {
@@ -85,7 +85,7 @@ void LoadedList::forEachItem(std::size_t first, Step&& step) const {
 void LoadedList::visit(std::size_t first, const Visitor& visitor) const {
     DateText dates;
     forEachItem(first, [&](const Run& run, const Item& item) {
-        visitor(run.areFiles ? partsOf(run.source, item.fileName, dates) : ::partsOf(*item.record));
+        visitor(run.areFiles ? partsOf(run.common, item.fileName, dates) : ::partsOf(*item.record));
     });
 }
 
@@ -93,7 +93,7 @@ void LoadedList::getRecords(std::list<_ResultInfo*>& out) const {
     DateText dates;
     out.clear();
     forEachItem(0, [&](const Run& run, const Item& item) {
-        out.push_back(run.areFiles ? makeRecord(partsOf(run.source, item.fileName, dates)).release()
+        out.push_back(run.areFiles ? makeRecord(partsOf(run.common, item.fileName, dates)).release()
                                    : item.record);
     });
     m_items.clear();

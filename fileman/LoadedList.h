@@ -4,8 +4,8 @@
 #include <deque>
 #include <functional>
 #include <list>
+#include <string>
 
-#include "fileman/FileStep.h"
 #include "fileman/ResultInfo.h"
 
 // The records of the last load, in the order found.
@@ -21,8 +21,8 @@ public:
     std::size_t size() const { return m_items.size(); }
 
     void add(_ResultInfo* record);
-    // The files added from now on come from that directory.
-    void startFiles(const FileSource& source);
+    // The files added from now on come from that directory and have those fields in common.
+    void startFiles(_ResultInfo common, const std::string& directory);
     // fileName: of an entry of the directory, in its listing, which lives as long as the list.
     void addFile(const char* fileName);
 
@@ -40,8 +40,8 @@ private:
     // Neighbours of one kind: files of one directory, or records.
     struct Run {
         bool areFiles;
-        FileSource source; // of files
-        std::size_t end;   // the position behind the last of them
+        _ResultInfo common; // of files; id and path only begin here
+        std::size_t end;    // the position behind the last of them
     };
 
     void append(_ResultInfo* record) const;

@@ -10,7 +10,6 @@
 
 #include "common/CCommUtils.h"
 #include "common/FileDate.h"
-#include "common/UniqueFd.h"
 
 namespace {
 
@@ -34,6 +33,20 @@ bool isDotOrDotDot(const char* name) {
 
 const dirent64& recordAt(const char* at) {
     return *reinterpret_cast<const dirent64*>(at);
+}
+
+UniqueFd openDirectory(const std::string& path) {
+    return UniqueFd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+// The records are kept as the system writes them: there is no cheaper form to make. opendir would add a stat,
+// a buffer from the heap and a second look at the descriptor, as much as reading a small directory.
+Directory readListing(const UniqueFd& fd) {
+    alignas(dirent64) std::array<char, 32768> buffer;
+    std::vector<char> listing;
+    for (ssize_t size = 0; (size = ::getdents64(fd.get(), buffer.data(), buffer.size())) > 0;)
+        listing.insert(listing.end(), buffer.data(), buffer.data() + size);
+    return Directory(std::move(listing));
 }
 
 } // namespace
@@ -66,12 +79,13 @@ std::optional<EntryType> Directory::find(std::string_view name) const {
         }
         return std::nullopt;
     }
-    if (m_index.empty()) {
+    if (!m_index) {
+        m_index = std::make_unique<Index>();
         for (const DirEntry entry : *this)
-            m_index.emplace(entry.name, entry.type);
+            m_index->emplace(entry.name, entry.type);
     }
-    const auto found = m_index.find(name);
-    return found == m_index.end() ? std::nullopt : std::optional<EntryType>(found->second);
+    const auto found = m_index->find(name);
+    return found == m_index->end() ? std::nullopt : std::optional<EntryType>(found->second);
 }
 
 std::string entryPath(std::string_view directory, std::string_view name) {
@@ -97,24 +111,25 @@ void Directory::keepChangeTime(const char* name, std::time_t time) const {
     std::memcpy(record + offsetof(dirent64, d_ino), &time, sizeof time);
 }
 
-// The records are kept as the system writes them: there is no cheaper form to make. opendir would add a stat,
-// a buffer from the heap and a second look at the descriptor, as much as reading a small directory.
 std::optional<Directory> readDirectory(const std::string& path) {
-    alignas(dirent64) std::array<char, 32768> buffer;
-    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!fd)
-        return std::nullopt;
-    std::vector<char> listing;
-    for (ssize_t size = 0; (size = ::getdents64(fd.get(), buffer.data(), buffer.size())) > 0;)
-        listing.insert(listing.end(), buffer.data(), buffer.data() + size);
-    return Directory(std::move(listing));
+    const UniqueFd fd = openDirectory(path);
+    return fd ? std::optional(readListing(fd)) : std::nullopt;
 }
 
 StorageTree::Place& StorageTree::visit(const std::string& path) {
-    const auto [place, isNew] = m_places.try_emplace(path);
-    if (isNew)
-        place->second.directory = readDirectory(path);
-    return place->second;
+    const auto [position, isNew] = m_places.try_emplace(path);
+    Place& place = position->second;
+    if (!isNew)
+        return place;
+    m_openFd = openDirectory(path);
+    if (m_openFd)
+        place.directory = readListing(m_openFd);
+    m_openDirectory = m_openFd ? &*place.directory : nullptr;
+    return place;
+}
+
+int StorageTree::descriptorOf(const Directory& directory) const {
+    return &directory == m_openDirectory ? m_openFd.get() : -1;
 }
 
 const Directory* StorageTree::openListed(const std::string& path) {

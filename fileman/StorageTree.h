@@ -2,12 +2,15 @@
 
 #include <cstddef>
 #include <ctime>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
+
+#include "common/UniqueFd.h"
 
 // What a directory listing tells of one entry. No entry is ever stat'ed for its type: entries of unknown type
 // count as Other, like links, sockets and FIFOs.
@@ -56,7 +59,8 @@ public:
 private:
     mutable std::vector<char>
         m_listing; // in place of its inode number, which nobody asks for, an entry has its time
-    mutable std::unordered_map<std::string_view, EntryType> m_index; // made by the first find
+    using Index = std::unordered_map<std::string_view, EntryType>;
+    mutable std::unique_ptr<Index> m_index; // made by the first find
 };
 
 // directory + "/" + name.
@@ -66,7 +70,7 @@ std::string entryPath(std::string_view directory, std::string_view name);
 std::optional<Directory> readDirectory(const std::string& path);
 
 // The storage tree as one request sees it: each directory is read at most once, when it is first asked for,
-// and closed before anybody descends, so that depth costs no open descriptors.
+// and stays open until the next one is, so that depth costs no descriptors.
 class StorageTree {
 public:
     // What is asked about paths below root is answered from the listings of their parents where these can
@@ -78,6 +82,9 @@ public:
 
     // The same for an entry that a listing of its parent told to be a directory.
     const Directory* openListed(const std::string& path);
+
+    // The descriptor of a directory of this tree while it is open, -1 afterwards.
+    int descriptorOf(const Directory& directory) const;
 
     // What access(path, F_OK) says.
     bool exists(const std::string& path);
@@ -98,4 +105,6 @@ private:
 
     std::string m_root;
     std::unordered_map<std::string, Place> m_places;
+    const Directory* m_openDirectory = nullptr; // the one read last
+    UniqueFd m_openFd;
 };
