@@ -23,11 +23,10 @@ async function choose(page, count) {
 }
 
 test('a report shows as a report, runs nothing and asks for nothing', async () => {
-  fs.writeFileSync(
-    `${DIR}/viewed.html`,
+  const content =
     '<html><head><style>p{color:rgb(1,2,3)}</style><script>parent.canary=1;canary=1</script></head>' +
-      '<body onload="parent.canary=1"><p>Passed</p><img src="viewed_files/chart.png"><img src="data:image/gif;base64,R0lGODlhAQABAAAAACw="><a href="/x">away</a></body></html>',
-  );
+    '<body onload="parent.canary=1"><p>Passed</p><img src="viewed_files/chart.png"><img src="data:image/gif;base64,R0lGODlhAQABAAAAACw="><a href="/x">away</a></body></html>';
+  fs.writeFileSync(`${DIR}/viewed.html`, content);
   const page = await instrument.open('fmtype=rslt&test=bert&fname=viewed');
   await page.locator('.slick-row').dblclick();
   const report = page.frameLocator('.fm-report');
@@ -38,10 +37,14 @@ test('a report shows as a report, runs nothing and asks for nothing', async () =
   assert.equal(await page.evaluate(() => window.canary), undefined);
   await report.locator('body').press('Escape');
   assert.equal(await page.evaluate(() => document.activeElement.id), 'rsltgrid');
+  const download = await saved(page, () => pressed(page, 'Download').click());
+  assert.equal(execFileSync('unzip', ['-p', await download.path(), '*/viewed.html'], { encoding: 'utf8' }), content);
   assert.deepEqual(page.problems, []);
 
-  // The same report by its own address: the server's policy keeps it from running.
-  await page.goto(instrument.list('opertype=view&rsltid=Ethernet_10G+P1_bert_Result_viewed'));
+  // The same report by its own address, behind four bytes that its length does not count: the server's policy
+  // keeps it from running.
+  const response = await page.goto(instrument.list('opertype=view&rsltid=Ethernet_10G+P1_bert_Result_viewed'));
+  assert.equal(await response.text(), `\r\n\r\n${content}`.slice(0, content.length));
   assert.match(await page.innerText('body'), /Passed/);
   assert.equal(await page.evaluate('typeof canary'), 'undefined');
   fs.unlinkSync(`${DIR}/viewed.html`);

@@ -16,10 +16,6 @@ def run(*command, **options):
     return subprocess.run(command, capture_output=True, text=True, **options)
 
 
-def files_below(top):
-    return {os.path.relpath(os.path.join(folder, name), top) for folder, _, names in os.walk(top) for name in names}
-
-
 class Runner(unittest.TestCase):
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
@@ -70,13 +66,11 @@ class Runner(unittest.TestCase):
 
 
 class SampleInstrument(unittest.TestCase):
-    def test_it_is_laid_out_alike_each_time_and_grows_by_the_number_asked_for(self):
+    def test_it_is_laid_out_alike_each_time(self):
         with tempfile.TemporaryDirectory() as scratch:
-            for name, number in (("one", []), ("two", []), ("many", ["1000"])):
-                self.assertEqual(run(LAY_OUT, f"{scratch}/{name}", *number).returncode, 0)
+            for name in ("one", "two"):
+                self.assertEqual(run(LAY_OUT, f"{scratch}/{name}").returncode, 0)
             self.assertEqual(run("diff", "-r", f"{scratch}/one", f"{scratch}/two").stdout, "")
-            more = files_below(f"{scratch}/many") - files_below(f"{scratch}/one")
-            self.assertEqual(sum(name.endswith((".html", ".pcap")) for name in more), 1000)
             self.assertIn("not empty", run(LAY_OUT, f"{scratch}/one").stderr)
 
     def test_it_leaves_the_machines_own_home_alone(self):

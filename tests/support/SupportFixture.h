@@ -93,13 +93,10 @@ protected:
             return "none";
         if (S_ISLNK(status.st_mode))
             return "l";
-        char text[8];
-        std::snprintf(text, sizeof text, "%c%o",
-                      S_ISDIR(status.st_mode)    ? 'd'
-                      : S_ISFIFO(status.st_mode) ? 'p'
-                                                 : '-',
-                      status.st_mode & 07777U);
-        return text;
+        const char type = S_ISDIR(status.st_mode) ? 'd' : S_ISFIFO(status.st_mode) ? 'p' : '-';
+        char mode[8];
+        std::snprintf(mode, sizeof mode, "%o", status.st_mode & 07777U);
+        return type + std::string(mode);
     }
 
     std::string m_dir;

