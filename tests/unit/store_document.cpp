@@ -60,13 +60,7 @@ protected:
 
 TEST_F(Document, MarksOfOneNameChangeInMemoryAndOnDisk) {
     ASSERT_EQ("c1 - - -", inMemory());
-    const struct {
-        Conf::FilterType type;
-        const char* name;
-        bool state;
-        const char* memory;
-        std::string document;
-    } rows[] = {
+    const std::tuple<Conf::FilterType, const char*, bool, const char*, std::string> rows[] = {
         // In memory by the exact key, on disk by the name in any case; types by their first one.
         {Conf::FT_CLASS, "C1", false, "c1 - - -",
          changed({{"\"true\"", "\"false\""}, {"'C1'", "'C1' checked=\"false\""}})},
@@ -78,11 +72,11 @@ TEST_F(Document, MarksOfOneNameChangeInMemoryAndOnDisk) {
         {Conf::FT_PORT, "none", true, "c1 - - -", kDocument},
         {Conf::FT_MODULE, "M", false, "c1 - - -", kDocument},
     };
-    for (const auto& row : rows) {
+    for (const auto& [type, name, state, memory, document] : rows) {
         start();
-        EXPECT_TRUE(Conf::setFilterChecked(row.type, row.name, row.state));
-        EXPECT_EQ(row.memory, inMemory()) << row.name;
-        EXPECT_EQ(row.document, onDisk()) << row.name;
+        EXPECT_TRUE(Conf::setFilterChecked(type, name, state));
+        EXPECT_EQ(memory, inMemory()) << name;
+        EXPECT_EQ(document, onDisk()) << name;
     }
     for (const int type : {-1, 5})
         EXPECT_FALSE(Conf::setFilterChecked(static_cast<Conf::FilterType>(type), "c1", false));
