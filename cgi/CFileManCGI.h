@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <list>
 #include <map>
 #include <string>
@@ -46,6 +47,8 @@ public:
     unsigned getFileManType() const;
     // The value of "fmtype" as given; "" without one.
     std::string getFileManTypeString() const;
+    // Tells whether the key "rsltid" names a record's identifier.
+    std::function<bool(const std::string& id)> getChooser() const;
     // Fills what the query names, leaves the rest of filter alone, and keeps a copy of it in m_filter.
     void getFilterFromRequest(_ResultFilter& filter);
 

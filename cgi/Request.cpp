@@ -1,6 +1,7 @@
 #include <array>
 
 #include "cgi/CFileManCGI.h"
+#include "cgi/Selection.h"
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
 
@@ -106,6 +107,11 @@ unsigned CFileManCGI::getFileManType() const {
 std::string CFileManCGI::getFileManTypeString() const {
     const std::string* const value = findValue(m_queryInfo, "fmtype");
     return value == nullptr ? std::string() : *value;
+}
+
+std::function<bool(const std::string& id)> CFileManCGI::getChooser() const {
+    return
+        [ids = RecordIds::ofRequest(m_queryInfo)](const std::string& id) { return ids && ids->contains(id); };
 }
 
 void CFileManCGI::getFilterFromRequest(_ResultFilter& filter) {

@@ -40,7 +40,7 @@ std::optional<RecordIds> RecordIds::ofRequest(const std::map<std::string, std::s
 std::list<const _ResultInfo*> RecordIds::choose(const std::list<_ResultInfo*>& results) const {
     std::list<const _ResultInfo*> chosen;
     std::copy_if(results.begin(), results.end(), std::back_inserter(chosen),
-                 [this](const _ResultInfo* record) { return contains(*record); });
+                 [this](const _ResultInfo* record) { return contains(record->id); });
     return chosen;
 }
 

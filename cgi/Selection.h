@@ -16,7 +16,7 @@ public:
     // Nothing for a request without the key.
     static std::optional<RecordIds> ofRequest(const std::map<std::string, std::string>& query);
 
-    bool contains(const _ResultInfo& record) const { return m_ids.count(record.id) != 0; }
+    bool contains(const std::string& id) const { return m_ids.count(id) != 0; }
     // The chosen records in the order of results.
     std::list<const _ResultInfo*> choose(const std::list<_ResultInfo*>& results) const;
 

@@ -25,7 +25,7 @@ void CFileManCGI::viewResults(std::list<_ResultInfo*> results) {
         return;
     std::list<std::string> paths;
     for (const _ResultInfo* const record : results) {
-        if (!ids->contains(*record))
+        if (!ids->contains(record->id))
             continue;
         paths.push_back(record->path);
         break;

@@ -73,15 +73,15 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
         request.writeAdvFilterPage();
         break;
     case CFileManCGI::ACTION_VIEW:
-        store.loadAll(results);
+        store.loadChosen(results, request.getChooser());
         request.viewResults(std::move(results));
         break;
     case CFileManCGI::ACTION_PDF:
-        store.loadAll(results);
+        store.loadChosen(results, request.getChooser());
         request.convert2PDF(std::move(results));
         break;
     case CFileManCGI::ACTION_DOWNLOAD:
-        store.loadAll(results);
+        store.loadChosen(results, request.getChooser());
         request.downloadResults(std::move(results));
         break;
     default:

@@ -44,6 +44,8 @@ public:
 
     // Everything that the configuration knows, whatever the filter said except for its modules.
     void loadAll(std::list<_ResultInfo*>& out);
+    // The same, but only the records whose identifier is chosen; nobody asks for the dates of the others.
+    void loadChosen(std::list<_ResultInfo*>& out, const std::function<bool(const std::string& id)>& isChosen);
     void loadAllResults(std::list<_ResultInfo*>& out);
     void loadAllProfiles(std::list<_ResultInfo*>& out);
     // What the active filter selects.
@@ -51,7 +53,7 @@ public:
     void loadProfiles(std::list<_ResultInfo*>& out);
     // The screenshots, appended to what is loaded already.
     void loadScreenShots(std::list<_ResultInfo*>& out);
-    // The first of these without a list, for callers that look at the records by forEachLoaded.
+    // loadAllResults without a list, for callers that look at the records by forEachLoaded.
     void loadAllResults();
 
     void getFilter(_ResultFilter& filter) const;
@@ -210,5 +212,6 @@ private:
     std::unique_ptr<StorageTree> m_tree;
     std::unique_ptr<LoadedList> m_loaded;
     DateReader m_dates;
+    bool m_readsDates = true; // with each listed file, not when somebody needs one
     std::unordered_map<std::string, _AdvanceInfo> m_storedInfo; // by path, as far as read
 };

@@ -97,8 +97,8 @@ int CFileManager::listFiles(FileSource source) {
             if (!isWanted(source, *directory, fileName, named))
                 continue;
         }
-        // Also told already when the directory is listed a second time.
-        if (Directory::changeTime(fileName.data()) == kUnknownTime)
+        // It is known already when the directory is listed a second time.
+        if (m_readsDates && Directory::changeTime(fileName.data()) == kTimeNotAsked)
             directory->keepChangeTime(fileName.data(), m_dates.read(fileName.data()));
         m_loaded->addFile(fileName.data());
     }

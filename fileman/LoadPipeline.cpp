@@ -8,6 +8,7 @@
 #include "fileman/CFileManager.h"
 #include "fileman/FileStep.h"
 #include "fileman/LoadPass.h"
+#include "fileman/LoadedList.h"
 #include "fileman/StorageTree.h"
 
 namespace {
@@ -66,6 +67,17 @@ void CFileManager::selectEverything(bool results, bool profiles) {
 void CFileManager::loadAll(std::list<_ResultInfo*>& out) {
     selectEverything(true, true);
     loadResults(out);
+}
+
+void CFileManager::loadChosen(std::list<_ResultInfo*>& out,
+                              const std::function<bool(const std::string& id)>& isChosen) {
+    selectEverything(true, true);
+    // Those that are missing when a record is made are asked for then.
+    m_readsDates = false;
+    reloadResult();
+    m_readsDates = true;
+    m_loaded->keepOnly(isChosen);
+    getLoadedResults(out);
 }
 
 void CFileManager::loadAllResults() {

@@ -54,9 +54,7 @@ int CFileManager::loadExtraResult(int index) {
     const std::size_t before = m_loaded->size();
     const int count = listFiles(source);
     // Wanted: the lines stand in the response, before its header.
-    m_loaded->visit(before, [](const RecordParts& record) {
-        std::printf("Find at:%s%s\n", record.common.path.c_str(), std::string(record.pathEnd).c_str());
-    });
+    m_loaded->visitPaths(before, [](const std::string& path) { std::printf("Find at:%s\n", path.c_str()); });
     return count;
 }
 

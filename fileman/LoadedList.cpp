@@ -25,11 +25,23 @@ private:
     std::string m_text;
 };
 
+std::string_view nameOf(std::string_view fileName) {
+    return fileName.substr(0, fileName.find('.'));
+}
+
+std::string_view idEndOf(const _ResultInfo& common, std::string_view name) {
+    return name.substr(0, CFileManager::kLongestId - common.id.size());
+}
+
+std::time_t timeOf(const _ResultInfo& common, const char* listedName) {
+    const std::time_t time = Directory::changeTime(listedName);
+    return time == kTimeNotAsked ? changeTime((common.path + listedName).c_str()) : time;
+}
+
 RecordParts partsOf(const _ResultInfo& common, const char* listedName, DateText& dates) {
     const std::string_view fileName = listedName;
-    const std::string_view name = fileName.substr(0, fileName.find('.'));
-    const std::size_t left = CFileManager::kLongestId - common.id.size();
-    return {common, name, name.substr(0, left), fileName, dates.of(Directory::changeTime(listedName))};
+    const std::string_view name = nameOf(fileName);
+    return {common, name, idEndOf(common, name), fileName, dates.of(timeOf(common, listedName))};
 }
 
 std::unique_ptr<_ResultInfo> makeRecord(const RecordParts& parts) {
@@ -89,6 +101,34 @@ void LoadedList::visit(std::size_t first, const Visitor& visitor) const {
     });
 }
 
+void LoadedList::visitPaths(std::size_t first,
+                            const std::function<void(const std::string& path)>& visitor) const {
+    forEachItem(first, [&](const Run& run, const Item& item) {
+        visitor(run.areFiles ? run.common.path + item.fileName : item.record->path);
+    });
+}
+
+void LoadedList::replaceBy(const std::list<_ResultInfo*>& records) const {
+    m_items.clear();
+    m_runs.clear();
+    for (_ResultInfo* const record : records)
+        append(record);
+}
+
+void LoadedList::keepOnly(const std::function<bool(const std::string& id)>& isChosen) {
+    DateText dates;
+    std::list<_ResultInfo*> kept;
+    std::string id;
+    forEachItem(0, [&](const Run& run, const Item& item) {
+        if (run.areFiles)
+            id.assign(run.common.id).append(idEndOf(run.common, nameOf(item.fileName)));
+        if (isChosen(run.areFiles ? id : item.record->id))
+            kept.push_back(run.areFiles ? makeRecord(partsOf(run.common, item.fileName, dates)).release()
+                                        : item.record);
+    });
+    replaceBy(kept);
+}
+
 void LoadedList::getRecords(std::list<_ResultInfo*>& out) const {
     DateText dates;
     out.clear();
@@ -96,8 +136,5 @@ void LoadedList::getRecords(std::list<_ResultInfo*>& out) const {
         out.push_back(run.areFiles ? makeRecord(partsOf(run.common, item.fileName, dates)).release()
                                    : item.record);
     });
-    m_items.clear();
-    m_runs.clear();
-    for (_ResultInfo* const record : out)
-        append(record);
+    replaceBy(out);
 }

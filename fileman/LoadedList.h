@@ -26,6 +26,12 @@ public:
     // fileName: of an entry of the directory, in its listing, which lives as long as the list.
     void addFile(const char* fileName);
 
+    // Shows the paths of the records from the position first on.
+    void visitPaths(std::size_t first, const std::function<void(const std::string& path)>& visitor) const;
+
+    // Drops the records whose identifier is not chosen.
+    void keepOnly(const std::function<bool(const std::string& id)>& isChosen);
+
     // Shows the records from the position first on; name and datetime are valid during the call only.
     void visit(std::size_t first, const Visitor& visitor) const;
 
@@ -46,6 +52,7 @@ private:
 
     void append(_ResultInfo* record) const;
     // Calls step(run, item) for each item from the position first on.
+    void replaceBy(const std::list<_ResultInfo*>& records) const;
     template<typename Step>
     void forEachItem(std::size_t first, Step&& step) const;
 

@@ -96,12 +96,12 @@ std::string entryPath(std::string_view directory, std::string_view name) {
 
 Directory::Directory(std::vector<char> listing) : m_listing(std::move(listing)) {
     for (std::size_t at = 0; at < m_listing.size(); at += recordAt(&m_listing[at]).d_reclen)
-        std::memcpy(&m_listing[at + offsetof(dirent64, d_ino)], &kUnknownTime, sizeof kUnknownTime);
+        std::memcpy(&m_listing[at + offsetof(dirent64, d_ino)], &kTimeNotAsked, sizeof kTimeNotAsked);
 }
 
 std::time_t Directory::changeTime(const char* name) {
     static_assert(sizeof(dirent64::d_ino) >= sizeof(std::time_t));
-    std::time_t time = kUnknownTime;
+    std::time_t time = kTimeNotAsked;
     std::memcpy(&time, name - offsetof(dirent64, d_name) + offsetof(dirent64, d_ino), sizeof time);
     return time;
 }

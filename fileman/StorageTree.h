@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/FileDate.h"
 #include "common/UniqueFd.h"
 
 // What a directory listing tells of one entry. No entry is ever stat'ed for its type: entries of unknown type
@@ -20,6 +21,9 @@ struct DirEntry {
     std::string_view name; // zero-terminated; lives as long as the directory
     EntryType type;
 };
+
+// Stands for a status-change time that nobody has asked for yet.
+inline constexpr std::time_t kTimeNotAsked = kUnknownTime + 1;
 
 // The entries of one directory in listing order, without "." and "..".
 class Directory {
@@ -50,7 +54,7 @@ public:
     // ask for many.
     std::optional<EntryType> find(std::string_view name) const;
 
-    // The entry's status-change time as far as somebody has found it out and kept it here; kUnknownTime
+    // The entry's status-change time as far as somebody has found it out and kept it here; kTimeNotAsked
     // before. name: of an entry of a directory, in the listing itself.
     static std::time_t changeTime(const char* name);
     // name: of an entry of this directory.

@@ -3,7 +3,7 @@
 
 Lists the sample instrument under strace and counts: a directory is opened once at most, a listed file is looked at once
 by an lstat, nothing else is looked at, only a filter on what files tell about themselves opens any of them, and a list
-of one place stays in it.
+of one place stays in it, and a view touches nothing but what it shows.
 """
 
 import collections
@@ -95,12 +95,23 @@ def faults(program, query, reads_information):
         yield "nothing is listed"
 
 
+def view_faults(program):
+    """Of all that could be chosen only what is chosen is looked at and opened."""
+    listing = subprocess.run(program, env={"QUERY_STRING": "fmtype=rslt&module=OSA"}, check=True, stdout=subprocess.PIPE)
+    record, path = re.search(r"id: '(\w+)', .* path: '([^']*)' \},$", listing.stdout.decode(), re.M).groups()
+    _, opened, looked = trace(program, f"opertype=view&rsltid={record}")
+    files = {name: count for name, count in opened.items() if not os.path.isdir(name) and name != DOCUMENT}
+    if (files, dict(looked)) != ({path: 1}, {path: 1}):
+        yield f"to view {path}, opened {files}, looked at {dict(looked)}"
+
+
 def main(program):
     if os.environ.get("FILEMAN_PRIVATE_STORAGE") != "1" or not os.path.exists("/tmp/.private-storage"):
         sys.exit("syscalls_test: to be run inside scripts/with-storage")
     subprocess.run(("sample/lay-out", "/home"), check=True)
     found = [f"{query}: {fault}" for query, needs in REQUESTS.items() for fault in faults(program, query, needs)]
-    print(*found, f"{len(REQUESTS)} requests, {len(found)} faults", sep="\n")
+    found += view_faults(program)
+    print(*found, f"{len(REQUESTS) + 1} requests, {len(found)} faults", sep="\n")
     sys.exit(1 if found else 0)
 
 
