@@ -1,5 +1,6 @@
 #include <syslog.h>
 
+#include <cerrno>
 #include <cstdarg>
 
 #include "SupportFixture.h"
@@ -41,7 +42,9 @@ TEST_F(Log, LineNamesTheClampedLevel) {
         tarnlog_enter(0, "a.c", "run", 7);
         for (const int level : {-9, 0, 2, 7, 8, 9})
             __tarnlog_internal(level, "%s %d%%", "x", level);
+        errno = EDOM;
         __tarnlog_internal(1, "%s", std::string(300, 'm').c_str());
+        EXPECT_EQ(EDOM, errno);
     });
     EXPECT_EQ((Lines{"err(a.c run) x -9%", "err(a.c run) x 0%", "inf(a.c run) x 2%", "dbg4(a.c run) x 7%",
                      "dbg4(a.c run) x 8%", "dbg4(a.c run) x 9%", "wrn(a.c run) " + std::string(255, 'm')}),
