@@ -101,7 +101,8 @@ int CFileManager::loadMtieResult() {
         auto record = std::make_unique<_ResultInfo>(prototype);
         record->name = name;
         record->path = item;
-        record->datetime = CCommUtils::createDateTime(item);
+        if (m_readsDates)
+            record->datetime = CCommUtils::createDateTime(item);
         addResultInfo(record.release());
         ++count;
     }

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "common/CCommUtils.h"
 #include "common/FileDate.h"
 #include "fileman/CFileManager.h"
 #include "fileman/StorageTree.h"
@@ -120,11 +121,15 @@ void LoadedList::keepOnly(const std::function<bool(const std::string& id)>& isCh
     std::list<_ResultInfo*> kept;
     std::string id;
     forEachItem(0, [&](const Run& run, const Item& item) {
-        if (run.areFiles)
+        if (run.areFiles) {
             id.assign(run.common.id).append(idEndOf(run.common, nameOf(item.fileName)));
-        if (isChosen(run.areFiles ? id : item.record->id))
-            kept.push_back(run.areFiles ? makeRecord(partsOf(run.common, item.fileName, dates)).release()
-                                        : item.record);
+            if (isChosen(id))
+                kept.push_back(makeRecord(partsOf(run.common, item.fileName, dates)).release());
+        } else if (isChosen(item.record->id)) {
+            if (item.record->datetime.empty())
+                item.record->datetime = CCommUtils::createDateTime(item.record->path);
+            kept.push_back(item.record);
+        }
     });
     replaceBy(kept);
 }

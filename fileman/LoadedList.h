@@ -29,7 +29,8 @@ public:
     // Shows the paths of the records from the position first on.
     void visitPaths(std::size_t first, const std::function<void(const std::string& path)>& visitor) const;
 
-    // Drops the records whose identifier is not chosen.
+    // Drops the records whose identifier is not chosen, and reads the dates of the others where they are
+    // missing.
     void keepOnly(const std::function<bool(const std::string& id)>& isChosen);
 
     // Shows the records from the position first on; name and datetime are valid during the call only.
