@@ -44,7 +44,7 @@ test('every name comes back as it is stored', () => {
   const hard = [
     "it's",
     'back\\slash',
-    'a</b',
+    'a<b',
     '<!--<script>',
     "'",
     "', name: '",
@@ -58,10 +58,10 @@ test('every name comes back as it is stored', () => {
     "' },\n\t\t];\n",
     '',
     ' ',
-    "}];alert(1);//'",
-  ].filter((name) => !name.includes('/') || name.startsWith('a</'));
+    "}];alert(1);'",
+  ];
   for (const name of [...hard, hard.filter((one) => one.length < 60).join('')]) {
-    const rows = [record('before'), record(name.replace(/\//g, '')), record('after', { module: "O'Neil", port: '' })];
+    const rows = [record('before'), record(name), record('after', { module: "O'Neil", port: '' })];
     const parsed = parseRows(page(rows));
     assert.deepEqual(
       parsed.rows,

@@ -16,7 +16,7 @@ def run(*command, **options):
     return subprocess.run(command, capture_output=True, text=True, **options)
 
 
-class Runner(unittest.TestCase):
+class Environment(unittest.TestCase):
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
         self.addCleanup(scratch.cleanup)
@@ -64,16 +64,13 @@ class Runner(unittest.TestCase):
         nothing = run(RUNNER, "-", "true", env=environment)
         self.assertEqual((nothing.returncode, nothing.stderr.startswith("with-storage: nothing here")), (69, True))
 
+    def test_sample_is_laid_out_alike_each_time_and_once(self):
+        for name in ("one", "two"):
+            self.assertEqual(run(LAY_OUT, f"{self.dir}/{name}").returncode, 0)
+        self.assertEqual(run("diff", "-r", f"{self.dir}/one", f"{self.dir}/two").stdout, "")
+        self.assertIn("not empty", run(LAY_OUT, f"{self.dir}/one").stderr)
 
-class SampleInstrument(unittest.TestCase):
-    def test_it_is_laid_out_alike_each_time(self):
-        with tempfile.TemporaryDirectory() as scratch:
-            for name in ("one", "two"):
-                self.assertEqual(run(LAY_OUT, f"{scratch}/{name}").returncode, 0)
-            self.assertEqual(run("diff", "-r", f"{scratch}/one", f"{scratch}/two").stdout, "")
-            self.assertIn("not empty", run(LAY_OUT, f"{scratch}/one").stderr)
-
-    def test_it_leaves_the_machines_own_home_alone(self):
+    def test_sample_leaves_the_machines_own_home_alone(self):
         environment = {name: value for name, value in os.environ.items() if name != "FILEMAN_PRIVATE_STORAGE"}
         refused = run(LAY_OUT, "/home/.", env=environment)
         self.assertEqual((refused.returncode, refused.stderr.count("the machine's own")), (1, 1))
