@@ -1,18 +1,7 @@
 // Keyboard alone, assistive software, small windows, strong zoom, dark, another language.
 import assert from 'node:assert/strict';
 import { after, test } from 'node:test';
-import {
-  arrive,
-  closeViewer,
-  faults,
-  footer,
-  openList,
-  pressed,
-  saved,
-  settled,
-  startInstrument,
-  told,
-} from './instrument.mjs';
+import { arrive, faults, footer, openList, pressed, saved, settled, startInstrument, told } from './instrument.mjs';
 
 const instrument = await startInstrument();
 after(() => instrument.stop());
@@ -37,7 +26,7 @@ test('axe finds no fault in any view', async () => {
       [],
       `viewer, ${colorScheme}`,
     );
-    await closeViewer(page);
+    await page.closeViewer();
     for (const dialog of ['Filter', 'Advanced']) {
       await pressed(page, dialog).click();
       await page.getByRole('dialog').waitFor();

@@ -81,6 +81,7 @@ async function newPage(browser, options) {
   const page = await context.newPage();
   page.setDefaultTimeout(20000);
   page.problems = [];
+  page.closeViewer = () => page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
   page.on('console', (message) => {
     if (message.type() === 'error') page.problems.push(message.text());
   });
@@ -129,7 +130,6 @@ export const footer = (page) => page.innerText('.fm-foot');
 export const row = (page, i) => page.locator(`.slick-row[data-row="${i}"]`);
 export const task = (page) => page.locator('.fm-task').last();
 export const told = (page, words) => task(page).getByText(words).waitFor();
-export const closeViewer = (page) => page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
 export const pressed = (page, name) => page.getByRole('button', { name, exact: true });
 
 /** Header lines of an answer, names in small letters. Read by hand: Node's own clients refuse the diagnostic lines. */

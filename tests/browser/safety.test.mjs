@@ -5,18 +5,7 @@ import crypto from 'node:crypto';
 import fs from 'node:fs';
 import { after, test } from 'node:test';
 import { gunzipSync } from 'node:zlib';
-import {
-  answerOf,
-  closeViewer,
-  DIR,
-  footer,
-  headersOf,
-  names,
-  openList,
-  pressed,
-  saved,
-  startInstrument,
-} from './instrument.mjs';
+import { answerOf, DIR, footer, headersOf, names, openList, pressed, saved, startInstrument } from './instrument.mjs';
 
 const BARE_CONF = '/tmp/bare-lighttpd.conf'; // a server that sends no policy and compresses nothing
 const POLICY_FILES = {
@@ -93,7 +82,7 @@ test("hostile names are shown as they are and never run, with the server's polic
         await row.press('Enter').catch(() => page.keyboard.press('Enter'));
         if (viewable) await page.frameLocator('.fm-report').getByText('harmless').waitFor();
         else await page.locator('.fm-viewer', { hasText: 'Cannot be delivered: its identity' }).waitFor();
-        await closeViewer(page);
+        await page.closeViewer();
       }
       await pressed(page, 'Read the list again').click();
       await page.waitForTimeout(300);
