@@ -10,7 +10,8 @@ using Conf = CFileManConf;
 
 TEST_F(FilesTest, DocumentFillsEveryRecord) {
     ASSERT_TRUE(readConf(
-        "<r><other/><FILTER><class><e name='c' checked='true'/></class><Class><e name='no'/></Class>"
+        "<r><other/><FILTER><class><e name='c' checked='true'/></class><Class><e name='no' "
+        "checked='true'/></Class>"
         "<mode><e label='ml' name='m' rslt_dir_name='mr' prof_dir_name='mp' checked='true'/>"
         "<x name='m' label='later'/></mode>"
         "<category><e label='tl' name='tn' key='t' prof_suffix='-p' rslt_suffix='-r' "

@@ -66,6 +66,7 @@ TEST_F(Document, MarksOfOneNameChangeInMemoryAndOnDisk) {
          changed({{"\"true\"", "\"false\""}, {"'C1'", "'C1' checked=\"false\""}})},
         {Conf::FT_MODE, "m1", true, "c1 m1 - -", changed({{"false\" name=\"m1", "true\" name=\"m1"}})},
         {Conf::FT_TYPE, "rfc", true, "c1 - a -", kDocument},
+        {Conf::FT_TYPE, "Rfc", true, "c1 - - -", kDocument},
         {Conf::FT_TYPE, "Rfc", false, "c1 - - -",
          changed({{"\"a\" checked=\"true", "\"a\" checked=\"false"}, {"\"true", "\"false"}})},
         {Conf::FT_PORT, "p1", true, "c1 - - p1", kDocument},

@@ -155,14 +155,18 @@ TEST_F(StoreTest, Otu3OfThe100GeDirectoriesBelongsTo40Ge) {
 TEST_F(StoreTest, ScanFiltersReadsTheDocumentAndBothScans) {
     CFileManager store;
     store.scanFilters();
+    Conf::finishScan();
     EXPECT_TRUE(Conf::getModulesInfo().empty());
     writeFile(Conf::getConfFileName(), "<c><filter><module><e name='M'><o mode_name='SDH/PDH'>"
                                        "<h test_name='Result' dir_name='s'/></o></e></module></filter></c>");
     dirs({"s", "10gport"});
+    store.scanFilters();
+    EXPECT_EQ("10G P1", joined(listFrom(Conf::getCurrentPort))) << "the disk is read again";
+    dirs({"10gport2"});
     // Put off until somebody asks, but not beyond the end of the store.
     CFileManager().scanFilters();
     EXPECT_EQ("M: - / bert\n  SDH/PDH: /\n", scanText());
-    EXPECT_EQ("10G P1", joined(listFrom(Conf::getCurrentPort)));
+    EXPECT_EQ("10G P1,10G P2", joined(sorted(listFrom(Conf::getCurrentPort))));
 }
 
 } // namespace
