@@ -123,6 +123,30 @@ TEST_F(Pipeline, EmptyListsPassWhatWasFoundButNeitherMonitorNorWander) {
               rows(&CFileManager::loadResults, filter));
 }
 
+TEST_F(Pipeline, ChosenRecordsAreThoseOfTheWholeListWithTheirDates) {
+    const auto told = [](const std::list<_ResultInfo*>& records) {
+        Rows rows;
+        for (const _ResultInfo* info : records)
+            rows.push_back(info->id + "|" + info->name + "|" + info->path + "|" + info->datetime);
+        return rows;
+    };
+    const std::string longName = std::string(240, 'n') + ".html";
+    files({("e-rslt/geport/rfc-result/" + longName).c_str()});
+    testing::internal::CaptureStdout();
+    std::list<_ResultInfo*> all, chosen;
+    CFileManager().loadAll(all);
+    // Files, a measurement that is none, and an identifier that is cut off.
+    const auto isChosen = [](const std::string& id) { return has(id, "_RFC_") || has(id, "_Wander_"); };
+    CFileManager().loadChosen(chosen, isChosen);
+    testing::internal::GetCapturedStdout();
+    all.remove_if([&](const _ResultInfo* info) { return !isChosen(info->id); });
+    EXPECT_EQ(6u, chosen.size());
+    EXPECT_EQ(told(all), told(chosen));
+    EXPECT_EQ(0u, std::count_if(chosen.begin(), chosen.end(), [](const _ResultInfo* info) {
+                  return info->datetime.empty() || info->id.size() > CFileManager::kLongestId;
+              }));
+}
+
 // A mode whose directory shows it is known to be found before the scan has run.
 TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
     const std::pair<std::string, const char*> rows[] = {
