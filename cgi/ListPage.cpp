@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <functional>
 #include <string_view>
 #include <vector>
@@ -68,10 +67,7 @@ private:
         m_beforePathEnd.append("', path: '").append(common.path);
     }
 
-    void put(std::string_view text) {
-        std::memcpy(m_at, text.data(), text.size());
-        m_at += text.size();
-    }
+    void put(std::string_view text) { m_at += text.copy(m_at, text.size()); }
 
     void makeRoom(std::size_t size) {
         flush();
