@@ -53,7 +53,7 @@ void CFileManager::getLoadedResults(std::list<_ResultInfo*>& out) const {
 }
 
 void CFileManager::forEachLoaded(const std::function<void(const RecordParts&)>& visitor) const {
-    m_loaded->visit(0, visitor);
+    m_loaded->visit(visitor);
 }
 
 void CFileManager::addResultInfo(_ResultInfo* info) {

@@ -95,9 +95,9 @@ void LoadedList::forEachItem(std::size_t first, Step&& step) const {
     }
 }
 
-void LoadedList::visit(std::size_t first, const Visitor& visitor) const {
+void LoadedList::visit(const Visitor& visitor) const {
     DateText dates;
-    forEachItem(first, [&](const Run& run, const Item& item) {
+    forEachItem(0, [&](const Run& run, const Item& item) {
         visitor(run.areFiles ? partsOf(run.common, item.fileName, dates) : ::partsOf(*item.record));
     });
 }

@@ -33,8 +33,8 @@ public:
     // missing.
     void keepOnly(const std::function<bool(const std::string& id)>& isChosen);
 
-    // Shows the records from the position first on; name and datetime are valid during the call only.
-    void visit(std::size_t first, const Visitor& visitor) const;
+    // Shows the records in order; name and datetime are valid during the call only.
+    void visit(const Visitor& visitor) const;
 
     // Replaces out by all records; the same ones whenever it is asked.
     void getRecords(std::list<_ResultInfo*>& out) const;
@@ -52,11 +52,12 @@ private:
     };
 
     void append(_ResultInfo* record) const;
-    // Calls step(run, item) for each item from the position first on.
     void replaceBy(const std::list<_ResultInfo*>& records) const;
+    // Calls step(run, item) for each item from the position first on.
     template<typename Step>
     void forEachItem(std::size_t first, Step&& step) const;
 
+    // Files become records when somebody asks for these; what is in the list stays the same.
     mutable std::deque<Run> m_runs;
     mutable std::deque<Item> m_items;
 };
