@@ -1,6 +1,6 @@
 // The released program has no C++ streams. TinyXML's objects include <iostream>, whose initialiser would make
-// eight streams and their locale in every process: a tenth of the time that a request without work takes, and
-// a quarter of the program's size. Linked in as an object, this definition keeps the library's own out.
+// eight streams and their locale in every process: 7 % of the time of the smallest CGI program, and a quarter
+// of this one's size. Linked in as an object, this definition keeps the library's own out.
 //
 // Wanted by the linker options beside it, too: they refuse a program that mentions std::cout and its like.
 

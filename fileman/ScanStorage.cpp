@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"

@@ -1,4 +1,5 @@
 #include "StoreFixture.h"
+#include "common/CCommUtils.h"
 
 namespace {
 
@@ -232,6 +233,27 @@ TEST_F(Pipeline, ExtraDirectoriesPastTheListAreAnEmptyEntry) {
     EXPECT_EQ(Rows{}, load([](CFileManager& store) { return store.loadExtraResult(2); }));
 }
 
+// A directory that the scan has read is not opened again for the dates.
+TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
+    files({"c/rfc/1.html", "c/rfc/2.html", "c/rfc/3.html", "c/rfc/4.html", "c/rfc/5.html"});
+    const auto start = std::filesystem::current_path();
+    for (const bool isScanned : {false, true}) {
+        CFileManager store;
+        store.scanFilters();
+        if (isScanned)
+            Conf::finishScan();
+        store.setFilter({{"CPRI"}, {"C"}, {}, {}, true, false, {}});
+        std::list<_ResultInfo*> loaded;
+        store.loadResults(loaded);
+        EXPECT_EQ(7u, loaded.size());
+        for (const _ResultInfo* info : loaded) {
+            EXPECT_EQ(CCommUtils::createDateTime(info->path), info->datetime) << info->path;
+            EXPECT_NE('0', info->datetime.front());
+        }
+    }
+    EXPECT_EQ(start, std::filesystem::current_path());
+}
+
 // Which file tells the stored information differs by source.
 TEST_F(Pipeline, StoredInformationIsLookedForWhereEachSourceKeepsIt) {
     const char* const info = "<r><ktb_advinfo job_id='J7' locator='None'/></r>";
@@ -241,6 +263,9 @@ TEST_F(Pipeline, StoredInformationIsLookedForWhereEachSourceKeepsIt) {
     // In the wrong place.
     for (const char* const name : {"e-rslt/xeport/rfc-result/a.xml", "c/rfc/c.bmp", "flat/s.xml"})
         writeFile(std::string("/home/") + name, info);
+    // Names are looked up in another way in a directory of many.
+    for (int i = 0; i < 100; ++i)
+        writeFile("/home/x1/other" + std::to_string(i), "");
     _ResultFilter filter;
     filter.includeResults = true;
     Conf::getAllTypeKeys(filter.tests);
