@@ -1,7 +1,7 @@
 #include <array>
 
 #include "cgi/CFileManCGI.h"
-#include "cgi/Selection.h"
+#include "cgi/delivery/Selection.h"
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
 

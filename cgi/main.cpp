@@ -2,15 +2,16 @@
 //
 //   StartUp         configuration and storage scan, in a thread that is waited for
 //   Request         the query, what it asks for, the filter it names
-//   ListPage        the grid page                  CFileManager loads what it lists
-//   FilterPages     the two filter dialogs
-//   View, Download, PdfExport                      files instead of pages
+//   pages/          HTML
+//     ListPage        the grid page                  CFileManager loads what it lists
+//     FilterPages     the two filter dialogs
+//     CGICommonUtils  HTML lines, and the answer to every other request
+//   delivery/       files instead of pages: View, Download, PdfExport
 //     Selection       which records, and which of them a command can carry
 //     StagingArea     the shared directory below /tmp and its lock
 //     Shell           commands, kept out of the response
 //     FileStream      a file's bytes
 //     Termination     a server that ends the request before it has tidied up
-//   CGICommonUtils  HTML lines, and the answer to every other request
 
 #include <malloc.h>
 #include <unistd.h>
@@ -22,8 +23,8 @@
 #include <memory>
 
 #include "cgi/CFileManCGI.h"
-#include "cgi/CGICommonUtils.h"
 #include "cgi/StartUp.h"
+#include "cgi/pages/CGICommonUtils.h"
 #include "common/CCommUtils.h"
 #include "fileman/CFileManager.h"
 

@@ -2,8 +2,8 @@
 
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
-#include "fileman/LoadedList.h"
-#include "fileman/StorageTree.h"
+#include "fileman/disk/StorageTree.h"
+#include "fileman/load/LoadedList.h"
 
 CFileManager* g_FileMan = nullptr;
 

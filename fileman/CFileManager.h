@@ -12,8 +12,8 @@
 #include "conf/ConfRecords.h"
 #include "conf/ResultFilter.h"
 #include "conf/ScanRecords.h"
-#include "fileman/DateReader.h"
 #include "fileman/ResultInfo.h"
+#include "fileman/disk/DateReader.h"
 
 class CFileManager;
 class Directory;

@@ -4,7 +4,7 @@
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
 #include "fileman/CFileManager.h"
-#include "fileman/StorageTree.h"
+#include "fileman/disk/StorageTree.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 
 #include "TestFiles.h"
 #include "cgi/CFileManCGI.h"
-#include "cgi/Selection.h"
-#include "cgi/StagingArea.h"
+#include "cgi/delivery/Selection.h"
+#include "cgi/delivery/StagingArea.h"
 
 namespace {
 

@@ -1,0 +1,71 @@
+#include "cgi/delivery/Selection.h"
+
+#include <algorithm>
+
+#include "common/CCommUtils.h"
+#include "common/FixedPaths.h"
+#include "fileman/CResultItem.h"
+
+namespace {
+
+// Ends an unquoted word of the shell or makes it more than a word.
+constexpr char kShellSpecial[] = " |&;<>()$`\\\"'*?[]{}";
+
+bool isControl(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7f;
+}
+
+bool hasControl(const std::string& text) {
+    return std::any_of(text.begin(), text.end(), isControl);
+}
+
+bool hasQuote(const std::string& text) {
+    return text.find('\'') != std::string::npos;
+}
+
+} // namespace
+
+std::optional<RecordIds> RecordIds::ofRequest(const std::map<std::string, std::string>& query) {
+    const auto value = query.find("rsltid");
+    if (value == query.end())
+        return std::nullopt;
+    std::list<std::string> ids;
+    CCommUtils::split(ids, ",", value->second);
+    RecordIds chosen;
+    chosen.m_ids.insert(ids.begin(), ids.end());
+    return chosen;
+}
+
+std::list<const _ResultInfo*> RecordIds::choose(const std::list<_ResultInfo*>& results) const {
+    std::list<const _ResultInfo*> chosen;
+    std::copy_if(results.begin(), results.end(), std::back_inserter(chosen),
+                 [this](const _ResultInfo* record) { return contains(record->id); });
+    return chosen;
+}
+
+DownloadPlaces::DownloadPlaces(const _ResultInfo& record)
+    : name(record.name), directory(CCommUtils::absFilePath(record.path)),
+      destination(paths::kDownloadDir + CResultItem::uniqueName(&record)) {}
+
+const char* downloadObstacle(const DownloadPlaces& places) {
+    if (places.name.empty())
+        return "its name is empty";
+    if (places.name.front() == '-')
+        return "its name begins with '-'";
+    if (hasQuote(places.name) || hasQuote(places.destination))
+        return "its name holds a single quote";
+    if (hasControl(places.name) || hasControl(places.destination) || hasControl(places.directory))
+        return "its name or directory holds a control character";
+    if (places.directory.find_first_of(kShellSpecial) != std::string::npos)
+        return "its directory holds a blank or a character special to the shell";
+    return nullptr;
+}
+
+const char* pdfObstacle(const std::string& path) {
+    if (CCommUtils::isStartsWith(CCommUtils::baseFileName(path), "-"))
+        return "its name begins with '-'";
+    if (hasControl(path))
+        return "its path holds a control character";
+    return nullptr;
+}

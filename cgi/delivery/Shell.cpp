@@ -1,0 +1,62 @@
+#include "cgi/delivery/Shell.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include "common/Report.h"
+#include "common/UniqueFd.h"
+
+namespace {
+
+// Standard output leads to standard error as long as this lives.
+class OutputToErrorLog {
+public:
+    OutputToErrorLog() : m_saved(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {
+        std::fflush(stdout);
+        if (::dup2(STDERR_FILENO, STDOUT_FILENO) >= 0)
+            return;
+        const UniqueFd null(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+        ::dup2(null.get(), STDOUT_FILENO);
+    }
+    OutputToErrorLog(const OutputToErrorLog&) = delete;
+    OutputToErrorLog& operator=(const OutputToErrorLog&) = delete;
+    ~OutputToErrorLog() {
+        if (m_saved)
+            ::dup2(m_saved.get(), STDOUT_FILENO);
+        else
+            ::close(STDOUT_FILENO);
+    }
+
+private:
+    // Closed on exec: a copy that a background command inherited would hold the response open.
+    UniqueFd m_saved;
+};
+
+// Lets children inherit a descriptor as long as this lives.
+class Inheritable {
+public:
+    explicit Inheritable(int fd) : m_fd(fd) { setFlags(0); }
+    Inheritable(const Inheritable&) = delete;
+    Inheritable& operator=(const Inheritable&) = delete;
+    ~Inheritable() { setFlags(FD_CLOEXEC); }
+
+private:
+    void setFlags(int flags) const {
+        if (m_fd >= 0)
+            ::fcntl(m_fd, F_SETFD, flags);
+    }
+    int m_fd;
+};
+
+} // namespace
+
+void shell::run(const std::string& command, int inheritedFd) {
+    const OutputToErrorLog redirection;
+    const Inheritable inheritance(inheritedFd);
+    if (std::system(command.c_str()) == -1) // NOLINT(cert-env33-c): the interface is a shell command
+        reportErrno("run", command, errno);
+}

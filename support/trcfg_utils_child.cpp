@@ -1,0 +1,253 @@
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <initializer_list>
+
+#include "support/trcfg_utils_internal.h"
+#include "support/trcfg_utils_proc.h"
+
+// ---- Stopping a child ----
+
+namespace {
+
+constexpr int kMicrosPerSecond = 1000000;
+constexpr int kLastGraceMicros = 20000;
+constexpr const char* kKillWait = "tr_proc_killwait";
+
+// A process that was reaped elsewhere is gone too; one that is alive but no child of ours is not.
+bool reapIfGone(pid_t pid) {
+    const pid_t reaped = ::waitpid(pid, nullptr, WNOHANG);
+    if (reaped == pid)
+        return true;
+    return reaped < 0 && errno == ECHILD && ::kill(pid, 0) != 0 && errno == ESRCH;
+}
+
+timeval deadlineAfter(int micros) {
+    timeval deadline = {};
+    tr_get_clock(&deadline);
+    if (micros <= 0)
+        return deadline;
+    deadline.tv_sec += micros / kMicrosPerSecond;
+    deadline.tv_usec += micros % kMicrosPerSecond;
+    if (deadline.tv_usec >= kMicrosPerSecond) {
+        deadline.tv_usec -= kMicrosPerSecond;
+        ++deadline.tv_sec;
+    }
+    return deadline;
+}
+
+long long microsUntil(const timeval& deadline) {
+    timeval now = {};
+    tr_get_clock(&now);
+    const long long seconds = deadline.tv_sec - now.tv_sec;
+    return seconds * kMicrosPerSecond + (deadline.tv_usec - now.tv_usec);
+}
+
+// The whole time, whatever signals arrive.
+void sleepMicros(int micros) {
+    timespec rest = {};
+    rest.tv_sec = micros / kMicrosPerSecond;
+    rest.tv_nsec = static_cast<long>(micros % kMicrosPerSecond) * 1000;
+    while (::nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+    }
+}
+
+void waitAWhile(int level, pid_t pid, long long left) {
+    if (left >= kMicrosPerSecond) {
+        TARN_LOG_AS(kProcSource, kKillWait, level, "wait process(pid=%d) by sleep(1) ...", pid);
+        sleepMicros(kMicrosPerSecond);
+        return;
+    }
+    TARN_LOG_AS(kProcSource, kKillWait, level, "wait process(pid=%d) by usleep(%d) ...", pid,
+                static_cast<int>(left));
+    sleepMicros(static_cast<int>(left));
+}
+
+// SIGSEGV, not SIGKILL, is wanted: it leaves a core dump of the program that would not end.
+void killHard(int level, pid_t* pid) {
+    ::kill(*pid, SIGSEGV);
+    TARN_LOG_AS(kProcSource, kKillWait, level, "kill process(pid=%d) by SIGSEGV.", *pid);
+    sleepMicros(kLastGraceMicros);
+    if (!reapIfGone(*pid))
+        return;
+    TARN_LOG_AS(kProcSource, kKillWait, level, "process(pid=%d) killed by SIGSEGV!", *pid);
+    *pid = 0;
+}
+
+void waitUntilGone(int level, pid_t* pid, bool doKill, const timeval& deadline) {
+    while (!reapIfGone(*pid)) {
+        const long long left = microsUntil(deadline);
+        if (left <= 0) {
+            if (doKill)
+                killHard(level, pid);
+            return;
+        }
+        waitAWhile(level, *pid, left);
+    }
+    // The text is the same for a child that ended by itself: log readers know it.
+    TARN_LOG_AS(kProcSource, kKillWait, level, "process(pid=%d) were killed by SIGTERM!", *pid);
+    *pid = 0;
+}
+
+void stopChild(int level, pid_t* pid, bool doKill, int timeoutUs) {
+    if (reapIfGone(*pid)) {
+        TARN_LOG_AS(kProcSource, kKillWait, level, "process(pid=%d) already exited!", *pid);
+        *pid = 0;
+        return;
+    }
+    const timeval deadline = deadlineAfter(timeoutUs);
+    if (doKill) {
+        ::kill(*pid, SIGTERM);
+        TARN_LOG_AS(kProcSource, kKillWait, level, "kill process(pid=%d) by SIGTERM.", *pid);
+    }
+    waitUntilGone(level, pid, doKill, deadline);
+}
+
+} // namespace
+
+int tr_proc_killwait(int level, pid_t* pid, int doKill, int timeoutUs) {
+    if (pid == nullptr || *pid < 1)
+        return 0;
+    stopChild(level, pid, doKill != 0, timeoutUs);
+    TARN_LOG_AS(kProcSource, __func__, level, "done!");
+    return *pid > 0 ? -1 : 0;
+}
+
+// ---- Starting a program in a child ----
+
+namespace {
+
+struct ArgumentsDeleter {
+    void operator()(char** arguments) const { std::free(static_cast<void*>(arguments)); }
+};
+using Arguments = std::unique_ptr<char*, ArgumentsDeleter>;
+
+// "<base name of app> <args>"
+HeapText joinCommandLine(const char* app, const char* args) {
+    const char* name = baseNameOf(app);
+    const std::size_t size = std::strlen(name) + std::strlen(args) + 2;
+    HeapText line(static_cast<char*>(std::malloc(size)));
+    if (line)
+        std::snprintf(line.get(), size, "%s %s", name, args);
+    return line;
+}
+
+// Cuts `line` into pieces in place. A base name with blanks falls apart too; that is wanted, the started
+// programs are called like this since ever.
+Arguments splitAtBlanks(char* line) {
+    const std::size_t mostPieces = std::strlen(line) / 2 + 1;
+    Arguments arguments(static_cast<char**>(std::calloc(mostPieces + 1, sizeof(char*))));
+    if (!arguments)
+        return arguments;
+    char* state = nullptr;
+    char** next = arguments.get();
+    for (char* piece = ::strtok_r(line, " ", &state); piece != nullptr;
+         piece = ::strtok_r(nullptr, " ", &state))
+        *next++ = piece;
+    return arguments;
+}
+
+} // namespace
+
+int tr_proc_invoke(int level, const char* app, const char* args) {
+    if (app == nullptr || *app == '\0') {
+        TARN_LOG_AS(kProcSource, __func__, level, "running app not specified!");
+        return 0;
+    }
+    if (::access(app, X_OK) != 0) {
+        TARN_LOG_AS(kProcSource, __func__, level, "running app(%s) doesn't exist!", app);
+        return 0;
+    }
+    if (args == nullptr)
+        args = "";
+    TARN_LOG_AS(kProcSource, __func__, level, "run app(%s) in proc=%d with args(%s) ...", app, ::getpid(),
+                args);
+    const HeapText line = joinCommandLine(app, args);
+    const Arguments arguments = line ? splitAtBlanks(line.get()) : nullptr;
+    if (arguments)
+        ::execv(app, arguments.get());
+    TARN_LOG_AS(kProcSource, __func__, level, "run app(%s) failed!(errno=%d)", app, errno);
+    return 0;
+}
+
+// ---- Cleaning the descriptors of a child ----
+
+namespace {
+
+bool isKept(int fd, int keepCount, va_list kept) {
+    va_list walk;
+    va_copy(walk, kept);
+    bool found = false;
+    for (int index = 0; index < keepCount && !found; ++index) {
+        // NOLINTNEXTLINE(*-valist.Uninitialized): clang-tidy 14 sees va_copy in the first such source only
+        found = va_arg(walk, int) == fd;
+    }
+    va_end(walk);
+    return found;
+}
+
+// Above standard error, whose reader would otherwise miss what the child has to say.
+void closeUnlessKept(int fd, int keepCount, va_list kept) {
+    if (fd > STDERR_FILENO && !isKept(fd, keepCount, kept))
+        ::close(fd);
+}
+
+// Asks /proc for the open ones: the descriptor limit may be in the millions.
+bool closeListed(int keepCount, va_list kept) {
+    const DirStream listing(::opendir("/proc/self/fd"));
+    if (!listing)
+        return false;
+    while (const dirent* entry = ::readdir(listing.get())) {
+        if (std::isdigit(static_cast<unsigned char>(entry->d_name[0])) == 0)
+            continue;
+        const int fd = static_cast<int>(std::strtol(entry->d_name, nullptr, 10));
+        if (fd != ::dirfd(listing.get()))
+            closeUnlessKept(fd, keepCount, kept);
+    }
+    return true;
+}
+
+// Where there is no /proc, or the table is so full that it cannot be listed.
+void closeUpToLimit(int keepCount, va_list kept) {
+    const long limit = ::sysconf(_SC_OPEN_MAX);
+    for (int fd = 0; fd < limit; ++fd)
+        closeUnlessKept(fd, keepCount, kept);
+}
+
+// Returns the number of the step that failed, 0 when none did.
+int cleanDescriptors(int keepCount, va_list kept) {
+    // Not close-on-exec: it may itself be standard input or output when these were closed.
+    const int null = ::open("/dev/null", O_RDWR);
+    if (null < 0)
+        return 11;
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO}) {
+        if (!isKept(standard, keepCount, kept) && ::dup2(null, standard) < 0)
+            return 12;
+    }
+    if (!closeListed(keepCount, kept))
+        closeUpToLimit(keepCount, kept);
+    return 0;
+}
+
+} // namespace
+
+int tr_proc_clean(int level, int keepCount, ...) {
+    releaseSyslogDescriptor();
+    va_list kept;
+    va_start(kept, keepCount);
+    const int step = cleanDescriptors(keepCount, kept);
+    va_end(kept);
+    if (step == 0)
+        return 0;
+    TARN_LOG_AS(kProcSource, __func__, level, "clean descriptors of proc=%d failed!(ret=%d)", ::getpid(),
+                step);
+    return -1;
+}

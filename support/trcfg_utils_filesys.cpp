@@ -1,0 +1,278 @@
+#include "support/trcfg_utils_filesys.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstring>
+
+#include "common/UniqueFd.h"
+#include "support/trcfg_utils_internal.h"
+#include "support/trcfg_utils_proc.h"
+
+namespace {
+
+// Without search permission is wanted: the instrument's own programs run as root and rely on nobody else
+// getting in.
+constexpr mode_t kParentMode = 0644;
+
+constexpr std::size_t kCopyBlock = 4096;
+
+bool isMissing(const char* text) {
+    return text == nullptr || *text == '\0';
+}
+
+// Links to directories count: the directory behind them is there.
+bool isDirectory(const char* path) {
+    struct stat status = {};
+    return ::stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// False for paths that can only be directories; they must fail before anything is removed in their name.
+bool canNameFile(const char* path) {
+    if (isMissing(path))
+        return false;
+    const char* name = baseNameOf(path);
+    return *name != '\0' && !isDotEntry(name);
+}
+
+// "/" for the root directory's entries, "." where the path has no directory, null without memory.
+HeapText parentOf(const char* path) {
+    std::size_t length = std::strlen(path);
+    const auto dropSlashes = [&] {
+        while (length > 1 && path[length - 1] == '/')
+            --length;
+    };
+    dropSlashes();
+    while (length > 0 && path[length - 1] != '/')
+        --length;
+    dropSlashes();
+    return HeapText(length == 0 ? ::strdup(".") : ::strndup(path, length));
+}
+
+// Returns the number of the step that failed, 0 when none did; `made` tells whether there was anything to do.
+int makeDirectory(const char* path, mode_t mode, bool* made) {
+    if (isDirectory(path))
+        return 0;
+    if (::strnlen(path, PATH_MAX) == PATH_MAX)
+        return 21;                   // mkdir would refuse it as well; the limit also bounds the recursion
+    removeTree(path, true, nullptr); // what cannot be removed makes mkdir fail
+    if (tr_mkdir_parent(path, mode) != 0)
+        return 11;
+    *made = ::mkdir(path, mode) == 0;
+    // Another process, or an "a/.." whose a has just been made, may have been first.
+    return *made || isDirectory(path) ? 0 : 21;
+}
+
+int clearPlace(const char* path) {
+    if (!removeTree(path, true, nullptr))
+        return 2;
+    return tr_mkdir_parent(path, kParentMode) == 0 ? 0 : 11;
+}
+
+int makeFifo(const char* path, mode_t mode) {
+    if (!canNameFile(path))
+        return 1;
+    if (const int step = clearPlace(path); step != 0)
+        return step;
+    return ::mkfifo(path, mode) == 0 ? 0 : 21;
+}
+
+int makeLink(const char* target, const char* link) {
+    if (isMissing(target) || !canNameFile(link))
+        return 1;
+    if (const int step = clearPlace(link); step != 0)
+        return step;
+    return ::symlink(target, link) == 0 ? 0 : 21;
+}
+
+// Neither blocks on a FIFO nor takes anything but a regular file.
+UniqueFd openRegular(const char* path, int flags, mode_t mode) {
+    UniqueFd file(::open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, mode));
+    struct stat status = {};
+    if (file && (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)))
+        file.reset();
+    return file;
+}
+
+bool isLink(const char* path) {
+    struct stat status = {};
+    return ::lstat(path, &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+// Whether `src` is `dst` or lies below it.
+bool removalTakes(const char* dst, const char* src) {
+    if (isLink(dst))
+        return false;
+    const HeapText place(::realpath(dst, nullptr));
+    const HeapText source(::realpath(src, nullptr));
+    if (!place || !source)
+        return false;
+    const std::size_t length = std::strlen(place.get());
+    const char after = std::strncmp(place.get(), source.get(), length) == 0 ? source.get()[length] : '?';
+    return after == '\0' || after == '/';
+}
+
+bool flushAndClose(UniqueFd& file) {
+    return ::fsync(file.get()) == 0 && file.reset() == 0;
+}
+
+int copyBlocks(int from, UniqueFd& to) {
+    char block[kCopyBlock];
+    ssize_t count = 0;
+    while ((count = readUpTo(from, block, sizeof block)) > 0) {
+        if (!writeAll(to.get(), block, static_cast<std::size_t>(count)))
+            return 21;
+    }
+    if (count < 0)
+        return 14;
+    return flushAndClose(to) ? 0 : 22;
+}
+
+int installFile(const char* src, const char* dst, mode_t mode) {
+    if (isMissing(src) || !canNameFile(dst))
+        return 1;
+    // Opened before anything is removed: a missing source must not cost the installed file.
+    const UniqueFd from = openRegular(src, O_RDONLY, 0);
+    if (!from)
+        return 12;
+    if (removalTakes(dst, src))
+        return 3;
+    if (const int step = clearPlace(dst); step != 0)
+        return step;
+    UniqueFd to(::open(dst, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (!to)
+        return 13;
+    const int step = copyBlocks(from.get(), to);
+    if (step != 0)
+        ::unlink(dst);
+    return step;
+}
+
+int markFile(const char* path, const char* text, mode_t mode) {
+    if (isMissing(path))
+        return 1;
+    UniqueFd file = openRegular(path, O_WRONLY | O_CREAT | O_TRUNC, mode);
+    if (!file)
+        return 11;
+    if (text != nullptr && !writeAll(file.get(), text, std::strlen(text)))
+        return 21;
+    return flushAndClose(file) ? 0 : 22;
+}
+
+int readParameter(const char* path, void* buffer, std::size_t* size) {
+    const UniqueFd file(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!file)
+        return 11;
+    const ssize_t count = readUpTo(file.get(), buffer, *size);
+    *size = count > 0 ? static_cast<std::size_t>(count) : 0;
+    return count > 0 ? 0 : 12;
+}
+
+int writeParameter(const char* path, const void* data, std::size_t size) {
+    const UniqueFd file(::open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!file)
+        return 21;
+    return writeAll(file.get(), data, size) ? 0 : 22;
+}
+
+int accessParameter(const char* path, void* readBuf, std::size_t* readLen, const void* writeBuf,
+                    std::size_t writeLen) {
+    if (isMissing(path))
+        return 1;
+    if (readBuf != nullptr && readLen != nullptr && *readLen != 0) {
+        if (const int step = readParameter(path, readBuf, readLen); step != 0)
+            return step;
+    }
+    if (writeBuf == nullptr || writeLen == 0)
+        return 0;
+    return writeParameter(path, writeBuf, writeLen);
+}
+
+} // namespace
+
+int tr_mkdir_parent(const char* path, mode_t mode) {
+    const HeapText parent = isMissing(path) ? nullptr : parentOf(path);
+    bool made = false;
+    const int step = parent ? makeDirectory(parent.get(), mode, &made) : 1;
+    if (step != 0)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogFailure,
+                    "build parent directory of path(%s) failed!(ret=%d)", printable(path), step);
+    if (made)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogSuccess, "directory %s have been made", parent.get());
+    return step == 0 ? 0 : -1;
+}
+
+int tr_mkdir(const char* path, mode_t mode) {
+    bool made = false;
+    const int step = isMissing(path) ? 1 : makeDirectory(path, mode, &made);
+    if (step != 0)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogFailure, "build directory(%s) failed!(ret=%d)",
+                    printable(path), step);
+    if (made)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogSuccess, "directory %s have been made", path);
+    return step == 0 ? 0 : -1;
+}
+
+int tr_rmdir(const char* path, int force) {
+    bool removed = false;
+    if (!removeTree(path, force != 0, &removed))
+        return -1;
+    if (removed)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogSuccess, "storage path(full_name=%s) have been removed",
+                    path);
+    return 0;
+}
+
+int tr_mkfifo(const char* path, mode_t mode) {
+    const int step = makeFifo(path, mode);
+    if (step == 0)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogSuccess, "fifo device %s have been made", path);
+    else
+        TARN_LOG_AS(kFilesysSource, __func__, kLogFailure, "build fifo device(%s) failed!(ret=%d)",
+                    printable(path), step);
+    return step == 0 ? 0 : -1;
+}
+
+int tr_mksymlink(const char* target, const char* link) {
+    const int step = makeLink(target, link);
+    if (step == 0)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogSuccess, "symbol link \"%s\" --> \"%s\" have been made",
+                    link, target);
+    else
+        TARN_LOG_AS(kFilesysSource, __func__, kLogFailure, "build symbol link (%s) failed!(ret=%d)",
+                    printable(link), step);
+    return step == 0 ? 0 : -1;
+}
+
+int tr_install_file(const char* src, const char* dst, mode_t mode) {
+    const int step = installFile(src, dst, mode);
+    if (step == 0)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogSuccess, "file \"%s\" --> \"%s\" installed", src, dst);
+    else
+        TARN_LOG_AS(kFilesysSource, __func__, kLogFailure, "file \"%s\" --> \"%s\" install failed!(ret=%d)",
+                    printable(src), printable(dst), step);
+    return step == 0 ? 0 : -1;
+}
+
+int tr_newmark_file(const char* path, const char* text, mode_t mode) {
+    const int step = markFile(path, text, mode);
+    if (step == 0)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogSuccess, "mark file \"%s\" have been made", path);
+    else
+        TARN_LOG_AS(kFilesysSource, __func__, kLogFailure, "build mark file(%s) failed!(ret=%d)",
+                    printable(path), step);
+    return step == 0 ? 0 : -1;
+}
+
+int tr_sysctl_readwrite(const char* path, void* readBuf, size_t* readLen, const void* writeBuf,
+                        size_t writeLen) {
+    const int step = accessParameter(path, readBuf, readLen, writeBuf, writeLen);
+    if (step == 0)
+        TARN_LOG_AS(kFilesysSource, __func__, kLogSuccess, "kernel parameter %s have been accessed", path);
+    else
+        TARN_LOG_AS(kFilesysSource, __func__, kLogFailure, "access kernel parameter(%s) failed!(ret=%d)",
+                    printable(path), step);
+    return step == 0 ? 0 : -1;
+}

@@ -1,0 +1,40 @@
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "support/trcfg_utils_internal.h"
+
+const char* baseNameOf(const char* path) {
+    const char* slash = std::strrchr(path, '/');
+    return slash == nullptr ? path : slash + 1;
+}
+
+ssize_t readUpTo(int fd, void* buffer, std::size_t size) {
+    std::size_t total = 0;
+    while (total < size) {
+        const ssize_t count = ::read(fd, static_cast<char*>(buffer) + total, size - total);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 && total == 0)
+            return -1;
+        if (count <= 0)
+            break;
+        total += static_cast<std::size_t>(count);
+    }
+    return static_cast<ssize_t>(total);
+}
+
+bool writeAll(int fd, const void* data, std::size_t size) {
+    const char* rest = static_cast<const char*>(data);
+    while (size > 0) {
+        const ssize_t count = ::write(fd, rest, size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        rest += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}

@@ -1,0 +1,210 @@
+#include "support/trcfg_utils_proc.h"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/select.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "common/UniqueFd.h"
+#include "support/trcfg_utils_internal.h"
+
+namespace {
+
+// What the kernel appends to the link of an executable that was removed or replaced.
+constexpr char kDeleted[] = " (deleted)";
+
+constexpr int kProcPathSize = 64;
+
+struct SetDeleter {
+    void operator()(unsigned long* bits) const { std::free(bits); }
+};
+using DescriptorSet = std::unique_ptr<unsigned long, SetDeleter>;
+
+// A set with the one member `fd`. fd_set itself ends at FD_SETSIZE, select() does not.
+DescriptorSet makeSet(int fd) {
+    constexpr std::size_t bitsPerWord = CHAR_BIT * sizeof(unsigned long);
+    const auto bit = static_cast<std::size_t>(fd);
+    DescriptorSet set(static_cast<unsigned long*>(std::calloc(bit / bitsPerWord + 1, sizeof(unsigned long))));
+    if (set)
+        set.get()[bit / bitsPerWord] |= 1UL << (bit % bitsPerWord);
+    return set;
+}
+
+// 1 readable, 0 after the time-out, -1 with errno.
+int selectReadable(int fd, timeval rest) {
+    while (true) {
+        const DescriptorSet set = makeSet(fd);
+        if (!set)
+            return -1;
+        const int ready = ::select(fd + 1, reinterpret_cast<fd_set*>(set.get()), nullptr, nullptr, &rest);
+        if (ready >= 0 || errno != EINTR)
+            return ready;
+        // Linux has left the time not slept in `rest`: go on with that.
+    }
+}
+
+unsigned drawNumber() {
+    unsigned number = 0;
+    if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number))
+        return number;
+    // Early at boot the pool may not be ready yet.
+    timespec now = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<unsigned>(now.tv_nsec) * 2654435761U ^ static_cast<unsigned>(::getpid());
+}
+
+bool nothingAt(const char* path) {
+    struct stat status = {};
+    return ::lstat(path, &status) != 0;
+}
+
+void stripSuffix(char* text, const char* suffix) {
+    const std::size_t length = std::strlen(text);
+    const std::size_t suffixLength = std::strlen(suffix);
+    if (length > suffixLength && std::strcmp(text + length - suffixLength, suffix) == 0)
+        text[length - suffixLength] = '\0';
+}
+
+bool readExeName(const char* pid, char (&name)[TR_BASENAME_SIZE]) {
+    char link[kProcPathSize];
+    std::snprintf(link, sizeof link, "/proc/%s/exe", pid);
+    char target[PATH_MAX + 1];
+    const ssize_t length = ::readlink(link, target, sizeof target - 1);
+    if (length < 0)
+        return false;
+    target[length] = '\0';
+    stripSuffix(target, kDeleted);
+    const int count = std::snprintf(name, sizeof name, "%s", baseNameOf(target));
+    return count >= 0;
+}
+
+// Up to TR_ARGV_SIZE - 1 bytes and a NUL; -1 when there is no such process.
+ssize_t readCommandLine(const char* pid, char* buffer) {
+    char path[kProcPathSize];
+    std::snprintf(path, sizeof path, "/proc/%s/cmdline", pid);
+    const UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC));
+    if (!file)
+        return -1;
+    const ssize_t count = readUpTo(file.get(), buffer, TR_ARGV_SIZE - 1);
+    if (count >= 0)
+        buffer[count] = '\0';
+    return count;
+}
+
+// A process that ends meanwhile, or hides its files, is none that runs the program.
+bool runsProgram(const char* pid, const char* name) {
+    char exeName[TR_BASENAME_SIZE];
+    if (readExeName(pid, exeName) && std::strcmp(exeName, name) == 0)
+        return true;
+    char arguments[TR_ARGV_SIZE];
+    return readCommandLine(pid, arguments) > 0 && std::strcmp(baseNameOf(arguments), name) == 0;
+}
+
+bool isProcessEntry(DIR* proc, const dirent& entry) {
+    if (std::isdigit(static_cast<unsigned char>(entry.d_name[0])) == 0)
+        return false;
+    if (entry.d_type != DT_UNKNOWN)
+        return entry.d_type == DT_DIR;
+    struct stat status = {};
+    return ::fstatat(::dirfd(proc), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISDIR(status.st_mode);
+}
+
+// Returns the number of the step that failed, 0 when none did.
+int findProcesses(const char* program, pid_t* out, int max, int* count) {
+    if (program == nullptr || *program == '\0')
+        return 1;
+    const char* name = baseNameOf(program);
+    if (*name == '\0')
+        return 2;
+    const DirStream proc(::opendir("/proc"));
+    if (!proc)
+        return 11;
+    while (*count < max) {
+        const dirent* entry = ::readdir(proc.get());
+        if (entry == nullptr)
+            break;
+        if (isProcessEntry(proc.get(), *entry) && runsProgram(entry->d_name, name))
+            out[(*count)++] = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
+    }
+    return 0;
+}
+
+} // namespace
+
+time_t tr_get_clock(struct timeval* out) {
+    timespec now = {};
+    if (::clock_gettime(CLOCK_MONOTONIC, &now) != 0)
+        return -1;
+    if (out != nullptr) {
+        out->tv_sec = now.tv_sec;
+        out->tv_usec = static_cast<suseconds_t>(now.tv_nsec / 1000);
+    }
+    return now.tv_sec;
+}
+
+int tr_read_wait(int fd, const struct timeval* timeout) {
+    // Asked first because select() takes no notice of numbers beyond the descriptor table.
+    const bool isOpen = fd >= 0 && ::fcntl(fd, F_GETFD) >= 0;
+    // No time-out is a single poll, not an endless wait: wanted, the callers' loops have other work to do.
+    const int ready = isOpen ? selectReadable(fd, timeout == nullptr ? timeval{} : *timeout) : -1;
+    if (ready < 0)
+        TARN_LOG_AS(kProcSource, __func__, kLogFailure, "wait for descriptor(%d) failed!(ret=%d)", fd,
+                    isOpen ? 11 : 1);
+    return ready;
+}
+
+char* tr_get_tmpnam(char* buf) {
+    if (buf == nullptr)
+        return nullptr;
+    do {
+        std::snprintf(buf, TR_TMPNAM_SIZE, "/tmp/.tr_%u", drawNumber());
+    } while (!nothingAt(buf));
+    return buf;
+}
+
+int tr_get_pidarr(const char* program, pid_t* out, int max) {
+    int count = 0;
+    const int step = findProcesses(program, out, out == nullptr ? 0 : max, &count);
+    if (step == 0)
+        return count;
+    TARN_LOG_AS(kProcSource, __func__, kLogFailure, "find processes of program(%s) failed!(ret=%d)",
+                printable(program), step);
+    return -1;
+}
+
+pid_t tr_get_pidof(const char* program) {
+    pid_t pid = -1;
+    return tr_get_pidarr(program, &pid, 1) == 1 ? pid : -1;
+}
+
+int tr_pid2basename(int pid, char* buf) {
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%d", pid);
+    char name[TR_BASENAME_SIZE];
+    if (buf != nullptr && readExeName(digits, name)) {
+        std::memcpy(buf, name, std::strlen(name) + 1);
+        return 0;
+    }
+    TARN_LOG_AS(kProcSource, __func__, kLogFailure, "find program of process(pid=%d) failed!(ret=%d)", pid,
+                buf == nullptr ? 1 : 11);
+    return -1;
+}
+
+int tr_pid2argv(int pid, char* buf) {
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%d", pid);
+    const ssize_t count = buf == nullptr ? -1 : readCommandLine(digits, buf);
+    if (count < 0)
+        TARN_LOG_AS(kProcSource, __func__, kLogFailure, "read arguments of process(pid=%d) failed!(ret=%d)",
+                    pid, buf == nullptr ? 1 : 11);
+    return static_cast<int>(count);
+}

@@ -1,0 +1,277 @@
+// Removal of directory trees. The walk holds one directory open at a time and goes back up through "..", and
+// it names everything relative to that directory: neither the descriptor limit nor PATH_MAX bounds the depth,
+// and a directory that is exchanged for a symbolic link meanwhile leads nowhere else.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "common/UniqueFd.h"
+#include "support/trcfg_utils_internal.h"
+#include "support/trcfg_utils_proc.h"
+
+namespace {
+
+constexpr int kOpenDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+// Steps in the log.
+constexpr int kNoPath = 1;
+constexpr int kRefusedPath = 2;
+constexpr int kFileKept = 11;
+constexpr int kUnlinkFailed = 12;
+constexpr int kLostWay = 13;
+constexpr int kNoResources = 14;
+constexpr int kRmdirFailed = 101;
+
+// A growing buffer of bytes. Growing fails without memory, which every caller passes on.
+class Bytes {
+public:
+    // Adds `text` and its NUL behind the first `at` bytes.
+    bool put(std::size_t at, const char* text) {
+        const std::size_t length = std::strlen(text) + 1;
+        if (!reserve(at + length))
+            return false;
+        std::memcpy(m_data.get() + at, text, length);
+        m_size = at + length;
+        return true;
+    }
+    [[nodiscard]] const char* from(std::size_t at) const { return m_data.get() + at; }
+    void cut(std::size_t at) { m_data.get()[at] = '\0'; }
+    [[nodiscard]] std::size_t size() const { return m_size; }
+
+private:
+    bool reserve(std::size_t size) {
+        if (size <= m_room)
+            return true;
+        const std::size_t room = std::max(size, 2 * m_room);
+        char* grown = static_cast<char*>(std::realloc(m_data.get(), room));
+        if (grown == nullptr)
+            return false;
+        static_cast<void>(m_data.release());
+        m_data.reset(grown);
+        m_room = room;
+        return true;
+    }
+
+    HeapText m_data;
+    std::size_t m_size = 0;
+    std::size_t m_room = 0;
+};
+
+// A directory that the walk is in or below.
+struct Level {
+    Level* above = nullptr;
+    std::size_t pathLength = 0; // of its own path
+    dev_t device = 0;
+    ino_t inode = 0;
+    Bytes subdirectories; // names, each with its NUL, still to be removed from `nextName` on
+    std::size_t nextName = 0;
+};
+
+void logKept(const char* path, int step) {
+    TARN_LOG_AS(kFilesysSource, "tr_rmdir", kLogFailure, "remove storage path(full_name=%s) failed(ret=%d)",
+                path, step);
+}
+
+class TreeRemover {
+public:
+    explicit TreeRemover(bool force) : m_force(force) {}
+    ~TreeRemover() {
+        while (m_level != nullptr)
+            leaveLevel();
+    }
+    TreeRemover(const TreeRemover&) = delete;
+    TreeRemover& operator=(const TreeRemover&) = delete;
+
+    // Removes the directory `path`. True when nothing is left.
+    bool run(const char* path) {
+        if (!m_path.put(0, path)) {
+            logKept(path, kNoResources);
+            return false;
+        }
+        UniqueFd top(::open(path, kOpenDirectory));
+        if (top && enter(std::move(top), std::strlen(path)))
+            walk();
+        if (!m_gaveUp && ::rmdir(path) != 0)
+            fail(kRmdirFailed);
+        return m_complete;
+    }
+
+private:
+    void fail(int step) {
+        logKept(m_path.from(0), step);
+        m_complete = false;
+    }
+
+    // For what makes going on unsafe or impossible.
+    void giveUp(int step) {
+        fail(step);
+        m_gaveUp = true;
+    }
+
+    void walk() {
+        while (m_level != nullptr && !m_gaveUp) {
+            if (m_level->nextName < m_level->subdirectories.size())
+                descend();
+            else
+                ascend();
+        }
+    }
+
+    bool extendPath(const char* name) {
+        const std::size_t length = m_level->pathLength;
+        return m_path.put(length, "/") && m_path.put(length + 1, name);
+    }
+
+    void descend() {
+        const char* name = m_level->subdirectories.from(m_level->nextName);
+        m_level->nextName += std::strlen(name) + 1;
+        if (!extendPath(name))
+            return giveUp(kNoResources);
+        UniqueFd next(::openat(m_current.get(), name, kOpenDirectory));
+        // A directory without search permission can be opened but not worked in, nor left through "..".
+        if (next && leadsBack(next.get(), *m_level)) {
+            enter(std::move(next), m_level->pathLength + 1 + std::strlen(name));
+            return;
+        }
+        removeEmptied(m_current.get(), name);
+        m_path.cut(m_level->pathLength);
+    }
+
+    static bool leadsBack(int directory, const Level& level) {
+        struct stat status = {};
+        return ::fstatat(directory, "..", &status, 0) == 0 && status.st_dev == level.device &&
+               status.st_ino == level.inode;
+    }
+
+    // Goes to the directory above and removes the one just emptied from it.
+    void ascend() {
+        const Level* above = m_level->above;
+        if (above == nullptr)
+            return leaveLevel();
+        UniqueFd up;
+        if (leadsBack(m_current.get(), *above))
+            up = UniqueFd(::openat(m_current.get(), "..", kOpenDirectory));
+        if (!up)
+            return giveUp(kLostWay);
+        m_current = std::move(up);
+        removeEmptied(m_current.get(), m_path.from(above->pathLength + 1));
+        leaveLevel();
+        m_path.cut(m_level->pathLength);
+    }
+
+    void removeEmptied(int directory, const char* name) {
+        if (::unlinkat(directory, name, AT_REMOVEDIR) != 0 && errno != ENOENT)
+            fail(kRmdirFailed);
+    }
+
+    // Makes `directory` the current one and removes its files.
+    bool enter(UniqueFd directory, std::size_t pathLength) {
+        struct stat status = {};
+        void* const memory = std::malloc(sizeof(Level));
+        if (memory == nullptr || ::fstat(directory.get(), &status) != 0) {
+            std::free(memory);
+            giveUp(kNoResources);
+            return false;
+        }
+        m_level = new (memory) Level{m_level, pathLength, status.st_dev, status.st_ino, {}, 0};
+        m_current = std::move(directory);
+        readEntries();
+        m_path.cut(pathLength);
+        return !m_gaveUp;
+    }
+
+    void leaveLevel() {
+        Level* const left = m_level;
+        m_level = left->above;
+        left->~Level();
+        std::free(left);
+    }
+
+    void readEntries() {
+        UniqueFd copy(::fcntl(m_current.get(), F_DUPFD_CLOEXEC, 0));
+        const DirStream stream(copy ? ::fdopendir(copy.get()) : nullptr);
+        if (!stream)
+            return giveUp(kNoResources);
+        static_cast<void>(copy.release());
+        while (const dirent* entry = ::readdir(stream.get())) {
+            if (!isDotEntry(entry->d_name) && !m_gaveUp)
+                treatEntry(*entry);
+        }
+    }
+
+    void treatEntry(const dirent& entry) {
+        if (isDirectory(entry)) {
+            Bytes& names = m_level->subdirectories;
+            if (!names.put(names.size(), entry.d_name))
+                giveUp(kNoResources);
+            return;
+        }
+        if (m_force && (::unlinkat(m_current.get(), entry.d_name, 0) == 0 || errno == ENOENT))
+            return;
+        if (!extendPath(entry.d_name))
+            return giveUp(kNoResources);
+        fail(m_force ? kUnlinkFailed : kFileKept);
+    }
+
+    [[nodiscard]] bool isDirectory(const dirent& entry) const {
+        if (entry.d_type != DT_UNKNOWN)
+            return entry.d_type == DT_DIR;
+        struct stat status = {};
+        return ::fstatat(m_current.get(), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+               S_ISDIR(status.st_mode);
+    }
+
+    const bool m_force;
+    bool m_complete = true;
+    bool m_gaveUp = false;
+    Bytes m_path; // of the directory, or of the entry that is being treated
+    UniqueFd m_current;
+    Level* m_level = nullptr;
+};
+
+// Without the slashes at the end, behind which a link would be followed.
+HeapText withoutTrailingSlashes(const char* path) {
+    std::size_t length = std::strlen(path);
+    while (length > 1 && path[length - 1] == '/')
+        --length;
+    return HeapText(::strndup(path, length));
+}
+
+// The root directory, and names under which a directory cannot be removed though its content could.
+bool mustStay(const char* path) {
+    const char* name = baseNameOf(path);
+    return *name == '\0' || isDotEntry(name);
+}
+
+// What stands at `path` is no directory. Returns the number of the step that failed, 0 when none did.
+int removeFile(const char* path, bool force) {
+    if (!force)
+        return kFileKept;
+    return ::unlink(path) == 0 || errno == ENOENT ? 0 : kUnlinkFailed;
+}
+
+} // namespace
+
+bool removeTree(const char* path, bool force, bool* removed) {
+    const HeapText name = path == nullptr || *path == '\0' ? nullptr : withoutTrailingSlashes(path);
+    if (!name) {
+        logKept(printable(path), kNoPath);
+        return false;
+    }
+    struct stat status = {};
+    if (::lstat(name.get(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR))
+        return true;
+    if (removed != nullptr)
+        *removed = true;
+    if (S_ISDIR(status.st_mode) && !mustStay(name.get()))
+        return TreeRemover(force).run(name.get());
+    const int step = S_ISDIR(status.st_mode) ? kRefusedPath : removeFile(name.get(), force);
+    if (step != 0)
+        logKept(path, step);
+    return step == 0;
+}
