@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -66,6 +67,15 @@ protected:
         return status;
     }
 
+    // The same with the case's directory as the root directory, and as the working directory. A fault can
+    // reach nothing else there, and another user can work there whoever owns the directories above it.
+    int exitInOwnRoot(const std::function<bool()>& body) const {
+        return exitOf([&] { return enterOwnRoot() && body(); });
+    }
+    bool canHaveOwnRoot() const {
+        return exitInOwnRoot([] { return true; }) == 0;
+    }
+
     static bool becomeNobody() { return ::geteuid() == 0 && ::setgid(65534) == 0 && ::setuid(65534) == 0; }
 
     static bool limit(__rlimit_resource resource, rlim_t value) {
@@ -100,4 +110,11 @@ protected:
     }
 
     std::string m_dir;
+
+private:
+    bool enterOwnRoot() const {
+        if (::geteuid() != 0 && ::unshare(CLONE_NEWUSER) != 0)
+            return false;
+        return ::chroot(m_dir.c_str()) == 0 && ::chdir("/") == 0;
+    }
 };
