@@ -7,7 +7,8 @@
 #include <string_view>
 
 // The small string, path, date and query questions that every folder asks. All byte-wise, nothing keeps state
-// but the digit table; no function reports an error, each has a value that stands for failure.
+// but the digit table; no function reports an error, each has a value that stands for failure (createDateTime
+// also writes a line when the system fails, not for a file that is not there).
 class CCommUtils {
 public:
     // --- text ---

@@ -69,7 +69,7 @@ std::string CCommUtils::absFilePath(const std::string& path) {
 }
 
 std::string CCommUtils::createDateTime(const std::string& path) {
-    return formatDateTime(changeTime(path.c_str()));
+    return formatDateTime(changeTime(path));
 }
 
 std::string CCommUtils::readInfo(const std::string& path) {

@@ -3,9 +3,25 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+
+#include "common/Report.h"
+#include "common/Retry.h"
+
 namespace {
 
 constexpr char kNoDateTime[] = "0000-00-00 00:00:00";
+
+constexpr char kTask[] = "tell the date of";
+
+// False with errno set after a failure.
+bool askSystem(int directory, const char* path, std::time_t& time) {
+    struct stat status;
+    if (retryInterrupted([&] { return ::fstatat(directory, path, &status, AT_SYMLINK_NOFOLLOW); }) != 0)
+        return false;
+    time = status.st_ctime;
+    return true;
+}
 
 // Writes the decimal digits of value right-aligned, zero-filled, so that they end before end.
 void putDigits(char* end, int digits, int value) {
@@ -15,13 +31,18 @@ void putDigits(char* end, int digits, int value) {
 
 } // namespace
 
-std::time_t changeTime(const char* path) {
-    return changeTimeAt(AT_FDCWD, path);
+std::time_t changeTime(const std::string& path) {
+    std::time_t time = kUnknownTime;
+    if (!askSystem(AT_FDCWD, path.c_str(), time))
+        reportUnlessAbsent(kTask, path, errno);
+    return time;
 }
 
-std::time_t changeTimeAt(int directory, const char* path) {
-    struct stat status;
-    return ::fstatat(directory, path, &status, AT_SYMLINK_NOFOLLOW) == 0 ? status.st_ctime : kUnknownTime;
+std::time_t changeTimeIn(const std::string& path, int directory, const char* fileName) {
+    std::time_t time = kUnknownTime;
+    if (!askSystem(directory, fileName, time))
+        reportUnlessAbsent(kTask, path + "/" + fileName, errno);
+    return time;
 }
 
 // "%04d-%02d-%02d %02d:%02d:%02d", without the cost of printf: every listed file gets one.

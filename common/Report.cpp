@@ -2,28 +2,15 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 
-namespace {
-
-bool isControl(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7f;
-}
-
-void appendPrintable(std::string& line, std::string_view text) {
-    for (const char c : text)
-        line += isControl(c) ? '?' : c;
-}
-
-} // namespace
+#include "common/ControlBytes.h"
 
 void report(std::string_view what, std::string_view subject, std::string_view why) {
     std::string line = "fileman: ";
-    line.append(what).append(" ");
-    appendPrintable(line, subject);
-    line.append(": ").append(why).append("\n");
+    line.append(what).append(" ").append(withoutControlBytes(subject)).append(": ").append(why).append("\n");
     // One write, so that the lines of processes that share a log do not mix; a log that refuses is no
     // failure.
     if (::write(STDERR_FILENO, line.data(), line.size()) < 0)
@@ -32,4 +19,13 @@ void report(std::string_view what, std::string_view subject, std::string_view wh
 
 void reportErrno(std::string_view what, std::string_view subject, int errorNumber) {
     report(what, subject, std::strerror(errorNumber));
+}
+
+bool reportUnlessAbsent(std::string_view what, std::string_view subject, int errorNumber) {
+    for (const int absence : {ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG}) {
+        if (errorNumber == absence)
+            return false;
+    }
+    reportErrno(what, subject, errorNumber);
+    return true;
 }

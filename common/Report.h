@@ -8,3 +8,7 @@ void report(std::string_view what, std::string_view subject, std::string_view wh
 
 // The same with the text of an errno value as the reason.
 void reportErrno(std::string_view what, std::string_view subject, int errorNumber);
+
+// The same, but in silence when the value says that nothing is there, or nothing that this user may see or
+// reach by that path: such places are skipped as a rule. True for the others, failures of the system.
+bool reportUnlessAbsent(std::string_view what, std::string_view subject, int errorNumber);

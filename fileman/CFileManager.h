@@ -31,8 +31,9 @@ extern CFileManager* g_FileMan;
 //
 // The store reads every directory at most once from one scanFilters to the next and takes later answers from
 // it: it is made for one request. Not for threads: dates are read with the working directory moved. Missing
-// and unreadable directories are skipped in silence at every level. Records come in the order of the
-// directory listings and live until the process ends (the lists never own them).
+// and unreadable directories are skipped in silence at every level; failures of the system get a line on
+// standard error. Records come in the order of the directory listings and live until the process ends (the
+// lists never own them).
 class CFileManager {
 public:
     CFileManager();

@@ -1,5 +1,6 @@
 #include "fileman/disk/DateReader.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -36,10 +37,11 @@ bool DateReader::mayBeRelative() const {
 
 std::time_t DateReader::read(const char* fileName) {
     if (m_descriptor >= 0)
-        return changeTimeAt(m_descriptor, fileName);
+        return changeTimeIn(m_directory, m_descriptor, fileName);
     if (++m_filesAsked == kFewFiles)
         enter();
-    return m_isInside ? changeTime(fileName) : changeTime(entryPath(m_directory, fileName).c_str());
+    return m_isInside ? changeTimeIn(m_directory, AT_FDCWD, fileName)
+                      : changeTime(entryPath(m_directory, fileName));
 }
 
 void DateReader::enter() {

@@ -2,14 +2,17 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <cstddef>
 #include <cstring>
 
-#include "common/CCommUtils.h"
 #include "common/FileDate.h"
+#include "common/Report.h"
+#include "common/Retry.h"
 
 namespace {
 
@@ -35,17 +38,28 @@ const dirent64& recordAt(const char* at) {
     return *reinterpret_cast<const dirent64*>(at);
 }
 
-UniqueFd openDirectory(const std::string& path) {
-    return UniqueFd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+// This and readListing count the failures that they report.
+UniqueFd openDirectory(const std::string& path, std::size_t& failures) {
+    UniqueFd fd(retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!fd && reportUnlessAbsent("open directory", path, errno))
+        ++failures;
+    return fd;
 }
 
 // The records are kept as the system writes them: there is no cheaper form to make. opendir would add a stat,
 // a buffer from the heap and a second look at the descriptor, as much as reading a small directory.
-Directory readListing(const UniqueFd& fd) {
+// When the reading breaks off, what was read until then counts.
+Directory readListing(const UniqueFd& fd, const std::string& path, std::size_t& failures) {
     alignas(dirent64) std::array<char, 32768> buffer;
     std::vector<char> listing;
-    for (ssize_t size = 0; (size = ::getdents64(fd.get(), buffer.data(), buffer.size())) > 0;)
+    const auto readSome = [&] { return ::getdents64(fd.get(), buffer.data(), buffer.size()); };
+    ssize_t size = 0;
+    while ((size = retryInterrupted(readSome)) > 0)
         listing.insert(listing.end(), buffer.data(), buffer.data() + size);
+    if (size < 0 && errno != ENOENT) { // that one says that the directory was removed
+        report("read directory", path, std::string("broken off, ") + std::strerror(errno));
+        ++failures;
+    }
     return Directory(std::move(listing));
 }
 
@@ -112,8 +126,9 @@ void Directory::keepChangeTime(const char* name, std::time_t time) const {
 }
 
 std::optional<Directory> readDirectory(const std::string& path) {
-    const UniqueFd fd = openDirectory(path);
-    return fd ? std::optional(readListing(fd)) : std::nullopt;
+    std::size_t failures = 0;
+    const UniqueFd fd = openDirectory(path, failures);
+    return fd ? std::optional(readListing(fd, path, failures)) : std::nullopt;
 }
 
 StorageTree::Place& StorageTree::visit(const std::string& path) {
@@ -121,9 +136,10 @@ StorageTree::Place& StorageTree::visit(const std::string& path) {
     Place& place = position->second;
     if (!isNew)
         return place;
-    m_openFd = openDirectory(path);
+    m_openFd.reset();
+    m_openFd = openDirectory(path, m_failures);
     if (m_openFd)
-        place.directory = readListing(m_openFd);
+        place.directory = readListing(m_openFd, path, m_failures);
     m_openDirectory = m_openFd ? &*place.directory : nullptr;
     return place;
 }
@@ -144,7 +160,15 @@ const Directory* StorageTree::open(const std::string& path) {
 
 bool StorageTree::exists(const std::string& path) {
     const Answer answer = lookUp(path);
-    return answer == Answer::AskSystem ? CCommUtils::isDirExists(path) : answer != Answer::Nothing;
+    return answer == Answer::AskSystem ? askSystem(path) : answer != Answer::Nothing;
+}
+
+bool StorageTree::askSystem(const std::string& path) {
+    if (retryInterrupted([&] { return ::access(path.c_str(), F_OK); }) == 0)
+        return true;
+    if (reportUnlessAbsent("look for", path, errno))
+        ++m_failures;
+    return false;
 }
 
 bool StorageTree::isListedDirectory(const std::string& path) {

@@ -70,7 +70,9 @@ private:
 // directory + "/" + name.
 std::string entryPath(std::string_view directory, std::string_view name);
 
-// Reads a directory from disk and closes it; nothing when it cannot be opened. Links are followed.
+// Reads a directory from disk and closes it; nothing when it cannot be opened. Links are followed. What keeps
+// the system from opening it or from reading on gets a line on standard error, unless the directory is
+// missing or closed to this user; what was read is kept.
 std::optional<Directory> readDirectory(const std::string& path);
 
 // The storage tree as one request sees it: each directory is read at most once, when it is first asked for,
@@ -93,6 +95,10 @@ public:
     // What access(path, F_OK) says.
     bool exists(const std::string& path);
 
+    // How often the system failed to open, read or look for a place that may well be there. Each time a line
+    // was written; a missing directory is no failure.
+    std::size_t failures() const { return m_failures; }
+
     // Whether a walk from root along the listed directories passes path; none that it passes is a link.
     bool isListedDirectory(const std::string& path);
 
@@ -105,10 +111,12 @@ private:
     };
     Place& visit(const std::string& path);
     Answer lookUp(const std::string& path);
+    bool askSystem(const std::string& path);
     static Answer answerOf(const Directory& parent, std::string_view name);
 
     std::string m_root;
     std::unordered_map<std::string, Place> m_places;
     const Directory* m_openDirectory = nullptr; // the one read last
     UniqueFd m_openFd;
+    std::size_t m_failures = 0;
 };

@@ -36,7 +36,7 @@ std::string_view idEndOf(const _ResultInfo& common, std::string_view name) {
 
 std::time_t timeOf(const _ResultInfo& common, const char* listedName) {
     const std::time_t time = Directory::changeTime(listedName);
-    return time == kTimeNotAsked ? changeTime((common.path + listedName).c_str()) : time;
+    return time == kTimeNotAsked ? changeTime(common.path + listedName) : time;
 }
 
 RecordParts partsOf(const _ResultInfo& common, const char* listedName, DateText& dates) {
