@@ -1,0 +1,80 @@
+// A request's query: decoded, cut into pairs, classified, made into a filter.
+
+#include <memory>
+#include <set>
+
+#include "FuzzInput.h"
+#include "cgi/CFileManCGI.h"
+#include "cgi/pages/CGICommonUtils.h"
+#include "common/CCommUtils.h"
+
+namespace {
+
+using QueryMap = std::map<std::string, std::string>;
+
+// From a buffer of exactly that size: the decoder must not look behind it.
+std::string decoded(const std::string& query) {
+    const std::unique_ptr<char[]> bytes(new char[query.size()]);
+    query.copy(bytes.get(), query.size());
+    char* out = nullptr;
+    require(CCommUtils::cgiUnescapeChars(&out, bytes.get(), static_cast<int>(query.size())) == 0, "decoded");
+    const std::unique_ptr<char, void (*)(void*)> owner(out, &std::free);
+    return out;
+}
+
+std::string escaped(const std::string& text) {
+    std::string all;
+    for (const char c : text) {
+        char escape[4];
+        std::snprintf(escape, sizeof escape, "%%%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+        all += escape;
+    }
+    return all;
+}
+
+void checkPairs(const QueryMap& pairs, const std::string& text) {
+    for (const auto& [key, value] : pairs) {
+        const std::string pair = key + "=" + value;
+        require(("&" + text + "&").find("&" + pair + "&") != std::string::npos, "a pair stands in the query");
+        require(key.find('=') == std::string::npos, "the first '=' ends the key");
+    }
+    QueryMap again;
+    CCommUtils::parseQueryInfo(again, ("&" + text + "&" + text).c_str());
+    require(again == pairs, "the first value of a key stays");
+    QueryMap page;
+    CGICommonUtils::parseQueryInfo(page, text.c_str());
+    require(page == pairs, "one reading of a query");
+}
+
+void checkFilter(CFileManCGI& request) {
+    static const std::set<unsigned> kActions = {1, 2, 3, 4, 5, 6, 7, 8, 9, 11};
+    require(kActions.count(request.getFileManType()) == 1, "an action that exists");
+    _ResultFilter filter;
+    request.getFilterFromRequest(filter);
+    require(request.m_filter.tests == filter.tests && request.m_filter.ports == filter.ports &&
+                request.m_filter.advanceInfo.suffix == filter.advanceInfo.suffix,
+            "the request keeps the filter");
+    std::list<std::string> again;
+    CCommUtils::split(again, ",", CCommUtils::join(filter.modes, ","));
+    // An empty piece at the end is lost, as an empty list and a list of one empty name look the same.
+    while (!filter.modes.empty() && filter.modes.back().empty())
+        filter.modes.pop_back();
+    while (!again.empty() && again.back().empty())
+        again.pop_back();
+    require(again == filter.modes, "a list comes back as it was sent");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string query(data, data + size);
+    const std::string text = decoded(query);
+    require(text.size() <= query.size(), "decoding never grows");
+    require(decoded(escaped(text)) == text, "what is escaped comes back");
+    CFileManCGI request;
+    request.parseQueryInfo(text.c_str());
+    checkPairs(request.m_queryInfo, text);
+    checkFilter(request);
+    require(!request.getChooser()("") || request.m_queryInfo.count("rsltid") == 1, "nothing chosen unasked");
+    return 0;
+}

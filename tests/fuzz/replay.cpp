@@ -1,0 +1,34 @@
+// replay DIRECTORY: gives a target each file of its corpus, and each beginning of it, as a broken-off
+// transfer would leave it.
+
+#include <filesystem>
+
+#include "FuzzInput.h"
+
+namespace {
+
+void replay(const std::string& content) {
+    constexpr std::size_t kMostBeginnings = 1000;
+    const std::size_t step = content.size() / kMostBeginnings + 1;
+    for (std::size_t size = 0; size < content.size(); size += step)
+        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(content.data()), size);
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(content.data()), content.size());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2 || !std::filesystem::exists("/tmp/.private-storage")) {
+        std::fputs("usage: scripts/with-storage - replay DIRECTORY\n", stderr);
+        return 64;
+    }
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
+        // Named first: the last line tells which input failed.
+        std::printf("%s\n", entry.path().c_str());
+        std::fflush(stdout);
+        replay(readFuzzFile(entry.path()));
+        ++count;
+    }
+    return count == 0 ? 1 : 0;
+}

@@ -1,0 +1,108 @@
+// One attribute of a document is given another value, and the file is rewritten. Input: which attribute (a
+// letter) and element (a digit), the value up to the line's end, then the document.
+
+#include <tinyxml.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "FuzzInput.h"
+#include "conf/XmlFile.h"
+
+namespace {
+
+constexpr char kPath[] = "/tmp/rewrite.xml";
+constexpr const char* kNames[] = {"checked", "jobid", "account", "name", "prefix", "suffix"};
+
+struct Change {
+    std::size_t element;
+    std::string name;
+    std::string value;
+};
+
+void collect(TiXmlNode& node, std::vector<TiXmlElement*>& out) {
+    xml::forEachChild(node, [&](TiXmlElement& element) {
+        out.push_back(&element);
+        collect(element, out);
+    });
+}
+
+std::string printed(const TiXmlDocument& document) {
+    TiXmlPrinter printer;
+    document.Accept(&printer);
+    return printer.Str();
+}
+
+TiXmlElement* elementAt(TiXmlDocument& document, std::size_t index) {
+    std::vector<TiXmlElement*> elements;
+    collect(document, elements);
+    return index < elements.size() ? elements[index] : nullptr;
+}
+
+// The file after the change; nothing when there is nothing to change or the change was refused.
+std::optional<std::string> rewritten(const std::string& text, const Change& change) {
+    writeFuzzFile(kPath, text);
+    const std::unique_ptr<TiXmlDocument> document = xml::load(kPath);
+    TiXmlElement* const element = document ? elementAt(*document, change.element) : nullptr;
+    if (element == nullptr)
+        return std::nullopt;
+    element->SetAttribute(change.name, change.value);
+    const bool isSaved = xml::save(*document, kPath);
+    const std::string now = readFuzzFile(kPath);
+    if (!isSaved) {
+        require(now == text, "a refused change leaves the file alone");
+        return std::nullopt;
+    }
+    const std::unique_ptr<TiXmlDocument> again = xml::load(kPath);
+    require(again != nullptr && printed(*again) == printed(*document),
+            "a change is read back as it was made");
+    return now;
+}
+
+std::size_t commonStart(const std::string& a, const std::string& b) {
+    std::size_t count = 0;
+    while (count < a.size() && count < b.size() && a[count] == b[count])
+        ++count;
+    return count;
+}
+
+std::size_t commonEnd(const std::string& a, const std::string& b) {
+    return commonStart(std::string(a.rbegin(), a.rend()), std::string(b.rbegin(), b.rend()));
+}
+
+// Two changes of the same value show where it stands; before and behind it the text is the old one.
+void checkSurroundings(const std::string& text, Change change) {
+    change.value = "qvq1";
+    const std::optional<std::string> one = rewritten(text, change);
+    change.value = "qvq22";
+    const std::optional<std::string> two = rewritten(text, change);
+    if (!one || !two || *one == text || *two == text)
+        return;
+    std::string before = one->substr(0, commonStart(*one, *two));
+    std::string behind = one->substr(one->size() - commonEnd(*one, *two));
+    require(before + "1" + behind == *one && before + "22" + behind == *two, "only the value differs");
+    const std::string added = " " + change.name + "=\"qvq";
+    const bool isNew = before.size() >= added.size() && text.size() + added.size() + 2 == one->size() &&
+                       before.compare(before.size() - added.size(), added.size(), added) == 0;
+    before.erase(before.size() - (isNew ? added.size() : 5));
+    behind.erase(0, 1);
+    require(before.size() + behind.size() <= text.size() && text.compare(0, before.size(), before) == 0 &&
+                text.compare(text.size() - behind.size(), behind.size(), behind) == 0,
+            "every other byte stays");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzInput input(data, size);
+    const std::string line = input.line();
+    if (line.size() < 2)
+        return 0;
+    const auto letter = static_cast<unsigned char>(line[0]);
+    const Change change = {static_cast<unsigned char>(line[1]) % std::size_t{10}, kNames[letter % 6],
+                           line.substr(2)};
+    rewritten(input.rest(), change);
+    checkSurroundings(input.rest(), change);
+    return 0;
+}
