@@ -12,7 +12,7 @@ const { chromium } = require('playwright-core');
 const AXE = fs.readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
 /** Where the tests put reports of their own. */
 export const DIR = '/home/10g/kte-rslt/10gport/bert-result';
-const CGI_DIR = '/usr/local/ktb/cgi-bin';
+export const CGI_DIR = '/usr/local/ktb/cgi-bin';
 
 // The tests write below /home: never outside the private storage.
 assert.equal(process.env.FILEMAN_PRIVATE_STORAGE, '1', 'start the tests by tests/browser/run');

@@ -5,7 +5,20 @@ import crypto from 'node:crypto';
 import fs from 'node:fs';
 import { after, test } from 'node:test';
 import { gunzipSync } from 'node:zlib';
-import { answerOf, DIR, footer, headersOf, names, openList, pressed, saved, startInstrument } from './instrument.mjs';
+import { parsePage } from '../../web/js/fileman/rows.js';
+import { dice, hostileName, record } from './hostile-names.mjs';
+import {
+  answerOf,
+  CGI_DIR,
+  DIR,
+  footer,
+  headersOf,
+  names,
+  openList,
+  pressed,
+  saved,
+  startInstrument,
+} from './instrument.mjs';
 
 const BARE_CONF = '/tmp/bare-lighttpd.conf'; // a server that sends no policy and compresses nothing
 const POLICY_FILES = {
@@ -90,6 +103,38 @@ test("hostile names are shown as they are and never run, with the server's polic
       assert.deepEqual(page.problems, []);
     }
   }));
+
+test('the page lists every file of hostile folders, or says how many it could not read', async () => {
+  const random = dice(7);
+  const port = Buffer.from(`/home/10g/kte-rslt/10gport/`);
+  const folders = ["x' },\n\t\t];\n", ...Array.from({ length: 40 }, (_, i) => `${i}' },\n\t\t{ id: 'q`)];
+  const like = record({ folder: '/home/a/b', file: 'n.html' });
+  for (let i = 0; i < 100; i++) folders.push(`${i}${hostileName(random, like, 240)}`);
+  const made = folders.map((name) => Buffer.concat([port, Buffer.from(`${name}-result`, 'latin1')]));
+  for (const [i, folder] of made.entries()) {
+    fs.mkdirSync(folder);
+    const file = `${i}${hostileName(random, like, 200)}.html`;
+    fs.writeFileSync(Buffer.concat([folder, Buffer.from(`/${file}`, 'latin1')]), '');
+  }
+  try {
+    const printed = execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: 'fmtype=rslt' } });
+    const parsed = parsePage(printed.toString('latin1'));
+    const stored = execFileSync('find', ['/home/10g/kte-rslt/10gport', '-name', '*.html', '-print0']).toString(
+      'latin1',
+    );
+    const paths = parsed.rows
+      .map((row) => row.at(-1))
+      .filter((path) => /^\/home\/10g\/kte-rslt\/10gport\/[^]*\.html$/.test(path));
+    assert.deepEqual(paths.sort(), stored.split('\0').filter(Boolean).sort());
+    assert.equal(parsed.lost, 0);
+    const page = await guarded(instrument);
+    await openList(page, instrument.list('fmtype=rslt'));
+    assert.match(await footer(page), new RegExp(`^${parsed.rows.length} entries`));
+    assert.equal(page.fired, 0);
+  } finally {
+    made.forEach((folder) => fs.rmSync(folder, { recursive: true }));
+  }
+});
 
 test('what cannot be packed is told by name and left out', () =>
   withHostileNames(async () => {

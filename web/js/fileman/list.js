@@ -11,7 +11,7 @@ import { FileGrid } from './grid.js';
 import { keep, keepList, recallList } from './memory.js';
 import { holdsWords, orderBy, wordsOf } from './order.js';
 import { dressPage } from './page.js';
-import { parseRows, toEntries } from './rows.js';
+import { parsePage, parseScript, toEntries } from './rows.js';
 import { TAB_TEXTS, addressOf, countText, state, ui } from './state.js';
 import { setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
 import { size, t } from './texts.js';
@@ -29,11 +29,11 @@ let loading = null;
 function readOwnPage() {
   let parsed = null;
   for (const script of [...document.scripts]) {
-    parsed ??= script.src ? null : parseRows(script.textContent);
+    parsed ??= script.src ? null : parseScript(script.textContent);
     if (parsed) script.remove(); // some megabytes that nobody needs any more
     if (parsed) break;
   }
-  return parsed && parsed.whole && !parsed.odd ? { entries: toEntries(parsed, false), lost: parsed.lost } : null;
+  return parsed?.sure && !parsed.lost ? { entries: toEntries(parsed, false), lost: 0 } : null;
 }
 
 async function fetchList(query, signal) {
@@ -44,9 +44,9 @@ async function fetchList(query, signal) {
     },
   });
   const page = decodePage(bytes);
-  const parsed = parseRows(page.text);
+  const parsed = parsePage(page.text);
   if (!parsed) throw new AnswerError('errorPage');
-  return { entries: toEntries(parsed, page.raw), lost: parsed.lost + (parsed.whole ? 0 : 1) };
+  return { entries: toEntries(parsed, page.raw), lost: parsed.lost };
 }
 
 function say(error) {

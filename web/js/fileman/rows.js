@@ -1,126 +1,219 @@
 /*
- * Reads the list page's rows from its text. The page writes every value between apostrophes exactly as
- * it is stored, so a name may hold apostrophes, line ends or a whole row; executing the array would run
- * such a name. Reading it as text needs no escaping: almost every row has its eight separators once,
- * in order; for the others the row's own redundancy tells where the name ends (the id is built from the
- * other fields, the path ends with the name).
+ * Reads the list page's rows from its text. The page writes every value between apostrophes exactly as it is stored,
+ * so the name of a file or directory may hold apostrophes, line ends or something that looks like rows; executing the
+ * array would run such a name. A wrong reading must not pass for a right one. That rests on three things:
+ *
+ * - No name holds a "/". So no name can bring what ANCHOR matches, for the first directories of a path are not free:
+ *   there is exactly one anchor in each row, and their number is the number of rows.
+ * - Between two anchors one row ends and the next one begins. If the text there looks like that only once, this is
+ *   the place. If it does so more often, all of them are tried.
+ * - The values of a row agree with each other: the id is made of five of them, and the path ends with the name.
+ *
+ * A row is taken when there is exactly one way to read it that leaves a way to read its neighbours. Any other row is
+ * lost, and the lost rows are counted.
  */
 import { toBinary, toText } from './wire.js';
 
 export const FIELDS = ['id', 'name', 'module', 'mode', 'test', 'port', 'datetime', 'rsltype', 'path'];
 
-const START = '\tvar griddata = [\n';
-const FIRST = "\t\t{ id: '";
-const SEPARATORS = FIELDS.slice(1).map((field) => `', ${field}: '`);
-const LAST = "' },\n";
-const END = '\t\t];\n';
+const LIST_START = '\tvar griddata = [\n';
+const ROW_START = "\t\t{ id: '";
+const ROW_END = "' },\n";
+const LIST_END = '\t\t];\n';
+/** The list's end and what follows it in a page. No path holds this: it would need two directories that end with "<". */
+const PAGE_LIST_END = `${LIST_END}</script>\n</head>\n`;
 const ID_BYTES = 255; // the instrument cuts an id to this length
-const MOST_TRIES = 5000;
 
-/**
- * A row whose values hold no apostrophe and no line end can be read in one way only. The path's "/" keeps a
- * name from passing for the rest of its row, since names have none.
- */
+const anchorPattern = "', datetime: '([^'/\n]*)', rsltype: '([^'/\n]*)', path: '(?=/home/[^/\n]*/)";
+const ANCHOR = new RegExp(anchorPattern, 'g');
+
+/** A row whose values hold neither an apostrophe nor a line end. */
 const PLAIN_ROW = new RegExp(
-  `${FIRST.replace('{', '\\{')}${['', ...SEPARATORS].join("([^'\n]*)")}(/[^'\n]*)' \\},\n`,
+  `${["\t\t\\{ id: '", "', name: '", "', module: '", "', mode: '", "', test: '", "', port: '"].join("([^'\n]*)")}` +
+    `([^'\n]*)${anchorPattern}([^'\n]*)' \\},\n`,
   'y',
 );
 
-const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
-
-/**
- * Whether nine values are one record: the id is built from the others, and the name is the path's file up to
- * its first dot. Not every source names a row exactly like that, so `exact` is asked first, the looser form after.
- */
-function isOneRecord(values, exact) {
-  const [id, name, , mode, test, port, datetime, rsltype, path] = values;
-  const whole = [mode, port, test, rsltype, name].join('_');
-  return (
-    /^\d{4,}-\d\d-\d\d \d\d:\d\d:\d\d$/.test(datetime) &&
-    path.startsWith('/') &&
-    (exact ? fileOf(path).split('.', 1)[0] === name : fileOf(path).startsWith(name)) &&
-    (id === whole || toBinary(whole).slice(0, ID_BYTES) === toBinary(id))
-  );
-}
-
-function* occurrences(text, part, from) {
-  for (let at = text.indexOf(part, from); at >= 0; at = text.indexOf(part, at + 1)) yield at;
-}
-
-/** Splits the text between a row's first and last mark where id and name end at the two given places. */
-function splitAt(body, idEnd, nameEnd) {
-  const values = [body.slice(0, idEnd), body.slice(idEnd + SEPARATORS[0].length, nameEnd)];
-  let from = nameEnd + SEPARATORS[1].length;
-  for (const separator of SEPARATORS.slice(2)) {
-    const next = body.indexOf(separator, from);
-    if (next < 0) return null;
-    values.push(body.slice(from, next));
-    from = next + separator.length;
+/** Places of a part in a text. Each one costs a unit of the budget; when that is used up there are no more. */
+function* places(text, part, from, budget) {
+  for (let at = text.indexOf(part, from); at >= 0 && budget.left > 0; at = text.indexOf(part, at + 1)) {
+    budget.left -= 1;
+    yield at;
   }
-  values.push(body.slice(from));
-  return values;
 }
 
-/** All ways to read a row: every text that may be its end, every place where its id and its name may end. */
-function* readings(text, from) {
-  for (const stop of occurrences(text, LAST, from)) {
-    const next = stop + LAST.length;
-    if (!text.startsWith(FIRST, next) && !text.startsWith(END, next)) continue;
-    const body = text.slice(from, stop);
-    for (const idEnd of occurrences(body, SEPARATORS[0], 0)) {
-      for (const nameEnd of occurrences(body, SEPARATORS[1], idEnd + SEPARATORS[0].length)) {
-        yield { values: splitAt(body, idEnd, nameEnd), next };
+function anchorAfter(text, from) {
+  ANCHOR.lastIndex = from;
+  const found = ANCHOR.exec(text);
+  return found && { at: found.index, path: ANCHOR.lastIndex, datetime: found[1], rsltype: found[2] };
+}
+
+/** Names that fit a path: the file's up to its first dot; that of a measurement, which lies in a directory of its name. */
+function namesOf(path) {
+  const fileAt = path.lastIndexOf('/') + 1;
+  const file = path.slice(fileAt);
+  const dot = file.indexOf('.');
+  const names = dot < 0 ? [] : [file.slice(0, dot)];
+  return path.endsWith(`/${file}/`, fileAt) ? [...names, file] : names;
+}
+
+/** All ways to read what stands before a row's anchor when its name is known: [id, name, module, mode, test, port]. */
+function* headReadings(head, rsltype, name, budget) {
+  const afterId = `', name: '${name}', module: '`;
+  for (const idEnd of places(head, afterId, 0, budget)) {
+    const id = head.slice(0, idEnd);
+    const moduleAt = idEnd + afterId.length;
+    for (const moduleEnd of places(head, "', mode: '", moduleAt, budget)) {
+      const modeAt = moduleEnd + "', mode: '".length;
+      for (const modeEnd of places(head, "', test: '", modeAt, budget)) {
+        const mode = head.slice(modeAt, modeEnd);
+        if (!`${mode}_`.startsWith(id.slice(0, mode.length + 1))) continue;
+        const testAt = modeEnd + "', test: '".length;
+        for (const testEnd of places(head, "', port: '", testAt, budget)) {
+          const test = head.slice(testAt, testEnd);
+          const port = head.slice(testEnd + "', port: '".length);
+          const whole = [mode, port, test, rsltype, name].join('_');
+          if (id === whole || toBinary(id) === toBinary(whole).slice(0, ID_BYTES))
+            yield [id, name, head.slice(moduleAt, moduleEnd), mode, test, port];
+        }
       }
     }
   }
 }
 
-/** A row whose name disturbs the page: the first reading whose fields agree with each other, or null. */
-function readDisturbedRow(text, at) {
-  for (const exact of [true, false]) {
-    let tries = 0;
-    for (const { values, next } of readings(text, at + FIRST.length)) {
-      if (values && isOneRecord(values, exact)) return { values, next };
-      if (++tries > MOST_TRIES) break;
+/**
+ * All ways to read the row around an anchor that begins at one of `starts` and ends at one of `ends`, as { from, to,
+ * values }; null when it takes more steps than the text has characters.
+ */
+function rowReadings(text, anchor, starts, ends, budget) {
+  const endsOfName = new Map();
+  for (const to of ends) {
+    budget.left -= 1;
+    for (const name of namesOf(text.slice(anchor.path, to - ROW_END.length))) {
+      if (!endsOfName.has(name)) endsOfName.set(name, []);
+      endsOfName.get(name).push(to);
     }
   }
-  return null;
+  const readings = [];
+  for (const from of starts) {
+    const head = text.slice(from + ROW_START.length, anchor.at);
+    for (const [name, fitting] of endsOfName) {
+      budget.left -= 1;
+      for (const values of headReadings(head, anchor.rsltype, name, budget)) {
+        for (const to of fitting) {
+          budget.left -= 1;
+          const path = text.slice(anchor.path, to - ROW_END.length);
+          readings.push({ from, to, values: [...values, anchor.datetime, anchor.rsltype, path] });
+        }
+      }
+      if (budget.left <= 0) return null;
+    }
+  }
+  return readings;
 }
 
 /**
- * Parses a list page (or its script's text). Returns null when it holds no list, else { rows, lost, whole,
- * odd }: rows as value arrays in FIELDS order, the number of rows that could not be told apart, whether the
- * list's end was found, and whether some value needs the page's own bytes to be right.
+ * The rows around some anchors, null for a lost one. Row i begins at one of borders[i] and ends at one of
+ * borders[i + 1].
  */
-export function parseRows(text) {
-  const start = text.indexOf(START);
-  if (start < 0) return null;
-  const result = { rows: [], lost: 0, whole: false, odd: false };
-  let at = start + START.length;
+function readGroup(text, anchors, borders, count) {
+  const readings = [];
+  let starts = borders[0];
+  anchors.forEach((anchor, i) => {
+    const ends = borders[i + 1];
+    const budget = { left: Math.max(0, ends.at(-1) - borders[i][0]) || 0 };
+    const all = budget.left;
+    readings.push(rowReadings(text, anchor, starts, ends, budget));
+    count(all - Math.max(budget.left, 0));
+    starts = readings[i] ? [...new Set(readings[i].map(({ to }) => to))] : ends;
+  });
+  let ends = new Set(borders.at(-1));
+  const rows = anchors.map(() => null);
+  for (let i = anchors.length - 1; i >= 0; i--) {
+    const fitting = readings[i]?.filter(({ to }) => ends.has(to));
+    if (fitting?.length === 1) rows[i] = fitting[0].values;
+    ends = new Set(fitting ? fitting.map(({ from }) => from) : borders[i]);
+  }
+  return rows;
+}
+
+/**
+ * Finds the rows from a certain border to the next one that is certain because only one place is possible:
+ * { anchors, borders }. The text's end is such a border when it is the list's.
+ */
+function findGroup(text, start) {
+  const anchors = [];
+  const borders = [[start]];
+  let next = anchorAfter(text, start);
+  while (next) {
+    const anchor = next;
+    next = anchorAfter(text, anchor.path);
+    anchors.push(anchor);
+    const stretch = next ? text.slice(anchor.path, next.at) : '';
+    const found = [];
+    for (let at = stretch.indexOf(ROW_END + ROW_START); at >= 0; at = stretch.indexOf(ROW_END + ROW_START, at + 1))
+      found.push(anchor.path + at + ROW_END.length);
+    borders.push(next ? found : [text.length]);
+    if (found.length === 1) break;
+  }
+  return { anchors, borders };
+}
+
+/**
+ * Reads the text between the list's first and last line: { rows, lost, whole, sure, steps }. Rows are value arrays in
+ * FIELDS order; `lost` is the number of those that could not be told apart; `sure` is false when the reading depends on
+ * line ends or on bytes that a browser may have changed; `steps` says how much was tried.
+ */
+function readRows(text, whole) {
+  const result = { rows: [], lost: 0, whole, sure: !text.includes('\ufffd'), steps: 0 };
+  const count = (steps) => {
+    result.steps += steps;
+  };
+  let at = 0;
+  let lastPlain = -1; // start of a plain row whose end depends on what follows
   for (;;) {
     PLAIN_ROW.lastIndex = at;
     const plain = PLAIN_ROW.exec(text);
+    count(1);
     if (plain) {
       result.rows.push(plain.slice(1));
+      lastPlain = at;
       at = PLAIN_ROW.lastIndex;
       continue;
     }
-    if (!text.startsWith(FIRST, at)) break;
-    const row = readDisturbedRow(text, at);
-    if (row) {
-      result.rows.push(row.values);
-      result.odd ||= /[\r\n]/.test(row.values[1]); // a browser has made every line end alike
-      at = row.next;
-      continue;
+    if (whole && at === text.length) return result;
+    // A plain row before another one can be read in one way only; before anything else its path may go on.
+    if (lastPlain >= 0) {
+      result.rows.pop();
+      at = lastPlain;
+      lastPlain = -1;
     }
-    result.lost += 1;
-    const skip = text.indexOf(`\n${FIRST}`, at + 1);
-    if (skip < 0) break;
-    at = skip + 1;
+    const { anchors, borders } = findGroup(text, at);
+    const isCutOff = !whole && borders.at(-1)[0] === text.length;
+    const rows = isCutOff ? [] : readGroup(text, anchors, borders, count).filter(Boolean);
+    for (const row of rows) result.rows.push(row);
+    result.lost += Math.max(anchors.length, 1) - rows.length;
+    result.sure &&= anchors.length === 1 && !rows.some((row) => row.some((value) => value.includes('\n')));
+    at = borders.at(-1)[0];
+    if (isCutOff || !anchors.length) return result;
   }
-  result.whole = text.startsWith(END, at);
-  result.odd ||= text.includes('\ufffd');
-  return result;
+}
+
+/** Parses a list page as the instrument sends it; null when it holds no list. */
+export function parsePage(text) {
+  const start = text.indexOf(LIST_START);
+  if (start < 0) return null;
+  const from = start + LIST_START.length;
+  const end = text.indexOf(PAGE_LIST_END, from);
+  return readRows(text.slice(from, end < 0 ? text.length : end), end >= 0);
+}
+
+/** Parses the text of the script that holds a page's list; null when it holds none. */
+export function parseScript(text) {
+  const start = text.indexOf(LIST_START);
+  if (start < 0) return null;
+  const whole = text.endsWith(LIST_END);
+  return readRows(text.slice(start + LIST_START.length, whole ? -LIST_END.length : text.length), whole);
 }
 
 /**
