@@ -132,17 +132,6 @@ export const task = (page) => page.locator('.fm-task').last();
 export const told = (page, words) => task(page).getByText(words).waitFor();
 export const pressed = (page, name) => page.getByRole('button', { name, exact: true });
 
-/** Header lines of an answer, names in small letters. Read by hand: Node's own clients refuse the diagnostic lines. */
-export async function headersOf(url, more = '') {
-  const { port, pathname, search } = new URL(url);
-  const socket = net.connect(port, '127.0.0.1');
-  socket.write(`GET ${pathname}${search} HTTP/1.1\r\nHost: instrument\r\nConnection: close\r\n${more}\r\n`);
-  let answer = '';
-  for await (const piece of socket) answer += piece.toString('latin1');
-  const lines = answer.split('\r\n\r\n', 1)[0].split('\r\n').slice(1);
-  return new Map(lines.map((line) => [line.split(':', 1)[0].toLowerCase(), line.slice(line.indexOf(':') + 1).trim()]));
-}
-
 /** What the program itself writes for a query, and the rows in it. */
 export const answerOf = (query) =>
   execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'utf8' });
