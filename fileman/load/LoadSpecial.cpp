@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "common/CCommUtils.h"
+#include "common/ControlBytes.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
 #include "fileman/CFileManager.h"
@@ -53,8 +54,11 @@ int CFileManager::loadExtraResult(int index) {
     source.record.type = extra.key;
     const std::size_t before = m_loaded->size();
     const int count = listFiles(source);
-    // Wanted: the lines stand in the response, before its header.
-    m_loaded->visitPaths(before, [](const std::string& path) { std::printf("Find at:%s\n", path.c_str()); });
+    // Wanted: the lines stand in the response, before its header. A path of more than one line would add
+    // header lines of its own.
+    m_loaded->visitPaths(before, [](const std::string& path) {
+        std::printf("Find at:%s\n", withoutControlBytes(path).c_str());
+    });
     return count;
 }
 
