@@ -25,6 +25,19 @@ Names wantedNames(const Names& filter, void (*getCurrent)(Names&), void (*getAll
     return names;
 }
 
+// A flag that is false as long as this lives.
+class Unset {
+public:
+    explicit Unset(bool& flag) : m_flag(flag), m_before(std::exchange(flag, false)) {}
+    Unset(const Unset&) = delete;
+    Unset& operator=(const Unset&) = delete;
+    ~Unset() { m_flag = m_before; }
+
+private:
+    bool& m_flag;
+    bool m_before;
+};
+
 // The directories that may hold something of a mode.
 Names sourceDirs(const std::string& home, const ModuleInfo& module, const ModeOptInfo& option) {
     Names dirs;
@@ -72,10 +85,11 @@ void CFileManager::loadAll(std::list<_ResultInfo*>& out) {
 void CFileManager::loadChosen(std::list<_ResultInfo*>& out,
                               const std::function<bool(const std::string& id)>& isChosen) {
     selectEverything(true, true);
-    // Those that are missing when a record is made are asked for then.
-    m_readsDates = false;
-    reloadResult();
-    m_readsDates = true;
+    {
+        // Those that are missing when a record is made are asked for then.
+        const Unset noDates(m_readsDates);
+        reloadResult();
+    }
     m_loaded->keepOnly(isChosen);
     getLoadedResults(out);
 }

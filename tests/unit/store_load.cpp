@@ -148,6 +148,23 @@ TEST_F(Pipeline, ChosenRecordsAreThoseOfTheWholeListWithTheirDates) {
               }));
 }
 
+TEST_F(Pipeline, DatesAreReadAgainAfterAChoiceThatFailed) {
+    CFileManager store;
+    _ResultFilter filter;
+    filter.modules = {"nowhere"};
+    store.setFilter(filter);
+    std::list<_ResultInfo*> loaded;
+    EXPECT_THROW(store.loadChosen(loaded, [](const std::string&) { return true; }), std::out_of_range);
+    filter.modules = {"2G5"};
+    filter.tests = {"mtie"};
+    filter.includeResults = true;
+    store.setFilter(filter);
+    store.loadResults(loaded);
+    ASSERT_FALSE(loaded.empty());
+    for (const _ResultInfo* const info : loaded)
+        EXPECT_NE("", info->datetime) << info->path;
+}
+
 // A mode whose directory shows it is known to be found before the scan has run.
 TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
     const std::pair<std::string, const char*> rows[] = {
