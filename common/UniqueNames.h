@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <list>
 #include <string>
 #include <string_view>
@@ -12,6 +14,7 @@ class UniqueNames {
 public:
     UniqueNames() = default;
     explicit UniqueNames(const std::list<std::string>& names) {
+        m_index.reserve(names.size());
         for (const std::string& name : names)
             add(name);
     }
@@ -26,16 +29,26 @@ public:
     bool add(const std::string& name) {
         if (contains(name))
             return false;
-        m_index.insert(m_names.emplace_back(name));
+        m_names.push_back(name);
+        if (m_names.size() == kFew + 1)
+            m_index.insert(m_names.begin(), m_names.end());
+        else if (m_names.size() > kFew)
+            m_index.insert(m_names.back());
         return true;
     }
 
-    bool contains(std::string_view name) const { return m_index.count(name) != 0; }
+    bool contains(std::string_view name) const {
+        return m_names.size() > kFew ? m_index.count(name) != 0
+                                     : std::find(m_names.begin(), m_names.end(), name) != m_names.end();
+    }
     bool empty() const { return m_names.empty(); }
     const std::list<std::string>& names() const { return m_names; }
     void clear() { *this = UniqueNames(); }
 
 private:
+    // To walk so many costs less than one look-up in an index.
+    static constexpr std::size_t kFew = 8;
+
     std::list<std::string> m_names;
-    std::unordered_set<std::string_view> m_index;
+    std::unordered_set<std::string_view> m_index; // empty as long as there are few
 };

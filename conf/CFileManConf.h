@@ -4,6 +4,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "conf/ConfRecords.h"
 #include "conf/ResultFilter.h"
@@ -69,6 +70,9 @@ public:
     static const std::map<std::string, CommonOptInfo>& getCommonModuleInfo();
     static const std::list<ExtraDirInfo>& getExtraDirList();
     static void getExtraDirList(std::list<ExtraDirInfo>& out);
+    // Those of one mode of a module, in list order; valid until the document is read again.
+    static const std::vector<const ExtraDirInfo*>& getExtraDirs(const std::string& module,
+                                                                const std::string& mode);
 
     // Always "".
     static std::string getVerNum(const std::string& text);
@@ -108,6 +112,8 @@ public:
     static void getAllTypeKeys(std::list<std::string>& out);
     static void getAllPortNames(std::list<std::string>& out);
     static void getAllModuleNames(std::list<std::string>& out);
+    // Whether the mode was found on disk; when none was, whether it is configured.
+    static bool isCurrentMode(const std::string& name);
     // True when types were added under the mode before and this one was not among them.
     static bool addTypeToMode(const std::string& type, const std::string& mode);
     static void clearCurrentModes();

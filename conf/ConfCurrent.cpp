@@ -1,5 +1,7 @@
 #include <cstdio>
+#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
@@ -74,6 +76,12 @@ void CFileManConf::getCurrentModule(std::list<std::string>& out) {
     out = confState().s_curModuleList.names();
 }
 
+bool CFileManConf::isCurrentMode(const std::string& name) {
+    const ConfState& state = foundState();
+    return state.s_curModeList.empty() ? state.s_confModeMap.count(name) != 0
+                                       : state.s_curModeList.contains(name);
+}
+
 void CFileManConf::getTypeByModeName(std::list<std::string>& out, const std::string& mode) {
     const auto found = foundState().s_modeTypeMap.find(mode);
     if (found == foundState().s_modeTypeMap.end())
@@ -83,13 +91,25 @@ void CFileManConf::getTypeByModeName(std::list<std::string>& out, const std::str
 }
 
 void CFileManConf::getCurrentTypeKeys(std::list<std::string>& out) {
-    for (const std::string& name : foundState().s_curTypeList.names())
-        getTypeKeys(out, name);
+    std::unordered_map<std::string, std::vector<const std::string*>> keysOf; // by the name in lower case
+    for (const auto& [key, type] : foundState().s_confTypeMap)
+        keysOf[CCommUtils::lowerCase(type.name)].push_back(&key);
+    UniqueNames known(out);
+    for (const std::string& name : confState().s_curTypeList.names()) {
+        const auto found = keysOf.find(CCommUtils::lowerCase(name));
+        if (found == keysOf.end())
+            continue;
+        for (const std::string* const key : found->second) {
+            if (known.add(*key))
+                out.push_back(*key);
+        }
+    }
 }
 
 void CFileManConf::getTypeKeys(std::list<std::string>& out, const std::string& typeName) {
+    UniqueNames known(out);
     for (const auto& [key, type] : confState().s_confTypeMap) {
-        if (CCommUtils::isEquals(type.name, typeName) && !CCommUtils::isContains(out, key))
+        if (CCommUtils::isEquals(type.name, typeName) && known.add(key))
             out.push_back(key);
     }
 }

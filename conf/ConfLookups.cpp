@@ -147,6 +147,12 @@ void CFileManConf::getExtraDirList(std::list<ExtraDirInfo>& out) {
     out = confState().s_extraDirInfoList;
 }
 
+const std::vector<const ExtraDirInfo*>& CFileManConf::getExtraDirs(const std::string& module,
+                                                                   const std::string& mode) {
+    ConfState& state = confState();
+    return state.indices.extraDirs.find(state.s_extraDirInfoList, module, mode);
+}
+
 std::string CFileManConf::getVerNum(const std::string& /*text*/) {
     return {};
 }

@@ -8,6 +8,7 @@
 
 #include "common/UniqueNames.h"
 #include "conf/ConfRecords.h"
+#include "conf/ExtraDirIndex.h"
 #include "conf/FieldIndex.h"
 #include "conf/ScanRecords.h"
 
@@ -22,6 +23,7 @@ struct ConfIndices {
     FieldIndex<_PortInfo> portByKey{&_PortInfo::key};
     FieldIndex<_PortInfo> portByName{&_PortInfo::name};
     FieldIndex<_PortInfo> portByLabel{&_PortInfo::label};
+    ExtraDirIndex extraDirs;
 };
 
 // The state behind CFileManConf. Only sources of this folder include this header; everybody else asks the

@@ -40,6 +40,7 @@ void CFileManager::setFilter(const _ResultFilter& filter) {
 }
 
 void CFileManager::indexFilter() {
+    m_modes = UniqueNames(m_filter.modes);
     m_tests = UniqueNames(m_filter.tests);
     m_ports = UniqueNames(m_filter.ports);
 }

@@ -164,6 +164,7 @@ private:
     // mode, when none was found). A mode without anything to load may count as not wanted.
     bool isWantedMode(const ModuleInfo& module, const ModeOptInfo& option);
     void loadMode(const ModuleInfo& module, const ModeOptInfo& option);
+    int loadExtraDir(const ExtraDirInfo& extra);
     int loadCommonByPort(const CommonOptInfo& option);
     int loadCommonFlat(const CommonOptInfo& option);
     int loadFlat(const LoadInfo& info);
@@ -176,7 +177,8 @@ private:
     // --- scans (ScanStorage.cpp, ScanVocabulary.cpp); true when there is something on disk ---
 
     bool scanMode(const ModuleInfo& module, const ModeOptInfo& option, ScanModuleToModeInfo& moduleScan);
-    bool scanHalf(LoadInfo info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan);
+    bool scanHalf(const LoadInfo& info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan);
+    bool gatherSubDir(const LoadInfo& info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan);
     void registerDirectory(const std::string& path);
     bool registerModeDir(const std::string& name, const std::string& parent, const std::string& mode);
     void registerSuffixedModeDir(const std::string& name, const std::string& mode);
@@ -198,12 +200,16 @@ private:
                         const std::string& port);
     int loadStrippedTypes(const std::string& path, const std::string& mode, const std::string& port,
                           Scratch scratch);
+    // To be called before passesKnown is asked: what was found on disk may have changed.
+    void indexKnownTypes();
     // Whether the filter names the type, or, when it names none, whether the type was found on disk.
     bool passesKnown(const std::string& typeKey) const;
 
     _ResultFilter m_filter;
-    UniqueNames m_tests; // of the filter
+    UniqueNames m_modes; // of the filter, as the next two
+    UniqueNames m_tests;
     UniqueNames m_ports;
+    UniqueNames m_knownTypes;              // found on disk, for the families that ask
     std::list<std::string> m_extensions;   // file name endings that are listed
     std::list<std::string> m_specialTypes; // type directories without a suffix
     std::string m_home;

@@ -4,7 +4,7 @@
 #include "cgi/CFileManCGI.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "cgi/pages/PageLine.h"
-#include "common/CCommUtils.h"
+#include "common/UniqueNames.h"
 #include "conf/CFileManConf.h"
 
 namespace {
@@ -61,9 +61,10 @@ void writeResultTypeField(const _ResultFilter& filter) {
 void writeField(const FieldRule& rule, const _ResultFilter& filter) {
     NameList options;
     rule.readOptions(options);
+    const UniqueNames checked(filter.*rule.checked);
     writeFieldBegin(rule.id, rule.legend);
     for (const std::string& option : options)
-        writeOption(kOptionFormat, rule.type, option, CCommUtils::isContains(filter.*rule.checked, option));
+        writeOption(kOptionFormat, rule.type, option, checked.contains(option));
     writeFieldEnd();
 }
 

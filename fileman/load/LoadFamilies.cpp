@@ -61,9 +61,14 @@ int forEachDir(StorageTree& tree, const std::string& path, Visitor&& visit) {
 bool CFileManager::passesKnown(const std::string& typeKey) const {
     if (!m_filter.tests.empty())
         return m_tests.contains(typeKey);
+    return m_knownTypes.contains(typeKey);
+}
+
+void CFileManager::indexKnownTypes() {
     std::list<std::string> known;
-    CFileManConf::getCurrentTypeKeys(known);
-    return CCommUtils::isContains(known, typeKey);
+    if (m_filter.tests.empty())
+        CFileManConf::getCurrentTypeKeys(known);
+    m_knownTypes = UniqueNames(known);
 }
 
 int CFileManager::loadFamily(TestMode family, Half half, const _ModeInfo& mode) {
@@ -72,6 +77,8 @@ int CFileManager::loadFamily(TestMode family, Half half, const _ModeInfo& mode) 
     if (rule.modeDir != ModeDir::None && dirName.empty())
         return 0;
     std::list<std::string> roots;
+    if (rule.types == Types::Known)
+        indexKnownTypes();
     get1stLevelDirNames(roots, family, half == Half::Result);
     int count = 0;
     for (const std::string& root : roots)
@@ -158,6 +165,7 @@ int CFileManager::loadCommonResult(const _ModeInfo& mode) {
 // Directories of bit-error tests, which are ports by their own name, beside port directories.
 int CFileManager::loadODU0Result(const _ModeInfo& mode) {
     std::list<std::string> roots;
+    indexKnownTypes();
     get1stLevelDirNames(roots, TM_ODU0, true);
     int count = 0;
     for (const std::string& root : roots) {

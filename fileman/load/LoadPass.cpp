@@ -49,18 +49,13 @@ bool isMtieMode(const std::string& module, const std::string& mode) {
     return CCommUtils::isEquals(module, "2G5") && CCommUtils::isEquals(mode, "SDH/PDH");
 }
 
-bool belongsTo(const ExtraDirInfo& extra, const ModuleInfo& module, const ModeOptInfo& option) {
-    return CCommUtils::isEquals(extra.module, module.name) &&
-           CCommUtils::isEquals(extra.mode, option.mode_name);
-}
-
 bool isFmonitorEntry(std::string_view name) {
     return name.find("fmonitor") != std::string_view::npos;
 }
 
-std::list<std::string> knownPorts(const LoadInfo& info) {
-    std::list<std::string> ports;
+UniqueNames knownPorts(const LoadInfo& info) {
+    UniqueNames ports;
     for (const std::string& dirName : info.subDirs)
-        ports.push_back(CFileManager::str2Port(dirName, -1));
+        ports.add(CFileManager::str2Port(dirName, -1));
     return ports;
 }

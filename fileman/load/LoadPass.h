@@ -1,9 +1,9 @@
 #pragma once
 
-#include <list>
 #include <string>
 #include <string_view>
 
+#include "common/UniqueNames.h"
 #include "conf/ConfRecords.h"
 #include "fileman/ResultInfo.h"
 
@@ -24,11 +24,8 @@ std::string flatModeType(const std::string& mode);
 // Whether the module and mode are those of the MTIE measurements, which lie in a directory of their own.
 bool isMtieMode(const std::string& module, const std::string& mode);
 
-// Whether an extra directory is one of the module's mode.
-bool belongsTo(const ExtraDirInfo& extra, const ModuleInfo& module, const ModeOptInfo& option);
-
 // Whether an entry stands for the fiber monitor rather than for a port.
 bool isFmonitorEntry(std::string_view name);
 
 // The port names that the configured directory names stand for.
-std::list<std::string> knownPorts(const LoadInfo& info);
+UniqueNames knownPorts(const LoadInfo& info);

@@ -16,12 +16,12 @@ namespace {
 using Names = std::list<std::string>;
 
 // What the filter names; else what was found on disk; else everything configured.
-Names wantedNames(const Names& filter, void (*getCurrent)(Names&), void (*getAll)(Names&)) {
+Names wantedModules(const Names& filter) {
     Names names = filter;
     if (names.empty())
-        getCurrent(names);
+        CFileManConf::getCurrentModule(names);
     if (names.empty())
-        getAll(names);
+        CFileManConf::getAllModuleNames(names);
     return names;
 }
 
@@ -47,10 +47,8 @@ Names sourceDirs(const std::string& home, const ModuleInfo& module, const ModeOp
     }
     if (isMtieMode(module.name, option.mode_name))
         dirs.push_back(home + paths::kMtieDir);
-    for (const ExtraDirInfo& extra : CFileManConf::getExtraDirList()) {
-        if (belongsTo(extra, module, option))
-            dirs.push_back(entryPath(home, extra.dir_name));
-    }
+    for (const ExtraDirInfo* const extra : CFileManConf::getExtraDirs(module.name, option.mode_name))
+        dirs.push_back(entryPath(home, extra->dir_name));
     return dirs;
 }
 
@@ -127,9 +125,7 @@ void CFileManager::loadScreenShots(std::list<_ResultInfo*>& out) {
 void CFileManager::reloadResult() {
     const DateReader::Session session(m_dates);
     clearLoaded();
-    const Names modules =
-        wantedNames(m_filter.modules, CFileManConf::getCurrentModule, CFileManConf::getAllModuleNames);
-    for (const std::string& name : modules) {
+    for (const std::string& name : wantedModules(m_filter.modules)) {
         const ModuleInfo& module = CFileManConf::getModuleInfo(name);
         if (CCommUtils::isEquals(module.name, "Common")) {
             loadCommonResult();
@@ -143,8 +139,8 @@ void CFileManager::reloadResult() {
 }
 
 bool CFileManager::isWantedMode(const ModuleInfo& module, const ModeOptInfo& option) {
-    if (!m_filter.modes.empty())
-        return CCommUtils::isContains(m_filter.modes, option.mode_name);
+    if (!m_modes.empty())
+        return m_modes.contains(option.mode_name);
     Names sources = sourceDirs(m_home, module, option);
     sources.remove_if([this](const std::string& path) { return !m_tree->exists(path); });
     if (sources.empty())
@@ -153,8 +149,7 @@ bool CFileManager::isWantedMode(const ModuleInfo& module, const ModeOptInfo& opt
     if (std::any_of(sources.begin(), sources.end(),
                     [&](const std::string& path) { return showsMode(path, option.mode_name); }))
         return true;
-    return CCommUtils::isContains(
-        wantedNames({}, CFileManConf::getCurrentMode, CFileManConf::getAllModeNames), option.mode_name);
+    return CFileManConf::isCurrentMode(option.mode_name);
 }
 
 void CFileManager::loadMode(const ModuleInfo& module, const ModeOptInfo& option) {
@@ -168,12 +163,8 @@ void CFileManager::loadMode(const ModuleInfo& module, const ModeOptInfo& option)
         LoadInfo profiles = modePass(module.name, option, Half::Profile);
         loadResult(profiles);
     }
-    int index = 0;
-    for (const ExtraDirInfo& extra : CFileManConf::getExtraDirList()) {
-        if (belongsTo(extra, module, option))
-            loadExtraResult(index);
-        ++index;
-    }
+    for (const ExtraDirInfo* const extra : CFileManConf::getExtraDirs(module.name, option.mode_name))
+        loadExtraDir(*extra);
 }
 
 int CFileManager::loadCommonResult() {
@@ -236,7 +227,7 @@ int CFileManager::loadTree(const LoadInfo& info) {
     const Directory* const directory = m_tree->open(path);
     if (directory == nullptr)
         return 0;
-    const Names ports = knownPorts(info);
+    const UniqueNames ports = knownPorts(info);
     int count = 0;
     for (const DirEntry entry : *directory) {
         const std::string name(entry.name);
@@ -248,7 +239,7 @@ int CFileManager::loadTree(const LoadInfo& info) {
         if (entry.type != EntryType::Directory || !isValidPortDirName(name))
             continue;
         const std::string port = str2Port(name, -1);
-        if (passesPorts(port) && CCommUtils::isContains(ports, port))
+        if (passesPorts(port) && ports.contains(port))
             count += loadPortDir(info, entryPath(path, name), port);
     }
     return count;

@@ -36,7 +36,10 @@ int CFileManager::loadScreenShot() {
 int CFileManager::loadExtraResult(int index) {
     const std::list<ExtraDirInfo>& extras = CFileManConf::getExtraDirList();
     const bool declared = index >= 0 && static_cast<std::size_t>(index) < extras.size();
-    const ExtraDirInfo extra = declared ? *std::next(extras.begin(), index) : ExtraDirInfo();
+    return loadExtraDir(declared ? *std::next(extras.begin(), index) : ExtraDirInfo());
+}
+
+int CFileManager::loadExtraDir(const ExtraDirInfo& extra) {
     if (!(extra.isResult ? m_filter.includeResults : m_filter.includeProfiles))
         return 0;
     // Only a directory without a port is left out by a port filter; one with a port never is: wanted.

@@ -1,3 +1,6 @@
+#include <string_view>
+#include <unordered_set>
+
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
@@ -13,9 +16,33 @@ using PortTypes = std::map<std::string, Names>;
 constexpr int kResultSuffixLength = 7; // "-result"
 constexpr int kSetupSuffixLength = 6;  // "-setup"
 
-void addOnce(Names& list, const std::string& item) {
-    if (!CCommUtils::isContains(list, item))
-        list.push_back(item);
+// Names are gathered as they come and then sorted out: a look at the list for each of 100,000 would take a
+// minute.
+void keepFirstOfEach(Names& list) {
+    if (list.size() < 2)
+        return;
+    std::unordered_set<std::string_view> seen;
+    list.remove_if([&](const std::string& name) { return !seen.insert(name).second; });
+}
+
+void keepFirstOfEach(ScanModeToPortInfo& scan) {
+    for (PortTypes* const ports : {&scan.rsltPorts, &scan.profPorts}) {
+        for (auto& [port, types] : *ports)
+            keepFirstOfEach(types);
+    }
+}
+
+void keepFirstOfEach(ScanModuleToModeInfo& scan) {
+    keepFirstOfEach(scan.rsltTypes);
+    keepFirstOfEach(scan.profTypes);
+    for (auto& [name, mode] : scan.modes)
+        keepFirstOfEach(mode);
+}
+
+// Hands the finished record of a module over.
+void keep(const std::string& module, ScanModuleToModeInfo& scan) {
+    keepFirstOfEach(scan);
+    CFileManConf::addScanModuleInfo(module, scan);
 }
 
 Names& typesOf(ScanModuleToModeInfo& scan, bool isResult) {
@@ -32,7 +59,8 @@ void scanPortDir(const Directory& portDir, bool isResult, Names& types) {
     for (const DirEntry entry : portDir) {
         const std::string name(entry.name);
         if (entry.type == EntryType::Directory && CFileManager::isValidTypeDirName(name))
-            addOnce(types, CFileManager::str2Type(name, isResult ? kResultSuffixLength : kSetupSuffixLength));
+            types.push_back(
+                CFileManager::str2Type(name, isResult ? kResultSuffixLength : kSetupSuffixLength));
     }
 }
 
@@ -65,12 +93,12 @@ void scanTree(StorageTree& tree, const std::string& path, const LoadInfo& info, 
     if (directory == nullptr)
         return;
     if (hasFmonitorEntry(*directory))
-        addOnce(types, "fmonitor");
-    const Names known = knownPorts(info);
+        types.push_back("fmonitor");
+    const UniqueNames known = knownPorts(info);
     forEachPortDir(tree, path, [&](const std::string& name, const Directory& portDir) {
         const std::string port = CFileManager::str2Port(name, -1);
         // Two directories of one port share its entry.
-        if (!isFmonitorEntry(name) && CCommUtils::isContains(known, port))
+        if (!isFmonitorEntry(name) && known.contains(port))
             scanPortDir(portDir, info.isResult != 0, ports[port]);
     });
 }
@@ -78,39 +106,45 @@ void scanTree(StorageTree& tree, const std::string& path, const LoadInfo& info, 
 // Notes an extra directory that exists: under its port, or with the module's types when it has none.
 void noteExtraDir(const ExtraDirInfo& extra, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan) {
     if (extra.port.empty())
-        addOnce(typesOf(moduleScan, extra.isResult), extra.key);
+        typesOf(moduleScan, extra.isResult).push_back(extra.key);
     else
-        addOnce(portsOf(modeScan, extra.isResult)[extra.port], extra.key);
+        portsOf(modeScan, extra.isResult)[extra.port].push_back(extra.key);
 }
 
 } // namespace
 
 void CFileManager::scanSubDir(LoadInfo& info, ScanModuleToModeInfo& moduleScan,
                               ScanModeToPortInfo& modeScan) {
+    gatherSubDir(info, moduleScan, modeScan);
+    keepFirstOfEach(moduleScan);
+    keepFirstOfEach(modeScan);
+}
+
+bool CFileManager::gatherSubDir(const LoadInfo& info, ScanModuleToModeInfo& moduleScan,
+                                ScanModeToPortInfo& modeScan) {
     const bool isResult = info.isResult != 0;
     const std::string path = entryPath(m_home, info.dir);
     Names& types = typesOf(moduleScan, isResult);
     if (!m_tree->exists(path))
-        return;
+        return false;
     if (info.scanTree == 1) {
         scanTree(*m_tree, path, info, types, portsOf(modeScan, isResult));
     } else if (info.subDirs.empty()) {
         const std::string type = flatModeType(info.mode);
         if (!type.empty())
-            addOnce(types, type);
+            types.push_back(type);
     } else {
         for (const std::string& name : info.subDirs) {
             if (m_tree->exists(entryPath(path, name)))
-                addOnce(types, fixedDirType(name));
+                types.push_back(fixedDirType(name));
         }
     }
+    return true;
 }
 
-bool CFileManager::scanHalf(LoadInfo info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan) {
-    if (info.dir.empty() || !m_tree->exists(entryPath(m_home, info.dir)))
-        return false;
-    scanSubDir(info, moduleScan, modeScan);
-    return true;
+bool CFileManager::scanHalf(const LoadInfo& info, ScanModuleToModeInfo& moduleScan,
+                            ScanModeToPortInfo& modeScan) {
+    return !info.dir.empty() && gatherSubDir(info, moduleScan, modeScan);
 }
 
 bool CFileManager::scanMode(const ModuleInfo& module, const ModeOptInfo& option,
@@ -119,14 +153,14 @@ bool CFileManager::scanMode(const ModuleInfo& module, const ModeOptInfo& option,
     bool found = scanHalf(modePass(module.name, option, Half::Result), moduleScan, modeScan);
     if (isMtieMode(module.name, option.mode_name) && m_tree->exists(m_home + paths::kMtieDir)) {
         found = true;
-        addOnce(moduleScan.rsltTypes, "mtie");
+        moduleScan.rsltTypes.push_back("mtie");
     }
     found |= scanHalf(modePass(module.name, option, Half::Profile), moduleScan, modeScan);
-    for (const ExtraDirInfo& extra : CFileManConf::getExtraDirList()) {
-        if (!belongsTo(extra, module, option) || !m_tree->exists(entryPath(m_home, extra.dir_name)))
+    for (const ExtraDirInfo* const extra : CFileManConf::getExtraDirs(module.name, option.mode_name)) {
+        if (!m_tree->exists(entryPath(m_home, extra->dir_name)))
             continue;
         found = true;
-        noteExtraDir(extra, moduleScan, modeScan);
+        noteExtraDir(*extra, moduleScan, modeScan);
     }
     if (found)
         moduleScan.modes.emplace(option.mode_name, std::move(modeScan));
@@ -140,7 +174,7 @@ void CFileManager::scanDir() {
         for (const auto& [mode, option] : module.modeOpts)
             found |= scanMode(module, option, moduleScan);
         if (found)
-            CFileManConf::addScanModuleInfo(name, moduleScan);
+            keep(name, moduleScan);
     }
     scanCommonDir();
 }
@@ -157,7 +191,7 @@ void CFileManager::scanCommonDir() {
         const bool isResult = CCommUtils::isEquals(option.test_name, "Result");
         if (!isResult && !CCommUtils::isEquals(option.test_name, "Profile"))
             continue;
-        addOnce(typesOf(moduleScan, isResult), option.key);
+        typesOf(moduleScan, isResult).push_back(option.key);
         forEachPortDir(*m_tree, path, [&](const std::string& dirName, const Directory& portDir) {
             Names types;
             scanPortDir(portDir, isResult, types);
@@ -168,7 +202,7 @@ void CFileManager::scanCommonDir() {
     if (!found)
         return;
     moduleScan.modes.emplace("Common", std::move(modeScan));
-    CFileManConf::addScanModuleInfo("Common", moduleScan);
+    keep("Common", moduleScan);
 }
 
 void CFileManager::scanOtu3In100geDir() {
@@ -180,5 +214,5 @@ void CFileManager::scanOtu3In100geDir() {
     if (!found)
         return;
     moduleScan.modes.emplace("OTU3", std::move(modeScan));
-    CFileManConf::addScanModuleInfo("40GE", moduleScan);
+    keep("40GE", moduleScan);
 }
