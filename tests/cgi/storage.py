@@ -112,6 +112,14 @@ def unreadable(tree):
     entry(b"0000 HERE")(tree)
 
 
+def long_row(tree):
+    """Rows larger than the buffer of rows, between smaller ones."""
+    tree.configuration(lambda text: text.replace(b'name="MTIE"', b'name="' + b"m" * 40000 + b'"'))
+    tree.write("ktb/screen/shot.png")
+    for name in ("m1", "m2"):
+        tree.write(f"2g5/mtie-results/{name}/mtie/x")
+
+
 # What stands in the configuration document's place: at first what configures nothing.
 DOCUMENTS = {
     "missing": lambda tree: None, "unreadable": unreadable, "truncated": changed(lambda text: text[:-200]),
@@ -125,5 +133,5 @@ DOCUMENTS = {
     "nested-128": changed(lambda text: text.replace(b"<filter>", b"<x>" * 127 + b"</x>" * 127 + b"<FILTER>")
                                            .replace(b"</filter>", b"</FILTER>")),
     "at-16-mib": changed(lambda text: text + b" " * ((16 << 20) - len(text))),
-    "byte-order-mark": changed(lambda text: b"\xef\xbb\xbf" + text),
+    "long-row": long_row, "byte-order-mark": changed(lambda text: b"\xef\xbb\xbf" + text),
 }

@@ -171,7 +171,7 @@ TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
         {"e-rslt", "E"},          {"deep/e-rslt/below", "E"}, {"ktr", "Aaa"},    {"10g/p1/bert", "SDH"},
         {"cpri/e", "CPRI"},       {"ktb/screen", "KTB"},      {"1ge/bert", "-"}, {"usbd/e-rslt", "-"},
         {"a_files/e-rslt", "-"},  {"link/../e-rslt", "E"},    {"link", "-"},     {"2g5-cpril1-rslt", "-"},
-        {"x-rslt/odu0bert", "-"},
+        {"x-rslt/odu0bert", "-"}, {"links/e-rslt", "-"},
     };
     for (const auto& [dir, expected] : rows) {
         std::string modes, options;
@@ -190,6 +190,8 @@ TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
         configure("<mode>" + modes + "</mode><module><e name='M'>" + options + "</e></module>");
         dirs({"x-rslt"});
         std::filesystem::create_symlink("x-rslt", "/home/link");
+        dirs({"links"});
+        std::filesystem::create_symlink("../x-rslt", "/home/links/e-rslt");
         std::filesystem::create_directories("/home/" + dir + "/t");
         writeFile("/home/" + dir + "/t/a.html", "");
         for (const bool isScanned : {false, true}) {
@@ -216,9 +218,11 @@ TEST_F(Pipeline, RepeatsAreListedAgainUntilTheListIsCleared) {
     EXPECT_EQ(Rows(4, kResults[1]), rows(&CFileManager::loadResults, filter));
     CFileManager store;
     EXPECT_EQ(&store, g_FileMan);
-    store.loadScreenShot();
-    store.clearLoaded();
     std::list<_ResultInfo*> loaded;
+    store.loadScreenShots(loaded);
+    store.loadScreenShots(loaded);
+    EXPECT_EQ(4u, loaded.size()) << "the same two again, in the store's list";
+    store.clearLoaded();
     store.getLoadedResults(loaded);
     EXPECT_TRUE(loaded.empty());
 }
@@ -294,6 +298,19 @@ TEST_F(Pipeline, StoredInformationIsLookedForWhereEachSourceKeepsIt) {
     EXPECT_EQ(informed, rows(&CFileManager::loadResults, filter));
     filter.advanceInfo.prefix = "s";
     EXPECT_EQ((Rows{kResults[9]}), rows(&CFileManager::loadResults, filter));
+}
+
+TEST_F(Pipeline, StoredInformationIsReadAgainAfterAnotherScan) {
+    const std::string companion = "/home/ktb/screen/shot.xml";
+    _ResultFilter filter;
+    filter.advanceInfo.account = "ann";
+    CFileManager store;
+    store.setFilter(filter);
+    for (const char* const account : {"ann", "bob", "ann"}) {
+        writeFile(companion, std::string("<r><ktb_advinfo account_id='") + account + "'/></r>");
+        store.scanFilters();
+        EXPECT_EQ(account == std::string("ann") ? 1 : 0, store.loadScreenShot());
+    }
 }
 
 } // namespace

@@ -11,7 +11,7 @@ protected:
         for (const auto& [name, dir] : {std::pair("A", "first"),
                                         {"SDH", "ktp-rslt"},
                                         {"OTUX", "otux"},
-                                        {"ODU0", "odu0-prof"},
+                                        {"ODU0", "odu0-prof' prof_dir_name='odu0p1-bert"},
                                         {"CPRI", "cpri"},
                                         {"X", "x-rslt"},
                                         {"KTS", "kts-a-rslt"},
@@ -40,6 +40,7 @@ TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
         {"sdh2g5-prof", "SDH bert! -"},
         // Mode directories.
         {"ktr", "A - -"},
+        {"cpri", "CPRI - -"},
         {"p1/otux", "OTUX bert! P1"},
         {"odu0p1-bert", "- bert! P1"},
         {"odu0-prof", "ODU0 - -"},
@@ -77,6 +78,25 @@ TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
                                 joined(listFrom(Conf::getCurrentTypeNames)) + " " +
                                 joined(listFrom(Conf::getCurrentPort)))
             << path;
+    }
+}
+
+// A type also belongs to the mode of its directory when another mode was found meanwhile.
+TEST_F(VocabularyScan, TypesBelongToTheModeThatTheirDirectoryStandsFor) {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
+        {"cpri/xmeter-result/ktr/2g5-cpril1-rslt", "CPRI", "xmeter!,cpril1!"},
+        {"cpri/xmeter-result/ktr/2g5-cpril2-prof", "CPRI", "xmeter!,cpril2!"},
+        {"otux/xmeter-result/ktr/otux", "OTUX", "xmeter!,bert!"},
+        {"odu0-prof/xmeter-result/ktr/odu0p1-bert", "ODU0", "xmeter!,bert!"},
+        {"ktr/2g5-cpril1-rslt", "CPRI", "-"},
+        {"ktr/screen", "KTB", "screen!"},
+    };
+    for (const auto& [path, mode, types] : rows) {
+        reset();
+        configureAll();
+        dirs({path});
+        CFileManager().scanResultFilters("/home");
+        EXPECT_EQ(types, joined(listFrom(Conf::getTypeByModeName, mode))) << path;
     }
 }
 
