@@ -1,9 +1,24 @@
 // View, download and PDF from a person's side, with the real program, zip and converter.
 import assert from 'node:assert/strict';
-import { execFileSync } from 'node:child_process';
+import { execFileSync, spawnSync } from 'node:child_process';
 import fs from 'node:fs';
 import { after, test } from 'node:test';
-import { DIR, footer, openList, pressed, row, saved, startInstrument, task, told } from './instrument.mjs';
+import { obstacle } from '../../web/js/fileman/kinds.js';
+import { parsePage, toEntries } from '../../web/js/fileman/rows.js';
+import { deliveryQuery, isSendable } from '../../web/js/fileman/wire.js';
+import {
+  answerOf,
+  CGI_DIR,
+  DIR,
+  footer,
+  openList,
+  pressed,
+  row,
+  saved,
+  startInstrument,
+  task,
+  told,
+} from './instrument.mjs';
 
 const instrument = await startInstrument();
 after(() => instrument.stop());
@@ -114,6 +129,50 @@ test('an empty, broken or refused answer is told and not saved', async () => {
   await told(page, 'Packing 1 entry …');
   await task(page).getByRole('button', { name: 'Cancel' }).click();
   await told(page, 'Cancelled.');
+});
+
+test('what a name or a folder may hold is what the program can pack', async () => {
+  const home = '/home/10g/kte-rslt';
+  const signs = Array.from({ length: 127 }, (_, i) => String.fromCharCode(i + 1)).filter((sign) => sign !== '/');
+  signs.push('\u0085', '\u00a0', '\u2028', '\u3000', '\ufeff', 'ü');
+  const made = [];
+  const entries = [];
+  for (const [i, sign] of signs.entries()) {
+    const folder = `${home}/10gport${sign}port/bert-result`;
+    fs.mkdirSync(folder, { recursive: true });
+    made.push(`${home}/10gport${sign}port`);
+    const paths = [`${folder}/packed${i}.html`, `${DIR}/packed${i}${sign}.html`, `${DIR}/${sign}packed${i}.html`];
+    paths.forEach((path) => fs.writeFileSync(path, `<${path}>`));
+    made.push(...paths.slice(1));
+  }
+  try {
+    const listed = parsePage(answerOf('fmtype=rslt'));
+    for (const entry of toEntries(listed, false)) {
+      if (/packed\d/.test(entry.path) && isSendable(entry.id)) entries.push(entry);
+    }
+    assert.ok(entries.length > 3 * signs.length - 12);
+    const program = spawnSync(`${CGI_DIR}/fileman.cgi`, {
+      env: {
+        PATH: process.env.PATH,
+        QUERY_STRING: deliveryQuery(
+          'download',
+          entries.map(({ sent }) => sent),
+        ).slice(1),
+      },
+      maxBuffer: 1 << 26,
+    });
+    fs.writeFileSync('/tmp/packed.zip', program.stdout.subarray(program.stdout.indexOf('PK')));
+    const packed = execFileSync('unzip', ['-p', '/tmp/packed.zip'], { encoding: 'utf8', maxBuffer: 1 << 26 });
+    const wrong = entries.filter(
+      (entry) => packed.includes(`<${entry.path}>`) === Boolean(obstacle(entry, 'download')),
+    );
+    assert.deepEqual(
+      wrong.map(({ path }) => path),
+      [],
+    );
+  } finally {
+    made.forEach((path) => fs.rmSync(path, { recursive: true, force: true }));
+  }
 });
 
 test('a file that has gone is told', async () => {

@@ -134,7 +134,7 @@ export const pressed = (page, name) => page.getByRole('button', { name, exact: t
 
 /** What the program itself writes for a query, and the rows in it. */
 export const answerOf = (query) =>
-  execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'utf8' });
+  execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'utf8', maxBuffer: 1 << 26 });
 export const rowsOf = (query) =>
   answerOf(query)
     .split('\n')

@@ -22,6 +22,8 @@ export function extension(entry) {
 export const kindOf = (entry) => KINDS[extension(entry)] ?? 'other';
 
 const CONTROL = /[\0-\x1f\x7f]/;
+/** What a folder's name may not hold, since it stands in a command without quotes. Other blanks than " " are no blanks there. */
+const SPECIAL = /[ |&;<>()$`\\"'*?[\]{}]/;
 
 /**
  * Why an entry cannot be delivered by 'view', 'download' or 'pdf': the key of a text, or null. Archives are
@@ -31,14 +33,15 @@ const CONTROL = /[\0-\x1f\x7f]/;
 export function obstacle(entry, operation) {
   if (!isSendable(entry.id)) return 'whyId';
   const folder = entry.path.slice(0, entry.path.lastIndexOf('/'));
+  const file = entry.path.slice(folder.length + 1);
   if (operation === 'download') {
     if (!entry.name || entry.name.startsWith('-') || entry.name.includes("'") || CONTROL.test(entry.name))
       return 'whyName';
-    if (/[\s|&;<>()$`\\"'*?[\]{}]/.test(folder) || CONTROL.test(folder)) return 'whyPlace';
+    if (SPECIAL.test(folder) || CONTROL.test(folder)) return 'whyPlace';
   }
   if (operation === 'pdf') {
     if (kindOf(entry) === 'capture') return 'whyCapture';
-    if (entry.name.startsWith('-') || CONTROL.test(entry.path)) return 'whyName';
+    if (file.startsWith('-') || CONTROL.test(entry.path)) return 'whyName';
   }
   return null;
 }
