@@ -2,6 +2,7 @@
 import assert from 'node:assert/strict';
 import { execFileSync, spawnSync } from 'node:child_process';
 import fs from 'node:fs';
+import { basename } from 'node:path';
 import { after, test } from 'node:test';
 import { obstacle } from '../../web/js/fileman/kinds.js';
 import { parsePage, toEntries } from '../../web/js/fileman/rows.js';
@@ -23,8 +24,12 @@ import {
 const instrument = await startInstrument();
 after(() => instrument.stop());
 
-function archiveOf(...entries) {
-  for (const entry of entries) fs.mkdirSync(`/tmp/zip/${entry}`, { recursive: true });
+/** An archive of empty files; a name that ends with "/" is a bare folder. */
+function archiveOf(...names) {
+  for (const name of names) {
+    fs.mkdirSync(`/tmp/zip/${name.slice(0, name.lastIndexOf('/'))}`, { recursive: true });
+    if (!name.endsWith('/')) fs.writeFileSync(`/tmp/zip/${name}`, '');
+  }
   execFileSync('zip', ['-qr', '/tmp/zip.zip', '.'], { cwd: '/tmp/zip' });
   const bytes = fs.readFileSync('/tmp/zip.zip');
   fs.rmSync('/tmp/zip', { recursive: true });
@@ -111,9 +116,9 @@ test('an empty, broken or refused answer is told and not saved', async () => {
   await choose(page, 1);
   page.on('download', () => assert.fail('saved'));
   const cases = [
-    [{ body: '' }, /answer is empty/],
-    [{ body: archiveOf('[other]-[]').subarray(0, 60) }, /no whole archive/],
-    [{ body: archiveOf('[other]-[]') }, /none of the chosen/],
+    [{ body: '' }, /sent nothing: it is busy/],
+    [{ body: archiveOf('[other]-[]/other.html').subarray(0, 60) }, /no whole archive/],
+    [{ body: archiveOf('[other]-[]/other.html') }, /none of the chosen/],
     [{ status: 500, body: '' }, /error 500/],
     [{ status: 502, body: '' }, /error 502/],
   ];
@@ -124,11 +129,42 @@ test('an empty, broken or refused answer is told and not saved', async () => {
     await task(page).getByRole('button', { name: 'Close' }).click();
     await page.unroute('**/*opertype=download**');
   }
+  for (const pdf of ['', '%PDF-1.4\n%%EOF\nhalf of an upd']) {
+    await page.route('**/*opertype=pdf**', (route) => route.fulfill({ body: pdf }));
+    await pressed(page, 'PDF').click();
+    await told(page, pdf ? /no whole PDF/ : /sent nothing/);
+    await page.unroute('**/*opertype=pdf**');
+  }
   await page.route('**/*opertype=download**', () => {}); // never answers
   await pressed(page, 'Download').click();
   await told(page, 'Packing 1 entry …');
   await task(page).getByRole('button', { name: 'Cancel' }).click();
   await told(page, 'Cancelled.');
+});
+
+test('what is missing is told and stays in sight; a busy instrument can be asked again', async () => {
+  const page = await instrument.open('fmtype=rslt&test=throughput');
+  const [first, second] = await choose(page, 2);
+  let asked = 0;
+  await page.route('**/*opertype=download**', (route) => {
+    asked += 1;
+    return route.fulfill({ body: asked === 1 ? '' : archiveOf(`[${first}]-[]/${first}.html`, `[${second}]-[]/`) });
+  });
+  await pressed(page, 'Download').click();
+  await told(page, /sent nothing/);
+  await page.clock.install();
+  const [download] = await Promise.all([
+    page.waitForEvent('download'),
+    task(page).getByRole('button', { name: 'Try again' }).click(),
+  ]);
+  assert.match(download.suggestedFilename(), /-2\.zip$/);
+  await told(page, /Saved as/);
+  await page.clock.fastForward(60000);
+  assert.match(
+    await task(page).innerText(),
+    new RegExp(`1 entry is missing from the answer: “/home/.*/${second}\\.html”`),
+  );
+  assert.equal(await page.locator('.fm-task').count(), 1);
 });
 
 test('what a name or a folder may hold is what the program can pack', async () => {
@@ -182,7 +218,7 @@ test('a file that has gone is told', async () => {
   fs.unlinkSync(path);
   await page.locator('.slick-row').first().click();
   await pressed(page, 'Download').click();
-  await told(page, /answer is empty/);
+  await told(page, /sent nothing/);
   await pressed(page, 'View').click();
   await page.locator('.fm-viewer').getByRole('alert').waitFor();
 });
@@ -194,7 +230,7 @@ test('a long choice goes in parts, smaller ones for a server with a shorter limi
     const page = await instrument.open('fmtype=rslt&fname=a+long+name');
     await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
     const asked = [];
-    const archive = archiveOf(...made.map((_, i) => `[a long name for a result that fills the query ${i}]-[]`));
+    const archive = archiveOf(...made.map((path) => `[${basename(path, '.html')}]-[]/${basename(path)}`));
     await page.route('**/*opertype=download**', (route) => {
       asked.push(route.request().url().length);
       return asked.length === 1 ? route.fulfill({ status: 414, body: '' }) : route.fulfill({ body: archive });

@@ -2,7 +2,7 @@
  * Download and PDF export: asks the instrument, shows how far it is, checks the answer and only then saves
  * it. A choice that is too long for one request goes in parts.
  */
-import { archiveNames, compare } from './archive.js';
+import { isWholePdf, lacksOfDownload, lacksOfPdfs, membersOf } from './archive.js';
 import { announce, button, el, visible } from './dom.js';
 import { obstacle } from './kinds.js';
 import { language, size, t } from './texts.js';
@@ -12,6 +12,7 @@ import { AnswerError, deliveryQuery, escape, fetchPieces } from './wire.js';
 const REQUEST_LIMITS = [56000, 7000, 3000];
 const PIECES_IN_MEMORY = 8 << 20;
 const NAMES_TOLD = 3;
+const LOST_NAMES_TOLD = 20; // of what did not arrive
 const SAVED_STAYS = 12000;
 
 let limit = 0;
@@ -40,6 +41,7 @@ function task(title) {
   const controller = new AbortController();
   stop.addEventListener('click', () => controller.abort());
   let told = 0;
+  let noted = false;
   return {
     signal: controller.signal,
     start(text) {
@@ -61,10 +63,13 @@ function task(title) {
         announce(detail.textContent);
       }
     },
+    /** Adds what the person must know; the task then stays in sight until it is closed. */
     note(text) {
+      noted = true;
       node.insertBefore(el('span', { class: 'fm-task-note', text }), detail);
     },
-    end(text, failed = false) {
+    /** `retry` is what a button offers to do again after a failure. */
+    end(text, { failed = false, retry = null } = {}) {
       bar.remove();
       stop.remove();
       done.hidden = false;
@@ -72,7 +77,14 @@ function task(title) {
       detail.textContent = text;
       node.classList.add(failed ? 'is-failed' : 'is-done');
       announce(text);
-      if (!failed) setTimeout(() => node.remove(), SAVED_STAYS);
+      if (retry) {
+        const again = () => {
+          node.remove();
+          retry();
+        };
+        done.before(button(t('retry'), { class: 'fm-button', press: again }));
+      }
+      if (!failed && !noted) setTimeout(() => node.remove(), SAVED_STAYS);
     },
   };
 }
@@ -93,24 +105,20 @@ function parts(ids) {
   return groups;
 }
 
-const startsWith = (bytes, text) => [...text].every((char, i) => bytes[i] === char.charCodeAt(0));
-
 /**
- * Checks that an answer is what it claims to be and holds something of what was asked for. Returns its type
- * and the entries that it lacks.
+ * Checks that an answer is what it claims to be and holds something of what was asked for. Returns its type, and the
+ * entries that it lacks or may lack.
  */
 async function inspect(blob, operation, entries) {
+  // Also the answer when another request holds the place where archives are packed.
   if (!blob.size) throw new AnswerError('errorEmpty');
-  const head = new Uint8Array(await blob.slice(0, 5).arrayBuffer());
-  if (operation === 'pdf' && startsWith(head, '%PDF-')) {
-    if ((await blob.slice(-2048).text()).includes('%%EOF')) return { type: 'pdf', missing: [] };
-    throw new AnswerError('errorNoPdf');
-  }
-  const names = startsWith(head, 'PK') ? await archiveNames(blob) : null;
-  if (!names) throw new AnswerError(operation === 'pdf' ? 'errorNoPdf' : 'errorNoArchive');
-  const { missing, foreign } = compare(names, entries, operation);
-  if (foreign) throw new AnswerError('errorEmpty');
-  return { type: 'zip', missing };
+  const isPdf = operation === 'pdf';
+  if (isPdf && (await isWholePdf(blob))) return { type: 'pdf', missing: [], shared: [] };
+  const members = await membersOf(blob);
+  if (!members) throw new AnswerError(isPdf ? 'errorNoPdf' : 'errorNoArchive');
+  const lacks = isPdf ? await lacksOfPdfs(blob, members, entries) : lacksOfDownload(members, entries);
+  if (lacks.missing.length === entries.length) throw new AnswerError('errorNone');
+  return { type: 'zip', ...lacks };
 }
 
 async function transfer(operation, ids, job) {
@@ -151,10 +159,10 @@ function fileName(operation, entries, type, part) {
   return `${base.replace(/[/\\:*?"<>|]/g, '_')}${part}.${type}`;
 }
 
-/** The first few names, and how many more there are. */
-function someNames(entries) {
-  const names = entries.slice(0, NAMES_TOLD).map((entry) => `“${visible(entry.name)}”`);
-  if (entries.length > NAMES_TOLD) names.push(t('andMore', { n: entries.length - NAMES_TOLD }));
+/** The first few names, or paths, and how many more there are. */
+function someNames(entries, field = 'name', most = NAMES_TOLD) {
+  const names = entries.slice(0, most).map((entry) => `“${visible(entry[field])}”`);
+  if (entries.length > most) names.push(t('andMore', { n: entries.length - most }));
   return new Intl.ListFormat(language).format(names);
 }
 
@@ -176,10 +184,17 @@ export function wording(error) {
   return t(error.key, { ...values, size: size(received ?? 0) });
 }
 
-async function fetchAll(operation, entries, job) {
-  const byId = new Map(entries.map((entry) => [entry.sent, entry]));
+function noteLacks(job, { missing, shared }) {
+  for (const [key, entries] of Object.entries({ missing, shared })) {
+    const names = someNames(entries, 'path', LOST_NAMES_TOLD);
+    if (entries.length) job.note(t(key, { n: entries.length, names }));
+  }
+}
+
+/** Fetches and saves part after part. `todo.entries` always holds what is still to come. */
+async function fetchAll(operation, todo, list, job) {
   const title = operation === 'pdf' ? 'converting' : 'packing';
-  let groups = parts([...byId.keys()]);
+  let groups = parts([...new Set(todo.entries.map((entry) => entry.sent))]);
   let at = 0;
   let sum = 0;
   const names = [];
@@ -198,11 +213,15 @@ async function fetchAll(operation, entries, job) {
       groups = [...groups.slice(0, at), ...parts(groups.slice(at).flat())];
       continue;
     }
-    const members = groups[at].map((id) => byId.get(id));
-    const { type, missing } = await inspect(blob, operation, members);
-    if (missing.length) job.note(t('missing', { n: missing.length, names: someNames(missing) }));
-    const name = fileName(operation, members, type, groups.length > 1 ? `-${at + 1}` : '');
+    const ids = new Set(groups[at]);
+    const isAsked = (entry) => ids.has(entry.sent);
+    // An entry that was not chosen comes too when it bears the same identity.
+    const sent = list.filter((entry) => isAsked(entry) && !obstacle(entry, operation));
+    const answer = await inspect(blob, operation, sent);
+    noteLacks(job, answer);
+    const name = fileName(operation, todo.entries.filter(isAsked), answer.type, groups.length > 1 ? `-${at + 1}` : '');
     save(blob, name);
+    todo.entries = todo.entries.filter((entry) => !isAsked(entry));
     names.push(name);
     sum += blob.size;
     at += 1;
@@ -210,19 +229,29 @@ async function fetchAll(operation, entries, job) {
   return t('saved', { name: names.join(', '), size: size(sum) });
 }
 
-/** Fetches and saves the entries' archive ('download') or PDFs ('pdf'); tells the person everything itself. */
-export async function deliver(operation, entries) {
+/**
+ * Fetches and saves the archive ('download') or PDFs ('pdf') of some entries of the list; tells the person everything
+ * itself.
+ */
+export async function deliver(operation, entries, list) {
   const good = entries.filter((entry) => !obstacle(entry, operation));
   const bad = entries.filter((entry) => obstacle(entry, operation));
   const job = task(t(operation === 'pdf' ? 'pdf' : 'download'));
   leftOutTexts(bad, operation).forEach(job.note);
   if (!good.length) {
-    job.end(t('nothingLeft'), true);
+    job.end(t('nothingLeft'), { failed: true });
     return;
   }
+  const todo = { entries: good };
   try {
-    job.end(await fetchAll(operation, good, job));
+    job.end(await fetchAll(operation, todo, list, job));
   } catch (error) {
-    job.end(error.name === 'AbortError' ? t('cancelled') : wording(error), error.name !== 'AbortError');
+    const isCancelled = error.name === 'AbortError';
+    const n = good.length - todo.entries.length;
+    if (n) job.note(t('savedBefore', { n }));
+    job.end(isCancelled ? t('cancelled') : wording(error), {
+      failed: !isCancelled,
+      retry: isCancelled ? null : () => deliver(operation, todo.entries, list),
+    });
   }
 }

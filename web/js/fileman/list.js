@@ -214,7 +214,7 @@ function step(by) {
 function fetchFiles(operation, entries) {
   if (!entries.length) return;
   command(operation, entries);
-  deliver(operation, entries);
+  deliver(operation, entries, state.entries);
 }
 
 async function changeFilter(which) {
