@@ -12,7 +12,8 @@ void* read_conf_thread(void* /*unused*/) {
 
 void runStartUpThread() {
     pthread_t thread = 0;
-    if (::pthread_create(&thread, nullptr, &read_conf_thread, nullptr) != 0)
-        return;
-    ::pthread_join(thread, nullptr);
+    if (::pthread_create(&thread, nullptr, &read_conf_thread, nullptr) == 0)
+        ::pthread_join(thread, nullptr);
+    else
+        read_conf_thread(nullptr);
 }

@@ -4,6 +4,6 @@
 // there is one. Takes nothing, returns null.
 void* read_conf_thread(void* unused);
 
-// Runs read_conf_thread in a thread of its own and waits for it. Without a thread the request goes on with an
-// empty configuration.
+// Runs read_conf_thread in a thread of its own and waits for it. Where the system has no room for a thread,
+// the caller's does the work.
 void runStartUpThread();
