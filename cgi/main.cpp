@@ -13,6 +13,7 @@
 //     FileStream      a file's bytes
 //     Termination     a server that ends the request before it has tidied up
 
+#include <fcntl.h>
 #include <malloc.h>
 #include <unistd.h>
 
@@ -32,7 +33,18 @@ namespace {
 
 using ResultList = std::list<_ResultInfo*>;
 
+// A file opened later would take the number of a closed descriptor, and receive the response or the log. What
+// cannot be opened either (a root without devices) stands there in its place and refuses to be read or
+// written.
+void openStandardDescriptors() {
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(fd, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) < 0)
+            ::open("/", O_PATH);
+    }
+}
+
 void prepareProcess() {
+    openStandardDescriptors();
     static std::array<char, 65536> buffer;
     std::setvbuf(stdout, buffer.data(), _IOFBF, buffer.size());
 #ifdef __GLIBC__
