@@ -22,11 +22,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
+#include <string_view>
 
 #include "cgi/CFileManCGI.h"
 #include "cgi/StartUp.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "common/CCommUtils.h"
+#include "common/WriteAll.h"
 #include "fileman/CFileManager.h"
 
 namespace {
@@ -43,8 +46,16 @@ void openStandardDescriptors() {
     }
 }
 
+// Half an answer would look whole, or take what is missing for absent.
+[[noreturn]] void endWithoutMemory() {
+    constexpr std::string_view kLine = "fileman: answer the request: out of memory\n";
+    writeAll(STDERR_FILENO, kLine);
+    ::_exit(EXIT_SUCCESS);
+}
+
 void prepareProcess() {
     openStandardDescriptors();
+    std::set_new_handler(&endWithoutMemory);
     static std::array<char, 65536> buffer;
     std::setvbuf(stdout, buffer.data(), _IOFBF, buffer.size());
 #ifdef __GLIBC__
@@ -58,8 +69,9 @@ void readQuery(CFileManCGI& request) {
     const char* const variable = std::getenv("QUERY_STRING");
     const char* const query = variable == nullptr ? "" : variable;
     char* decoded = nullptr;
-    if (CCommUtils::cgiUnescapeChars(&decoded, query, static_cast<int>(std::strlen(query))) == 0)
-        request.parseQueryInfo(decoded);
+    if (CCommUtils::cgiUnescapeChars(&decoded, query, static_cast<int>(std::strlen(query))) != 0)
+        endWithoutMemory();
+    request.parseQueryInfo(decoded);
 }
 
 void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filter, ResultList& results) {
