@@ -1,5 +1,6 @@
 // One process answers one request. The story of a request, and where it goes on:
 //
+//   Output          the response, which ends where writing it fails
 //   StartUp         configuration and storage scan, in a thread that is waited for
 //   Request         the query, what it asks for, the filter it names
 //   pages/          HTML
@@ -17,7 +18,7 @@
 #include <malloc.h>
 #include <unistd.h>
 
-#include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,6 +27,7 @@
 #include <string_view>
 
 #include "cgi/CFileManCGI.h"
+#include "cgi/Output.h"
 #include "cgi/StartUp.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "common/CCommUtils.h"
@@ -56,8 +58,7 @@ void openStandardDescriptors() {
 void prepareProcess() {
     openStandardDescriptors();
     std::set_new_handler(&endWithoutMemory);
-    static std::array<char, 65536> buffer;
-    std::setvbuf(stdout, buffer.data(), _IOFBF, buffer.size());
+    output::open();
 #ifdef __GLIBC__
     // The start-up thread never runs beside another one; an arena of its own would only cost time.
     ::mallopt(M_ARENA_MAX, 1);
@@ -74,8 +75,16 @@ void readQuery(CFileManCGI& request) {
     request.parseQueryInfo(decoded);
 }
 
+// A reader that has gone ends the commands of a delivery; the program itself finds out when it writes.
+bool startsCommands(unsigned action) {
+    return action == CFileManCGI::ACTION_PDF || action == CFileManCGI::ACTION_DOWNLOAD;
+}
+
 void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filter, ResultList& results) {
-    switch (request.getFileManType()) {
+    const unsigned action = request.getFileManType();
+    if (!startsCommands(action))
+        std::signal(SIGPIPE, SIG_IGN);
+    switch (action) {
     case CFileManCGI::ACTION_LIST_ALL:
         store.loadAllResults();
         request.writeFileManPage(store);

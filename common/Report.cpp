@@ -7,13 +7,14 @@
 #include <string>
 
 #include "common/ControlBytes.h"
+#include "common/Retry.h"
 
 void report(std::string_view what, std::string_view subject, std::string_view why) {
     std::string line = "fileman: ";
     line.append(what).append(" ").append(withoutControlBytes(subject)).append(": ").append(why).append("\n");
     // One write, so that the lines of processes that share a log do not mix; a log that refuses is no
     // failure.
-    if (::write(STDERR_FILENO, line.data(), line.size()) < 0)
+    if (retryInterrupted([&] { return ::write(STDERR_FILENO, line.data(), line.size()); }) < 0)
         return;
 }
 

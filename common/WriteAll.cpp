@@ -17,10 +17,14 @@ bool mayWriteAgain(int fd, int errorNumber) {
 bool writeAll(int fd, std::string_view text) {
     while (!text.empty()) {
         const ssize_t count = ::write(fd, text.data(), text.size());
-        if (count >= 0)
+        if (count > 0) {
             text.remove_prefix(static_cast<std::size_t>(count));
-        else if (!mayWriteAgain(fd, errno))
+        } else if (count == 0) {
+            errno = EIO; // a device that takes nothing would be asked for ever
             return false;
+        } else if (!mayWriteAgain(fd, errno)) {
+            return false;
+        }
     }
     return true;
 }

@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 
+#include "cgi/Output.h"
 #include "common/Report.h"
 #include "common/WriteAll.h"
 
@@ -60,7 +61,7 @@ FileStream::FileStream(const std::string& path)
 
 void FileStream::send() {
     std::fflush(stdout);
-    if (!m_file)
+    if (!m_file || output::isStopped())
         return;
     ::fcntl(STDOUT_FILENO, F_SETPIPE_SZ, kPipeSize);
     ::posix_fadvise(m_file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
@@ -75,6 +76,7 @@ void FileStream::send() {
             sendSome = &sendCopied;
         } else if (!mayWriteAgain(STDOUT_FILENO, errno)) {
             reportErrno("send", m_path, errno);
+            output::stop();
             return;
         }
     }

@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
 #include <functional>
@@ -7,10 +5,10 @@
 #include <vector>
 
 #include "cgi/CFileManCGI.h"
+#include "cgi/Output.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "cgi/pages/PageLine.h"
 #include "common/CCommUtils.h"
-#include "common/WriteAll.h"
 #include "fileman/CFileManager.h"
 
 namespace {
@@ -24,8 +22,7 @@ using RowSource = std::function<void(const RowVisitor&)>;
 // The elements of griddata on their way to standard output. Values stand as stored, also those that end the
 // script's string, and the last element has its comma too: wanted, the scripts rely on these bytes.
 //
-// Gathered here rather than in stdio, which looks at its state for each of the pieces of 100,000 rows. A
-// failed write stays without consequence, as everywhere: the reader has gone.
+// Gathered here rather than in stdio, which looks at its state for each of the pieces of 100,000 rows.
 class RowWriter {
 public:
     RowWriter() = default;
@@ -83,7 +80,7 @@ private:
         if (m_at == m_begin)
             return;
         std::fflush(stdout);
-        writeAll(STDOUT_FILENO, {m_begin, static_cast<std::size_t>(m_at - m_begin)});
+        output::write({m_begin, static_cast<std::size_t>(m_at - m_begin)});
         m_at = m_begin;
     }
 
