@@ -1,4 +1,4 @@
-"""The runner that keeps storage private, and the sample instrument's lay-out."""
+"""The runner that keeps storage private, the sample instrument's lay-out, and what the two commands stand on."""
 
 import os
 import shutil
@@ -103,6 +103,45 @@ class Environment(unittest.TestCase):
         refused = run(LAY_OUT, "/home/.", env=environment)
         self.assertEqual((refused.returncode, refused.stderr.count("the machine's own")), (1, 1))
         self.assertEqual(run(RUNNER, "-", "sample/lay-out", "/home").returncode, 0)
+
+
+# In private storage, where /usr/sbin and the links of services are this script's own: apt-get enables a service and
+# waits, fails or succeeds as it is told; which policies hold is noted for each of its calls.
+INSTALL = r"""
+mount -t tmpfs tmpfs /usr/sbin && mount -t tmpfs tmpfs /etc/rc3.d || exit 99
+cd /tmp && mkdir bin && PATH=/tmp/bin:$PATH
+tool() { printf '#!/bin/sh\n%s\n' "$2" >"bin/$1" && chmod 755 "bin/$1"; }
+tool dpkg-query 'echo "installed old"; cat /tmp/new 2>/dev/null || true'
+tool dpkg true
+tool deb-systemd-helper true
+tool update-rc.d 'rm "/etc/rc3.d/S01$1"'
+tool apt-get '/usr/sbin/policy-rc.d; echo "forbidden $?" >>/tmp/policies
+  [ "$2" != update ] || { echo "W: Failed to fetch URL  no way there"; exit 0; }
+  : >/etc/rc3.d/S01webserver; echo "installed webserver" >/tmp/new; echo started >/tmp/started
+  case $HOW in slow) sleep 1 ;; kill) kill -KILL $OURS ;; esac
+  : >/tmp/done; [ $HOW != fail ] || { echo "E: Unable to locate package webserver"; exit 100; }'
+: >/etc/rc3.d/S01mine
+if [ -n "$POLICY" ]; then printf '%s\n' "$POLICY" >/usr/sbin/policy-rc.d; chmod 755 /usr/sbin/policy-rc.d; fi
+HOW=$1 bash -c 'OURS=$$ exec /srv/scripts/install-packages webserver' >names 2>said &
+if [ "$1" = slow ]; then until [ -e started ]; do sleep 0.05; done; kill -TERM $!; fi
+wait $!; echo "status $?"
+if [ "$1" != kill ]; then ls done; else HOW=fine /srv/scripts/install-packages webserver >names 2>said; ls done; fi
+sort -u policies; cat names; ls /etc/rc3.d; cat /usr/sbin/policy-rc.d 2>/dev/null; ls /usr/sbin | wc -l; tail -n 1 said"""
+
+
+class Commands(unittest.TestCase):
+    def test_installing_starts_and_enables_nothing_whatever_happens(self):
+        for how, status in (("fine", 0), ("fail", 1), ("slow", 143), ("kill", 137)):
+            for policy in ("", "#!/bin/sh"):
+                with self.subTest(how=how, policy=policy):
+                    done = run(RUNNER, "-", "bash", "-c", INSTALL, "install", how, env={**os.environ, "POLICY": policy})
+                    lines = done.stdout.splitlines()
+                    names = ["webserver"] if how != "kill" else []
+                    expected = [f"status {status}", "done", "forbidden 101", *names, "S01mine", *([policy] if policy else [])]
+                    self.assertEqual(lines[:len(expected)], expected, done.stderr)
+                    self.assertEqual(lines[len(expected)], "1" if policy else "0")
+                    if how == "fail":
+                        self.assertEqual(lines[-1], "cannot install webserver: Failed to fetch URL  no way there")
 
 
 if __name__ == "__main__":
