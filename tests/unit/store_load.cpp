@@ -218,6 +218,8 @@ TEST_F(Pipeline, RepeatsAreListedAgainUntilTheListIsCleared) {
     EXPECT_EQ(Rows(4, kResults[1]), rows(&CFileManager::loadResults, filter));
     CFileManager store;
     EXPECT_EQ(&store, g_FileMan);
+    CFileManager();
+    EXPECT_EQ(nullptr, g_FileMan) << "the last one has gone";
     std::list<_ResultInfo*> loaded;
     store.loadScreenShots(loaded);
     store.loadScreenShots(loaded);
@@ -258,6 +260,7 @@ TEST_F(Pipeline, ExtraDirectoriesPastTheListAreAnEmptyEntry) {
 TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
     files({"c/rfc/1.html", "c/rfc/2.html", "c/rfc/3.html", "c/rfc/4.html", "c/rfc/5.html"});
     const auto start = std::filesystem::current_path();
+    testing::internal::CaptureStderr();
     for (const bool isScanned : {false, true}) {
         CFileManager store;
         store.scanFilters();
@@ -273,6 +276,7 @@ TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
         }
     }
     EXPECT_EQ(start, std::filesystem::current_path());
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
 // Which file tells the stored information differs by source.

@@ -131,10 +131,10 @@ TEST_F(StoreTest, ScanKeepsTypesAndPortsOfEachModule) {
               "<e name='Common'><c test_name='Result' key='opm' dir_name='com'/>"
               "<c test_name='Profile' key='gone' dir_name='gone'/><c test_name='Screen' key='s' "
               "dir_name='ktb'/></e>"
-              "</module><extraDir><e module='10g' mode='e' key='extra' dir_name='x1' test_name='Result'/>"
+              "</module><extraDir><e module='10G' mode='E' key='gone' dir_name='gone'/>"
+              "<e module='10g' mode='e' key='extra' dir_name='x1' test_name='Result'/>"
               "<e module='10G' mode='E' port='GE' key='rfc' dir_name='x1' test_name='Result'/>"
-              "<e module='10G' mode='E' port='X' key='t' dir_name='x1'/>"
-              "<e module='10G' mode='E' key='gone' dir_name='gone'/></extraDir>");
+              "<e module='10G' mode='E' port='X' key='t' dir_name='x1'/></extraDir>");
     dirs({"e-rslt/geport/rfc-result", "e-rslt/geport2/rfc-result", "e-rslt/geport2/abcd-rslt",
           "e-rslt/geport/plain", "e-rslt/xport/no-result", "e-rslt/geport3/no-result",
           "e-prof/geport/rfc-setup", "e-prof/geport/abc-trace", "2g5/mtie-results", "s-prof",
