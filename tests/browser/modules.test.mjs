@@ -5,6 +5,8 @@ import fs from 'node:fs';
 import path from 'node:path';
 import { test } from 'node:test';
 import { lacksOfDownload, lacksOfPdfs, membersOf } from '../../web/js/fileman/archive.js';
+import { FIELDS } from '../../web/js/fileman/rows.js';
+import english from '../../web/js/languages/en.js';
 import { parsePrimary } from '../../web/js/fileman/options.js';
 import { naturalKey, orderBy } from '../../web/js/fileman/order.js';
 import {
@@ -112,6 +114,25 @@ test('an archive of PDFs tells which are missing or broken, and which share a na
   const blob = archive({ 'whole.pdf': pdf, 'half.pdf': pdf.slice(0, 3000), 'empty.pdf': '', 'other.pdf': pdf });
   const lacks = await lacksOfPdfs(blob, await membersOf(blob), [whole, half, empty, gone, twin]);
   assert.deepEqual(lacks, { missing: [half, empty, gone], shared: [whole, twin] });
+});
+
+test('every language has every text, and no text is left over', async () => {
+  const folder = new URL('../../web/js/', import.meta.url);
+  const sources = fs
+    .readdirSync(new URL('fileman', folder))
+    .map((file) => fs.readFileSync(new URL(`fileman/${file}`, folder), 'utf8'));
+  const columns = FIELDS.map((field) => `col${field[0].toUpperCase()}${field.slice(1)}`);
+  for (const file of fs.readdirSync(new URL('languages', folder))) {
+    const { default: texts } = await import(new URL(`languages/${file}`, folder));
+    const keys = Object.keys(texts);
+    assert.deepEqual(keys, Object.keys(english), file);
+    const isUsed = (key) => columns.includes(key) || sources.some((text) => new RegExp(`['.]${key}\\b`).test(text));
+    assert.deepEqual(
+      keys.filter((key) => !isUsed(key)),
+      [],
+      file,
+    );
+  }
 });
 
 test('the bytes tell what a file is', () => {

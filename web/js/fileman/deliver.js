@@ -185,7 +185,10 @@ export function wording(error) {
 }
 
 function noteLacks(job, { missing, shared }) {
-  for (const [key, entries] of Object.entries({ missing, shared })) {
+  for (const [key, entries] of [
+    ['missing', missing],
+    ['shared', shared],
+  ]) {
     const names = someNames(entries, 'path', LOST_NAMES_TOLD);
     if (entries.length) job.note(t(key, { n: entries.length, names }));
   }

@@ -24,7 +24,7 @@ const ICONS = {
   box: 'M3 8l9-5 9 5v8l-9 5-9-5zM3 8l9 5 9-5M12 13v8',
 };
 
-/** An element: `properties` are attributes, except text, on (events) and data; null and false leave one out. */
+/** An element: `properties` are attributes, except text, value and on (events); null and false leave one out. */
 export function el(tag, properties = {}, ...children) {
   const node = document.createElement(tag);
   for (const [name, value] of Object.entries(properties)) {

@@ -87,11 +87,10 @@ function showLoading(on) {
 }
 
 function complain(error, retry) {
-  const asked = say(error);
   ui.banner.replaceChildren(
     icon('warn'),
-    el('span', { text: asked }),
-    retry && button(t('retry'), { class: 'fm-button', press: retry }),
+    el('span', { text: say(error) }),
+    button(t('retry'), { class: 'fm-button', press: retry }),
     button(t('close'), {
       image: 'close',
       bare: true,

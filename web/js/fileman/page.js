@@ -2,25 +2,27 @@
 import { keep, recall } from './memory.js';
 import { language, t } from './texts.js';
 
-const LOOKS = ['auto', 'light', 'dark'];
+const systemIsDark = matchMedia('(prefers-color-scheme: dark)');
+const systemLook = () => (systemIsDark.matches ? 'dark' : 'light');
 
-function applyLook(look) {
-  document.documentElement.dataset.look = look;
+/** Applies the person's choice, or the system's look when there is none ('auto'). */
+function applyLook() {
+  const choice = recall('look', 'auto');
+  document.documentElement.dataset.look = choice === 'auto' ? systemLook() : choice;
 }
+
+systemIsDark.addEventListener('change', applyLook);
 
 export function dressPage(title) {
   document.documentElement.lang = language;
   document.documentElement.classList.add('fm');
   document.title = title ? `${title} – ${t('title')}` : t('title');
-  applyLook(recall('look', 'auto'));
+  applyLook();
 }
 
-/** Goes from the system's choice to the other look and back. */
+/** Goes from the system's look to the other one and back. */
 export function switchLook() {
-  const dark = matchMedia('(prefers-color-scheme: dark)').matches;
-  const isDark = recall('look', 'auto') === 'auto' ? dark : recall('look', 'auto') === 'dark';
-  const wanted = isDark ? 'light' : 'dark';
-  const look = LOOKS.includes(wanted) && (wanted === 'dark') === dark ? 'auto' : wanted;
-  keep('look', look);
-  applyLook(look);
+  const other = document.documentElement.dataset.look === 'dark' ? 'light' : 'dark';
+  keep('look', other === systemLook() ? 'auto' : other);
+  applyLook();
 }
