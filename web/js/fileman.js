@@ -8,25 +8,7 @@
 (() => {
   'use strict';
 
-  // Keep in step with packaging/lighttpd/fileman.conf; tests/browser recomputes every hash.
-  const POLICY = [
-    "default-src 'none'",
-    "script-src 'self' 'unsafe-hashes'" +
-      " 'sha256-9ZHjXz9dGCeEhpu/OMfqo0bvFL0BGWNrjFyYLIkVzr0='" + // onInitPages();
-      " 'sha256-AlG7OMlLSB5wC0azTVNwEY1k21+EhA27bEkPqbl7r6Y='" + // primary filter page
-      " 'sha256-cXfnwBEIRIbEb0bKndBsmhLgQb6gKZPmz8uO/uWBv+8='", // advanced filter page
-    "style-src-elem 'self' 'sha256-47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU='", // the grid's empty <style>
-    "style-src-attr 'unsafe-hashes'" + // the style attributes that the pages carry
-      " 'sha256-d5OxFx5tmNpJHg7MsOE5HlxrhPhNySDgaVd4Ip8HovI=' 'sha256-TJuW91qhAzLdOldAQQYQ8g/ZEE4UkZhIoQwP9OUo9n0='" +
-      " 'sha256-0EZqoz+oBhx7gF4nvY2bSqoGyy4zLjNF+SDQXGp/ZrY=' 'sha256-SWKOPifCZnO7nwLBaktZGpVR5u4w/RLg1pyfQeWgpMo='" +
-      " 'sha256-Cl3rgVY2mBmVTyPAB2BseXo+C2w05+MhrBZiItgsLkc=' 'sha256-EXXZvAEzZNIplgiReWijBw97KmvH8Sx9C9Tw7SrQzp4='" +
-      " 'sha256-TkQEhgatO0tm/yqps35DBRUbR0QPH+7TiaRN6ZJJUBE=' 'sha256-Jc/m3HR//+PsqHC8JHo39ACSou+HpxtWaNtlKF/Da6c='",
-    "connect-src 'self'",
-    "img-src 'self' blob: data:",
-    "frame-src 'self'",
-    "form-action 'self'",
-    "base-uri 'none'",
-  ];
+  const POLICY = `@PAGE_POLICY@`; // scripts/build-web puts it in
   const KNOWN_SCRIPT = /^\s*\$\(function\(\) \{\s*init(?:Pri|Adv)Filter\(\);\s*\}\);\s*$/;
 
   const base = new URL('.', document.currentScript.src).href;
@@ -51,7 +33,7 @@
   });
   watch.observe(document, { childList: true, subtree: true });
 
-  insertHead('meta', { 'http-equiv': 'Content-Security-Policy', content: POLICY.join('; ') });
+  insertHead('meta', { 'http-equiv': 'Content-Security-Policy', content: POLICY });
   insertHead('meta', { name: 'viewport', content: 'width=device-width, initial-scale=1' });
   insertHead('meta', { name: 'color-scheme', content: 'light dark' });
   insertHead('meta', { name: 'referrer', content: 'same-origin' });

@@ -19,9 +19,6 @@
       });
     }),
   );
-  const parts =
-    'archive columns deliver dom filters frame grid kinds list memory options order page rows state summary';
-  for (const part of `${parts} texts viewer wire`.split(' ')) {
-    insertHead('link', { rel: 'modulepreload', href: `${base}fileman/${part}.js` });
-  }
+  const modules = '@MODULES@'; // scripts/build-web lists them
+  for (const module of modules.split(' ')) insertHead('link', { rel: 'modulepreload', href: `${base}${module}` });
 })();
