@@ -117,6 +117,10 @@ TEST(Query, EscapesAreConsumedWhateverTheyHold) {
         EXPECT_EQ('\0', decoded[expected.size()]) << encoded;
         std::free(decoded);
     }
+    char* none = nullptr;
+    ASSERT_EQ(0, Utils::cgiUnescapeChars(&none, "ab", -1)) << "a negative length counts as none";
+    EXPECT_STREQ("", none);
+    std::free(none);
     std::map<std::string, std::string> query{{"a", "kept"}};
     EXPECT_EQ(1, Utils::parseQueryInfo(query, "&a=1&flag&=x&&b=c=d&b=2&"));
     EXPECT_EQ((std::map<std::string, std::string>{{"", "x"}, {"a", "kept"}, {"b", "c=d"}}), query);
