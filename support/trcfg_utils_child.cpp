@@ -2,6 +2,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <csignal>
@@ -20,6 +21,7 @@ namespace {
 
 constexpr int kMicrosPerSecond = 1000000;
 constexpr int kLastGraceMicros = 20000;
+constexpr long long kLookMicros = 5000;
 constexpr const char* kKillWait = "tr_proc_killwait";
 
 // A process that was reaped elsewhere is gone too; one that is alive but no child of ours is not.
@@ -52,45 +54,57 @@ long long microsUntil(const timeval& deadline) {
 }
 
 // The whole time, whatever signals arrive.
-void sleepMicros(int micros) {
+void sleepMicros(long long micros) {
     timespec rest = {};
-    rest.tv_sec = micros / kMicrosPerSecond;
+    rest.tv_sec = static_cast<time_t>(micros / kMicrosPerSecond);
     rest.tv_nsec = static_cast<long>(micros % kMicrosPerSecond) * 1000;
     while (::nanosleep(&rest, &rest) != 0 && errno == EINTR) {
     }
 }
 
-void waitAWhile(int level, pid_t pid, long long left) {
-    if (left >= kMicrosPerSecond) {
-        TARN_LOG_AS(kProcSource, kKillWait, level, "wait process(pid=%d) by sleep(1) ...", pid);
-        sleepMicros(kMicrosPerSecond);
-        return;
+// Looks often, so that nobody waits for a child that has ended. True as soon as it is gone, false after the
+// whole time.
+bool goneWithin(pid_t pid, int micros) {
+    const timeval deadline = deadlineAfter(micros);
+    while (!reapIfGone(pid)) {
+        const long long left = microsUntil(deadline);
+        if (left <= 0)
+            return false;
+        sleepMicros(std::min(left, kLookMicros));
     }
-    TARN_LOG_AS(kProcSource, kKillWait, level, "wait process(pid=%d) by usleep(%d) ...", pid,
-                static_cast<int>(left));
-    sleepMicros(static_cast<int>(left));
+    return true;
 }
 
-// SIGSEGV, not SIGKILL, is wanted: it leaves a core dump of the program that would not end.
+// True when the child is gone.
+bool waitAWhile(int level, pid_t pid, long long left) {
+    if (left >= kMicrosPerSecond) {
+        TARN_LOG_AS(kProcSource, kKillWait, level, "wait process(pid=%d) by sleep(1) ...", pid);
+        return goneWithin(pid, kMicrosPerSecond);
+    }
+    const int micros = static_cast<int>(left);
+    TARN_LOG_AS(kProcSource, kKillWait, level, "wait process(pid=%d) by usleep(%d) ...", pid, micros);
+    return goneWithin(pid, micros);
+}
+
+// SIGSEGV, not SIGKILL, is intentional: it leaves a core dump of the program that would not end.
 void killHard(int level, pid_t* pid) {
     ::kill(*pid, SIGSEGV);
     TARN_LOG_AS(kProcSource, kKillWait, level, "kill process(pid=%d) by SIGSEGV.", *pid);
-    sleepMicros(kLastGraceMicros);
-    if (!reapIfGone(*pid))
+    if (!goneWithin(*pid, kLastGraceMicros))
         return;
     TARN_LOG_AS(kProcSource, kKillWait, level, "process(pid=%d) killed by SIGSEGV!", *pid);
     *pid = 0;
 }
 
 void waitUntilGone(int level, pid_t* pid, bool doKill, const timeval& deadline) {
-    while (!reapIfGone(*pid)) {
+    for (bool gone = reapIfGone(*pid); !gone;) {
         const long long left = microsUntil(deadline);
         if (left <= 0) {
             if (doKill)
                 killHard(level, pid);
             return;
         }
-        waitAWhile(level, *pid, left);
+        gone = waitAWhile(level, *pid, left);
     }
     // The text is the same for a child that ended by itself: log readers know it.
     TARN_LOG_AS(kProcSource, kKillWait, level, "process(pid=%d) were killed by SIGTERM!", *pid);
@@ -140,8 +154,8 @@ HeapText joinCommandLine(const char* app, const char* args) {
     return line;
 }
 
-// Cuts `line` into pieces in place. A base name with blanks falls apart too; that is wanted, the started
-// programs are called like this since ever.
+// Cuts `line` into pieces in place. A base name with blanks falls apart too. That is intentional: the started
+// programs have always been called like this.
 Arguments splitAtBlanks(char* line) {
     const std::size_t mostPieces = std::strlen(line) / 2 + 1;
     Arguments arguments(static_cast<char**>(std::calloc(mostPieces + 1, sizeof(char*))));

@@ -114,8 +114,8 @@ int tr_pid2argv(int pid, char* buf);
 
 /* Stops and reaps the child `*pid`: waits `timeoutUs` microseconds at most, after SIGTERM if `doKill`, and
  * then sends SIGSEGV if `doKill`. Logs at `level`. Returns 0 and sets `*pid` to 0 when the child is gone, -1
- * while it is there; 0 at once for a null pointer or an id below 1. Waits in whole seconds as long as one is
- * left. */
+ * while it is there; 0 at once for a null pointer or an id below 1. Returns as soon as the child has ended;
+ * the log has a line for each second of waiting. */
 int tr_proc_killwait(int level, pid_t* pid, int doKill, int timeoutUs);
 
 /* For a child after fork: becomes the program `app`, with its base name and the pieces of `args` (may be

@@ -1,6 +1,7 @@
 #include <sys/sysmacros.h>
 #include <sys/time.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "SupportFixture.h"
@@ -143,6 +144,13 @@ TEST_F(Proc, FoundByExecutableOrFirstArgument) {
     EXPECT_EQ(-1, tr_pid2basename(::getpid(), nullptr));
 }
 
+TEST_F(Proc, FindsItselfToo) {
+    const std::string own = std::filesystem::read_symlink("/proc/self/exe").filename();
+    pid_t found[100];
+    const int count = tr_get_pidarr(own.c_str(), found, 100);
+    EXPECT_EQ(1, std::count(found, found + std::max(count, 0), ::getpid()));
+}
+
 TEST_F(Proc, ArgumentsWithTheirNuls) {
     char buffer[TR_ARGV_SIZE + 1];
     buffer[TR_ARGV_SIZE] = '!';
@@ -195,6 +203,20 @@ TEST_F(Proc, KillWaitSleepsInWholeSecondsFirst) {
         lines);
 }
 
+TEST_F(Proc, KillWaitEndsWithTheChild) {
+    pid_t pid = child([] {
+        ::signal(SIGALRM, SIG_DFL);
+        ::ualarm(100000, 0);
+    });
+    const long long start = microsNow();
+    const Lines lines = logOf([&] { EXPECT_EQ(0, tr_proc_killwait(3, &pid, 0, 8000000)); });
+    EXPECT_LT(microsNow() - start, 950000);
+    const std::string begin = "dbg0(trcfg_utils_proc tr_proc_killwait) ";
+    EXPECT_EQ((Lines{begin + "wait process(pid=N) by sleep(1) ...",
+                     begin + "process(pid=N) were killed by SIGTERM!", begin + "done!"}),
+              lines);
+}
+
 TEST_F(Proc, InvokeSplitsAtBlanks) {
     EXPECT_EQ(0, exitOf([&] {
                   ::dup2(::open(at("out").c_str(), O_CREAT | O_WRONLY, 0600), STDOUT_FILENO);
@@ -202,6 +224,16 @@ TEST_F(Proc, InvokeSplitsAtBlanks) {
                   return false;
               }));
     EXPECT_EQ(std::string("cat\0/proc/self/cmdline\0/dev/null\0", 33), read("out"));
+    // As many pieces as a line can have: the end of the list needs a place behind them.
+    link("/bin/echo", "e");
+    for (const std::string args : {"1", "1 2", "1 2 3 4"}) {
+        EXPECT_EQ(0, exitOf([&] {
+                      ::dup2(::open(at("out").c_str(), O_TRUNC | O_WRONLY), STDOUT_FILENO);
+                      tr_proc_invoke(0, at("e").c_str(), args.c_str());
+                      return false;
+                  }));
+        EXPECT_EQ(args + "\n", read("out"));
+    }
     const Lines lines = logOf([&] {
         EXPECT_EQ(0, tr_proc_invoke(2, nullptr, "x"));
         EXPECT_EQ(0, tr_proc_invoke(2, at("none").c_str(), nullptr));
