@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 
 #include "common/UniqueFd.h"
@@ -13,7 +15,7 @@
 
 namespace {
 
-// Without search permission is wanted: the instrument's own programs run as root and rely on nobody else
+// Without search permission is intentional: the instrument's own programs run as root and rely on nobody else
 // getting in.
 constexpr mode_t kParentMode = 0644;
 
@@ -56,8 +58,8 @@ int makeDirectory(const char* path, mode_t mode, bool* made) {
     if (isDirectory(path))
         return 0;
     if (::strnlen(path, PATH_MAX) == PATH_MAX)
-        return 21;                   // mkdir would refuse it as well; the limit also bounds the recursion
-    removeTree(path, true, nullptr); // what cannot be removed makes mkdir fail
+        return 21;               // mkdir would refuse it as well; the limit also bounds the recursion
+    removeUnlessDirectory(path); // what cannot be removed makes mkdir fail
     if (tr_mkdir_parent(path, mode) != 0)
         return 11;
     *made = ::mkdir(path, mode) == 0;
@@ -118,6 +120,53 @@ bool flushAndClose(UniqueFd& file) {
     return ::fsync(file.get()) == 0 && file.reset() == 0;
 }
 
+// A file that is written beside its place, so that nobody meets half of it there, and then put into it. Until
+// then it has a name of its own, which is removed when it does not come so far.
+class NewFile {
+public:
+    explicit NewFile(const char* place) : m_place(place) {}
+    ~NewFile() {
+        if (*m_name != '\0')
+            ::unlinkat(m_directory.get(), m_name, 0);
+    }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    // An empty descriptor when the directory is not there or may not be written.
+    UniqueFd create(mode_t mode) {
+        const HeapText parent = parentOf(m_place);
+        m_directory = UniqueFd(parent ? ::open(parent.get(), O_PATH | O_DIRECTORY | O_CLOEXEC) : -1);
+        UniqueFd file;
+        do {
+            std::snprintf(m_name, sizeof m_name, ".tr_%u", drawNumber());
+            file =
+                UniqueFd(::openat(m_directory.get(), m_name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+        } while (!file && errno == EEXIST);
+        if (!file)
+            *m_name = '\0';
+        return file;
+    }
+
+    // A directory tree in the place is removed first, anything else is replaced in one step.
+    bool putIntoPlace() {
+        struct stat status = {};
+        const char* name = baseNameOf(m_place);
+        const bool inTheWay =
+            ::fstatat(m_directory.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+        if (inTheWay && !removeTree(m_place, true, nullptr))
+            return false;
+        if (::renameat(m_directory.get(), m_name, m_directory.get(), name) != 0)
+            return false;
+        *m_name = '\0';
+        return true;
+    }
+
+private:
+    const char* const m_place;
+    UniqueFd m_directory;
+    char m_name[16] = "";
+};
+
 int copyBlocks(int from, UniqueFd& to) {
     char block[kCopyBlock];
     ssize_t count = 0;
@@ -133,21 +182,20 @@ int copyBlocks(int from, UniqueFd& to) {
 int installFile(const char* src, const char* dst, mode_t mode) {
     if (isMissing(src) || !canNameFile(dst))
         return 1;
-    // Opened before anything is removed: a missing source must not cost the installed file.
     const UniqueFd from = openRegular(src, O_RDONLY, 0);
     if (!from)
         return 12;
     if (removalTakes(dst, src))
         return 3;
-    if (const int step = clearPlace(dst); step != 0)
-        return step;
-    UniqueFd to(::open(dst, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (tr_mkdir_parent(dst, kParentMode) != 0)
+        return 11;
+    NewFile copy(dst);
+    UniqueFd to = copy.create(mode);
     if (!to)
         return 13;
-    const int step = copyBlocks(from.get(), to);
-    if (step != 0)
-        ::unlink(dst);
-    return step;
+    if (const int step = copyBlocks(from.get(), to); step != 0)
+        return step;
+    return copy.putIntoPlace() ? 0 : 2;
 }
 
 int markFile(const char* path, const char* text, mode_t mode) {

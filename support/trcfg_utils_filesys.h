@@ -11,15 +11,16 @@ extern "C" {
 #endif
 
 /* Makes the directory that contains `path`, and those above it, with `mode`. What stands there and is neither
- * a directory nor a link to one is removed first. */
+ * a directory nor a link to one is removed first. Several processes may make the same directory at once. */
 int tr_mkdir_parent(const char* path, mode_t mode);
 
 /* The same for `path` itself and what is above it. */
 int tr_mkdir(const char* path, mode_t mode);
 
 /* Removes a directory tree, however deep, or with `force` anything. Without `force` files stay, and so do the
- * directories that hold them. Symbolic links are removed, never followed. Carries on after a failure; nothing
- * there is no failure. Refuses the root directory and names that end in "." or "..". */
+ * directories that hold them. Symbolic links are removed, never followed. Carries on after a failure.
+ * Nothing there is no failure, whoever removed it. Refuses the root directory and names that end in "." or
+ * "..". */
 int tr_rmdir(const char* path, int force);
 
 /* Makes a named pipe in place of what stands at `path`. Missing directories above are made with mode 0644,
@@ -30,9 +31,10 @@ int tr_mkfifo(const char* path, mode_t mode);
  */
 int tr_mksymlink(const char* target, const char* link);
 
-/* Copies the regular file `src` into a new file `dst` in place of what stands there, and flushes it to disk.
- * Directories as for tr_mkfifo. Nothing is touched when `src` cannot be read or would itself be removed (it
- * is `dst` or lies below it); a copy that fails later leaves no `dst`. */
+/* Copies the regular file `src` into a new file `dst` in place of what stands there. The copy is made beside
+ * `dst`, as ".tr_<number>", flushed to disk and then renamed: an old file stands there until the new one is
+ * whole, and stays when anything fails. Directories as for tr_mkfifo. Refuses to remove `src` itself (it is
+ * `dst` or lies below it). */
 int tr_install_file(const char* src, const char* dst, mode_t mode);
 
 /* Creates or empties the regular file `path`, writes `text` into it (may be null) and flushes it to disk. */

@@ -43,9 +43,16 @@ ssize_t readUpTo(int fd, void* buffer, std::size_t size);
 // False unless everything was written.
 bool writeAll(int fd, const void* data, std::size_t size);
 
+// A number that another process does not draw as well, for names.
+unsigned drawNumber();
+
 // Removes what stands at `path`, with `force` files too, and logs each object that stays. True when nothing
 // is left; `removed` (may be null) tells whether there was something.
 bool removeTree(const char* path, bool force, bool* removed);
+
+// Removes what stands at `path` unless it is a directory; one that another process makes meanwhile stays.
+// Logs what cannot be removed.
+void removeUnlessDirectory(const char* path);
 
 // Gives up the descriptor of the system log, which the next entry opens again.
 void releaseSyslogDescriptor();

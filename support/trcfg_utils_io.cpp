@@ -1,7 +1,9 @@
+#include <sys/random.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 
 #include "support/trcfg_utils_internal.h"
 
@@ -37,4 +39,14 @@ bool writeAll(int fd, const void* data, std::size_t size) {
         size -= static_cast<std::size_t>(count);
     }
     return true;
+}
+
+unsigned drawNumber() {
+    unsigned number = 0;
+    if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number))
+        return number;
+    // Early at boot the pool may not be ready yet.
+    timespec now = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<unsigned>(now.tv_nsec) * 2654435761U ^ static_cast<unsigned>(::getpid());
 }

@@ -69,7 +69,7 @@ void writeLine(int level, const char* message) {
     const char* name = levelName(level);
     const char* file = printable(__tarn_log_file);
     const char* func = printable(__tarn_log_func);
-    // Priority "info" for every level is wanted: the instrument's log rules go by the name in the line.
+    // Priority "info" for every level is intentional: the instrument's log rules go by the name in the line.
     if (__tarn_use_syslog != 0)
         ::syslog(LOG_INFO, kLine, name, file, __tarn_log_line, func, stamp, message);
     else

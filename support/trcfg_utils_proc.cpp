@@ -1,7 +1,6 @@
 #include "support/trcfg_utils_proc.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/select.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -49,16 +48,6 @@ int selectReadable(int fd, timeval rest) {
             return ready;
         // Linux has left the time not slept in `rest`: go on with that.
     }
-}
-
-unsigned drawNumber() {
-    unsigned number = 0;
-    if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number))
-        return number;
-    // Early at boot the pool may not be ready yet.
-    timespec now = {};
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<unsigned>(now.tv_nsec) * 2654435761U ^ static_cast<unsigned>(::getpid());
 }
 
 bool nothingAt(const char* path) {
@@ -154,7 +143,8 @@ time_t tr_get_clock(struct timeval* out) {
 int tr_read_wait(int fd, const struct timeval* timeout) {
     // Asked first because select() takes no notice of numbers beyond the descriptor table.
     const bool isOpen = fd >= 0 && ::fcntl(fd, F_GETFD) >= 0;
-    // No time-out is a single poll, not an endless wait: wanted, the callers' loops have other work to do.
+    // No time-out is a single poll, not an endless wait. That is intentional: the callers' loops have other
+    // work to do.
     const int ready = isOpen ? selectReadable(fd, timeout == nullptr ? timeval{} : *timeout) : -1;
     if (ready < 0)
         TARN_LOG_AS(kProcSource, __func__, kLogFailure, "wait for descriptor(%d) failed!(ret=%d)", fd,

@@ -96,8 +96,8 @@ public:
         UniqueFd top(::open(path, kOpenDirectory));
         if (top && enter(std::move(top), std::strlen(path)))
             walk();
-        if (!m_gaveUp && ::rmdir(path) != 0)
-            fail(kRmdirFailed);
+        if (!m_gaveUp)
+            removeEmptied(AT_FDCWD, path);
         return m_complete;
     }
 
@@ -164,6 +164,7 @@ private:
         m_path.cut(m_level->pathLength);
     }
 
+    // ENOENT, here and below: another process was faster, and what was to go is gone.
     void removeEmptied(int directory, const char* name) {
         if (::unlinkat(directory, name, AT_REMOVEDIR) != 0 && errno != ENOENT)
             fail(kRmdirFailed);
@@ -211,11 +212,19 @@ private:
                 giveUp(kNoResources);
             return;
         }
-        if (m_force && (::unlinkat(m_current.get(), entry.d_name, 0) == 0 || errno == ENOENT))
+        if (isGone(entry.d_name))
             return;
         if (!extendPath(entry.d_name))
             return giveUp(kNoResources);
         fail(m_force ? kUnlinkFailed : kFileKept);
+    }
+
+    // With `force` a file is removed here; without, it stays unless another process removes it.
+    [[nodiscard]] bool isGone(const char* name) const {
+        if (m_force)
+            return ::unlinkat(m_current.get(), name, 0) == 0 || errno == ENOENT;
+        struct stat status = {};
+        return ::fstatat(m_current.get(), name, &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT;
     }
 
     [[nodiscard]] bool isDirectory(const dirent& entry) const {
@@ -256,6 +265,16 @@ int removeFile(const char* path, bool force) {
 }
 
 } // namespace
+
+void removeUnlessDirectory(const char* path) {
+    const HeapText name = withoutTrailingSlashes(path);
+    struct stat status = {};
+    // unlink() refuses a directory that another process makes after the look.
+    if (!name || ::lstat(name.get(), &status) != 0 || S_ISDIR(status.st_mode) || ::unlink(name.get()) == 0)
+        return;
+    if (errno != ENOENT && errno != EISDIR)
+        logKept(path, kUnlinkFailed);
+}
 
 bool removeTree(const char* path, bool force, bool* removed) {
     const HeapText name = path == nullptr || *path == '\0' ? nullptr : withoutTrailingSlashes(path);

@@ -154,6 +154,37 @@ TEST_F(Filesys, RemovalIsNotBoundByDescriptorsOrPathLength) {
     EXPECT_EQ("none", kind("deep"));
 }
 
+TEST_F(Filesys, RemovalGivesUpWhereGoingOnIsUnsafe) {
+    makeTree("tree/a/b");
+    makeTree("beside");
+    write("tree/a/b/file", "");
+    write("beside/file", "");
+    const std::string kept = "err(trcfg_utils_filesys tr_rmdir) remove storage path(full_name=tree";
+    const Lines moved = logOf([&] {
+        trcfg_open(1, "test");
+        g_atNextSystemLog = [&] { // the line about the file
+            trcfg_close();
+            std::filesystem::rename(at("tree/a/b"), at("beside/b"));
+        };
+        EXPECT_EQ(-1, tr_rmdir(at("tree").c_str(), 0));
+    });
+    EXPECT_EQ(Lines{kept + "/a/b) failed(ret=13)"}, moved);
+    EXPECT_EQ("d755 -644 -644", kind("tree/a") + " " + kind("beside/file") + " " + kind("beside/b/file"));
+
+    write("tree/file", "");
+    makeTree("tree/b");
+    const Lines starved = logOf([&] {
+        EXPECT_EQ(0, exitOf([&] {
+                      const int next = ::open("/dev/null", O_RDONLY);
+                      return limit(RLIMIT_NOFILE, static_cast<rlim_t>(next) + 3) &&
+                             tr_rmdir(at("tree").c_str(), 1) == -1;
+                  }));
+    });
+    EXPECT_EQ(1U, starved.size());
+    EXPECT_EQ("none", kind("tree/file"));
+    EXPECT_EQ("d755 d755", kind("tree/a") + " " + kind("tree/b"));
+}
+
 TEST_F(Filesys, WhatCannotBeRemovedDoesNotHoldUpTheRest) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs a second user";
@@ -203,7 +234,9 @@ TEST_F(Filesys, InstallCopiesEverySize) {
                   limit(RLIMIT_FSIZE, 5000);
                   return tr_install_file(at("src").c_str(), at("dst").c_str(), 0644) == -1;
               }));
-    EXPECT_EQ("none", kind("dst")); // half a file is worse than none
+    EXPECT_EQ("20000 -440", std::to_string(read("dst").size()) + " " + kind("dst")) << "the old file stays";
+    EXPECT_EQ(2, std::distance(std::filesystem::directory_iterator(m_dir), {}))
+        << "and no half one beside it";
 }
 
 TEST_F(Filesys, MarkFilesAndKernelParameters) {
@@ -217,6 +250,7 @@ TEST_F(Filesys, MarkFilesAndKernelParameters) {
     size = sizeof buffer;
     EXPECT_EQ(0, tr_sysctl_readwrite(at("mark").c_str(), buffer, &size, "345\n", 4));
     EXPECT_EQ("12\n 345\n", std::string(buffer, size) + " " + read("mark"));
+    EXPECT_EQ(0, tr_sysctl_readwrite(at("none").c_str(), nullptr, &size, "x", 0)) << "neither read nor write";
     EXPECT_EQ(0, tr_newmark_file(at("mark").c_str(), nullptr, 0644));
     EXPECT_EQ("", read("mark"));
 }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <utility>
 
 #include "SupportFixture.h"
 
@@ -11,6 +12,8 @@ std::string s_system;
 const char* s_given = nullptr;
 
 } // namespace
+
+std::function<void()> g_atNextSystemLog = [] {};
 
 // These two stand in for the C library's own, so that no system log is needed.
 extern "C" void openlog(const char* ident, int option, int) {
@@ -25,6 +28,7 @@ extern "C" void syslog(int priority, const char* format, ...) {
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     s_system += std::to_string(priority) + " " + text;
+    std::exchange(g_atNextSystemLog, [] {})();
 }
 
 namespace {
@@ -80,6 +84,7 @@ TEST_F(Log, ClockStampFromEnvironment) {
 }
 
 TEST_F(Log, SystemLogKeepsItsOwnCopyOfTheName) {
+    s_system.clear();
     const Lines lines = logOf([] {
         std::string name = "tool";
         trcfg_open(1, name.c_str());

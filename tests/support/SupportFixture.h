@@ -22,6 +22,9 @@
 
 using Lines = std::vector<std::string>;
 
+// Runs once, with the next entry in the system log: a way to do something in the middle of a call.
+extern std::function<void()> g_atNextSystemLog;
+
 // A directory of its own for every case, and the log lines of what runs in it.
 class SupportTest : public testing::Test {
 protected:
