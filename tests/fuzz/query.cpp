@@ -70,6 +70,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string query(data, data + size);
     const std::string text = decoded(query);
     require(text.size() <= query.size(), "decoding never grows");
+    CCommUtils::cgiHexValue.fill(1);
+    require(decoded(query) == text, "decoding makes its table anew");
     require(decoded(escaped(text)) == text, "what is escaped comes back");
     CFileManCGI request;
     request.parseQueryInfo(text.c_str());

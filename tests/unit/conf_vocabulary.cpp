@@ -159,6 +159,14 @@ TEST_F(Vocabulary, CheckedNamesAreThoseFoundOnDisk) {
     EXPECT_FALSE(Conf::isChecked("True") || Conf::isChecked("true ") || Conf::isChecked(""));
 }
 
+TEST_F(FilesTest, DumpNumbersTheItems) {
+    testing::internal::CaptureStdout();
+    Conf::dump("types", {"bert", ""});
+    EXPECT_EQ("types\ndump start............................\ntotal:2\nindex: 1----bert\nindex: 2----\n"
+              "dump end..............................\n",
+              testing::internal::GetCapturedStdout());
+}
+
 TEST_F(FilesTest, StoredInformationOfAFile) {
     // Job, account, locator, type, prefix, suffix, whether any restricts.
     const std::pair<const char*, const char*> rows[] = {

@@ -254,11 +254,14 @@ TEST_F(Pipeline, ExtraDirectoriesPastTheListAreAnEmptyEntry) {
               load([](CFileManager& store) { return store.loadExtraResult(2); }, filter));
     EXPECT_EQ("Find at:/home//top.html\n", testing::internal::GetCapturedStdout());
     EXPECT_EQ(Rows{}, load([](CFileManager& store) { return store.loadExtraResult(2); }));
+    std::filesystem::remove_all("/home/x2");
+    EXPECT_EQ(Rows{}, load([](CFileManager& store) { return store.loadExtraResult(1); }, filter));
 }
 
 // A directory that the scan has read is not opened again for the dates.
 TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
-    files({"c/rfc/1.html", "c/rfc/2.html", "c/rfc/3.html", "c/rfc/4.html", "c/rfc/5.html"});
+    for (const std::string name : {"1.html", "2.html", "3.html", "4.html", "5.html"})
+        files({("c/rfc/" + name).c_str(), ("ktb/screen/" + name).c_str()});
     const auto start = std::filesystem::current_path();
     testing::internal::CaptureStderr();
     for (const bool isScanned : {false, true}) {
@@ -274,6 +277,7 @@ TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
             EXPECT_EQ(CCommUtils::createDateTime(info->path), info->datetime) << info->path;
             EXPECT_NE('0', info->datetime.front());
         }
+        EXPECT_EQ(7, store.loadScreenShot());
     }
     EXPECT_EQ(start, std::filesystem::current_path());
     EXPECT_EQ("", testing::internal::GetCapturedStderr());

@@ -50,6 +50,8 @@ TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
         {"2g5-cpril2x-prof", "- cpril2! -"},
         // Types: after a kts- mode directory one letter less, until another mode resets that.
         {"x-rslt/xmeter-result", "X xmeter! -"},
+        {"x-rslt/meter-setup", "X meter! -"},
+        {"kts-a-rslt/xmeter-setup", "KTS meter! -"},
         {"kts-a-rslt/xmeter-result", "KTS meter! -"},
         {"kts-a-rslt/xvideo-mpeg", "KTS xvideo! -"},
         {"kts-a-rslt/ktr/xmeter-result", "KTS,A xmeter! -"},
