@@ -5,8 +5,9 @@ import random
 import re
 import subprocess
 import unittest
+from concurrent.futures import ThreadPoolExecutor
 
-from served import PACKAGING, PLAIN, WWW, Server, lay_out_www, storage
+from served import ADDRESS, PACKAGING, PLAIN, WWW, Server, lay_out_www, storage
 
 SANDBOX = "sandbox; default-src 'none'; img-src 'self' data:; style-src 'unsafe-inline';"
 STOCK = "/etc/lighttpd/lighttpd.conf"
@@ -77,10 +78,12 @@ class Policies(unittest.TestCase):
         view = b"opertype=view&rsltid=" + REPORT_ID.encode()
         queries = honest + [view + rest for rest in (b"%00&fmtype=all", b"%zz&fmtype=all", b"%&&fmtype=all")]
         queries += [random_query(rng) for _ in range(3000)]
-        answers = [self.server.get(b"/cgi-bin/fileman.cgi?" + query) for query in queries]
-        rules = {"lighttpd": [headers.get("content-security-policy", "none") for _, headers, _ in answers]}
-        rules["dash"] = wrapper_policies(["dash"], queries)
-        rules["busybox"] = wrapper_policies(["busybox", "sh"], queries[:1300])
+        with ThreadPoolExecutor() as pool:
+            dash = pool.submit(wrapper_policies, ["dash"], queries)
+            busybox = pool.submit(wrapper_policies, ["busybox", "sh"], queries[:1000])
+            answers = [self.server.get(b"/cgi-bin/fileman.cgi?" + query) for query in queries]
+        rules = {"lighttpd": [headers.get("content-security-policy", "none") for _, headers, _ in answers],
+                 "dash": dash.result(), "busybox": busybox.result()}
         for rule, policies in rules.items():
             for number, (query, (status, _, body), policy) in enumerate(zip(queries, answers, policies)):
                 sandboxed = policy.startswith(SANDBOX)
@@ -119,14 +122,15 @@ class Policies(unittest.TestCase):
     def test_the_distribution_s_own_configuration_includes_the_settings(self):
         with open(STOCK, encoding="ascii") as file:
             text = file.read()
-        # Its paths, its user and its address belong to the machine.
-        text = re.sub(r"(?m)^server\.(pid-file|username|groupname|errorlog|port)\b.*|^include_shell.*ipv6.*|^include .*", "",
-                      text.replace("/var/www/html", WWW).replace("/var/cache/lighttpd/uploads", "/tmp"))
-        enabled = "".join(f'include "/etc/lighttpd/conf-available/{name}.conf"\n'
-                          for name in ("05-setenv", "10-cgi", "10-dir-listing", "20-deflate"))
-        settings = re.sub(r"(?m)^server\.(document-root|upload-dirs).*", "", PLAIN)
-        place = f"""$HTTP["url"] =~ "^/cgi-bin/fileman" {{ alias.url = ( "/cgi-bin/" => "{WWW}/cgi-bin/" ) }}\n"""
-        server = Server.lighttpd(text + enabled + place + settings)
+        # Its user and its address belong to the machine.
+        text = re.sub(r"(?m)^server\.(pid-file|username|groupname|errorlog|port|upload-dirs)\b.*|^include_shell.*ipv6.*|"
+                      "^include .*", "", text)
+        text += "".join(f'include "/etc/lighttpd/conf-available/{name}.conf"\n'
+                        for name in ("05-setenv", "10-cgi", "10-dir-listing", "20-deflate"))
+        with open("docs/web-server.md", encoding="utf-8") as file:
+            text += re.search(r"```conf\n(.*?)```", file.read(), re.S)[1]
+        text = text.replace("/usr/local/ktb/lighttpd", f"{PACKAGING}/lighttpd").replace("/usr/local/ktb", "/tmp")
+        server = Server.lighttpd(text.replace("/tmp/cgi-bin", f"{WWW}/cgi-bin") + ADDRESS)
         self.addCleanup(server.stop)
         self.check_files(server)
         for query, policy in (("fmtype=all&rsltid=%41%2", "default-src"), ("rsltid=%00&fmtype=all", "sandbox")):

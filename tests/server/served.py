@@ -13,15 +13,17 @@ import storage  # pylint: disable=wrong-import-position,unused-import
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 PACKAGING = os.path.abspath("packaging")
 WWW = "/tmp/www"
-# The program in its place beside www, after which the packaged settings follow.
-PLAIN = f"""
-server.document-root = "{WWW}"
+ADDRESS = """
 server.bind = "127.0.0.1"
 server.port = env.FILEMAN_PORT
 server.errorlog = "/tmp/lighttpd.log"
 server.upload-dirs = ( "/tmp" )
-include "{PACKAGING}/lighttpd/fileman.conf"
 """
+# The program in its place beside www, and the packaged settings.
+PLAIN = f'''{ADDRESS}
+server.document-root = "{WWW}"
+include "{PACKAGING}/lighttpd/fileman.conf"
+'''
 
 
 def lay_out_www():
