@@ -138,6 +138,9 @@ class Policies(unittest.TestCase):
             self.assertEqual((status, headers["content-security-policy"].startswith(policy)), (200, True))
             self.assertEqual(is_page(body), policy != "sandbox")
         self.assertEqual(server.get("/cgi-bin/fileman.cgi/x")[0], 403)
+        upgrade = (b"Upgrade: h2c", b"HTTP2-Settings: AAMAAABkAAQAAP__")
+        with server.open("/cgi-bin/fileman.cgi?fmtype=all", connection=b"Upgrade, HTTP2-Settings", head=upgrade) as client:
+            self.assertEqual(client.recv(12), b"HTTP/1.1 200", "HTTP/2 is on")
 
 
 if __name__ == "__main__":

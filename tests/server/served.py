@@ -69,14 +69,14 @@ class Server:
         self.process.terminate()
         self.process.wait()
 
-    def open(self, target, method="GET", head=(), body=b""):
+    def open(self, target, method="GET", connection=b"close", head=(), body=b""):
         """A connection that has sent a request for the target, bytes or text."""
         connection = socket.socket()
         connection.settimeout(60)
         # Little of an answer waits in the system instead of the server.
         connection.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
         connection.connect(("127.0.0.1", self.port))
-        lines = [method.encode() + b" " + os.fsencode(target) + b" HTTP/1.1", b"Host: x", b"Connection: close", *head]
+        lines = [method.encode() + b" " + os.fsencode(target) + b" HTTP/1.1", b"Host: x", b"Connection: " + connection, *head]
         connection.sendall(b"\r\n".join(lines) + b"\r\n\r\n")
         try:
             connection.sendall(body)
