@@ -71,18 +71,19 @@ class Server:
 
     def open(self, target, method="GET", connection=b"close", head=(), body=b""):
         """A connection that has sent a request for the target, bytes or text."""
-        connection = socket.socket()
-        connection.settimeout(60)
+        client = socket.socket()
+        client.settimeout(60)
         # Little of an answer waits in the system instead of the server.
-        connection.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
-        connection.connect(("127.0.0.1", self.port))
-        lines = [method.encode() + b" " + os.fsencode(target) + b" HTTP/1.1", b"Host: x", b"Connection: " + connection, *head]
-        connection.sendall(b"\r\n".join(lines) + b"\r\n\r\n")
+        client.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
+        client.connect(("127.0.0.1", self.port))
+        request = method.encode() + b" " + os.fsencode(target) + b" HTTP/1.1"
+        lines = [request, b"Host: x", b"Connection: " + connection, *head]
+        client.sendall(b"\r\n".join(lines) + b"\r\n\r\n")
         try:
-            connection.sendall(body)
+            client.sendall(body)
         except OSError:
             pass  # a refusal does not read it
-        return connection
+        return client
 
     def get(self, target, **options):
         """(status, header lines in lower case, body as it was sent)"""
