@@ -101,6 +101,7 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
         request.writeFileManPage(store);
         break;
     case CFileManCGI::ACTION_PRIMARY_FILTER:
+        store.finishScan();
         request.writePriFilterPage();
         break;
     case CFileManCGI::ACTION_ADVANCED_FILTER:
@@ -137,6 +138,7 @@ int main() {
     prepareProcess();
     ResultList results;
     const auto store = std::make_unique<CFileManager>();
+    store->deferScan();
     runStartUpThread();
 
     const auto request = std::make_unique<CFileManCGI>();

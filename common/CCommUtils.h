@@ -15,14 +15,14 @@ public:
 
     // True for a null pointer and for "".
     static bool isEmpty(const char* s);
-    static bool isStartsWith(const std::string& s, const std::string& prefix);
-    static bool isEndsWith(const std::string& s, const std::string& suffix);
+    static bool isStartsWith(std::string_view s, std::string_view prefix);
+    static bool isEndsWith(std::string_view s, std::string_view suffix);
     // Ignores the case of ASCII letters.
-    static bool isEquals(const std::string& a, const std::string& b);
+    static bool isEquals(std::string_view a, std::string_view b);
     // ASCII letters only, as isEquals compares them.
     static std::string lowerCase(std::string s);
     // Whether part occurs in s, case-sensitively.
-    static bool isContains(const std::string& s, const std::string& part);
+    static bool isContains(std::string_view s, std::string_view part);
     // Whether an item equals s exactly.
     static bool isContains(const std::list<std::string>& items, const std::string& s);
     // Whether the text from the last '.' of name on, the dot included, is one of extensions (exactly).
@@ -34,6 +34,8 @@ public:
     static std::string join(const std::list<std::string>& items, const std::string& separator);
     // Without the trailing run of " \t\f\v\n\r".
     static std::string trimRight(const std::string& s);
+    // Without its last count bytes; "" when it has no more than that.
+    static std::string cutLast(const std::string& s, std::size_t count);
 
     // --- paths and files ---
 

@@ -16,15 +16,15 @@ bool CCommUtils::isEmpty(const char* s) {
     return s == nullptr || *s == '\0';
 }
 
-bool CCommUtils::isStartsWith(const std::string& s, const std::string& prefix) {
+bool CCommUtils::isStartsWith(std::string_view s, std::string_view prefix) {
     return s.compare(0, prefix.size(), prefix) == 0;
 }
 
-bool CCommUtils::isEndsWith(const std::string& s, const std::string& suffix) {
+bool CCommUtils::isEndsWith(std::string_view s, std::string_view suffix) {
     return s.size() >= suffix.size() && s.compare(s.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
-bool CCommUtils::isEquals(const std::string& a, const std::string& b) {
+bool CCommUtils::isEquals(std::string_view a, std::string_view b) {
     return a.size() == b.size() &&
            std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lower(x) == lower(y); });
 }
@@ -34,8 +34,8 @@ std::string CCommUtils::lowerCase(std::string s) {
     return s;
 }
 
-bool CCommUtils::isContains(const std::string& s, const std::string& part) {
-    return s.find(part) != std::string::npos;
+bool CCommUtils::isContains(std::string_view s, std::string_view part) {
+    return s.find(part) != std::string_view::npos;
 }
 
 bool CCommUtils::isContains(const std::list<std::string>& items, const std::string& s) {
@@ -75,4 +75,8 @@ std::string CCommUtils::join(const std::list<std::string>& items, const std::str
 
 std::string CCommUtils::trimRight(const std::string& s) {
     return s.substr(0, s.find_last_not_of(" \t\f\v\n\r") + 1);
+}
+
+std::string CCommUtils::cutLast(const std::string& s, std::size_t count) {
+    return count >= s.size() ? std::string() : s.substr(0, s.size() - count);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// Every path that is part of the instrument's interface. They are fixed: nothing configures them, and tests
-// reach them through a private mount namespace.
+// The paths that are part of the instrument's interface. They are fixed: nothing configures them, and tests
+// reach them through a private mount namespace. All are absolute, and none ends in a slash unless it says so.
 namespace paths {
 
 inline constexpr char kHome[] = "/home";
@@ -9,12 +9,27 @@ inline constexpr char kHome[] = "/home";
 inline constexpr char kConfDir[] = "/home/.resultmanager";
 inline constexpr char kConfFile[] = "/home/.resultmanager/result-config-ktd.xml";
 
-// Below kHome.
-inline constexpr char kScreenDir[] = "/ktb/screen";
-inline constexpr char kMtieDir[] = "/2g5/mtie-results";
-// Below kHome, without the slash between.
-inline constexpr char kOtu3ResultDir[] = "fileman/100ge/ktw-rslt/otu3port";
-inline constexpr char kOtu3ProfileDir[] = "fileman/100ge/ktw-prof/otu3port";
+inline constexpr char kScreenDir[] = "/home/ktb/screen";
+inline constexpr char kMtieDir[] = "/home/2g5/mtie-results";
+
+// The first-level directories of the test families.
+inline constexpr char k1geDir[] = "/home/1ge";
+inline constexpr char k10gDir[] = "/home/10g";
+inline constexpr char kSdhDir[] = "/home/2g5/html-files";
+inline constexpr char kSdhPort1Dir[] = "/home/2g5/html-files/p1";
+inline constexpr char kSdhPort2Dir[] = "/home/2g5/html-files/p2";
+inline constexpr char kOdu0ResultDir[] = "/home/odu0-rslt";
+inline constexpr char kOdu0ProfileDir[] = "/home/odu0-prof";
+inline constexpr char kOtuxPort1Dir[] = "/home/10g/html-files/p1/otux";
+inline constexpr char kOtuxPort2Dir[] = "/home/10g/html-files/p2/otux";
+inline constexpr char kRootDir[] = "/home/root";
+inline constexpr char kCpriDir[] = "/home/cpri";
+inline constexpr char kCpriPort1Dir[] = "/home/cpri/p1";
+inline constexpr char kCpriPort2Dir[] = "/home/cpri/p2";
+
+// Below kHome, as configured directories are: the OTU3 ports of the 100G module.
+inline constexpr char kOtu3ResultsBelowHome[] = "fileman/100ge/ktw-rslt/otu3port";
+inline constexpr char kOtu3ProfilesBelowHome[] = "fileman/100ge/ktw-prof/otu3port";
 
 inline constexpr char kDownloadDir[] = "/tmp/download/";
 inline constexpr char kDownloadArchive[] = "/tmp/tarn_download.zip";

@@ -146,19 +146,19 @@ void CFileManConf::getCheckedClasses(std::list<std::string>& out) {
 }
 
 void CFileManConf::getCheckedModes(std::list<std::string>& out) {
-    appendChecked(out, confState().s_confModeMap, foundState().s_curModeList, kKey, kKey);
+    appendChecked(out, confState().s_confModeMap, confState().s_curModeList, kKey, kKey);
 }
 
 void CFileManConf::getCheckedTypeNames(std::list<std::string>& out) {
-    appendChecked(out, confState().s_confTypeMap, foundState().s_curTypeList, kName, kName);
+    appendChecked(out, confState().s_confTypeMap, confState().s_curTypeList, kName, kName);
 }
 
 void CFileManConf::getCheckedTypeKeys(std::list<std::string>& out) {
-    appendChecked(out, confState().s_confTypeMap, foundState().s_curTypeList, kName, kKey);
+    appendChecked(out, confState().s_confTypeMap, confState().s_curTypeList, kName, kKey);
 }
 
 void CFileManConf::getCheckedPorts(std::list<std::string>& out) {
-    appendChecked(out, confState().s_confPortMap, foundState().s_curPortList, kKey, kKey);
+    appendChecked(out, confState().s_confPortMap, confState().s_curPortList, kKey, kKey);
 }
 
 void CFileManConf::getCheckedModules(std::list<std::string>& out) {

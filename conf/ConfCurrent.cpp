@@ -1,6 +1,5 @@
 #include <cstdio>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "common/CCommUtils.h"
@@ -29,31 +28,19 @@ void appendKeys(std::list<std::string>& out, const std::map<std::string, Record>
 
 } // namespace
 
-void CFileManConf::putOffScan(std::function<void()> scan) {
-    foundState().putOffScan = std::move(scan);
-}
-
-bool CFileManConf::isScanPutOff() {
-    return confState().putOffScan != nullptr;
-}
-
-void CFileManConf::finishScan() {
-    foundState();
-}
-
 void CFileManConf::addCurrentMode(const std::string& name) {
-    foundState().s_modeName = name;
-    foundState().s_curModeList.add(name);
+    confState().s_modeName = name;
+    confState().s_curModeList.add(name);
 }
 
 void CFileManConf::addCurrentType(const std::string& name) {
-    ConfState& state = foundState();
+    ConfState& state = confState();
     state.s_curTypeList.add(name);
     state.s_modeTypeMap[state.s_modeName].add(name);
 }
 
 void CFileManConf::addCurrentPort(const std::string& name) {
-    foundState().s_curPortList.add(name);
+    confState().s_curPortList.add(name);
 }
 
 void CFileManConf::addCurrentModule(const std::string& name) {
@@ -61,15 +48,15 @@ void CFileManConf::addCurrentModule(const std::string& name) {
 }
 
 void CFileManConf::getCurrentMode(std::list<std::string>& out) {
-    out = foundState().s_curModeList.names();
+    out = confState().s_curModeList.names();
 }
 
 void CFileManConf::getCurrentTypeNames(std::list<std::string>& out) {
-    out = foundState().s_curTypeList.names();
+    out = confState().s_curTypeList.names();
 }
 
 void CFileManConf::getCurrentPort(std::list<std::string>& out) {
-    out = foundState().s_curPortList.names();
+    out = confState().s_curPortList.names();
 }
 
 void CFileManConf::getCurrentModule(std::list<std::string>& out) {
@@ -77,14 +64,14 @@ void CFileManConf::getCurrentModule(std::list<std::string>& out) {
 }
 
 bool CFileManConf::isCurrentMode(const std::string& name) {
-    const ConfState& state = foundState();
+    const ConfState& state = confState();
     return state.s_curModeList.empty() ? state.s_confModeMap.count(name) != 0
                                        : state.s_curModeList.contains(name);
 }
 
 void CFileManConf::getTypeByModeName(std::list<std::string>& out, const std::string& mode) {
-    const auto found = foundState().s_modeTypeMap.find(mode);
-    if (found == foundState().s_modeTypeMap.end())
+    const auto found = confState().s_modeTypeMap.find(mode);
+    if (found == confState().s_modeTypeMap.end())
         out.clear();
     else
         out = found->second.names();
@@ -92,7 +79,7 @@ void CFileManConf::getTypeByModeName(std::list<std::string>& out, const std::str
 
 void CFileManConf::getCurrentTypeKeys(std::list<std::string>& out) {
     std::unordered_map<std::string, std::vector<const std::string*>> keysOf; // by the name in lower case
-    for (const auto& [key, type] : foundState().s_confTypeMap)
+    for (const auto& [key, type] : confState().s_confTypeMap)
         keysOf[CCommUtils::lowerCase(type.name)].push_back(&key);
     UniqueNames known(out);
     for (const std::string& name : confState().s_curTypeList.names()) {
@@ -139,20 +126,20 @@ void CFileManConf::getAllModuleNames(std::list<std::string>& out) {
 }
 
 bool CFileManConf::addTypeToMode(const std::string& type, const std::string& mode) {
-    const auto found = foundState().s_modeTypeMap.find(mode);
-    return found != foundState().s_modeTypeMap.end() && found->second.add(type);
+    const auto found = confState().s_modeTypeMap.find(mode);
+    return found != confState().s_modeTypeMap.end() && found->second.add(type);
 }
 
 void CFileManConf::clearCurrentModes() {
-    foundState().s_curModeList.clear();
+    confState().s_curModeList.clear();
 }
 
 void CFileManConf::clearCurrentTypes() {
-    foundState().s_curTypeList.clear();
+    confState().s_curTypeList.clear();
 }
 
 void CFileManConf::clearCurrentPorts() {
-    foundState().s_curPortList.clear();
+    confState().s_curPortList.clear();
 }
 
 void CFileManConf::clearCurrentModules() {
@@ -166,7 +153,7 @@ void CFileManConf::clearCurrentAll() {
 }
 
 void CFileManConf::addScanModuleInfo(const std::string& module, ScanModuleToModeInfo& info) {
-    auto& scanInfo = foundState().s_scanInfo;
+    auto& scanInfo = confState().s_scanInfo;
     if (CCommUtils::isEquals(module, "40GE")) {
         const auto stored = scanInfo.find("40GE");
         // Only the type lists merge, and only in the caller's record: the stored modes would have to be
@@ -180,7 +167,7 @@ void CFileManConf::addScanModuleInfo(const std::string& module, ScanModuleToMode
 }
 
 const std::map<std::string, ScanModuleToModeInfo>& CFileManConf::getScanModuleInfo() {
-    return foundState().s_scanInfo;
+    return confState().s_scanInfo;
 }
 
 void CFileManConf::dump(const std::string& title, const std::list<std::string>& items) {

@@ -142,8 +142,6 @@ bool CFileManConf::readConf(const std::string& path) try {
     const TiXmlElement* const filter = document ? findFilter(document->RootElement()) : nullptr;
     if (filter == nullptr)
         return false;
-    // A scan that was put off is to see the vocabulary as it was.
-    finishScan();
     xml::forEachChild(*filter, readSection);
     return true;
 } catch (const std::string& why) {

@@ -25,10 +25,9 @@ const Record& checked(const std::map<std::string, Record>& map, const std::strin
     return found->second;
 }
 
-// Cutting more than there is leaves nothing; a negative count cuts nothing.
+// A negative count cuts nothing.
 std::string cutLast(const std::string& name, int n) {
-    const std::size_t count = n < 0 ? 0 : static_cast<std::size_t>(n);
-    return count >= name.size() ? std::string() : name.substr(0, name.size() - count);
+    return CCommUtils::cutLast(name, n < 0 ? 0 : static_cast<std::size_t>(n));
 }
 
 constexpr char kUnknown[] = "Unknown";

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <functional>
 #include <list>
 #include <map>
 #include <string>
@@ -47,18 +46,12 @@ struct ConfState {
     std::string s_modeName;                           // the mode added last
     std::map<std::string, ScanModuleToModeInfo> s_scanInfo;
 
-    std::function<void()> putOffScan; // fills the lists above; empty once it has run
-
     std::array<bool, 5> s_allChecked{};
 
     ConfIndices indices;
 };
 
 ConfState& confState();
-
-// The same, for whoever looks at or changes what was found on disk: a scan that was put off runs first. Not
-// for the module list, which no scan fills.
-ConfState& foundState();
 
 // For tests that need a fresh process's state.
 void resetConfState();

@@ -18,10 +18,6 @@ public:
 
     // Null when no record has that text.
     const Record* find(const Map& map, const std::string& text) {
-        if (m_walks < kFewWalks) {
-            ++m_walks;
-            return walk(map, text);
-        }
         if (m_indexed != map.size())
             index(map);
         const auto found = m_first.find(CCommUtils::lowerCase(text));
@@ -29,17 +25,6 @@ public:
     }
 
 private:
-    // To make an index costs as much as some thirty walks. Most requests ask for less.
-    static constexpr int kFewWalks = 16;
-
-    const Record* walk(const Map& map, const std::string& text) const {
-        for (const auto& [key, record] : map) {
-            if (CCommUtils::isEquals(record.*m_field, text))
-                return &record;
-        }
-        return nullptr;
-    }
-
     void index(const Map& map) {
         m_first.clear();
         for (const auto& [key, record] : map)
@@ -50,5 +35,4 @@ private:
     std::string Record::*m_field;
     std::unordered_map<std::string, const Record*> m_first; // by the field in lower case
     std::size_t m_indexed = 0;                              // how many records the map had
-    int m_walks = 0;
 };

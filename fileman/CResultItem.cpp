@@ -2,16 +2,16 @@
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
+#include "fileman/RecordId.h"
 
 std::string CResultItem::uniqueName(const _ResultInfo* info) {
-    constexpr std::size_t kLongestName = 255;
     if (info == nullptr)
         return {};
     std::string name = "[" + info->name + "]-[" + CFileManConf::typeKey2Label(info->type) + "]-[" +
                        CFileManConf::portName2Label(info->port) + "]-[" +
                        CFileManConf::modeName2Label(info->mode) + "]";
-    if (name.size() > kLongestName)
-        name.resize(kLongestName);
+    if (name.size() > kLongestId)
+        name.resize(kLongestId);
     return name;
 }
 

@@ -1,4 +1,4 @@
-#include <array>
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <string_view>
@@ -15,14 +15,11 @@ namespace {
 
 using page::line;
 using Html = CGICommonUtils;
-using RowVisitor = std::function<void(const RecordParts&)>;
-// Shows each record of a list page to its visitor.
+// Shows each row of a list page to its visitor.
 using RowSource = std::function<void(const RowVisitor&)>;
 
-// The elements of griddata on their way to standard output. Values stand as stored, also those that end the
-// script's string, and the last element has its comma too: wanted, the scripts rely on these bytes.
-//
-// Gathered here rather than in stdio, which looks at its state for each of the pieces of 100,000 rows.
+// The elements of griddata on their way to standard output, in pieces of half a pipe: the server empties one
+// half while the other fills. Not by stdio, which looks at its state for each part of 100,000 rows.
 class RowWriter {
 public:
     RowWriter() = default;
@@ -30,76 +27,53 @@ public:
     RowWriter& operator=(const RowWriter&) = delete;
     ~RowWriter() { flush(); }
 
-    void write(const RecordParts& record) {
-        if (m_common != &record.common)
-            prepare(record.common);
-        constexpr std::string_view kBeforeName = "', name: '";
-        constexpr std::string_view kEnd = "' },\n";
-        const std::size_t size = m_beforeIdEnd.size() + record.idEnd.size() + kBeforeName.size() +
-                                 record.name.size() + m_beforeDate.size() + record.datetime.size() +
-                                 m_beforePathEnd.size() + record.pathEnd.size() + kEnd.size();
-        if (size > static_cast<std::size_t>(m_end - m_at))
-            makeRoom(size);
-        put(m_beforeIdEnd);
-        put(record.idEnd);
-        put(kBeforeName);
-        put(record.name);
-        put(m_beforeDate);
-        put(record.datetime);
-        put(m_beforePathEnd);
-        put(record.pathEnd);
-        put(kEnd);
+    // Values stand as stored, also those that end the script's string, and the last element has its comma
+    // too. This is intentional: the scripts rely on these bytes.
+    void write(const ListedRow& row) {
+        makeRoom(kFixedText + row.id.size() + row.name.size() + row.module.size() + row.mode.size() +
+                 row.test.size() + row.port.size() + row.datetime.size() + row.rsltype.size() +
+                 row.path.size());
+        put("\t\t{ id: '"), put(row.id);
+        put("', name: '"), put(row.name);
+        put("', module: '"), put(row.module);
+        put("', mode: '"), put(row.mode);
+        put("', test: '"), put(row.test);
+        put("', port: '"), put(row.port);
+        put("', datetime: '"), put(row.datetime);
+        put("', rsltype: '"), put(row.rsltype);
+        put("', path: '"), put(row.path);
+        put("' },\n");
     }
 
 private:
-    // What does not differ between the files of one directory.
-    void prepare(const _ResultInfo& common) {
-        m_common = &common;
-        m_beforeIdEnd.assign("\t\t{ id: '").append(common.id);
-        m_beforeDate.assign("', module: '").append(common.module);
-        m_beforeDate.append("', mode: '").append(common.mode);
-        m_beforeDate.append("', test: '").append(common.test);
-        m_beforeDate.append("', port: '").append(common.port).append("', datetime: '");
-        m_beforePathEnd.assign("', rsltype: '").append(common.rsltype);
-        m_beforePathEnd.append("', path: '").append(common.path);
-    }
+    static constexpr std::size_t kFixedText = 128;   // more than a row has beside its values
+    static constexpr std::size_t kPieceSize = 32768; // half a pipe
 
-    void put(std::string_view text) { m_at += text.copy(m_at, text.size()); }
+    void put(std::string_view text) { m_used += text.copy(&m_buffer[m_used], text.size()); }
 
     void makeRoom(std::size_t size) {
+        if (size <= m_buffer.size() - m_used)
+            return;
         flush();
-        if (size <= static_cast<std::size_t>(m_end - m_begin))
-            return;
-        m_large.resize(size);
-        m_begin = m_at = m_large.data();
-        m_end = m_begin + size;
+        m_buffer.resize(std::max(size, kPieceSize));
     }
 
-    // Past stdio, which would copy everything once more; what stands there goes out first.
+    // What stands in stdio's buffer goes out first.
     void flush() {
-        if (m_at == m_begin)
-            return;
         std::fflush(stdout);
-        output::write({m_begin, static_cast<std::size_t>(m_at - m_begin)});
-        m_at = m_begin;
+        output::write({m_buffer.data(), m_used});
+        m_used = 0;
     }
 
-    const _ResultInfo* m_common = nullptr; // the last record's
-    std::string m_beforeIdEnd;
-    std::string m_beforeDate;
-    std::string m_beforePathEnd;
-    std::array<char, 32768> m_buffer; // half a pipe: the server empties one half while the other fills
-    std::vector<char> m_large;        // instead, once a single row is larger
-    char* m_begin = m_buffer.data();
-    char* m_at = m_begin;
-    char* m_end = m_begin + m_buffer.size();
+    std::vector<char> m_buffer = std::vector<char>(kPieceSize);
+    std::size_t m_used = 0;
 };
 
 void writeGridData(const RowSource& showRows) {
     line(1, "var griddata = [");
     {
         RowWriter rows;
-        showRows([&rows](const RecordParts& record) { rows.write(record); });
+        showRows([&rows](const ListedRow& row) { rows.write(row); });
     }
     line(2, "];");
 }
@@ -144,7 +118,7 @@ void writePageUntilForms(const RowSource& showRows) {
 int CFileManCGI::writeFileManPage(std::list<_ResultInfo*> results) {
     writePageUntilForms([&results](const RowVisitor& visitor) {
         for (const _ResultInfo* const record : results)
-            visitor(partsOf(*record));
+            visitor(rowOf(*record));
     });
     return writeForms();
 }

@@ -1,63 +1,79 @@
 #pragma once
 
 #include <cstddef>
+#include <ctime>
 #include <deque>
 #include <functional>
 #include <list>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "common/FileDate.h"
 #include "fileman/ResultInfo.h"
+
+// What a page shows of one record. The texts are valid while the row is shown.
+struct ListedRow {
+    std::string_view id;
+    std::string_view name;
+    std::string_view module;
+    std::string_view mode;
+    std::string_view test;
+    std::string_view port;
+    std::string_view datetime;
+    std::string_view rsltype;
+    std::string_view path;
+};
+
+using RowVisitor = std::function<void(const ListedRow&)>;
+
+ListedRow rowOf(const _ResultInfo& record);
+
+// Stands for the date of a listed file that nobody has read yet.
+inline constexpr std::time_t kDateNotRead = kUnknownTime + 1;
 
 // The records of the last load, in the order found.
 //
-// Of a listed file only its place in the directory's listing is kept, where its date is, too: the list page
-// looks at each record once, and a list of 100,000 would otherwise spend more on memory than on the disk.
-// Records that somebody wants to hold are made when he asks, and stay.
+// A listed file is kept as a pointer into its directory's listing and a date, not as a record: a page shows
+// each row once, and 100,000 records of eleven strings cost more than reading the disk. A record is made when
+// somebody wants to hold it, and stays.
 class LoadedList {
 public:
-    using Visitor = std::function<void(const RecordParts&)>;
-
     void clear();
-    std::size_t size() const { return m_items.size(); }
+    std::size_t size() const { return m_size; }
 
     void add(_ResultInfo* record);
-    // The files added from now on come from that directory and have those fields in common.
+    // The files added from now on come from that directory and have the fields of record in common.
     void startFiles(_ResultInfo common, const std::string& directory);
     // fileName: of an entry of the directory, in its listing, which lives as long as the list.
-    void addFile(const char* fileName);
+    void addFile(std::string_view fileName, std::time_t changeTime);
 
-    // Shows the paths of the records from the position first on.
-    void visitPaths(std::size_t first, const std::function<void(const std::string& path)>& visitor) const;
+    // Shows the rows in order.
+    void visit(const RowVisitor& visitor) const;
+    // Shows the paths of the files added since the last startFiles.
+    void visitNewestPaths(const std::function<void(const std::string& path)>& visitor) const;
 
-    // Drops the records whose identifier is not chosen, and reads the dates of the others where they are
-    // missing.
+    // Drops the records whose identifier is not chosen; reads the dates of the others where they are missing.
     void keepOnly(const std::function<bool(const std::string& id)>& isChosen);
 
-    // Shows the records in order; name and datetime are valid during the call only.
-    void visit(const Visitor& visitor) const;
-
-    // Replaces out by all records; the same ones whenever it is asked.
-    void getRecords(std::list<_ResultInfo*>& out) const;
+    // Replaces out by all records; the same ones at each call.
+    void getRecords(std::list<_ResultInfo*>& out);
 
 private:
-    union Item {
-        const char* fileName;
-        _ResultInfo* record;
+    struct ListedFile {
+        std::string_view name; // in the listing
+        std::time_t changeTime;
     };
     // Neighbours of one kind: files of one directory, or records.
-    struct Run {
-        bool areFiles;
-        _ResultInfo common; // of files; id and path only begin here
-        std::size_t end;    // the position behind the last of them
+    struct Batch {
+        _ResultInfo common; // of the files; id is the prefix of theirs, path their directory with its '/'
+        std::vector<ListedFile> files;
+        std::vector<_ResultInfo*> records;
     };
+    class RowMaker;
 
-    void append(_ResultInfo* record) const;
-    void replaceBy(const std::list<_ResultInfo*>& records) const;
-    // Calls step(run, item) for each item from the position first on.
-    template<typename Step>
-    void forEachItem(std::size_t first, Step&& step) const;
+    void replaceBy(const std::list<_ResultInfo*>& records);
 
-    // Files become records when somebody asks for these; what is in the list stays the same.
-    mutable std::deque<Run> m_runs;
-    mutable std::deque<Item> m_items;
+    std::deque<Batch> m_batches;
+    std::size_t m_size = 0;
 };

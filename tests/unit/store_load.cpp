@@ -1,5 +1,6 @@
 #include "StoreFixture.h"
 #include "common/CCommUtils.h"
+#include "fileman/RecordId.h"
 
 namespace {
 
@@ -144,7 +145,7 @@ TEST_F(Pipeline, ChosenRecordsAreThoseOfTheWholeListWithTheirDates) {
     EXPECT_EQ(6u, chosen.size());
     EXPECT_EQ(told(all), told(chosen));
     EXPECT_EQ(0u, std::count_if(chosen.begin(), chosen.end(), [](const _ResultInfo* info) {
-                  return info->datetime.empty() || info->id.size() > CFileManager::kLongestId;
+                  return info->datetime.empty() || info->id.size() > kLongestId;
               }));
 }
 
@@ -196,9 +197,9 @@ TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
         writeFile("/home/" + dir + "/t/a.html", "");
         for (const bool isScanned : {false, true}) {
             CFileManager store;
+            if (!isScanned)
+                store.deferScan();
             store.scanFilters();
-            if (isScanned)
-                Conf::finishScan();
             _ResultFilter filter;
             filter.includeResults = true;
             store.setFilter(filter);
@@ -258,17 +259,16 @@ TEST_F(Pipeline, ExtraDirectoriesPastTheListAreAnEmptyEntry) {
     EXPECT_EQ(Rows{}, load([](CFileManager& store) { return store.loadExtraResult(1); }, filter));
 }
 
-// A directory that the scan has read is not opened again for the dates.
+// A directory that the scan has read is closed when its dates are read.
 TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
     for (const std::string name : {"1.html", "2.html", "3.html", "4.html", "5.html"})
         files({("c/rfc/" + name).c_str(), ("ktb/screen/" + name).c_str()});
-    const auto start = std::filesystem::current_path();
     testing::internal::CaptureStderr();
     for (const bool isScanned : {false, true}) {
         CFileManager store;
+        if (!isScanned)
+            store.deferScan();
         store.scanFilters();
-        if (isScanned)
-            Conf::finishScan();
         store.setFilter({{"CPRI"}, {"C"}, {}, {}, true, false, {}});
         std::list<_ResultInfo*> loaded;
         store.loadResults(loaded);
@@ -279,7 +279,6 @@ TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
         }
         EXPECT_EQ(7, store.loadScreenShot());
     }
-    EXPECT_EQ(start, std::filesystem::current_path());
     EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 

@@ -177,7 +177,6 @@ TEST_F(StoreTest, Otu3OfThe100GeDirectoriesBelongsTo40Ge) {
 TEST_F(StoreTest, ScanFiltersReadsTheDocumentAndBothScans) {
     CFileManager store;
     store.scanFilters();
-    Conf::finishScan();
     EXPECT_TRUE(Conf::getModulesInfo().empty());
     writeFile(Conf::getConfFileName(), "<c><filter><module><e name='M'><o mode_name='SDH/PDH'>"
                                        "<h test_name='Result' dir_name='s'/></o></e></module></filter></c>");
@@ -185,8 +184,11 @@ TEST_F(StoreTest, ScanFiltersReadsTheDocumentAndBothScans) {
     store.scanFilters();
     EXPECT_EQ("10G P1", joined(listFrom(Conf::getCurrentPort))) << "the disk is read again";
     dirs({"10gport2"});
-    // Put off until somebody asks, but not beyond the end of the store.
-    CFileManager().scanFilters();
+    CFileManager deferring;
+    deferring.deferScan();
+    deferring.scanFilters();
+    EXPECT_EQ("10G P1", joined(listFrom(Conf::getCurrentPort)));
+    deferring.finishScan();
     EXPECT_EQ("M: - / bert\n  SDH/PDH: /\n", scanText());
     EXPECT_EQ("10G P1,10G P2", joined(sorted(listFrom(Conf::getCurrentPort))));
 }

@@ -4,7 +4,7 @@
 
 #include "fileman/ResultInfo.h"
 
-// Which file tells the advanced information of a listed file D/base.ext. That they differ is wanted: the
+// Which file holds the advanced information of a listed file D/base.ext. The difference is intentional: the
 // sources were written for instruments that store it in different places.
 enum class StoredInfo {
     Plain,     // D/base
@@ -13,13 +13,14 @@ enum class StoredInfo {
 };
 
 // Whether the instrument's own saved last configuration is listed.
-enum class Scratch { Keep, Drop };
+enum class LastConfiguration { Keep, Drop };
 
 // One directory whose files are to be listed, and what all of their records have in common.
 struct FileSource {
     std::string dir;
-    bool isListed = false; // as a directory, in the listing of its parent, which need not be asked again
+    // Whether the listing of its parent shows it as a directory, so that nobody has to look for it again.
+    bool isListed = false;
     StoredInfo storedInfo = StoredInfo::Plain;
-    Scratch scratch = Scratch::Drop;
+    LastConfiguration lastConfiguration = LastConfiguration::Drop;
     _ResultInfo record; // every field but id, name, datetime and path
 };

@@ -1,26 +1,34 @@
+#include "fileman/scan/VocabularyScan.h"
+
 #include <algorithm>
+#include <string_view>
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
-#include "fileman/CFileManager.h"
-#include "fileman/disk/StorageTree.h"
+#include "fileman/names/Suffixes.h"
 
 namespace {
 
-bool equals(const std::string& name, const char* word) {
+bool equals(std::string_view name, std::string_view word) {
     return CCommUtils::isEquals(name, word);
 }
 
-bool startsWith(const std::string& name, const char* prefix) {
+bool startsWith(std::string_view name, std::string_view prefix) {
     return CCommUtils::isStartsWith(name, prefix);
 }
 
-bool endsWith(const std::string& name, const char* suffix) {
+bool endsWith(std::string_view name, std::string_view suffix) {
     return CCommUtils::isEndsWith(name, suffix);
 }
 
-bool contains(const std::string& name, const char* part) {
+bool contains(std::string_view name, std::string_view part) {
     return CCommUtils::isContains(name, part);
+}
+
+// Type directories without an ending.
+bool isSpecialType(std::string_view name) {
+    static constexpr std::string_view kSpecialTypes[] = {"opm", "screen", "fiberscope", "odm", "wsa"};
+    return std::find(std::begin(kSpecialTypes), std::end(kSpecialTypes), name) != std::end(kSpecialTypes);
 }
 
 void addType(const std::string& key) {
@@ -37,27 +45,25 @@ void addTypeToMode(const std::string& typeKey, const std::string& modeKey) {
 
 // Directories of the SDH family that lie below a port without a mode directory of their own.
 bool isSdhDir(const std::string& name, const std::string& path) {
-    static constexpr const char* kPrefixes[] = {"ktp-", "sdh10g-", "sdh2g5-"};
-    static constexpr const char* kNames[] = {"bert", "isdn", "jit", "jtf", "mjt", "pulse", "wan"};
+    static constexpr std::string_view kPrefixes[] = {"ktp-", "sdh10g-", "sdh2g5-"};
+    static constexpr std::string_view kNames[] = {"bert", "isdn", "jit", "jtf", "mjt", "pulse", "wan"};
     if (!contains(path, "10g") && !contains(path, "2g5"))
         return false;
     return std::any_of(std::begin(kPrefixes), std::end(kPrefixes),
-                       [&](const char* prefix) { return startsWith(name, prefix); }) ||
+                       [&](std::string_view prefix) { return startsWith(name, prefix); }) ||
            std::any_of(std::begin(kNames), std::end(kNames),
-                       [&](const char* word) { return equals(name, word); });
+                       [&](std::string_view word) { return equals(name, word); });
 }
 
 // The test results of a CPRI layer, which lie beside the modes of their module; null for other names.
 const char* cpriLayerOf(const std::string& name) {
-    for (const char* const layer : {"cpril1", "cpril2"}) {
-        if (startsWith(name, ("2g5-" + std::string(layer)).c_str()))
-            return layer;
-    }
-    return nullptr;
+    if (startsWith(name, "2g5-cpril1"))
+        return "cpril1";
+    return startsWith(name, "2g5-cpril2") ? "cpril2" : nullptr;
 }
 
 bool isSuffixedDir(const std::string& name) {
-    return endsWith(name, "-rslt") || endsWith(name, "-prof");
+    return endsWith(name, suffix::kRslt) || endsWith(name, suffix::kProf);
 }
 
 // The configured directory name of the mode for which a directory stands; "" when it stands for none.
@@ -89,9 +95,9 @@ std::string sdhTypeKey(const std::string& name) {
     return "bert";
 }
 
-void addPort(const std::string& name, std::size_t suffixLength, const char* portOf10g) {
-    const std::string key = name.substr(0, name.size() - suffixLength);
-    CFileManConf::addCurrentPort(startsWith(name, "10g") ? portOf10g : CFileManConf::getPortName(key));
+void addPort(const std::string& name, std::string_view suffix, const char* portOf10g) {
+    CFileManConf::addCurrentPort(
+        startsWith(name, "10g") ? portOf10g : CFileManConf::getPortName(suffix::cut(name, suffix)));
 }
 
 // The port that a directory of this name stands for as a whole.
@@ -103,37 +109,35 @@ void addPortOf(const std::string& name) {
 }
 
 void registerPortDir(const std::string& name) {
-    if (endsWith(name, "port"))
-        addPort(name, 4, "10G P1");
-    else if (endsWith(name, "port2"))
-        addPort(name, 5, "10G P2");
+    if (endsWith(name, suffix::kPort))
+        addPort(name, suffix::kPort, "10G P1");
+    else if (endsWith(name, suffix::kPort2))
+        addPort(name, suffix::kPort2, "10G P2");
     else
         addPortOf(name);
 }
 
 // The companions of reports hold pictures only, and "usbd" is a foreign medium.
 bool isScannedName(const std::string& name) {
-    return name != "usbd" && !endsWith(name, "_files");
+    return name != "usbd" && !endsWith(name, suffix::kFiles);
 }
 
 } // namespace
 
-void CFileManager::scanFilters() {
-    CFileManConf::finishScan();
-    forgetDisk();
-    CFileManConf::readConf(CFileManConf::getConfFileName());
-    // Only a list without a mode filter and the filter pages look at what the scans find.
-    CFileManConf::putOffScan([this] {
-        scanDir();
-        scanResultFilters(m_home);
-    });
+void VocabularyScan::scan(const std::string& path) {
+    registerDirectory(path);
+    const Directory* const directory = m_tree.openListed(path);
+    if (directory == nullptr)
+        return;
+    for (const DirEntry entry : *directory) {
+        if (entry.type == EntryType::Directory && isScannedName(std::string(entry.name)))
+            scan(entryPath(path, entry.name));
+    }
 }
 
-// Each directory on the way to path counts, as the scan comes by all of them.
-bool CFileManager::showsMode(const std::string& path, const std::string& mode) {
-    if (!CFileManConf::isScanPutOff() || !m_tree->isListedDirectory(path))
-        return false;
-    for (std::size_t end = m_home.size(); end != std::string::npos;) {
+bool VocabularyScan::registersMode(const std::string& root, const std::string& path,
+                                   const std::string& mode) {
+    for (std::size_t end = root.size(); end != std::string::npos;) {
         end = path.find('/', end + 1);
         const std::string place = path.substr(0, end);
         const std::string name = CCommUtils::dirName(place);
@@ -146,29 +150,8 @@ bool CFileManager::showsMode(const std::string& path, const std::string& mode) {
     return false;
 }
 
-// The scan comes by that directory and registers the name of its type.
-bool CFileManager::showsScreenType(const std::string& path) {
-    std::list<std::string> keys;
-    if (CFileManConf::isScanPutOff() && m_tree->isListedDirectory(path))
-        CFileManConf::getTypeKeys(keys, CFileManConf::getTypeName("screen"));
-    return CCommUtils::isContains(keys, "screen");
-}
-
-void CFileManager::scanResultFilters(const std::string& path) {
-    // Called by hand, it comes after the scan that was put off, and must not be interrupted by it.
-    CFileManConf::finishScan();
-    registerDirectory(path);
-    const Directory* const directory = m_tree->openListed(path);
-    if (directory == nullptr)
-        return;
-    for (const DirEntry entry : *directory) {
-        if (entry.type == EntryType::Directory && isScannedName(std::string(entry.name)))
-            scanResultFilters(entryPath(path, entry.name));
-    }
-}
-
 // What a directory stands for follows from its name, its parent's, and for the SDH family its path.
-void CFileManager::registerDirectory(const std::string& path) {
+void VocabularyScan::registerDirectory(const std::string& path) {
     const std::string name = CCommUtils::dirName(path);
     const std::string parent = CCommUtils::upDirName(path);
     const std::string mode = modeKeyOf(name, path);
@@ -182,8 +165,8 @@ void CFileManager::registerDirectory(const std::string& path) {
         registerTypeOrPortDir(name, mode);
 }
 
-void CFileManager::registerSdhDir(const std::string& name, const std::string& parent,
-                                  const std::string& mode) {
+void VocabularyScan::registerSdhDir(const std::string& name, const std::string& parent,
+                                    const std::string& mode) {
     typePrefixFlag = false;
     addMode(mode);
     addPortOf(parent);
@@ -193,8 +176,8 @@ void CFileManager::registerSdhDir(const std::string& name, const std::string& pa
 }
 
 // Mode directories that are known by their whole name or its start; false for every other name.
-bool CFileManager::registerModeDir(const std::string& name, const std::string& parent,
-                                   const std::string& mode) {
+bool VocabularyScan::registerModeDir(const std::string& name, const std::string& parent,
+                                     const std::string& mode) {
     if (equals(name, "ktr")) {
         typePrefixFlag = false;
         addMode(mode);
@@ -218,31 +201,31 @@ bool CFileManager::registerModeDir(const std::string& name, const std::string& p
     return true;
 }
 
-void CFileManager::registerSuffixedModeDir(const std::string& name, const std::string& mode) {
+void VocabularyScan::registerSuffixedModeDir(const std::string& name, const std::string& mode) {
     if (const char* const layer = cpriLayerOf(name)) {
         addType(layer);
         addTypeToMode(layer, "cpri");
         return;
     }
-    // Stays as it is for everything scanned from here on, later siblings included, until another rule sets
-    // it.
+    // The flag holds for everything that is scanned from here on, later siblings included, until another
+    // rule sets it.
     typePrefixFlag = startsWith(name, "kts-");
     addMode(mode);
 }
 
-void CFileManager::registerTypeOrPortDir(const std::string& name, const std::string& mode) {
-    for (const std::string suffix : {"-result", "-setup"}) {
-        if (CCommUtils::isEndsWith(name, suffix)) {
-            const std::string key = name.substr(0, name.size() - suffix.size());
+void VocabularyScan::registerTypeOrPortDir(const std::string& name, const std::string& mode) {
+    for (const std::string_view suffix : {suffix::kResult, suffix::kSetup}) {
+        if (endsWith(name, suffix)) {
+            const std::string key = suffix::cut(name, suffix);
             return addType(typePrefixFlag && !key.empty() ? key.substr(1) : key);
         }
     }
-    // The whole name, unlike the other suffixes: wanted.
-    if (endsWith(name, "-trace"))
+    // The whole name, unlike the other endings. This is intentional: the types are named so.
+    if (endsWith(name, suffix::kTrace))
         return addType(name);
-    if (endsWith(name, "-mpeg"))
-        return addType(name.substr(0, name.size() - 5));
-    if (!CCommUtils::isContains(m_specialTypes, name))
+    if (endsWith(name, suffix::kMpeg))
+        return addType(suffix::cut(name, suffix::kMpeg));
+    if (!isSpecialType(name))
         return registerPortDir(name);
     if (!mode.empty()) {
         addMode(mode);

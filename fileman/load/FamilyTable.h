@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
-#include "fileman/ResultInfo.h"
-#include "fileman/load/FileStep.h"
-#include "fileman/load/LoadPass.h"
+#include "fileman/LoadInfo.h"
+#include "fileman/TestMode.h"
+#include "fileman/load/FileSource.h"
 
 // What is opened below each root of a family.
 enum class ModeDir {
@@ -14,13 +14,14 @@ enum class ModeDir {
     Required, // the root itself, but an empty name lists nothing
 };
 
-// Where the port of a file comes from. Filters see a port directory's str2Port name, records its label.
+// Where the port of a file comes from. The filter is compared with a port directory's port name; the record
+// may show its label instead.
 enum class PortFrom {
     None,         // no port level, records without a port
-    Dir,          // a port directory, by str2Port
-    DirLabel,     // the same, but 10G names become their str2PortName label
-    DirLabelOtux, // the same with str2PortNameOtux
-    Root,         // the root is the port, by str2PortName
+    Dir,          // a port directory, by its port name
+    DirLabel,     // the same, but the record of a 10G port shows its label
+    DirLabelOtux, // the same with the labels of OTU-X
+    Root,         // the root is the port, by its label
     RootOtux,     // the root is the port: "M1" below "/p1/", else "M2"
 };
 
@@ -33,7 +34,7 @@ struct TypeKeys {
     std::string record;
 };
 
-// One row a loader; two loaders with two kinds of directory are written out instead.
+// One row for each loader. Two loaders with two kinds of directory have none; FamilyLoader spells them out.
 struct FamilyRule {
     TestMode family;
     Half half;
@@ -43,7 +44,7 @@ struct FamilyRule {
     // files lie above it and are of the type "bert".
     std::optional<TypeKeys> (*typeKeys)(const std::string& dirName);
     Types types;
-    Scratch scratch;
+    LastConfiguration lastConfiguration;
 };
 
 // The family's rule; null for the loaders that have none.

@@ -1,26 +1,26 @@
+#include "fileman/scan/ModuleScan.h"
+
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
+#include "common/UniqueNames.h"
 #include "conf/CFileManConf.h"
-#include "fileman/CFileManager.h"
-#include "fileman/disk/StorageTree.h"
-#include "fileman/load/LoadPass.h"
+#include "fileman/ModeSources.h"
+#include "fileman/names/PortNames.h"
+#include "fileman/names/Suffixes.h"
+#include "fileman/names/TypeNames.h"
 
 namespace {
 
 using Names = std::list<std::string>;
 using PortTypes = std::map<std::string, Names>;
 
-constexpr int kResultSuffixLength = 7; // "-result"
-constexpr int kSetupSuffixLength = 6;  // "-setup"
-
-// Names are gathered as they come and then sorted out: a look at the list for each of 100,000 would take a
-// minute.
+// Names are gathered as they come and sorted out at the end: to look through the list for each of 100,000
+// takes a minute.
 void keepFirstOfEach(Names& list) {
-    if (list.size() < 2)
-        return;
     std::unordered_set<std::string_view> seen;
     list.remove_if([&](const std::string& name) { return !seen.insert(name).second; });
 }
@@ -40,7 +40,7 @@ void keepFirstOfEach(ScanModuleToModeInfo& scan) {
 }
 
 // Hands the finished record of a module over.
-void keep(const std::string& module, ScanModuleToModeInfo& scan) {
+void record(const std::string& module, ScanModuleToModeInfo& scan) {
     keepFirstOfEach(scan);
     CFileManConf::addScanModuleInfo(module, scan);
 }
@@ -53,14 +53,13 @@ PortTypes& portsOf(ScanModeToPortInfo& scan, bool isResult) {
     return isResult ? scan.rsltPorts : scan.profPorts;
 }
 
-// Adds the types of a port directory. The half's usual suffix length is cut whatever suffix a name really
-// has: wanted, the filter pages of the instrument know the types so.
+// Adds the types of a port directory. Each name loses the length of the half's usual ending, whatever it ends
+// in. This is intentional: the filter pages of the instrument know the types so.
 void scanPortDir(const Directory& portDir, bool isResult, Names& types) {
     for (const DirEntry entry : portDir) {
         const std::string name(entry.name);
-        if (entry.type == EntryType::Directory && CFileManager::isValidTypeDirName(name))
-            types.push_back(
-                CFileManager::str2Type(name, isResult ? kResultSuffixLength : kSetupSuffixLength));
+        if (entry.type == EntryType::Directory && types::isTypeDir(name))
+            types.push_back(suffix::cut(name, isResult ? suffix::kResult : suffix::kSetup));
     }
 }
 
@@ -72,7 +71,7 @@ void forEachPortDir(StorageTree& tree, const std::string& path, Visitor&& visit)
         return;
     for (const DirEntry entry : *directory) {
         const std::string name(entry.name);
-        if (entry.type != EntryType::Directory || !CFileManager::isValidPortDirName(name))
+        if (entry.type != EntryType::Directory || !ports::isPortDir(name))
             continue;
         if (const Directory* const portDir = tree.openListed(entryPath(path, name)))
             visit(name, *portDir);
@@ -81,25 +80,25 @@ void forEachPortDir(StorageTree& tree, const std::string& path, Visitor&& visit)
 
 bool hasFmonitorEntry(const Directory& directory) {
     for (const DirEntry entry : directory) {
-        if (isFmonitorEntry(entry.name))
+        if (types::isFiberMonitor(entry.name))
             return true;
     }
     return false;
 }
 
 void scanTree(StorageTree& tree, const std::string& path, const LoadInfo& info, Names& types,
-              PortTypes& ports) {
+              PortTypes& found) {
     const Directory* const directory = tree.open(path);
     if (directory == nullptr)
         return;
     if (hasFmonitorEntry(*directory))
         types.push_back("fmonitor");
-    const UniqueNames known = knownPorts(info);
+    const UniqueNames known(ports::fromDirNames(info.subDirs));
     forEachPortDir(tree, path, [&](const std::string& name, const Directory& portDir) {
-        const std::string port = CFileManager::str2Port(name, -1);
+        const std::string port = ports::fromDirName(name);
         // Two directories of one port share its entry.
-        if (!isFmonitorEntry(name) && known.contains(port))
-            scanPortDir(portDir, info.isResult != 0, ports[port]);
+        if (!types::isFiberMonitor(name) && known.contains(port))
+            scanPortDir(portDir, info.isResult != 0, found[port]);
     });
 }
 
@@ -113,51 +112,53 @@ void noteExtraDir(const ExtraDirInfo& extra, ScanModuleToModeInfo& moduleScan, S
 
 } // namespace
 
-void CFileManager::scanSubDir(LoadInfo& info, ScanModuleToModeInfo& moduleScan,
-                              ScanModeToPortInfo& modeScan) {
-    gatherSubDir(info, moduleScan, modeScan);
+void ModuleScan::scanDirectory(const LoadInfo& info, ScanModuleToModeInfo& moduleScan,
+                               ScanModeToPortInfo& modeScan) {
+    gather(info, moduleScan, modeScan);
     keepFirstOfEach(moduleScan);
     keepFirstOfEach(modeScan);
 }
 
-bool CFileManager::gatherSubDir(const LoadInfo& info, ScanModuleToModeInfo& moduleScan,
-                                ScanModeToPortInfo& modeScan) {
+void ModuleScan::gather(const LoadInfo& info, ScanModuleToModeInfo& moduleScan,
+                        ScanModeToPortInfo& modeScan) {
     const bool isResult = info.isResult != 0;
-    const std::string path = entryPath(m_home, info.dir);
+    const std::string path = entryPath(paths::kHome, info.dir);
     Names& types = typesOf(moduleScan, isResult);
-    if (!m_tree->exists(path))
-        return false;
+    if (!m_tree.exists(path))
+        return;
     if (info.scanTree == 1) {
-        scanTree(*m_tree, path, info, types, portsOf(modeScan, isResult));
+        scanTree(m_tree, path, info, types, portsOf(modeScan, isResult));
     } else if (info.subDirs.empty()) {
-        const std::string type = flatModeType(info.mode);
+        const std::string type = types::ofFlatMode(info.mode);
         if (!type.empty())
             types.push_back(type);
     } else {
         for (const std::string& name : info.subDirs) {
-            if (m_tree->exists(entryPath(path, name)))
-                types.push_back(fixedDirType(name));
+            if (m_tree.exists(entryPath(path, name)))
+                types.push_back(types::fromConfiguredDir(name));
         }
     }
+}
+
+bool ModuleScan::scanHalf(const LoadInfo& info, ScanModuleToModeInfo& moduleScan,
+                          ScanModeToPortInfo& modeScan) {
+    if (info.dir.empty() || !m_tree.exists(entryPath(paths::kHome, info.dir)))
+        return false;
+    gather(info, moduleScan, modeScan);
     return true;
 }
 
-bool CFileManager::scanHalf(const LoadInfo& info, ScanModuleToModeInfo& moduleScan,
-                            ScanModeToPortInfo& modeScan) {
-    return !info.dir.empty() && gatherSubDir(info, moduleScan, modeScan);
-}
-
-bool CFileManager::scanMode(const ModuleInfo& module, const ModeOptInfo& option,
-                            ScanModuleToModeInfo& moduleScan) {
+bool ModuleScan::scanMode(const ModuleInfo& module, const ModeOptInfo& option,
+                          ScanModuleToModeInfo& moduleScan) {
     ScanModeToPortInfo modeScan;
-    bool found = scanHalf(modePass(module.name, option, Half::Result), moduleScan, modeScan);
-    if (isMtieMode(module.name, option.mode_name) && m_tree->exists(m_home + paths::kMtieDir)) {
+    bool found = scanHalf(loadInfoOf(module.name, option, Half::Result), moduleScan, modeScan);
+    if (isMtieMode(module.name, option.mode_name) && m_tree.exists(paths::kMtieDir)) {
         found = true;
         moduleScan.rsltTypes.push_back("mtie");
     }
-    found |= scanHalf(modePass(module.name, option, Half::Profile), moduleScan, modeScan);
+    found |= scanHalf(loadInfoOf(module.name, option, Half::Profile), moduleScan, modeScan);
     for (const ExtraDirInfo* const extra : CFileManConf::getExtraDirs(module.name, option.mode_name)) {
-        if (!m_tree->exists(entryPath(m_home, extra->dir_name)))
+        if (!m_tree.exists(entryPath(paths::kHome, extra->dir_name)))
             continue;
         found = true;
         noteExtraDir(*extra, moduleScan, modeScan);
@@ -167,52 +168,60 @@ bool CFileManager::scanMode(const ModuleInfo& module, const ModeOptInfo& option,
     return found;
 }
 
-void CFileManager::scanDir() {
+void ModuleScan::scanModules() {
     for (const auto& [name, module] : CFileManConf::getModulesInfo()) {
         ScanModuleToModeInfo moduleScan;
         bool found = false;
         for (const auto& [mode, option] : module.modeOpts)
             found |= scanMode(module, option, moduleScan);
         if (found)
-            keep(name, moduleScan);
+            record(name, moduleScan);
     }
-    scanCommonDir();
+    scanCommonModule();
 }
 
-void CFileManager::scanCommonDir() {
+void ModuleScan::scanCommonModule() {
     ScanModuleToModeInfo moduleScan;
     ScanModeToPortInfo modeScan;
     bool found = false;
     for (const auto& [name, option] : CFileManConf::getCommonModuleInfo()) {
-        const std::string path = entryPath(m_home, option.dir_name);
-        if (!m_tree->exists(path))
+        if (!m_tree.exists(entryPath(paths::kHome, option.dir_name)))
             continue;
         found = true;
-        const bool isResult = CCommUtils::isEquals(option.test_name, "Result");
-        if (!isResult && !CCommUtils::isEquals(option.test_name, "Profile"))
-            continue;
-        typesOf(moduleScan, isResult).push_back(option.key);
-        forEachPortDir(*m_tree, path, [&](const std::string& dirName, const Directory& portDir) {
-            Names types;
-            scanPortDir(portDir, isResult, types);
-            // Of two directories of one port the first stays, unlike in the tree scan: wanted.
-            portsOf(modeScan, isResult).emplace(str2Port(dirName, -1), std::move(types));
-        });
+        scanCommonOption(option, moduleScan, modeScan);
     }
     if (!found)
         return;
     moduleScan.modes.emplace("Common", std::move(modeScan));
-    keep("Common", moduleScan);
+    record("Common", moduleScan);
 }
 
-void CFileManager::scanOtu3In100geDir() {
-    const Names ports{"otu3port"};
+void ModuleScan::scanCommonOption(const CommonOptInfo& option, ScanModuleToModeInfo& moduleScan,
+                                  ScanModeToPortInfo& modeScan) {
+    const bool isResult = CCommUtils::isEquals(option.test_name, "Result");
+    if (!isResult && !CCommUtils::isEquals(option.test_name, "Profile"))
+        return;
+    typesOf(moduleScan, isResult).push_back(option.key);
+    forEachPortDir(m_tree, entryPath(paths::kHome, option.dir_name),
+                   [&](const std::string& dirName, const Directory& portDir) {
+                       Names types;
+                       scanPortDir(portDir, isResult, types);
+                       // Of two directories of one port the first stays, unlike in the tree scan. This is
+                       // intentional.
+                       portsOf(modeScan, isResult).emplace(ports::fromDirName(dirName), std::move(types));
+                   });
+}
+
+void ModuleScan::scanOtu3() {
+    const Names portDirs{"otu3port"};
     ScanModuleToModeInfo moduleScan;
     ScanModeToPortInfo modeScan;
-    bool found = scanHalf({"40GE", "OTU3", paths::kOtu3ResultDir, 1, ports, 1}, moduleScan, modeScan);
-    found |= scanHalf({"40GE", "OTU3", paths::kOtu3ProfileDir, 1, ports, 0}, moduleScan, modeScan);
+    bool found = scanHalf(portTreeInfo("40GE", "OTU3", paths::kOtu3ResultsBelowHome, portDirs, Half::Result),
+                          moduleScan, modeScan);
+    found |= scanHalf(portTreeInfo("40GE", "OTU3", paths::kOtu3ProfilesBelowHome, portDirs, Half::Profile),
+                      moduleScan, modeScan);
     if (!found)
         return;
     moduleScan.modes.emplace("OTU3", std::move(modeScan));
-    keep("40GE", moduleScan);
+    record("40GE", moduleScan);
 }

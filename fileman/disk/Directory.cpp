@@ -1,0 +1,102 @@
+#include "fileman/disk/Directory.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "common/DotEntry.h"
+#include "common/Report.h"
+#include "common/Retry.h"
+
+namespace {
+
+// Up to some fifty entries a walk through the listing is cheaper than to make an index.
+constexpr std::size_t kShortListing = 2048;
+
+EntryType entryType(unsigned char listed) {
+    switch (listed) {
+    case DT_REG:
+        return EntryType::RegularFile;
+    case DT_DIR:
+        return EntryType::Directory;
+    default:
+        return EntryType::Other;
+    }
+}
+
+const dirent64& recordAt(const char* at) {
+    return *reinterpret_cast<const dirent64*>(at);
+}
+
+} // namespace
+
+Directory::Iterator::Iterator(const char* at, const char* end) : m_at(at), m_end(end) {
+    skipDots();
+}
+
+DirEntry Directory::Iterator::operator*() const {
+    const dirent64& record = recordAt(m_at);
+    return {record.d_name, entryType(record.d_type)};
+}
+
+Directory::Iterator& Directory::Iterator::operator++() {
+    m_at += recordAt(m_at).d_reclen;
+    skipDots();
+    return *this;
+}
+
+void Directory::Iterator::skipDots() {
+    while (m_at != m_end && isDotEntry(recordAt(m_at).d_name))
+        m_at += recordAt(m_at).d_reclen;
+}
+
+std::optional<EntryType> Directory::find(std::string_view name) {
+    if (m_listing.size() <= kShortListing) {
+        for (const DirEntry entry : *this) {
+            if (entry.name == name)
+                return entry.type;
+        }
+        return std::nullopt;
+    }
+    if (!m_index) {
+        m_index = std::make_unique<Index>();
+        for (const DirEntry entry : *this)
+            m_index->emplace(entry.name, entry.type);
+    }
+    const auto found = m_index->find(name);
+    return found == m_index->end() ? std::nullopt : std::optional<EntryType>(found->second);
+}
+
+std::string entryPath(std::string_view directory, std::string_view name) {
+    std::string path;
+    path.reserve(directory.size() + 1 + name.size());
+    return path.append(directory).append("/").append(name);
+}
+
+// By getdents64 itself: opendir adds a stat, a buffer from the heap and a second look at the descriptor, as
+// much as it costs to read a small directory.
+OpenedDirectory::OpenedDirectory(const std::string& path)
+    : descriptor(retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); })) {
+    if (!descriptor) {
+        hasFailed = reportUnlessAbsent("open directory", path, errno);
+        return;
+    }
+    alignas(dirent64) std::array<char, 32768> buffer;
+    std::vector<char> records;
+    const auto readSome = [&] { return ::getdents64(descriptor.get(), buffer.data(), buffer.size()); };
+    ssize_t size = 0;
+    while ((size = retryInterrupted(readSome)) > 0)
+        records.insert(records.end(), buffer.data(), buffer.data() + size);
+    if (size < 0 && errno != ENOENT) { // that one says that the directory was removed
+        report("read directory", path, std::string("broken off, ") + std::strerror(errno));
+        hasFailed = true;
+    }
+    listing.emplace(std::move(records));
+}
+
+std::optional<Directory> readDirectory(const std::string& path) {
+    return OpenedDirectory(path).listing;
+}

@@ -1,0 +1,63 @@
+#include "fileman/load/FileLister.h"
+
+#include <optional>
+#include <utility>
+
+#include "fileman/disk/DateReader.h"
+#include "fileman/names/ListedFiles.h"
+
+namespace {
+
+bool isListedName(const FileSource& source, std::string_view fileName) {
+    return listed::hasExtension(fileName) &&
+           (source.lastConfiguration == LastConfiguration::Keep || !listed::isLastConfiguration(fileName));
+}
+
+std::string storedInfoName(StoredInfo kind, std::string_view fileName) {
+    const std::string base(listed::baseName(fileName));
+    switch (kind) {
+    case StoredInfo::Plain:
+        return base;
+    case StoredInfo::Companion:
+        return base + ".xml";
+    case StoredInfo::Itself:
+        break;
+    }
+    return std::string(fileName);
+}
+
+} // namespace
+
+bool FileLister::passes(const FileSource& source, Directory& directory, std::string_view fileName) {
+    const std::string_view base = listed::baseName(fileName);
+    if (m_advanced.needs() != AdvancedFilter::Needs::StoredInfo)
+        return m_advanced.passesByName(base);
+    const std::string stored = storedInfoName(source.storedInfo, fileName);
+    // Nobody has to look for a file that the listing lacks.
+    return directory.find(stored) ? m_advanced.passes(base, entryPath(source.dir, stored))
+                                  : m_advanced.passesByName(base);
+}
+
+int FileLister::list(FileSource source) {
+    Directory* const directory = source.isListed ? m_tree.openListed(source.dir) : m_tree.open(source.dir);
+    if (directory == nullptr)
+        return 0;
+    m_loaded.startFiles(std::move(source.record), source.dir);
+    const std::size_t before = m_loaded.size();
+    const bool passesAll = m_advanced.needs() == AdvancedFilter::Needs::Nothing;
+    std::optional<DateReader> dates;
+    for (const DirEntry entry : *directory) {
+        if (entry.type != EntryType::RegularFile || !isListedName(source, entry.name))
+            continue;
+        if (!passesAll && !passes(source, *directory, entry.name))
+            continue;
+        if (!m_readsDates) {
+            m_loaded.addFile(entry.name, kDateNotRead);
+            continue;
+        }
+        if (!dates)
+            dates.emplace(source.dir, m_tree.descriptorOf(*directory));
+        m_loaded.addFile(entry.name, dates->read(entry.name.data()));
+    }
+    return static_cast<int>(m_loaded.size() - before);
+}

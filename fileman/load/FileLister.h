@@ -1,0 +1,40 @@
+#pragma once
+
+#include "fileman/disk/StorageTree.h"
+#include "fileman/load/AdvancedFilter.h"
+#include "fileman/load/FileSource.h"
+#include "fileman/load/LoadedList.h"
+
+// The step that all sources share: adds the files of one directory that pass the filter to the loaded list.
+class FileLister {
+public:
+    FileLister(StorageTree& tree, const ActiveFilter& filter, LoadedList& loaded)
+        : m_tree(tree), m_advanced(filter), m_loaded(loaded) {}
+
+    // Returns the number of records added.
+    int list(FileSource source);
+
+    // For a source whose items are no files.
+    AdvancedFilter& advanced() { return m_advanced; }
+
+    // As long as it lives, dates stay unread, for whoever makes only few of the records.
+    class DatesLater {
+    public:
+        explicit DatesLater(FileLister& lister) : m_lister(lister) { m_lister.m_readsDates = false; }
+        DatesLater(const DatesLater&) = delete;
+        DatesLater& operator=(const DatesLater&) = delete;
+        ~DatesLater() { m_lister.m_readsDates = true; }
+
+    private:
+        FileLister& m_lister;
+    };
+    bool readsDates() const { return m_readsDates; }
+
+private:
+    bool passes(const FileSource& source, Directory& directory, std::string_view fileName);
+
+    StorageTree& m_tree;
+    AdvancedFilter m_advanced;
+    LoadedList& m_loaded;
+    bool m_readsDates = true;
+};
