@@ -124,7 +124,9 @@ def rows_come_in_listing_order(program):
 
 
 def dates_follow_the_zone(program):
-    """One of the first two has daylight saving time today, whatever the day."""
+    """One of the first two has daylight saving time today, whatever the day; neighbours differ by a second."""
+    time.sleep(1.1)
+    os.chmod(f"/home/{BERT}/line_2.html", 0o600)
     for zone in ("NOR-1SUM,M3.5.0,M10.5.0/3", "SOU3SUM,M10.1.0/0,M3.3.0/0", "", ZONE):
         os.environ["TZ"] = zone
         time.tzset()

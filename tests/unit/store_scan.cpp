@@ -43,6 +43,7 @@ TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
         {"cpri", "CPRI - -"},
         {"p1/otux", "OTUX bert! P1"},
         {"odu0p1-bert", "- bert! P1"},
+        {"odu0p2-bert", "- bert! P2"},
         {"odu0-prof", "ODU0 - -"},
         {"odu0", " - -"},
         {"y-prof", " - -"},
