@@ -1,8 +1,12 @@
-/* The fixed parts of the list page. `on` is what they call: load, typed, view, fetchFiles, changeFilter, refresh. */
+/*
+ * The fixed parts of the list page. `on` is what they call: showKind(kind), typed(), view(), fetchFiles(operation),
+ * changeFilter(which), refresh(), clearChoice().
+ */
 import { button, el, icon } from './dom.js';
+import { TAB_TEXTS } from './listing.js';
 import { keep } from './memory.js';
 import { switchLook } from './page.js';
-import { TAB_TEXTS, state, targets, ui } from './state.js';
+
 import { LANGUAGES, language, languageName, t } from './texts.js';
 import { KINDS } from './wire.js';
 
@@ -14,7 +18,7 @@ function tab(kind, on) {
       click: (event) => {
         if (event.ctrlKey || event.metaKey || event.shiftKey) return;
         event.preventDefault();
-        on.load({ ...state.listing, kind }).then(() => link.focus());
+        on.showKind(kind).then(() => link.focus());
       },
     },
   });
@@ -40,15 +44,15 @@ function languageChooser() {
 }
 
 function buildHeader(on) {
-  ui.tabs = KINDS.map((kind) => tab(kind, on));
-  return el(
+  const tabs = KINDS.map((kind) => tab(kind, on));
+  const node = el(
     'header',
     { class: 'fm-top' },
     el('h1', { text: t('title') }),
     el(
       'nav',
       { 'aria-label': t('lists') },
-      ui.tabs.map(([, link]) => link),
+      tabs.map(([, link]) => link),
     ),
     el(
       'div',
@@ -57,10 +61,11 @@ function buildHeader(on) {
       languageChooser(),
     ),
   );
+  return { node, tabs };
 }
 
 function buildBar(on) {
-  ui.find = el('input', {
+  const find = el('input', {
     type: 'search',
     placeholder: t('findHint'),
     'aria-label': t('find'),
@@ -68,43 +73,38 @@ function buildBar(on) {
     spellcheck: 'false',
     on: { input: on.typed },
   });
-  ui.filter = button(t('filter'), { image: 'filter', class: 'fm-button', press: () => on.changeFilter('fpri') });
-  ui.advanced = button(t('advanced'), { image: 'sliders', class: 'fm-button', press: () => on.changeFilter('fadv') });
-  ui.view = button(t('view'), { image: 'eye', class: 'fm-button', press: () => on.view(targets()[0]) });
-  ui.pdf = button(t('pdf'), { image: 'pdf', class: 'fm-button', press: () => on.fetchFiles('pdf', targets()) });
-  ui.download = button(t('download'), {
+  const filter = button(t('filter'), { image: 'filter', class: 'fm-button', press: () => on.changeFilter('fpri') });
+  const advanced = button(t('advanced'), {
+    image: 'sliders',
+    class: 'fm-button',
+    press: () => on.changeFilter('fadv'),
+  });
+  const refresh = button(t('refresh'), { image: 'refresh', bare: true, class: 'fm-quiet', press: on.refresh });
+  const view = button(t('view'), { image: 'eye', class: 'fm-button', press: on.view });
+  const pdf = button(t('pdf'), { image: 'pdf', class: 'fm-button', press: () => on.fetchFiles('pdf') });
+  const download = button(t('download'), {
     image: 'download',
     class: 'fm-button fm-primary',
-    press: () => on.fetchFiles('download', targets()),
+    press: () => on.fetchFiles('download'),
   });
-  const again = button(t('refresh'), {
-    image: 'refresh',
-    bare: true,
-    class: 'fm-quiet',
-    press: on.refresh,
-  });
-  return el(
+  const node = el(
     'section',
     { class: 'fm-bar', 'aria-label': t('actions') },
-    el('div', { class: 'fm-search', role: 'search' }, icon('search'), ui.find),
-    el('div', { class: 'fm-group-buttons' }, ui.filter, ui.advanced, again),
-    el('div', { class: 'fm-group-buttons fm-actions' }, ui.view, ui.pdf, ui.download),
+    el('div', { class: 'fm-search', role: 'search' }, icon('search'), find),
+    el('div', { class: 'fm-group-buttons' }, filter, advanced, refresh),
+    el('div', { class: 'fm-group-buttons fm-actions' }, view, pdf, download),
   );
+  return { node, find, filter, advanced, view, pdf, download };
 }
 
-function buildFoot() {
-  ui.count = el('span');
-  ui.chosen = el('b');
-  ui.clearChoice = button(t('clearChoice'), {
-    class: 'fm-link',
-    press: () => {
-      ui.grid.choose([]);
-      ui.grid.host.focus();
-    },
-  });
-  ui.lost = el('span', { class: 'fm-lost' });
-  ui.wait = el('span', { class: 'fm-wait' });
-  return el('footer', { class: 'fm-foot' }, ui.count, ui.chosen, ui.clearChoice, ui.lost, ui.wait);
+function buildFoot(on) {
+  const count = el('span');
+  const chosen = el('b');
+  const clearChoice = button(t('clearChoice'), { class: 'fm-link', press: on.clearChoice });
+  const lost = el('span', { class: 'fm-lost' });
+  const wait = el('span', { class: 'fm-wait', hidden: true });
+  const node = el('footer', { class: 'fm-foot' }, count, chosen, clearChoice, lost, wait);
+  return { node, count, chosen, clearChoice, lost, wait };
 }
 
 /** The page's own element, or a new one when a broken page has lost it. */
@@ -113,28 +113,27 @@ const element = (id, tag) => {
   return found?.localName === tag ? found : el(tag, { id });
 };
 
-/** Builds the page around the element "rsltgrid" and the two forms, which stay the page's own where it has them. */
+/**
+ * Builds the page around the element "rsltgrid" and the two forms, which stay the page's own where it has them.
+ * Returns its parts by name.
+ */
 export function buildFrame(on) {
-  ui.host = element('rsltgrid', 'div');
-  const forms = ['fm_form', 'cmd_form'].map((id) => element(id, 'form'));
-  [ui.filterForm, ui.commandForm] = forms;
-  ui.host.removeAttribute('style');
-  ui.banner = el('div', { class: 'fm-banner', role: 'alert', hidden: true });
-  ui.chips = el('div', { class: 'fm-chips', role: 'region', 'aria-label': t('chips'), hidden: true });
-  ui.empty = el('div', { class: 'fm-empty', hidden: true });
-  ui.aside = el('section', { class: 'fm-viewer', hidden: true });
-  ui.list = el('div', { class: 'fm-list' }, ui.host, ui.empty);
-  const main = el('main', { class: 'fm-main' }, ui.list, ui.aside);
+  const host = element('rsltgrid', 'div');
+  const [filterForm, commandForm] = ['fm_form', 'cmd_form'].map((id) => element(id, 'form'));
+  host.removeAttribute('style');
+  const { node: header, ...ofHeader } = buildHeader(on);
+  const { node: bar, ...ofBar } = buildBar(on);
+  const { node: foot, ...ofFoot } = buildFoot(on);
+  const banner = el('div', { class: 'fm-banner', role: 'alert', hidden: true });
+  const chips = el('div', { class: 'fm-chips', role: 'region', 'aria-label': t('chips'), hidden: true });
+  const empty = el('div', { class: 'fm-empty', hidden: true });
+  const aside = el('section', { class: 'fm-viewer', hidden: true });
+  const list = el('div', { class: 'fm-list' }, host, empty);
+  const main = el('main', { class: 'fm-main' }, list, aside);
+  const forms = el('div', { hidden: true }, filterForm, commandForm);
   // Whatever markup a name may have brought into the page goes with the old body.
-  document.body.replaceChildren(
-    buildHeader(on),
-    buildBar(on),
-    ui.banner,
-    ui.chips,
-    main,
-    buildFoot(),
-    el('div', { hidden: true }, forms),
-  );
+  document.body.replaceChildren(header, bar, banner, chips, main, foot, forms);
   document.body.removeAttribute('style');
-  ui.wait.hidden = true;
+  const own = { host, filterForm, commandForm, banner, chips, empty, aside, list };
+  return { ...ofHeader, ...ofBar, ...ofFoot, ...own };
 }

@@ -174,6 +174,12 @@ export class FileGrid {
 
   // ---- choice
 
+  /** The entries that an action is about: the chosen ones in the order shown, else the active one. */
+  targets() {
+    if (!this.chosen.size) return this.activeEntry ? [this.activeEntry] : [];
+    return [...new Set([...this.view.filter((entry) => this.chosen.has(entry)), ...this.chosen])];
+  }
+
   choose(entries) {
     this.chosen = new Set(entries);
     this.#changed();

@@ -1,6 +1,8 @@
 /*
  * The list page: reads the list, changes it and remembers it. Another list is fetched and shown in place,
  * with its address in the history, so that nothing that the person has set up is lost.
+ *
+ * What is shown is kept here and nowhere else. The other modules get what they need as arguments.
  */
 import { columnText } from './columns.js';
 import { deliver, wording } from './deliver.js';
@@ -8,72 +10,59 @@ import { announce, button, el, icon } from './dom.js';
 import { askFilter, fetchFilter } from './filters.js';
 import { buildFrame } from './frame.js';
 import { FileGrid } from './grid.js';
-import { keep, keepList, recallList } from './memory.js';
+import { TAB_TEXTS, addressOf } from './listing.js';
+import { keep, keepList, recall, recallList } from './memory.js';
 import { holdsWords, orderBy, wordsOf } from './order.js';
 import { dressPage } from './page.js';
-import { parsePage, parseScript, toEntries } from './rows.js';
-import { TAB_TEXTS, addressOf, countText, state, ui } from './state.js';
-import { setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
+import { fetchList, readOwnPage } from './source.js';
+import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
 import { size, t } from './texts.js';
-import { AnswerError, decodePage, fetchBytes, listingQuery, readListing, toText } from './wire.js';
+import { AnswerError, listingQuery, readListing, toText } from './wire.js';
 import { Viewer } from './viewer.js';
 
 const MOST_KEPT = 2000;
 const TYPING_PAUSE = 120;
 
-let loading = null;
+let frame; // the page's parts by name
+let grid;
+let viewer;
+
+let listing; // what is shown: kind, lists, texts
+let entries = []; // all rows of the list, in the instrument's order
+let lost = 0; // rows that could not be read
+let order = []; // indices of the entries in the order shown
+let words = []; // typed words that narrow the list
+let sort = recall('sort', { field: 'datetime', ascending: false });
+let loading = null; // stops what is being fetched
+
+const count = () => countText(grid.view.length, entries.length);
 
 // ---- reading the list
 
-/** Rows of the page that the browser has just read, or null when they need its bytes. */
-function readOwnPage() {
-  let parsed = null;
-  for (const script of [...document.scripts]) {
-    parsed ??= script.src ? null : parseScript(script.textContent);
-    if (parsed) script.remove(); // some megabytes that nobody needs any more
-    if (parsed) break;
-  }
-  return parsed?.sure && !parsed.lost ? { entries: toEntries(parsed, false), lost: 0 } : null;
-}
-
-async function fetchList(query, signal) {
-  const bytes = await fetchBytes(`fileman.cgi${query}`, {
-    signal,
-    onProgress: (received) => {
-      ui.wait.textContent = t('loadingSize', { size: size(received) });
-    },
-  });
-  const page = decodePage(bytes);
-  const parsed = parsePage(page.text);
-  if (!parsed) throw new AnswerError('errorPage');
-  return { entries: toEntries(parsed, page.raw), lost: parsed.lost };
-}
-
-function say(error) {
-  const module = state.listing?.lists.module.map(toText).join(', ');
-  if (error.key === 'errorStatus' && module) return t('errorModule', { ...error.values, module });
-  return wording(error);
-}
-
-/** Fetches a listing and shows it; the old list stays until the new one is there. */
-async function load(listing, { push = true, keepState = false } = {}) {
+/**
+ * Fetches another listing and shows it; the old list stays until the new one is there. `kept` is the state to show it in,
+ * the one remembered for it unless given.
+ */
+async function load(wanted, { push = true, kept = recallList(listingQuery(wanted)) } = {}) {
   loading?.abort();
   loading = new AbortController();
   const { signal } = loading;
   remember();
-  const old = keepState ? snapshot() : null;
-  ui.wait.textContent = t('loading');
+  frame.wait.textContent = t('loading');
   showLoading(true);
-  ui.banner.hidden = true;
+  frame.banner.hidden = true;
+  const showSize = (received) => {
+    frame.wait.textContent = t('loadingSize', { size: size(received) });
+  };
   try {
-    const list = await fetchList(listingQuery(listing), signal);
-    state.listing = listing;
+    const list = await fetchList(addressOf(wanted), signal, showSize);
+    listing = wanted;
     if (push) history.pushState(null, '', addressOf(listing));
-    takeList(list, old ?? recallList(listingQuery(listing)));
-    announce(`${t(TAB_TEXTS[listing.kind])}. ${countText()}`);
+    takeList(list, kept);
+    announce(`${t(TAB_TEXTS[listing.kind])}. ${count()}`);
   } catch (error) {
     if (error.name === 'AbortError') return;
-    if (error instanceof AnswerError) complain(error, () => load(listing, { push, keepState }));
+    if (error instanceof AnswerError) complain(error, () => load(wanted, { push, kept }));
     else throw error;
   } finally {
     if (loading?.signal === signal) showLoading(false);
@@ -81,26 +70,29 @@ async function load(listing, { push = true, keepState = false } = {}) {
 }
 
 function showLoading(on) {
-  ui.wait.hidden = !on;
-  ui.list.classList.toggle('is-loading', on);
-  ui.list.setAttribute('aria-busy', on);
+  frame.wait.hidden = !on;
+  frame.list.classList.toggle('is-loading', on);
+  frame.list.setAttribute('aria-busy', on);
+}
+
+function say(error) {
+  const module = listing.lists.module.map(toText).join(', ');
+  if (error.key === 'errorStatus' && module) return t('errorModule', { ...error.values, module });
+  return wording(error);
 }
 
 function complain(error, retry) {
-  ui.banner.replaceChildren(
+  const { banner } = frame;
+  const close = () => {
+    banner.hidden = true;
+  };
+  banner.replaceChildren(
     icon('warn'),
     el('span', { text: say(error) }),
     button(t('retry'), { class: 'fm-button', press: retry }),
-    button(t('close'), {
-      image: 'close',
-      bare: true,
-      class: 'fm-quiet',
-      press: () => {
-        ui.banner.hidden = true;
-      },
-    }),
+    button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: close }),
   );
-  ui.banner.hidden = false;
+  banner.hidden = false;
 }
 
 /** The typed words that the address carries, or null. */
@@ -112,116 +104,113 @@ function wordsInAddress() {
   }
 }
 
-function takeList({ entries, lost }, kept) {
-  state.entries = entries;
-  state.lost = lost;
-  state.order = orderBy(entries, state.sort.field, state.sort.ascending);
-  ui.find.value = wordsInAddress() ?? kept.find ?? '';
-  state.words = wordsOf(ui.find.value);
-  showForms();
-  showTabs();
-  showChips(load);
+function takeList(list, kept) {
+  ({ entries, lost } = list);
+  order = orderBy(entries, sort.field, sort.ascending);
+  frame.find.value = wordsInAddress() ?? kept.find ?? '';
+  words = wordsOf(frame.find.value);
+  showForms(frame, listing);
+  showTabs(frame, listing);
+  showChips(frame, listing, load);
   narrow();
   // By path: two files of one name share their id.
   const paths = new Set(kept.chosen ?? []);
-  ui.grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
-  if (kept.active) ui.grid.active = ui.grid.view.findIndex((entry) => entry.path === kept.active);
-  ui.grid.top = kept.top ?? 0;
+  grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
+  if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
+  grid.top = kept.top ?? 0;
 }
 
 // ---- what is remembered
 
 function snapshot() {
   return {
-    find: ui.find.value,
-    chosen: [...ui.grid.chosen].slice(0, MOST_KEPT).map((entry) => entry.path),
-    active: ui.grid.activeEntry?.path,
-    top: ui.grid.top,
+    find: frame.find.value,
+    chosen: [...grid.chosen].slice(0, MOST_KEPT).map((entry) => entry.path),
+    active: grid.activeEntry?.path,
+    top: grid.top,
   };
 }
 
 function remember() {
-  if (ui.grid && state.listing) keepList(listingQuery(state.listing), snapshot());
+  keepList(listingQuery(listing), snapshot());
 }
 
 // ---- narrowing and order
 
+const showState = () => showCounts(frame, grid, { all: entries.length, lost });
+
 function narrow() {
-  const { entries, order, words } = state;
   const shown = [];
   for (const i of order) if (!words.length || holdsWords(entries[i], words)) shown.push(entries[i]);
-  ui.grid.show(shown, words);
-  showEmpty(load, clearFind);
-  showCounts();
+  grid.show(shown, words);
+  showEmpty(frame, listing, { all: entries.length, isEmpty: !shown.length, load, clearFind });
+  showState();
 }
 
 let typing;
 function typed() {
   clearTimeout(typing);
   typing = setTimeout(() => {
-    state.words = wordsOf(ui.find.value);
+    const { value } = frame.find;
+    words = wordsOf(value);
     narrow();
-    ui.grid.top = 0;
-    announce(countText());
-    const hash = ui.find.value ? `#find=${encodeURIComponent(ui.find.value)}` : '';
+    grid.top = 0;
+    announce(count());
+    const hash = value ? `#find=${encodeURIComponent(value)}` : '';
     history.replaceState(history.state, '', `${location.pathname}${location.search}${hash}`);
   }, TYPING_PAUSE);
 }
 
 function clearFind() {
-  ui.find.value = '';
+  frame.find.value = '';
   typed();
-  ui.find.focus();
+  frame.find.focus();
 }
 
 function sortBy(field) {
-  const again = field === state.sort.field;
-  state.sort = { field, ascending: again ? !state.sort.ascending : field !== 'datetime' };
-  keep('sort', state.sort);
-  state.order = orderBy(state.entries, field, state.sort.ascending);
+  const again = field === sort.field;
+  sort = { field, ascending: again ? !sort.ascending : field !== 'datetime' };
+  keep('sort', sort);
+  order = orderBy(entries, field, sort.ascending);
   narrow();
-  ui.grid.showSort(state.sort);
-  announce(
-    t('sorted', {
-      column: columnText(field),
-      order: t(state.sort.ascending ? 'ascending' : 'descending'),
-    }),
-  );
+  grid.showSort(sort);
+  const direction = t(sort.ascending ? 'ascending' : 'descending');
+  announce(t('sorted', { column: columnText(field), order: direction }));
 }
 
 // ---- actions
 
 /** Writes a command into the page's form, which always says what was last asked for. */
-function command(operation, entries) {
-  setField(ui.commandForm, 'opertype', operation);
-  setField(ui.commandForm, 'rsltid', entries.map((entry) => entry.id).join(','));
+function command(operation, targets) {
+  setField(frame.commandForm, 'opertype', operation);
+  setField(frame.commandForm, 'rsltid', targets.map((entry) => entry.id).join(','));
 }
 
 function view(entry) {
   if (!entry) return;
   command('view', [entry]);
-  ui.viewer.open(entry, entry.twin);
+  viewer.open(entry, entry.twin);
 }
 
 function step(by) {
-  const at = ui.grid.view.indexOf(ui.viewer.entry) + by;
-  if (at < 0 || at >= ui.grid.view.length) return;
-  ui.grid.activate(at);
-  view(ui.grid.view[at]);
+  const at = grid.view.indexOf(viewer.entry) + by;
+  if (at < 0 || at >= grid.view.length) return;
+  grid.activate(at);
+  view(grid.view[at]);
 }
 
-function fetchFiles(operation, entries) {
-  if (!entries.length) return;
-  command(operation, entries);
-  deliver(operation, entries, state.entries);
+function fetchFiles(operation, targets) {
+  if (!targets.length) return;
+  command(operation, targets);
+  deliver(operation, targets, entries);
 }
 
 async function changeFilter(which) {
-  const opener = which === 'fadv' ? ui.advanced : ui.filter;
+  const opener = which === 'fadv' ? frame.advanced : frame.filter;
   opener.setAttribute('aria-busy', 'true');
   try {
-    const listing = await askFilter(which, state.listing, await fetchFilter(which, state.listing));
-    if (listing) await load(listing);
+    const chosen = await askFilter(which, listing, await fetchFilter(which, listing));
+    if (chosen) await load(chosen);
   } catch (error) {
     if (!(error instanceof AnswerError)) throw error;
     complain(error, () => changeFilter(which));
@@ -230,44 +219,51 @@ async function changeFilter(which) {
   }
 }
 
-const handlers = {
-  load,
-  typed,
-  view,
-  fetchFiles,
-  changeFilter,
-  refresh: () => load(state.listing, { push: false, keepState: true }),
-};
+function clearChoice() {
+  grid.choose([]);
+  frame.host.focus();
+}
 
 /** Escape in the list closes the view first. */
 function escape() {
-  if (!ui.viewer.isOpen) return false;
-  ui.viewer.close();
+  if (!viewer.isOpen) return false;
+  viewer.close();
   return true;
 }
 
+const handlers = {
+  showKind: (kind) => load({ ...listing, kind }),
+  typed,
+  view: () => view(grid.targets()[0]),
+  fetchFiles: (operation) => fetchFiles(operation, grid.targets()),
+  changeFilter,
+  refresh: () => load(listing, { push: false, kept: snapshot() }),
+  clearChoice,
+};
+
 export async function start() {
   dressPage();
-  state.listing = readListing(location.search);
+  listing = readListing(location.search);
   const own = readOwnPage();
-  buildFrame(handlers);
-  ui.viewer = new Viewer(ui.aside, {
-    closed: () => ui.host.focus(),
+  frame = buildFrame(handlers);
+  viewer = new Viewer(frame.aside, {
+    closed: () => frame.host.focus(),
     step,
     download: (entry) => fetchFiles('download', [entry]),
   });
   await window.fileman.grid;
-  ui.grid = new FileGrid(ui.host, { sort: sortBy, changed: showCounts, open: view, escape });
-  ui.grid.showSort(state.sort);
+  grid = new FileGrid(frame.host, { sort: sortBy, changed: showState, open: view, escape });
+  grid.showSort(sort);
   addEventListener('pagehide', remember);
   addEventListener('popstate', () => {
-    const listing = readListing(location.search);
-    if (listingQuery(listing) !== listingQuery(state.listing)) load(listing, { push: false });
+    const wanted = readListing(location.search);
+    if (listingQuery(wanted) !== listingQuery(listing)) load(wanted, { push: false });
   });
-  if (own) takeList(own, recallList(listingQuery(state.listing)));
+  const kept = recallList(listingQuery(listing));
+  if (own) takeList(own, kept);
   else {
     takeList({ entries: [], lost: 0 }, {});
-    ui.empty.hidden = true;
-    await load(state.listing, { push: false });
+    frame.empty.hidden = true;
+    await load(listing, { push: false, kept });
   }
 }

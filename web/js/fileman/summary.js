@@ -1,47 +1,54 @@
-/* What changes with the list: counts, which actions make sense, tabs, filter chips, the word for an empty list, forms. */
+/*
+ * What changes with the list: counts, which actions make sense, tabs, filter chips, the word for an empty list, forms.
+ * `frame` holds the page's parts (frame.js).
+ */
 import { button, el, icon, visible } from './dom.js';
 import { obstacle } from './kinds.js';
+import { TAB_TEXTS, addressOf, obeysFilter, unfiltered, without } from './listing.js';
 import { dressPage } from './page.js';
-import { TAB_TEXTS, addressOf, countText, obeysFilter, state, targets, ui, unfiltered, without } from './state.js';
 import { t } from './texts.js';
 import { LIST_KEYS, TEXT_KEYS, isFiltered, toText } from './wire.js';
 
 const MOST_EXAMINED = 200; // entries whose names are looked at before an action is offered
 
-export function showCounts() {
-  const chosen = ui.grid.chosen.size;
-  ui.count.textContent = countText();
-  ui.chosen.textContent = !chosen
+/** How many entries are shown of how many. */
+export const countText = (shown, all) => (shown === all ? t('shown', { n: all }) : t('shownOf', { n: shown, all }));
+
+/** The choice and the number of entries: all of the list, and those that were lost on the way. */
+export function showCounts(frame, grid, { all, lost }) {
+  const chosen = grid.chosen.size;
+  frame.count.textContent = countText(grid.view.length, all);
+  frame.chosen.textContent = !chosen
     ? ''
-    : ui.grid.hits === chosen
+    : grid.hits === chosen
       ? t('chosen', { n: chosen })
-      : t('chosenHidden', { n: chosen, hidden: chosen - ui.grid.hits });
-  ui.clearChoice.hidden = !chosen;
-  ui.lost.hidden = !state.lost;
-  ui.lost.textContent = t('lost', { n: state.lost });
-  showActions();
+      : t('chosenHidden', { n: chosen, hidden: chosen - grid.hits });
+  frame.clearChoice.hidden = !chosen;
+  frame.lost.hidden = !lost;
+  frame.lost.textContent = t('lost', { n: lost });
+  showActions(frame, grid);
 }
 
-function showActions() {
-  const count = ui.grid.chosen.size || (ui.grid.activeEntry ? 1 : 0);
-  const some = count && count <= MOST_EXAMINED ? targets() : null;
+function showActions(frame, grid) {
+  const count = grid.chosen.size || (grid.activeEntry ? 1 : 0);
+  const some = count && count <= MOST_EXAMINED ? grid.targets() : null;
   const can = (operation) => (some ? some.some((entry) => !obstacle(entry, operation)) : count > 0);
-  ui.view.disabled = count !== 1;
-  ui.pdf.disabled = !can('pdf');
-  ui.download.disabled = !can('download');
-  for (const one of [ui.filter, ui.advanced]) one.disabled = state.listing.kind === 'screen';
+  frame.view.disabled = count !== 1;
+  frame.pdf.disabled = !can('pdf');
+  frame.download.disabled = !can('download');
 }
 
-export function showTabs() {
-  for (const [kind, link] of ui.tabs) {
-    link.href = addressOf({ ...state.listing, kind });
-    if (kind === state.listing.kind) link.setAttribute('aria-current', 'page');
+export function showTabs(frame, listing) {
+  for (const [kind, link] of frame.tabs) {
+    link.href = addressOf({ ...listing, kind });
+    if (kind === listing.kind) link.setAttribute('aria-current', 'page');
     else link.removeAttribute('aria-current');
   }
-  dressPage(t(TAB_TEXTS[state.listing.kind]));
+  for (const one of [frame.filter, frame.advanced]) one.disabled = listing.kind === 'screen';
+  dressPage(t(TAB_TEXTS[listing.kind]));
 }
 
-function chip(key, value, load) {
+function chip(frame, listing, key, value, load) {
   const name = `${t(key)}: ${visible(toText(value))}`;
   return el(
     'li',
@@ -51,69 +58,57 @@ function chip(key, value, load) {
       image: 'close',
       bare: true,
       class: 'fm-chip-x',
-      press: () => load(without(key, value)).then(() => ui.grid.host.focus()),
+      press: () => load(without(listing, key, value)).then(() => frame.host.focus()),
     }),
   );
 }
 
 /** `load(listing)` shows another listing. */
-export function showChips(load) {
-  const { listing } = state;
+export function showChips(frame, listing, load) {
   const filtered = isFiltered(listing);
-  ui.chips.hidden = !filtered;
+  frame.chips.hidden = !filtered;
   if (!filtered) return;
   if (!obeysFilter(listing)) {
-    ui.chips.replaceChildren(
+    frame.chips.replaceChildren(
       el('span', { class: 'fm-rest', text: t('filterRests') }),
       button(t('useFilter'), { class: 'fm-link', press: () => load({ ...listing, kind: 'rslt' }) }),
     );
     return;
   }
-  const chips = LIST_KEYS.flatMap((key) => listing.lists[key].map((value) => chip(key, value, load))).concat(
-    TEXT_KEYS.filter((key) => listing.texts[key]).map((key) => chip(key, listing.texts[key], load)),
-  );
-  ui.chips.replaceChildren(
+  const ofLists = LIST_KEYS.flatMap((key) => listing.lists[key].map((value) => [key, value]));
+  const ofTexts = TEXT_KEYS.filter((key) => listing.texts[key]).map((key) => [key, listing.texts[key]]);
+  const chips = [...ofLists, ...ofTexts].map(([key, value]) => chip(frame, listing, key, value, load));
+  frame.chips.replaceChildren(
     el('ul', {}, chips),
-    button(t('clearFilter'), { class: 'fm-link', press: () => load(unfiltered()) }),
+    button(t('clearFilter'), { class: 'fm-link', press: () => load(unfiltered(listing)) }),
   );
 }
 
-export function showEmpty(load, clearFind) {
-  const nothing = !ui.grid.view.length;
-  ui.empty.hidden = !nothing;
-  if (!nothing) return;
+/** Why a list without a row to show is empty, and a way out; `all` is the number of its entries. */
+export function showEmpty(frame, listing, { all, isEmpty, load, clearFind }) {
+  frame.empty.hidden = !isEmpty;
+  if (!isEmpty) return;
   const fill = (image, title, hint, way) =>
-    ui.empty.replaceChildren(icon(image), el('h2', { text: title }), el('p', { text: hint }), way ?? '');
-  const count = state.entries.length;
-  if (count) {
-    fill(
-      'search',
-      t('emptyFind', { text: visible(ui.find.value.trim()) }),
-      t('emptyFindHint', { n: count }),
-      button(t('clearFind'), { class: 'fm-button fm-primary', press: clearFind }),
-    );
-  } else if (obeysFilter(state.listing) && isFiltered(state.listing)) {
-    fill(
-      'filter',
-      t('emptyFilter'),
-      t('emptyFilterHint'),
-      button(t('clearFilter'), { class: 'fm-button fm-primary', press: () => load(unfiltered()) }),
-    );
+    frame.empty.replaceChildren(icon(image), el('h2', { text: title }), el('p', { text: hint }), ...way);
+  const way = (text, press) => [button(text, { class: 'fm-button fm-primary', press })];
+  if (all) {
+    const title = t('emptyFind', { text: visible(frame.find.value.trim()) });
+    fill('search', title, t('emptyFindHint', { n: all }), way(t('clearFind'), clearFind));
+  } else if (obeysFilter(listing) && isFiltered(listing)) {
+    const clear = () => load(unfiltered(listing));
+    fill('filter', t('emptyFilter'), t('emptyFilterHint'), way(t('clearFilter'), clear));
   } else {
-    const other =
-      state.listing.kind !== 'all' &&
-      button(t('showAll'), { class: 'fm-button fm-primary', press: () => load({ ...unfiltered(), kind: 'all' }) });
-    fill('box', t('emptyStored'), t('emptyStoredHint'), other || null);
+    const showAll = () => load({ ...unfiltered(listing), kind: 'all' });
+    fill('box', t('emptyStored'), t('emptyStoredHint'), listing.kind === 'all' ? [] : way(t('showAll'), showAll));
   }
 }
 
 /** The page's form says what is shown; the command's form, what was last asked for. */
-export function showForms() {
-  const form = ui.filterForm;
-  const fields = { fmtype: state.listing.kind };
-  for (const key of LIST_KEYS) fields[key] = state.listing.lists[key].map(toText).join(',');
-  for (const key of TEXT_KEYS) fields[key] = toText(state.listing.texts[key]);
-  for (const [name, value] of Object.entries(fields)) setField(form, name, value);
+export function showForms(frame, listing) {
+  const fields = { fmtype: listing.kind };
+  for (const key of LIST_KEYS) fields[key] = listing.lists[key].map(toText).join(',');
+  for (const key of TEXT_KEYS) fields[key] = toText(listing.texts[key]);
+  for (const [name, value] of Object.entries(fields)) setField(frame.filterForm, name, value);
 }
 
 export function setField(form, name, value) {
