@@ -1,13 +1,17 @@
 """The PDF converter adapter, on real files in private storage."""
 
+import glob
 import importlib.machinery
 import importlib.util
 import os
 import random
+import resource
 import shutil
+import signal
 import socket
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
@@ -32,6 +36,58 @@ def text_of(name):
     return subprocess.run(["pdftotext", os.path.join(OUTPUT, name), "-"], capture_output=True, check=True).stdout.decode()
 
 
+def left_behind():
+    """What is neither of the instrument's own nor a finished PDF."""
+    own = {"pdf", "htm2pdf_task_list", ".private-storage"}
+    return sorted(set(os.listdir("/tmp")) - own) + glob.glob(f"{OUTPUT}/.*")
+
+
+def children_of(process):
+    children = []
+    for entry in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{entry}/stat", encoding="ascii", errors="replace") as file:
+                if int(file.read().rpartition(")")[2].split()[1]) == process:
+                    children.append(int(entry))
+        except OSError:
+            pass  # ended meanwhile
+    return children
+
+
+def is_running(process):
+    try:
+        with open(f"/proc/{process}/stat", encoding="ascii", errors="replace") as file:
+            return file.read().rpartition(")")[2].split()[0] != "Z"
+    except OSError:
+        return False
+
+
+def wait_until(condition):
+    for _ in range(500):
+        if condition():
+            return True
+        time.sleep(0.02)
+    return False
+
+
+def start_converter(names, print_file):
+    """A process that converts files of these names with another way to print."""
+    with open(TASKS, "w", encoding="ascii") as file:
+        file.writelines(f"/home/{name} -> {name}.pdf\n" for name in names)
+    process = os.fork()
+    if process:
+        return process
+    status = 99
+    try:
+        resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 16, 1 << 16))
+        module = converter_module()
+        module.SECONDS_A_FILE = 2
+        module.print_file = lambda path: print_file(module, os.path.basename(path).decode())
+        status = module.main([TASKS])
+    finally:
+        os._exit(status)
+
+
 class Converter(unittest.TestCase):
     def setUp(self):
         for path in (FOLDER, OUTPUT):
@@ -48,7 +104,7 @@ class Converter(unittest.TestCase):
         with open(TASKS, "wb") as file:
             file.writelines(os.fsencode(line) + b"\n" for line in lines)
         done = subprocess.run([CONVERTER, TASKS], capture_output=True, env={"PATH": "/usr/bin:/bin"})
-        self.assertEqual(done.stdout, b"")
+        self.assertEqual((done.stdout, left_behind()), (b"", []))
         return done.returncode, done.stderr.decode("utf-8", "replace")
 
     def convert_files(self, *paths):
@@ -71,7 +127,7 @@ class Converter(unittest.TestCase):
         for name, data in {**shown, "trace.pcap": reports.capture(random.Random(1)), "noise.html": bytes(64)}.items():
             self.write(name, data)
         status, messages = self.convert_files(*(os.path.join(FOLDER, name) for name in [*refused, *shown]))
-        self.assertEqual(status, 0, messages)
+        self.assertEqual(status, 1, messages)
         self.assertEqual(len(os.listdir(OUTPUT)), len(shown) + len(refused), messages)
         for name, data in shown.items():
             with self.subTest(name):
@@ -87,9 +143,14 @@ class Converter(unittest.TestCase):
         report = self.write("good.html", b"measured value")
         unusable = [f"{report} -> ../evil.pdf", f"{report} -> /tmp/evil.pdf", f"{report} -> evil.sh", "no arrow"]
         status, messages = self.convert([*unusable, f"{report} -> good.pdf", f"{report} -> other.pdf"])
-        self.assertEqual((status, sorted(os.listdir(OUTPUT))), (0, ["good.pdf", "other.pdf"]), messages)
+        self.assertEqual((status, sorted(os.listdir(OUTPUT))), (1, ["good.pdf", "other.pdf"]), messages)
         for line in unusable:
             self.assertIn(f"htm2pdf: read the task {line}: ", messages)
+
+    def test_files_that_are_no_reports_are_no_failure(self):
+        capture = self.write("trace.pcap", reports.capture(random.Random(1)))
+        self.assertEqual(self.convert_files(capture)[0], 0)
+        self.assertEqual(self.convert_files(capture, "/home/gone.html")[0], 1)
 
     def test_a_report_reaches_only_its_own_directory(self):
         with socket.create_server(("127.0.0.1", 0)) as server:
@@ -109,24 +170,38 @@ class Converter(unittest.TestCase):
                 self.assertNotIn(b"/EmbeddedFile", file.read())
             self.assertRaises(BlockingIOError, server.accept)
 
-    def test_a_report_without_end_or_a_crash_does_not_stop_the_others(self):
-        module = converter_module()
-        module.SECONDS_A_FILE = 1
-
-        def print_file(path):
-            if path.endswith(b"endless"):
+    def test_a_report_that_fails_does_not_stop_the_others(self):
+        def print_file(module, name):
+            if name == "endless":
                 time.sleep(60)
-            if path.endswith(b"crash"):
+            if name == "crash":
                 os.abort()
-            return module.notice(path, "printed")
-        module.print_file = print_file
-        with open(TASKS, "w", encoding="ascii") as file:
-            file.writelines(f"/home/{name} -> {name}.pdf\n" for name in ("endless", "crash", "c", "d"))
+            return module.notice(name.encode(), "measured") + bytes(1 << 17 if name == "large" else 0)
         began = time.monotonic()
-        self.assertEqual(module.main([TASKS]), 0)
+        names = ["endless", "crash", "large", "c", "d"]
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(start_converter(names, print_file), 0)[1]), 1)
         self.assertLess(time.monotonic() - began, 50)
-        answers = {name: "printed" in text_of(name) for name in sorted(os.listdir(OUTPUT))}
-        self.assertEqual(answers, {"c.pdf": True, "crash.pdf": False, "d.pdf": True, "endless.pdf": False})
+        answers = {name: "measured" in text_of(f"{name}.pdf") for name in names}
+        self.assertEqual(answers, {"endless": False, "crash": False, "large": False, "c": True, "d": True})
+        self.assertEqual(left_behind(), [])
+
+    def test_whatever_ends_the_converter_ends_all_its_processes(self):
+        def print_file(module, name):
+            tempfile.mkdtemp()
+            time.sleep(1.5)
+            return module.notice(name.encode(), "printed")
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGKILL):
+            with self.subTest(number.name):
+                shutil.rmtree(OUTPUT, ignore_errors=True)
+                converter = start_converter(["a", "b", "c", "d"], print_file)
+                started = lambda: len(glob.glob(f"{OUTPUT}/.htm2pdf.*/*/*")) == min(4, os.cpu_count())
+                self.assertTrue(wait_until(started))
+                children = children_of(converter)
+                os.kill(converter, number)
+                self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(converter, 0)[1]), -number)
+                self.assertTrue(wait_until(lambda: not any(map(is_running, children))))
+                self.assertEqual(glob.glob(f"{OUTPUT}/*.pdf"), [])
+                self.assertEqual(len(left_behind()), number == signal.SIGKILL, "one place, which goes with /tmp/pdf")
 
     def test_an_output_directory_that_others_can_write_is_refused(self):
         report = self.write("good.html", b"measured value")
