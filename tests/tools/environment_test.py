@@ -2,9 +2,12 @@
 
 import os
 import shutil
+import signal
+import socket
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
@@ -130,6 +133,67 @@ sort -u policies; cat names; ls /etc/rc3.d; cat /usr/sbin/policy-rc.d 2>/dev/nul
 
 
 class Commands(unittest.TestCase):
+    def checkout(self, *names):
+        """A directory with a blank in its name that holds these scripts, and a project of nothing."""
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        place = f"{scratch.name}/the checkout"
+        os.makedirs(f"{place}/scripts")
+        for name in names:
+            shutil.copy(os.path.join(ROOT, "scripts", name), f"{place}/scripts/")
+        with open(f"{place}/CMakeLists.txt", "w", encoding="ascii") as file:
+            file.write("cmake_minimum_required(VERSION 3.25)\nproject(nothing NONE)\n")
+        with open(f"{place}/CMakePresets.json", "w", encoding="ascii") as file:
+            file.write("""{ "version": 6,
+              "configurePresets": [{ "name": "dev", "binaryDir": "${sourceDir}/build/dev", "generator": "Unix Makefiles" }],
+              "buildPresets": [{ "name": "dev", "configurePreset": "dev" }] }""")
+        return place
+
+    def test_a_checkout_that_moves_or_cannot_be_written_says_so(self):
+        place = self.checkout("build", "one-at-a-time")
+        self.assertEqual(run(f"{place}/scripts/build", "dev").stderr, "")
+        os.rename(place, place + " 2")
+        moved = run(f"{place} 2/scripts/build", "dev")
+        self.assertEqual((moved.returncode, moved.stderr),
+                         (0, f"this checkout was built as {place} and has moved: build/dev is made anew\n"))
+        shutil.rmtree(f"{place} 2/build")
+        with open(f"{place} 2/build", "w", encoding="ascii"):
+            pass
+        closed = run(f"{place} 2/scripts/build", "dev")
+        self.assertEqual((closed.returncode, closed.stderr.count("\n")), (73, 1))
+        self.assertIn("cannot be written", closed.stderr)
+
+    def test_two_runs_in_one_checkout_take_turns(self):
+        place = self.checkout("one-at-a-time")
+        step = f"mkdir '{place}/busy' && sleep 0.3 && rmdir '{place}/busy'"
+        both = [subprocess.Popen([f"{place}/scripts/one-at-a-time", "sh", "-c", step], stderr=subprocess.DEVNULL)
+                for _ in range(2)]
+        self.assertEqual([one.wait() for one in both], [0, 0])
+
+    def test_demo_names_its_own_addresses_and_ends_as_it_was_told(self):
+        with socket.socket() as one, socket.socket() as other:
+            one.bind(("127.0.0.1", 0))
+            other.bind(("127.0.0.1", 0))
+            port, another = (str(probe.getsockname()[1]) for probe in (one, other))
+        # Both on one port: the second may lose early, at the first look, or late, when its server cannot listen.
+        demos = [subprocess.Popen([os.path.join(ROOT, "demo"), port], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                  text=True) for _ in range(2)]
+        loser = demos[0]
+        while loser.poll() is None:
+            time.sleep(0.1)
+            loser = demos[1] if loser is demos[0] else demos[0]
+        self.assertEqual((loser.returncode, loser.communicate()[0]), (1, ""))
+        demos.remove(loser)
+        last = subprocess.Popen([os.path.join(ROOT, "demo"), another], stdout=subprocess.PIPE,
+                                stderr=subprocess.DEVNULL, text=True)
+        for demo, number, status in ((demos[0], signal.SIGINT, 130), (last, signal.SIGTERM, 143)):
+            for line in demo.stdout:
+                if line.startswith("Ctrl-C"):
+                    break
+            demo.send_signal(number)
+            demo.communicate()
+            self.assertEqual(demo.returncode, status)
+
     def test_installing_starts_and_enables_nothing_whatever_happens(self):
         for how, status in (("fine", 0), ("fail", 1), ("slow", 143), ("kill", 137)):
             for policy in ("", "#!/bin/sh"):
