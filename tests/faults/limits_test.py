@@ -1,0 +1,142 @@
+#!/usr/bin/python3
+"""limits_test.py BUILD: too little memory, closed descriptors, readers that are slow or gone, and very much of everything."""
+
+import fcntl
+import itertools
+import os
+import resource
+import subprocess
+import sys
+import time
+import unittest
+
+sys.path.insert(0, "tests/cgi")
+import storage  # noqa: E402  pylint: disable=wrong-import-position
+
+LIST = "fmtype=all"
+DOWNLOAD = "opertype=download&rsltid=Ethernet_SFP_BERT_Result_line_1"
+LOCK = "/tmp/.tarn_download.lock"
+ROWS = 20000
+NO_ROOM = b"fileman: write the response: "
+
+
+def start(query, **more):
+    return subprocess.Popen(PROGRAM, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                            env=storage.environment(query), **more)
+
+
+def run(query, **more):
+    return subprocess.run(PROGRAM, stdin=subprocess.DEVNULL, capture_output=True, env=storage.environment(query),
+                          check=False, timeout=120, **more)
+
+
+def limit(what, amount):
+    return lambda: resource.setrlimit(what, (amount, amount))
+
+
+class Small(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        storage.Tree().make("basic")
+        cls.page = run(LIST).stdout
+        assert cls.page.count(b"{ id: ") > 9
+
+    def test_a_list_is_whole_without_room_for_a_thread(self):
+        done = run(LIST, preexec_fn=limit(resource.RLIMIT_AS, 6000 << 10))
+        self.assertEqual((done.returncode, done.stderr, done.stdout), (0, b"", self.page))
+
+    def test_no_file_takes_the_number_of_a_closed_descriptor(self):
+        for closed in itertools.chain.from_iterable(itertools.combinations(range(3), n) for n in (1, 2, 3)):
+            for query in (LIST, DOWNLOAD):
+                with self.subTest(closed=closed, query=query):
+                    if os.path.exists(LOCK):
+                        os.unlink(LOCK)
+                    done = run(query, preexec_fn=lambda numbers=closed: [os.close(number) for number in numbers])
+                    self.assertEqual(done.returncode, 0)
+                    self.assertEqual(done.stdout.count(b"</html>") if query == LIST else done.stdout.count(b"PK\5\6"),
+                                     0 if 1 in closed else 1)
+                    if query == DOWNLOAD:
+                        self.assertEqual(os.path.getsize(LOCK), 0)
+
+
+class Large(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        storage.Tree().make("basic")
+        for number in range(ROWS):
+            with open(f"/home/{storage.BERT}/row_{number}.html", "wb"):
+                pass
+        cls.page = run(LIST).stdout
+        assert cls.page.count(b"{ id: ") > ROWS
+
+    def test_what_does_not_fit_into_memory_is_not_passed_for_whole(self):
+        whole = 0
+        for amount in range(2500, 9000, 250):
+            with self.subTest(kilobytes=amount):
+                done = run(LIST, preexec_fn=limit(resource.RLIMIT_AS, amount << 10))
+                self.assertEqual(done.returncode, 0)
+                if done.stdout == self.page:
+                    whole += 1
+                else:
+                    self.assertEqual(done.stderr, b"fileman: answer the request: out of memory\n")
+                    self.assertTrue(self.page.startswith(done.stdout))
+        self.assertGreater(whole, 0)
+
+    def test_a_slow_reader_of_a_pipe_that_does_not_block_gets_all(self):
+        receive, send = os.pipe()
+        fcntl.fcntl(send, fcntl.F_SETFL, os.O_NONBLOCK)
+        with start(LIST, stdout=send) as program, os.fdopen(receive, "rb", buffering=0) as reader:
+            os.close(send)
+            found = b"".join(iter(lambda: (time.sleep(0.001), reader.read(1 << 20))[1], b""))
+            self.assertEqual(program.stderr.read(), b"")
+        self.assertEqual(found, self.page)
+
+    def test_an_answer_ends_where_its_reader_does(self):
+        with start(LIST, stdout=subprocess.PIPE) as program:
+            program.stdout.read(1)
+            program.stdout.close()
+            self.assertEqual(program.stderr.read(), NO_ROOM + b"Broken pipe\n")
+        self.assertEqual(program.returncode, 0)
+        with open("/dev/full", "wb") as full:
+            for query in (LIST, "filter=fpri", "", "opertype=view&rsltid=Ethernet_SFP_BERT_Result_line_1"):
+                with self.subTest(query=query), start(query, stdout=full) as program:
+                    self.assertEqual(program.stderr.read(), NO_ROOM + b"No space left on device\n")
+                self.assertEqual(program.returncode, 0)
+
+
+class VeryMuch(unittest.TestCase):
+    def test_no_list_is_walked_once_for_each_entry_of_another(self):
+        """20,000 of everything: seconds where one is enough, minutes when a list is walked for each of another."""
+        count = range(20000)
+        ports = ",".join(f"x{number}port" for number in count)
+        sections = {
+            "module": [f'<e name="M{number}"><o mode_name="E"><h test_name="Result" dir_name="d/m" list="{ports}"'
+                       ' under_port_dir="true"/></o></e>' for number in count[:20]] +
+                      ['<e name="A">'] + [f'<o mode_name="{number}"/>' for number in count] + ["</e>"],
+            "mode": [f'<e name="{number}" rslt_dir_name="{number}-rslt"/>' for number in count],
+            "category": [f'<e name="n{number}" key="k{number}"/>' for number in count],
+            "port": [f'<e name="x{number}" key="x{number}"/>' for number in count],
+            "extraDir": [f'<e module="a" mode="{number % 99}" key="k{number}" dir_name="d/x{number}port"'
+                         ' test_name="Result"/>' for number in count],
+        }
+        tree = storage.Tree()
+        tree.make("nothing")
+        tree.write(storage.CONFIGURATION, ("<r><filter>" + "".join(
+            f"<{name}>{''.join(entries)}</{name}>" for name, entries in sections.items()) + "</filter></r>").encode())
+        os.makedirs("/home/d/m/x1port")
+        for number in count:
+            os.mkdir(f"/home/d/x{number}port")
+            os.mkdir(f"/home/d/m/x{number}port") if number != 1 else None
+            os.mkdir(f"/home/d/m/x1port/k{number}-result")
+        names = ",".join(map(str, count))
+        for query in (LIST, "fmtype=rslt&mode=" + names, "filter=fpri&mode=" + names):
+            with self.subTest(query=query[:20]):
+                done = run(query, preexec_fn=limit(resource.RLIMIT_CPU, 4))
+                self.assertEqual((done.returncode, done.stderr), (0, b""))
+
+
+if __name__ == "__main__":
+    if os.environ.get("FILEMAN_PRIVATE_STORAGE") != "1" or not os.path.exists("/tmp/.private-storage"):
+        sys.exit("limits_test: to be run inside scripts/with-storage")
+    PROGRAM = os.path.abspath(sys.argv.pop(1)) + "/release/fileman.cgi"
+    unittest.main()
