@@ -1,4 +1,4 @@
-// Stores whose names were chosen to confuse whoever reads their list, and the page that the program prints for them.
+// Stores whose names were chosen to confuse a reader of their list, and the page that the program prints for them.
 import { FIELDS } from '../../web/js/fileman/rows.js';
 
 const ID_BYTES = 255;

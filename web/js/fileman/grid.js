@@ -1,6 +1,6 @@
 /*
  * The list itself: SlickGrid draws the rows that are in sight; this file adds what it lacks. The element
- * "rsltgrid" keeps the keyboard focus whatever is drawn (aria-activedescendant names the active row), rows
+ * "rsltgrid" always keeps the keyboard focus (aria-activedescendant names the active row), rows
  * carry their place and choice for assistive software, headers are buttons, and on a narrow screen one
  * column shows an entry in two lines.
  */

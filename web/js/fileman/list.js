@@ -180,7 +180,7 @@ function sortBy(field) {
 
 // ---- actions
 
-/** Writes a command into the page's form, which always says what was last asked for. */
+/** Writes a command into the page's form, which always holds the last command. */
 function command(operation, targets) {
   setField(frame.commandForm, 'opertype', operation);
   setField(frame.commandForm, 'rsltid', targets.map((entry) => entry.id).join(','));

@@ -36,7 +36,7 @@ export function wordsOf(typed) {
   return typed.toLowerCase().split(/\s+/).filter(Boolean);
 }
 
-/** Whether an entry holds all words. The searched text is made once an entry. */
+/** Whether an entry holds all words. The searched text is made once for each entry. */
 export function holdsWords(entry, words) {
   entry.searched ??= FOUND_IN.map((field) => entry[field])
     .join('\n')

@@ -103,7 +103,7 @@ export function showEmpty(frame, listing, { all, isEmpty, load, clearFind }) {
   }
 }
 
-/** The page's form says what is shown; the command's form, what was last asked for. */
+/** Writes what is shown into the page's form, as the program would. */
 export function showForms(frame, listing) {
   const fields = { fmtype: listing.kind };
   for (const key of LIST_KEYS) fields[key] = listing.lists[key].map(toText).join(',');

@@ -20,7 +20,7 @@ const MAGIC = [
 /** What the program says while it reads the storage; all there is when it sends no file. */
 const DIAGNOSTICS = /^(?:(?:Find at|Common port result|Common profile):[^\n]*\n)+$/;
 
-/** The type that a file's first bytes tell: a picture's, 'text/html', or '' when neither. */
+/** The type that a file's first bytes show: that of a picture, 'text/html', or '' for anything else. */
 export function sniff(bytes) {
   const head = String.fromCharCode(...bytes.subarray(0, 512));
   const picture = MAGIC.find(([, magic]) => head.startsWith(magic));
@@ -64,7 +64,7 @@ function decodeReport(bytes) {
  * `Parser` is the frame's own: the list's policy would complain about the report's styles while they are read.
  */
 function calmReport(text, Parser) {
-  // Handlers do not run here anyhow; renamed, they do not make the browser report that either.
+  // The frame runs no handlers. Renamed ones do not make the browser report that, either.
   const quiet = text.replace(/<[a-z][^>]*>/gi, (tag) => tag.replace(/(\s)on(?=\w+\s*=)/gi, '$1data-on'));
   const report = new Parser().parseFromString(quiet, 'text/html');
   report

@@ -12,7 +12,7 @@ const decoder = new TextDecoder();
 /** Keys of the listing's filter: the lists, then the single texts. The order is that of the page's form. */
 export const LIST_KEYS = ['module', 'mode', 'test', 'port'];
 export const TEXT_KEYS = ['jobid', 'account', 'locator', 'type', 'fname', 'prefix', 'suffix'];
-/** The lists that can be asked for; only 'rslt' and 'prof' obey the filter. */
+/** The lists that a person can open; only 'rslt' and 'prof' obey the filter. */
 export const KINDS = ['all', 'rslt', 'prof', 'screen'];
 
 /** Text to its UTF-8 bytes, one character a byte. */
