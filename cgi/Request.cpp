@@ -1,7 +1,7 @@
 #include <array>
 
 #include "cgi/CFileManCGI.h"
-#include "cgi/delivery/Selection.h"
+#include "cgi/delivery/ChosenIds.h"
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
 
@@ -111,7 +111,7 @@ std::string CFileManCGI::getFileManTypeString() const {
 
 std::function<bool(const std::string& id)> CFileManCGI::getChooser() const {
     return
-        [ids = RecordIds::ofRequest(m_queryInfo)](const std::string& id) { return ids && ids->contains(id); };
+        [ids = ChosenIds::ofRequest(m_queryInfo)](const std::string& id) { return ids && ids->contains(id); };
 }
 
 void CFileManCGI::getFilterFromRequest(_ResultFilter& filter) {

@@ -8,10 +8,13 @@
 //     FilterPages     the two filter dialogs
 //     CGICommonUtils  HTML lines, and the answer to every other request
 //   delivery/       files instead of pages: View, Download, PdfExport
-//     Selection       which records, and which of them a command can carry
-//     StagingArea     the shared directory below /tmp and its lock
-//     Shell           commands, kept out of the response
-//     FileStream      a file's bytes
+//     ChosenIds       which records
+//     Obstacles       which of them no command can carry
+//     StagingArea     the shared directory below /tmp; AreaLock, SignOfLife: whose turn it is
+//     OwnPlace        names in /tmp that somebody else may have taken
+//     PlainFiles      what of a copied record may be packed
+//     Packing         the archive; Shell: commands, kept out of the response
+//     Attachment      the answer; FileStream: a file's bytes
 //     Termination     a server that ends the request before it has tidied up
 
 #include <fcntl.h>

@@ -31,7 +31,9 @@ inline constexpr char kCpriPort2Dir[] = "/home/cpri/p2";
 inline constexpr char kOtu3ResultsBelowHome[] = "fileman/100ge/ktw-rslt/otu3port";
 inline constexpr char kOtu3ProfilesBelowHome[] = "fileman/100ge/ktw-prof/otu3port";
 
-inline constexpr char kDownloadDir[] = "/tmp/download/";
+// Where deliveries put their files together, among those of everybody else.
+inline constexpr char kStagingRoot[] = "/tmp/";
+inline constexpr char kDownloadDir[] = "/tmp/download";
 inline constexpr char kDownloadArchive[] = "/tmp/tarn_download.zip";
 // The lock files lie outside the directories that a delivery empties.
 inline constexpr char kDownloadLock[] = "/tmp/.tarn_download.lock";
@@ -39,6 +41,8 @@ inline constexpr char kPdfDir[] = "/tmp/pdf";
 inline constexpr char kPdfArchive[] = "/tmp/tarn_pdf.zip";
 inline constexpr char kPdfLock[] = "/tmp/.tarn_pdf.lock";
 inline constexpr char kPdfTaskList[] = "/tmp/htm2pdf_task_list";
+// The task list until it is whole.
+inline constexpr char kNewPdfTaskList[] = "/tmp/.htm2pdf_task_list.new";
 inline constexpr char kPdfConverter[] = "/usr/local/ktb/bin/htm2pdf";
 
 } // namespace paths

@@ -12,6 +12,7 @@
 #include <cstdio>
 
 #include "cgi/Output.h"
+#include "cgi/delivery/OwnPlace.h"
 #include "common/Report.h"
 #include "common/WriteAll.h"
 
@@ -44,19 +45,28 @@ bool isUnsupported(int errorNumber) {
 
 } // namespace
 
-FileStream::FileStream(const std::string& path)
+FileStream::FileStream(const std::string& path, From from) : m_path(path) {
     // Without blocking: a FIFO without a writer would hold the request for ever.
-    : m_path(path), m_file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
+    const int follow = from == From::Staging ? O_NOFOLLOW : 0;
+    m_file = UniqueFd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | follow));
     const int openError = errno;
     struct stat status = {};
-    if ((m_file ? ::fstat(m_file.get(), &status) : ::stat(path.c_str(), &status)) == 0)
-        m_size = status.st_size;
+    if (m_file)
+        ::fstat(m_file.get(), &status);
+    else if (from == From::Storage)
+        ::stat(path.c_str(), &status);
+    m_size = status.st_size;
     if (!m_file) {
         reportErrno("send", path, openError);
     } else if (!S_ISREG(status.st_mode)) {
         report("send", path, "not a regular file");
         m_file.reset();
+    } else if (from == From::Staging && !isOwnFile(status)) {
+        report("send", path, "not this program's own file");
+        m_file.reset();
     }
+    if (!m_file && from == From::Staging)
+        m_size = 0;
 }
 
 void FileStream::send() {

@@ -4,12 +4,17 @@
 
 #include "common/UniqueFd.h"
 
-// One stored file on its way to standard output: opened once, read once, never held in memory.
+// One file on its way to standard output: opened once, read once, never held in memory.
 class FileStream {
 public:
-    explicit FileStream(const std::string& path);
+    // Links in the storage are followed. Below /tmp anybody may have put something in the way: from there
+    // only a file of this user (or root) with one name is sent.
+    enum class From { Storage, Staging };
 
-    // Bytes, for the response's header: of the opened file, else what stat says, else 0.
+    FileStream(const std::string& path, From from);
+
+    // Bytes, for the response's header: of the opened file. Of what is not sent: 0 from staging, from the
+    // storage what stat says.
     long long size() const { return m_size; }
 
     // Sends what the header announced, after all buffered output. Nothing for a file that could not be opened

@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,17 +6,19 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 
 #include "cgi/CFileManCGI.h"
-#include "cgi/delivery/Delivery.h"
-#include "cgi/delivery/Selection.h"
+#include "cgi/delivery/Attachment.h"
+#include "cgi/delivery/ChosenIds.h"
+#include "cgi/delivery/Obstacles.h"
+#include "cgi/delivery/OwnPlace.h"
+#include "cgi/delivery/Packing.h"
+#include "cgi/delivery/RemoveTree.h"
 #include "cgi/delivery/StagingArea.h"
 #include "cgi/delivery/Termination.h"
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"
-#include "common/UniqueFd.h"
 #include "common/WriteAll.h"
 
 namespace {
@@ -28,7 +29,7 @@ PathList pathsToConvert(const std::list<const _ResultInfo*>& records) {
     PathList paths;
     for (const _ResultInfo* const record : records) {
         if (const char* const obstacle = pdfObstacle(record->path))
-            delivery::reportLeftOut("export to PDF", *record, obstacle);
+            reportLeftOut("export to PDF", record->path, obstacle);
         else
             paths.push_back(record->path);
     }
@@ -42,17 +43,21 @@ std::string taskLines(const PathList& paths) {
     return lines;
 }
 
-// A new file each time: an old one may be a link or a FIFO that somebody put there.
-UniqueFd createTaskList() {
+// Under another name first: at its place somebody could put a list of other files between two calls.
+bool writeTaskList(const PathList& paths) {
     constexpr mode_t kMode = 0644;
-    ::unlink(paths::kPdfTaskList);
-    return UniqueFd(::open(paths::kPdfTaskList, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kMode));
+    UniqueFd file = createOwnFile(paths::kNewPdfTaskList, kMode);
+    if (!file)
+        return false;
+    if (writeAll(file.get(), taskLines(paths)) && file.reset() == 0)
+        return moveOver(paths::kNewPdfTaskList, paths::kPdfTaskList);
+    reportErrno("write task list", paths::kPdfTaskList, errno);
+    ::unlink(paths::kNewPdfTaskList);
+    return false;
 }
 
-void writeTaskList(const PathList& paths) {
-    UniqueFd file = createTaskList();
-    if (!file || !writeAll(file.get(), taskLines(paths)) || file.reset() != 0)
-        reportErrno("write task list", paths::kPdfTaskList, errno);
+std::string pdfPath(const std::string& document) {
+    return std::string(paths::kPdfDir) + "/" + CCommUtils::baseFileName(document) + ".pdf";
 }
 
 // In the child. The lock is closed on exec: a converter that stays behind must not hold up other requests. It
@@ -84,30 +89,38 @@ void runConverter() {
     TerminationDeferral::passOnTo(0);
 }
 
+// What is to be sent: the one PDF or the archive of several or none; "" when there is nothing to send.
+std::string makePdfs(const StagingArea& area, const PathList& documents) {
+    runConverter();
+    if (documents.size() == 1)
+        return pdfPath(documents.front());
+    const std::string& archive = area.places().archive;
+    const std::string command = "cd " + area.places().directory + " && zip " + archive + " *.pdf";
+    return pack(area, command) ? archive : std::string();
+}
+
 } // namespace
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
 void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
-    const auto ids = RecordIds::ofRequest(m_queryInfo);
+    const auto ids = ChosenIds::ofRequest(m_queryInfo);
     if (!ids)
         return;
     const std::list<const _ResultInfo*> chosen = ids->choose(results);
     const PathList documents = pathsToConvert(chosen);
-    const std::string archive = paths::kPdfArchive;
+    const StagingArea area({paths::kPdfDir, paths::kPdfArchive, paths::kPdfLock});
+    if (area.isAbandoned())
+        return;
     const TerminationDeferral deferral;
-    const StagingArea area({paths::kPdfDir, archive, paths::kPdfLock});
-    if (!chosen.empty())
-        area.removeLeftovers();
-    writeTaskList(documents);
-    runConverter();
-    if (documents.size() == 1) {
-        downloadFile("/tmp/pdf/" + CCommUtils::baseFileName(documents.front()) + ".pdf");
-    } else {
-        area.run("cd /tmp/pdf && zip " + archive + " *.pdf");
-        downloadFile(archive);
-    }
-    delivery::waitBeforeCleanUp();
+    const std::string& archive = area.places().archive;
+    const bool isReady =
+        area.isUsable() && (chosen.empty() || area.removeLeftovers()) && writeTaskList(documents);
+    const std::string made = isReady ? makePdfs(area, documents) : std::string();
+    if (made.empty())
+        sendEmptyAttachment(documents.size() == 1 ? pdfPath(documents.front()) : archive);
+    else
+        sendAttachment(made);
     // The PDF of a record whose base name is empty: the '*' below does not match it.
-    ::unlink("/tmp/pdf/.pdf");
-    area.run("rm -rf " + archive + " /tmp/pdf/* &");
+    removeTree(pdfPath(""));
+    area.cleanUp("rm -rf " + archive + " " + area.places().directory + "/* &");
 }

@@ -1,9 +1,11 @@
 #include "cgi/delivery/Shell.h"
 
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -54,9 +56,16 @@ private:
 
 } // namespace
 
-void shell::run(const std::string& command, int inheritedFd) {
+int shell::run(const std::string& command, int inheritedFd) {
     const OutputToErrorLog redirection;
     const Inheritable inheritance(inheritedFd);
-    if (std::system(command.c_str()) == -1) // NOLINT(cert-env33-c): the interface is a shell command
+    // A server that ignores the end of its children hands that on, and no status could be had.
+    std::signal(SIGCHLD, SIG_DFL);
+    const int status = std::system(command.c_str()); // NOLINT(cert-env33-c): the interface is a shell command
+    if (status == -1) {
         reportErrno("run", command, errno);
+        return kNoShell;
+    }
+    constexpr int kSignalBase = 128;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalBase + WTERMSIG(status);
 }

@@ -1,15 +1,16 @@
 #include <cstdio>
 
 #include "cgi/CFileManCGI.h"
+#include "cgi/delivery/ChosenIds.h"
 #include "cgi/delivery/FileStream.h"
-#include "cgi/delivery/Selection.h"
 
 namespace {
 
 // The content type never depends on the file, and the two line feeds after it end the header already, so that
-// "\r\n\r\n" stands before the body and is not counted: wanted, the browser side allows for these four bytes.
+// "\r\n\r\n" stands before the body and is not counted: intentional, the browser side allows for these four
+// bytes.
 void sendInline(const std::string& path) {
-    FileStream file(path);
+    FileStream file(path, FileStream::From::Storage);
     std::printf("Content-Length:%lld\r\n", file.size());
     std::puts("Content-Type:text/html;charset=utf-8\n\n\r");
     std::fputs("\r\n", stdout);
@@ -20,7 +21,7 @@ void sendInline(const std::string& path) {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
 void CFileManCGI::viewResults(std::list<_ResultInfo*> results) {
-    const auto ids = RecordIds::ofRequest(m_queryInfo);
+    const auto ids = ChosenIds::ofRequest(m_queryInfo);
     if (!ids)
         return;
     std::list<std::string> paths;

@@ -1,13 +1,14 @@
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
-#include <memory>
+#include <csignal>
 #include <thread>
 
 #include "TestFiles.h"
 #include "cgi/CFileManCGI.h"
-#include "cgi/delivery/Selection.h"
+#include "cgi/delivery/Obstacles.h"
 #include "cgi/delivery/StagingArea.h"
 
 namespace {
@@ -21,7 +22,7 @@ protected:
     }
     std::string readFile(const std::string& name) const { return ::readFile(at(name)); }
 
-    StagingArea::Places places() const { return {at("area/"), at("area.zip"), at("lock")}; }
+    StagingArea::Places places() const { return {at("area"), at("area.zip"), at("lock")}; }
 };
 
 std::string attachment(const std::string& name, std::size_t size) {
@@ -32,10 +33,7 @@ std::string attachment(const std::string& name, std::size_t size) {
 TEST_F(Delivery, HeadersAndBodiesOfEveryKindOfFile) {
     const std::string content = std::string(100000, 'x') + std::string("\0\r\n", 3);
     const std::string path = writeFile("a b.tar.gz", content);
-    const std::string directory = at("directory");
-    fs::create_directory(directory);
-    struct stat status = {};
-    ::stat(directory.c_str(), &status);
+    fs::create_directory(at("directory"));
     ::mkfifo(at("fifo").c_str(), 0600);
     const auto sent = [&](const std::string& name, int flags) {
         std::fflush(stdout);
@@ -51,8 +49,14 @@ TEST_F(Delivery, HeadersAndBodiesOfEveryKindOfFile) {
     };
     for (const int flags : {0, O_APPEND}) // sendfile refuses the second kind of output
         EXPECT_EQ(attachment("a b.tar.gz", content.size()) + content, sent(path, flags));
+    // Below /tmp only plain files of this user's own are sent.
+    fs::create_symlink(path, at("link"));
+    EXPECT_EQ(attachment("link", 0), sent(at("link"), 0));
     EXPECT_EQ(attachment("fifo", 0), sent(at("fifo"), 0));
-    EXPECT_EQ(attachment("directory", static_cast<std::size_t>(status.st_size)), sent(directory, 0));
+    EXPECT_EQ(attachment("directory", 0), sent(at("directory"), 0));
+    EXPECT_EQ(attachment("a??b", 0), sent(at("a\r\nb"), 0));
+    fs::create_hard_link(path, at("second name"));
+    EXPECT_EQ(attachment("a b.tar.gz", 0), sent(path, 0));
 }
 
 TEST(LeftOut, DownloadsWhoseCommandsCannotCarryTheRecord) {
@@ -72,6 +76,7 @@ TEST(LeftOut, DownloadsWhoseCommandsCannotCarryTheRecord) {
         EXPECT_TRUE(refused("a", "/home/d", destination)) << destination;
     for (const char c : std::string(" |&;<>()$`\\\"'*?[]{}\n\x7f"))
         EXPECT_TRUE(refused("a", std::string("/home/") + c, "/tmp/x")) << c;
+    EXPECT_TRUE(refused("a", "/home/d", "/tmp/download/[a]-[b/../../c]"));
     EXPECT_FALSE(refused("a", "/home/-d.~#!=%,:@^+\xe9", "/tmp/ $x"));
 }
 
@@ -97,21 +102,28 @@ TEST_F(Delivery, LeftoversGoWithoutFollowingLinks) {
     EXPECT_EQ("kept", readFile("kept/file"));
 }
 
-TEST_F(Delivery, PlantedLinksAreReplaced) {
+TEST_F(Delivery, PlantedThingsAreReplaced) {
     writeFile("kept/file", "kept");
     fs::create_directory_symlink(at("kept"), at("area"));
-    fs::create_symlink(at("kept/file"), at("area.zip"));
-    fs::create_symlink(at("kept/file"), at("lock"));
+    writeFile("area.zip/in/the/way", "");
     const StagingArea area(places());
-    EXPECT_TRUE(area.isLocked() && area.isUsable());
-    EXPECT_FALSE(fs::is_symlink(at("area")) || fs::is_symlink(at("lock")) || fs::exists(at("area.zip")));
+    EXPECT_TRUE(area.isUsable() && area.removeLeftovers());
+    EXPECT_FALSE(fs::is_symlink(at("area")) || fs::exists(at("area.zip")));
     area.run("rm -rf " + at("area") + "/*");
     EXPECT_EQ("kept", readFile("kept/file"));
 }
 
+TEST_F(Delivery, NothingRunsInAnAreaThatIsNotHeld) {
+    fs::create_symlink(at("elsewhere"), at("lock"));
+    const StagingArea area(places());
+    EXPECT_FALSE(area.isUsable() || fs::exists(at("elsewhere")) || fs::exists(at("area")));
+    EXPECT_EQ(-1, area.run("touch " + at("run")));
+    EXPECT_FALSE(fs::exists(at("run")));
+}
+
 TEST_F(Delivery, LockOutlivesItsHolderUntilTheBackgroundCommandEnds) {
     using std::chrono::milliseconds;
-    const auto isFree = [&](int wait) { return StagingArea(places(), milliseconds(wait)).isLocked(); };
+    const auto isFree = [&](int wait) { return StagingArea(places(), milliseconds(wait)).isUsable(); };
     {
         const StagingArea holder(places());
         EXPECT_FALSE(isFree(0));
@@ -121,18 +133,28 @@ TEST_F(Delivery, LockOutlivesItsHolderUntilTheBackgroundCommandEnds) {
     EXPECT_TRUE(isFree(5000));
 }
 
-TEST_F(Delivery, QueueThatMovesIsWaitedOut) {
+// Who holds the area shows it until its clean-up has ended, however long that takes; stopped, it does not.
+TEST_F(Delivery, HolderIsWaitedForAsLongAsItGivesASignOfLife) {
     using std::chrono::milliseconds;
-    auto holder = std::make_unique<StagingArea>(places());
-    std::thread others([&] {
-        for (int turn = 0; turn < 10; ++turn) {
-            std::this_thread::sleep_for(milliseconds(50));
-            ::utimensat(AT_FDCWD, at("lock").c_str(), nullptr, 0);
+    const auto startHolder = [&] {
+        const pid_t holder = ::fork();
+        if (holder == 0) {
+            StagingArea(places()).cleanUp("sleep 2 &");
+            ::_exit(0);
         }
-        holder.reset();
-    });
-    EXPECT_TRUE(StagingArea(places(), milliseconds(250)).isLocked());
-    others.join();
+        while (!fs::exists(at("area")))
+            std::this_thread::sleep_for(milliseconds(5));
+        return holder;
+    };
+    const pid_t working = startHolder();
+    EXPECT_TRUE(StagingArea(places(), milliseconds(1500)).isUsable());
+    ::waitpid(working, nullptr, 0);
+    fs::remove(at("area"));
+    const pid_t stopped = startHolder();
+    ::kill(stopped, SIGSTOP);
+    EXPECT_FALSE(StagingArea(places(), milliseconds(1500)).isUsable());
+    ::kill(stopped, SIGKILL);
+    ::waitpid(stopped, nullptr, 0);
 }
 
 } // namespace

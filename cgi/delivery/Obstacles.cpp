@@ -1,9 +1,10 @@
-#include "cgi/delivery/Selection.h"
+#include "cgi/delivery/Obstacles.h"
 
 #include <algorithm>
 
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
+#include "common/Report.h"
 #include "fileman/CResultItem.h"
 
 namespace {
@@ -26,27 +27,9 @@ bool hasQuote(const std::string& text) {
 
 } // namespace
 
-std::optional<RecordIds> RecordIds::ofRequest(const std::map<std::string, std::string>& query) {
-    const auto value = query.find("rsltid");
-    if (value == query.end())
-        return std::nullopt;
-    std::list<std::string> ids;
-    CCommUtils::split(ids, ",", value->second);
-    RecordIds chosen;
-    chosen.m_ids.insert(ids.begin(), ids.end());
-    return chosen;
-}
-
-std::list<const _ResultInfo*> RecordIds::choose(const std::list<_ResultInfo*>& results) const {
-    std::list<const _ResultInfo*> chosen;
-    std::copy_if(results.begin(), results.end(), std::back_inserter(chosen),
-                 [this](const _ResultInfo* record) { return contains(record->id); });
-    return chosen;
-}
-
 DownloadPlaces::DownloadPlaces(const _ResultInfo& record)
     : name(record.name), directory(CCommUtils::absFilePath(record.path)),
-      destination(paths::kDownloadDir + CResultItem::uniqueName(&record)) {}
+      destination(std::string(paths::kDownloadDir) + "/" + CResultItem::uniqueName(&record)) {}
 
 const char* downloadObstacle(const DownloadPlaces& places) {
     if (places.name.empty())
@@ -59,6 +42,9 @@ const char* downloadObstacle(const DownloadPlaces& places) {
         return "its name or directory holds a control character";
     if (places.directory.find_first_of(kShellSpecial) != std::string::npos)
         return "its directory holds a blank or a character special to the shell";
+    // Labels are part of the destination, and a configuration may put anything into them.
+    if (places.destination.find("/../") != std::string::npos)
+        return "its labels lead out of the staging directory";
     return nullptr;
 }
 
@@ -68,4 +54,8 @@ const char* pdfObstacle(const std::string& path) {
     if (hasControl(path))
         return "its path holds a control character";
     return nullptr;
+}
+
+void reportLeftOut(const char* delivery, const std::string& path, const char* reason) {
+    report(delivery, path, std::string("left out, ") + reason);
 }

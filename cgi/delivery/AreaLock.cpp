@@ -1,0 +1,100 @@
+#include "cgi/delivery/AreaLock.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <thread>
+#include <utility>
+
+#include "cgi/delivery/OwnPlace.h"
+#include "common/Report.h"
+
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kPause{20};
+constexpr mode_t kLockMode = 0600;
+
+// Others could hold a lock file of theirs for ever, and one with a second name may be any file of ours. Root
+// could remove it, but not without taking away the lock that another request has just made in its place.
+UniqueFd openOwnLock(const std::string& path) {
+    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    UniqueFd lock(::open(path.c_str(), kFlags, kLockMode));
+    struct stat status = {};
+    if (!lock || ::fstat(lock.get(), &status) != 0) {
+        reportErrno("open lock", path, errno);
+        return {};
+    }
+    if (!isOwnFile(status)) {
+        report("open lock", path, "not this program's own file");
+        return {};
+    }
+    if (status.st_uid == ::geteuid() && (status.st_mode & 07777) != kLockMode)
+        ::fchmod(lock.get(), kLockMode);
+    return lock;
+}
+
+// Whoever cleans up /tmp may have taken the name away from a file that others still waited for.
+bool bearsName(const UniqueFd& file, const std::string& path) {
+    struct stat opened = {};
+    struct stat named = {};
+    return ::fstat(file.get(), &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+std::pair<time_t, long> lastSignOfLife(const UniqueFd& lock) {
+    struct stat status = {};
+    ::fstat(lock.get(), &status);
+    return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+// The pipe or socket that standard output leads to has no other end any more. A file never has.
+bool isReaderGone() {
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    return ::poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
+}
+
+} // namespace
+
+AreaLock::AreaLock(const std::string& path, std::chrono::milliseconds longestWait) {
+    UniqueFd file = openOwnLock(path);
+    while (file && wait(file, path, longestWait)) {
+        if (bearsName(file, path)) {
+            m_file = std::move(file);
+            m_signOfLife.emplace(m_file.get());
+            return;
+        }
+        file = openOwnLock(path);
+    }
+}
+
+bool AreaLock::wait(const UniqueFd& file, const std::string& path, std::chrono::milliseconds longestWait) {
+    auto sign = lastSignOfLife(file);
+    auto deadline = steady_clock::now() + longestWait;
+    for (;;) {
+        m_isAbandoned = isReaderGone();
+        if (m_isAbandoned) {
+            report("take lock", path, "nobody waits for the answer any more");
+            return false;
+        }
+        if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0)
+            return true;
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            reportErrno("take lock", path, errno);
+            return false;
+        }
+        const auto now = lastSignOfLife(file);
+        if (std::exchange(sign, now) != now)
+            deadline = steady_clock::now() + longestWait;
+        if (steady_clock::now() >= deadline) {
+            report("take lock", path, "held by a request that gives no sign of life");
+            return false;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "cgi/delivery/SignOfLife.h"
+#include "common/UniqueFd.h"
+
+// The turn of one request in a staging area: an advisory lock on a file. The holder gives a sign of life as
+// long as this lives. The lock is free again when this process and every process that inherited it have
+// ended.
+class AreaLock {
+public:
+    // Waits for the turn. In vain, with a line on standard error, when a holder gives no sign of life for
+    // longestWait, when the file is not this user's own, or when nobody reads standard output any more.
+    AreaLock(const std::string& path, std::chrono::milliseconds longestWait);
+
+    bool isHeld() const { return m_signOfLife.has_value(); }
+    // The wait ended because nobody is there to take an answer.
+    bool isAbandoned() const { return m_isAbandoned; }
+    // For the commands that work in the area; -1 when the lock is not held.
+    int descriptor() const { return m_file.get(); }
+
+private:
+    bool wait(const UniqueFd& file, const std::string& path, std::chrono::milliseconds longestWait);
+
+    UniqueFd m_file;
+    std::optional<SignOfLife> m_signOfLife;
+    bool m_isAbandoned = false;
+};

@@ -1,0 +1,51 @@
+#include "cgi/delivery/Attachment.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "cgi/CFileManCGI.h"
+#include "cgi/delivery/FileStream.h"
+#include "common/CCommUtils.h"
+#include "common/FixedPaths.h"
+
+namespace {
+
+// A line feed in a name would begin a header line of its own.
+std::string headerValue(std::string name) {
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
+    std::replace_if(name.begin(), name.end(), isControl, '?');
+    return name;
+}
+
+void writeHeader(const std::string& path, long long size) {
+    std::printf("Content-Disposition:attachment;filename=%s\r\n",
+                headerValue(CCommUtils::completeFileName(path)).c_str());
+    std::printf("Content-Length:%lld\r\n", size);
+    std::printf("Content-Type:application/octet-stream\r\n");
+    std::printf("\r\n");
+}
+
+void send(const std::string& path, FileStream::From from) {
+    const IgnoreBrokenPipe ignoreBrokenPipe;
+    FileStream file(path, from);
+    writeHeader(path, file.size());
+    file.send();
+}
+
+} // namespace
+
+void sendAttachment(const std::string& path) {
+    send(path, FileStream::From::Staging);
+}
+
+void sendEmptyAttachment(const std::string& path) {
+    const IgnoreBrokenPipe ignoreBrokenPipe;
+    writeHeader(path, 0);
+    std::fflush(stdout);
+}
+
+int CFileManCGI::downloadFile(const std::string& path) {
+    const bool isStaged = CCommUtils::isStartsWith(path, paths::kStagingRoot);
+    send(path, isStaged ? FileStream::From::Staging : FileStream::From::Storage);
+    return 1;
+}

@@ -1,0 +1,82 @@
+#include "cgi/delivery/Packing.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string_view>
+
+#include "cgi/delivery/OwnPlace.h"
+#include "cgi/delivery/RemoveTree.h"
+#include "cgi/delivery/Shell.h"
+#include "common/Report.h"
+#include "common/WriteAll.h"
+
+namespace {
+
+constexpr mode_t kArchiveMode = 0600;
+constexpr char kOptions[] = "ZIPOPT";
+// zip's status for an option that it does not know.
+constexpr int kUnknownOption = 16;
+
+// The record that ends every archive, here of no entries.
+constexpr std::string_view kEmptyArchive("PK\5\6\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 22);
+
+bool createEmptyArchive(const std::string& path) {
+    UniqueFd file = createOwnFile(path, kArchiveMode);
+    return file && writeAll(file.get(), kEmptyArchive) && file.reset() == 0;
+}
+
+// Where zip works. The packing command's "*" does not match the leading dot.
+class Workshop {
+public:
+    explicit Workshop(const std::string& stagingDirectory) : m_directory(stagingDirectory + "/.zip") {
+        m_isReady = removeTree(m_directory) && claimDirectory(m_directory);
+    }
+    Workshop(const Workshop&) = delete;
+    Workshop& operator=(const Workshop&) = delete;
+    ~Workshop() { removeTree(m_directory); }
+
+    bool isReady() const { return m_isReady; }
+    std::string archive() const { return m_directory + "/archive.zip"; }
+    std::string options() const { return "-b " + m_directory + " -O " + archive(); }
+
+private:
+    std::string m_directory;
+    bool m_isReady;
+};
+
+// Returns zip's status.
+int runZip(const StagingArea& area, const std::string& command, const Workshop& workshop) {
+    ::setenv(kOptions, workshop.options().c_str(), 1);
+    const int status = area.run(command);
+    ::unsetenv(kOptions);
+    return status == kUnknownOption ? area.run(command) : status;
+}
+
+// Without the options zip made the archive where the command says.
+bool isPackedInPlace(const std::string& archive) {
+    struct stat status = {};
+    return ::lstat(archive.c_str(), &status) == 0 && isOwnFile(status) &&
+           status.st_size > static_cast<off_t>(kEmptyArchive.size());
+}
+
+} // namespace
+
+bool pack(const StagingArea& area, const std::string& command) {
+    const std::string& archive = area.places().archive;
+    const Workshop workshop(area.places().directory);
+    if (!workshop.isReady() || !createEmptyArchive(archive))
+        return false;
+    if (const int status = runZip(area, command, workshop); status != 0) {
+        report("pack", archive, "the packer failed with status " + std::to_string(status));
+        return false;
+    }
+    if (::access(workshop.archive().c_str(), F_OK) == 0)
+        return moveOver(workshop.archive(), archive);
+    if (isPackedInPlace(archive))
+        return true;
+    report("pack", archive, "the packer made no archive");
+    return false;
+}

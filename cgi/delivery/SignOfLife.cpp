@@ -1,0 +1,46 @@
+#include "cgi/delivery/SignOfLife.h"
+
+#include <sys/stat.h>
+#include <sys/time.h>
+
+#include <cerrno>
+#include <csignal>
+
+namespace {
+
+// Read by the handler; set while the timer stands only.
+volatile std::sig_atomic_t g_lock = -1;
+
+void touch(int /*signalNumber*/) {
+    const int saved = errno;
+    ::futimens(g_lock, nullptr);
+    errno = saved;
+}
+
+void setTimer(std::chrono::seconds interval) {
+    const timeval every = {static_cast<time_t>(interval.count()), 0};
+    const itimerval timer = {every, every};
+    ::setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+} // namespace
+
+SignOfLife::SignOfLife(int lock) {
+    g_lock = lock;
+    touch(0);
+    struct sigaction action = {};
+    action.sa_handler = &touch;
+    // Interrupted output would be lost output: stdio does not go on after EINTR.
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGALRM, &action, nullptr);
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::sigaddset(&signals, SIGALRM);
+    ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    setTimer(kInterval);
+}
+
+SignOfLife::~SignOfLife() {
+    setTimer(std::chrono::seconds(0));
+    g_lock = -1;
+}
