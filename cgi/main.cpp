@@ -14,6 +14,7 @@
 //     OwnPlace        names in /tmp that somebody else may have taken
 //     PlainFiles      what of a copied record may be packed
 //     Packing         the archive; Shell: commands, kept out of the response
+//     Converter       PDFs; PdfFiles: which of them are whole
 //     Attachment      the answer; FileStream: a file's bytes
 //     Termination     a server that ends the request before it has tidied up
 

@@ -1,18 +1,13 @@
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
-
-#include <array>
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
 
 #include "cgi/CFileManCGI.h"
 #include "cgi/delivery/Attachment.h"
 #include "cgi/delivery/ChosenIds.h"
+#include "cgi/delivery/Converter.h"
 #include "cgi/delivery/Obstacles.h"
 #include "cgi/delivery/OwnPlace.h"
 #include "cgi/delivery/Packing.h"
+#include "cgi/delivery/PdfFiles.h"
 #include "cgi/delivery/RemoveTree.h"
 #include "cgi/delivery/StagingArea.h"
 #include "cgi/delivery/Termination.h"
@@ -56,47 +51,19 @@ bool writeTaskList(const PathList& paths) {
     return false;
 }
 
-std::string pdfPath(const std::string& document) {
-    return std::string(paths::kPdfDir) + "/" + CCommUtils::baseFileName(document) + ".pdf";
-}
-
-// In the child. The lock is closed on exec: a converter that stays behind must not hold up other requests. It
-// ends with its request instead, so that it cannot put files among those of the next one.
-[[noreturn]] void becomeConverter(pid_t parent) {
-    std::string program = "htm2pdf";
-    std::string taskList = paths::kPdfTaskList;
-    std::array<char*, 3> arguments = {program.data(), taskList.data(), nullptr};
-    ::dup2(STDERR_FILENO, STDOUT_FILENO);
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (::getppid() == parent)
-        ::execvp(paths::kPdfConverter, arguments.data());
-    ::_exit(0);
-}
-
-void runConverter() {
-    std::fflush(stdout);
-    const pid_t parent = ::getpid();
-    const pid_t child = ::fork();
-    if (child == 0)
-        becomeConverter(parent);
-    if (child < 0) {
-        reportErrno("start", paths::kPdfConverter, errno);
-        return;
-    }
-    TerminationDeferral::passOnTo(child);
-    while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-    }
-    TerminationDeferral::passOnTo(0);
-}
-
-// What is to be sent: the one PDF or the archive of several or none; "" when there is nothing to send.
+// What is to be sent: the one PDF or the archive of several or none; "" when there is no whole file to send.
 std::string makePdfs(const StagingArea& area, const PathList& documents) {
-    runConverter();
-    if (documents.size() == 1)
-        return pdfPath(documents.front());
+    const bool hasSucceeded = converter::run();
+    if (documents.size() == 1) {
+        const std::string pdf = pdfPath(documents.front());
+        const char* const obstacle = pdfFileObstacle(pdf, hasSucceeded);
+        if (obstacle != nullptr)
+            reportLeftOut("export to PDF", pdf, obstacle);
+        return obstacle == nullptr ? pdf : std::string();
+    }
     const std::string& archive = area.places().archive;
     const std::string command = "cd " + area.places().directory + " && zip " + archive + " *.pdf";
-    return pack(area, command) ? archive : std::string();
+    return keepWholePdfs(documents, hasSucceeded) && pack(area, command) ? archive : std::string();
 }
 
 } // namespace

@@ -10,11 +10,14 @@ constexpr std::array<int, 3> kSignals = {SIGTERM, SIGINT, SIGHUP};
 
 // Read by the handler; set by passOnTo only.
 volatile std::sig_atomic_t g_child = 0;
+// The last signal that arrived; 0 for none.
+volatile std::sig_atomic_t g_signal = 0;
 
 void passOn(int signalNumber) {
     const int saved = errno;
+    g_signal = signalNumber;
     if (g_child > 0)
-        ::kill(g_child, signalNumber);
+        ::kill(-g_child, signalNumber);
     errno = saved;
 }
 
@@ -30,6 +33,7 @@ void setHandler(void (*handler)(int)) {
 } // namespace
 
 TerminationDeferral::TerminationDeferral() {
+    g_signal = 0;
     setHandler(&passOn);
 }
 
@@ -39,4 +43,6 @@ TerminationDeferral::~TerminationDeferral() {
 
 void TerminationDeferral::passOnTo(pid_t child) {
     g_child = child;
+    if (child > 0 && g_signal != 0)
+        ::kill(-child, g_signal);
 }

@@ -12,7 +12,7 @@ public:
     TerminationDeferral& operator=(const TerminationDeferral&) = delete;
     ~TerminationDeferral();
 
-    // A signal that arrives from now on goes on to the child too, so that a request nobody waits for any more
-    // does not finish its work; 0 for no child.
+    // Signals go on to every process of the group that this child leads, so that a request nobody waits for
+    // any more does not finish its work; also a signal that came before. 0 for no child.
     static void passOnTo(pid_t child);
 };

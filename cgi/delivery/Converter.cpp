@@ -1,0 +1,82 @@
+#include "cgi/delivery/Converter.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <string>
+
+#include "cgi/delivery/Termination.h"
+#include "common/FixedPaths.h"
+#include "common/Report.h"
+
+namespace {
+
+// In the child, which leads a group of its own. The lock is closed on exec: what the converter leaves behind
+// must not hold up other requests.
+[[noreturn]] void becomeConverter(pid_t parent) {
+    std::string program = "htm2pdf";
+    std::string taskList = paths::kPdfTaskList;
+    std::array<char*, 3> arguments = {program.data(), taskList.data(), nullptr};
+    ::setpgid(0, 0);
+    ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() == parent) {
+        ::execvp(paths::kPdfConverter, arguments.data());
+        reportErrno("start", paths::kPdfConverter, errno);
+    }
+    ::_exit(0);
+}
+
+int waitFor(pid_t child) {
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR)
+            return -1;
+    }
+    return status;
+}
+
+// What its processes left running has become this process's own children, which sees them end.
+void endGroup(pid_t leader) {
+    ::kill(-leader, SIGKILL);
+    while (::waitpid(-leader, nullptr, 0) > 0 || errno == EINTR) {
+    }
+}
+
+bool isSuccess(int status) {
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0)
+        return true;
+    const std::string why = WIFEXITED(status) ? "failed with status " + std::to_string(WEXITSTATUS(status))
+                                              : "ended by signal " + std::to_string(WTERMSIG(status));
+    report("convert with", paths::kPdfConverter, why);
+    return false;
+}
+
+} // namespace
+
+bool converter::run() {
+    std::fflush(stdout);
+    // A server that ignores the end of its children hands that on, and no status could be had.
+    std::signal(SIGCHLD, SIG_DFL);
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    const pid_t parent = ::getpid();
+    const pid_t child = ::fork();
+    if (child == 0)
+        becomeConverter(parent);
+    if (child < 0) {
+        reportErrno("start", paths::kPdfConverter, errno);
+        return false;
+    }
+    // Here, too, so that no signal finds the group missing.
+    ::setpgid(child, child);
+    TerminationDeferral::passOnTo(child);
+    const int status = waitFor(child);
+    TerminationDeferral::passOnTo(0);
+    endGroup(child);
+    return isSuccess(status);
+}
