@@ -12,7 +12,7 @@
 //     Obstacles       which of them no command can carry
 //     StagingArea     the shared directory below /tmp; AreaLock, SignOfLife: whose turn it is
 //     OwnPlace        names in /tmp that somebody else may have taken
-//     PlainFiles      what of a copied record may be packed
+//     StagedRecord    a record copied and compared; CopiedTree, PlainFiles below it
 //     Packing         the archive; Shell: commands, kept out of the response
 //     Converter       PDFs; PdfFiles: which of them are whole
 //     Attachment      the answer; FileStream: a file's bytes

@@ -1,37 +1,52 @@
+#include <map>
+#include <vector>
+
 #include "cgi/CFileManCGI.h"
 #include "cgi/delivery/Attachment.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "cgi/delivery/Obstacles.h"
 #include "cgi/delivery/Packing.h"
 #include "cgi/delivery/PlainFiles.h"
+#include "cgi/delivery/StagedRecord.h"
 #include "cgi/delivery/StagingArea.h"
 #include "cgi/delivery/Termination.h"
+#include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
+#include "common/Report.h"
 
 namespace {
 
-std::string quoted(const std::string& text) {
-    return "'" + text + "'";
+// The records that stand at each destination.
+using Destinations = std::map<std::string, std::vector<const _ResultInfo*>>;
+
+// A result and a profile of one name share a destination, and of their files of one name the later stays.
+void reportSharing(const _ResultInfo& first, const _ResultInfo& second) {
+    if (CCommUtils::absFilePath(first.path) != CCommUtils::absFilePath(second.path))
+        report("download", first.path + " and " + second.path,
+               "one directory in the archive, where of two files of one name the second stays");
 }
 
-// The record's page, its data of any extension, a file or directory of just its name, and the "_files"
-// directory with the page's pictures. cp complains about those that do not exist; that is no failure.
-bool stageRecord(const StagingArea& area, const DownloadPlaces& places) {
-    const std::string& name = places.name;
-    area.run("mkdir -p " + quoted(places.destination));
-    area.run("cd " + places.directory + " && cp -rf " + quoted(name) + ".* " + quoted(name) + " " +
-             quoted(name + "_files") + " " + quoted(places.destination));
-    // Two records may share a destination: what the first left there must not redirect the second.
-    return keepPlainFiles(places.destination, area.places().directory + "/.copy");
+void stageAt(const StagingArea& area, const _ResultInfo& record, const DownloadPlaces& places,
+             std::vector<const _ResultInfo*>& present) {
+    if (!present.empty())
+        reportSharing(*present.back(), record);
+    present.push_back(&record);
+    const char* const reason = stageRecord(area, places);
+    if (reason == nullptr)
+        return;
+    for (const _ResultInfo* const lost : present)
+        reportLeftOut("download", lost->path, reason);
+    present.clear();
 }
 
 void stageRecords(const StagingArea& area, const std::list<const _ResultInfo*>& records) {
+    Destinations destinations;
     for (const _ResultInfo* const record : records) {
         const DownloadPlaces places(*record);
         if (const char* const obstacle = downloadObstacle(places))
             reportLeftOut("download", record->path, obstacle);
         else
-            stageRecord(area, places);
+            stageAt(area, *record, places, destinations[places.destination]);
     }
 }
 

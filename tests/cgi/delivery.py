@@ -7,6 +7,7 @@ scripts/with-storage puts in place of the machine's.
 """
 
 import concurrent.futures
+import fcntl
 import io
 import os
 import random
@@ -38,6 +39,10 @@ HEAD = ("Content-Disposition:attachment;filename=%s\r\nContent-Length:%d\r\n"
 KEPT = r".*/tmp/\(download\|pdf\|htm2pdf_task_list\|\.private-storage\|\.[^/]*\.lock\)"
 
 
+def stub(*lines):
+    return "\n".join(("#!/bin/sh", *lines, "")).encode()
+
+
 class Instrument:
     """A private storage, and the requests to the program in it."""
 
@@ -50,11 +55,18 @@ class Instrument:
         self.tree = Tree(self.path("home"))
         # With the key of directories that have none, so that a delivery finds what lies in them.
         self.tree.configuration(lambda text: text.replace(b"</category>", b'<t label="Other" key=""/></category>'))
-        Tree(self.path("usr-local")).write("ktb/bin/htm2pdf", CONVERTER)
-        os.chmod(self.path("usr-local/ktb/bin/htm2pdf"), 0o755)
+        self.tool("ktb/bin/htm2pdf", CONVERTER)
 
     def path(self, name):
         return os.path.join(self.directory, name)
+
+    def tool(self, name, script):
+        """A program below /usr/local, where "bin" comes before the machine's own."""
+        place = self.path("usr-local/" + name)
+        os.makedirs(os.path.dirname(place), exist_ok=True)
+        with open(place, "wb") as file:
+            file.write(script)
+        os.chmod(place, 0o755)
 
     def reports(self, *names):
         for name in names:
@@ -64,7 +76,8 @@ class Instrument:
     def start(self, operation, names, before=(), prefix=b"Ethernet_SFP_BERT_Result_"):
         ids = b",".join((prefix + os.fsencode(name))[:255] for name in names).replace(b"%", b"%25")
         return subprocess.Popen([os.path.join(ROOT, "scripts/with-storage"), self.directory, *before, self.program],
-                                env=environment(b"opertype=" + operation.encode() + b"&rsltid=" + ids), bufsize=0,
+                                env=environment(b"opertype=" + operation.encode() + b"&rsltid=" + ids,
+                                                PATH="/usr/local/bin:/usr/bin:/bin"), bufsize=0,
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
     def deliver(self, *what, **how):
@@ -123,12 +136,16 @@ def downloads_bring_companions(instrument):
     for companion in ("one.xml", "one", "one_more.html"):
         instrument.tree.write(f"{BERT}/{companion}", b"companion")
     os.mkfifo(instrument.tree.place(BERT + "/one.fifo"))
-    for name, target in (("loop", "."), ("around", ".."), ("outside", "/etc/passwd")):
+    for name, target in (("loop", "."), ("around", ".."), ("outside", "/etc/passwd"), ("neighbour", "chart.png"),
+                         ("stored", f"/home/{BERT}/two.html")):
         os.symlink(target, instrument.tree.place(f"{BERT}/one_files/{name}"))
     place = "[one]-[Bit Errors]-[SFP (optical)]-[Ethernet Tests]/"
-    name, archive, _ = instrument.deliver("download", ("three", "unknown", "one"))
-    same((name, entries(archive)), ("tarn_download.zip", {**downloaded("three", "one"), place + "one": b"companion",
-                                                          place + "one.xml": b"companion"}))
+    name, archive, messages = instrument.deliver("download", ("three", "unknown", "one"))
+    same((name, entries(archive)), ("tarn_download.zip", {
+        **downloaded("three", "one"), place + "one": b"companion", place + "one.xml": b"companion",
+        place + "one_files/neighbour": b"chart one\n", place + "one_files/stored": b"report two\n"}))
+    same(sorted(re.findall(r"^fileman: pack /tmp/download/.*/(.*): left out, ", messages, re.M)),
+         ["around", "loop", "one.fifo", "outside"])
     same(instrument.deliver("download", ("unknown",))[:2], ("tarn_download.zip", b""))
     same(instrument.left_in_tmp(), "")
 
@@ -215,11 +232,12 @@ def full_tmp_gives_an_honest_answer(instrument):
     script = """mount -t tmpfs -o size=400k tmpfs /tmp && "$0" && sleep 0.5
                 echo left: $(ls -A /tmp/download /tmp/*.zip) >&2"""
     instrument.reports("small")
-    for name, size in (("beyond", 700_000), ("half", 250_000)):
+    for name, size, wanted in (("beyond", 700_000, downloaded("small")), ("half", 250_000, {})):
         instrument.tree.write(f"{BERT}/{name}.html", random.randbytes(size))
         _, body, messages = instrument.deliver("download", ("small", name),
                                                before=("unshare", "-m", "sh", "-c", script))
-        same((body, re.findall("^left:.*", messages, re.M)), (b"", ["left: /tmp/download:"]))
+        same((entries(body) if body else {}, re.findall("^left:.*", messages, re.M)), (wanted, ["left: /tmp/download:"]))
+        assert re.search(r"^fileman: (download /home/.*beyond.*: left out, |pack .*: the packer failed)", messages, re.M)
 
 
 def planted_links_and_fifos_lead_nowhere(instrument):
@@ -232,6 +250,157 @@ def planted_links_and_fifos_lead_nowhere(instrument):
     same(entries(instrument.deliver("download", ("one", "two"))[1]), downloaded("one", "two"))
     same(entries(instrument.deliver("pdf", ("one", "two"))[1]), exported("one", "two"))
     same(instrument.stored(), before)
+
+
+def foreign_areas_are_left_alone(instrument):
+    """The program's user cannot remove what another has put into /tmp; nothing is run there, and nothing sent."""
+    before = ("setpriv", "--reuid=1001", "--regid=1001", "--clear-groups")
+    instrument.reports("one")
+    instrument.tool("ktb/bin/htm2pdf", stub("echo converted >&2"))
+    for name in ("download/planted.txt", "pdf/one.pdf", "tarn_download.zip", "tarn_pdf.zip", "htm2pdf_task_list"):
+        Tree(instrument.path("tmp")).write(name, b"%PDF-1.4 of somebody else\n%%EOF\n")
+    subprocess.run(["chown", "-R", "1002:1002", instrument.path("tmp")], check=True)
+    os.chown(instrument.path("tmp"), 0, 0)
+    os.chmod(instrument.path("tmp"), 0o1777)
+
+    def answers():
+        for operation, names in (("download", ("one",)), ("download", ("unknown",)), ("pdf", ("one",)), ("pdf", ())):
+            _, body, messages = instrument.deliver(operation, names, before=before)
+            same(body, b"")
+            assert re.search("^fileman: .* /tmp/.*: ", messages, re.M) and "converted" not in messages, messages
+
+    answers()
+    for name in ("download", "pdf"):
+        shutil.rmtree(instrument.path("tmp/" + name))
+    answers()
+    for operation in ("download", "pdf"):
+        with open(instrument.path(f"tmp/.tarn_{operation}.lock"), "wb") as lock:
+            os.fchown(lock.fileno(), 1002, 1002)
+            os.fchmod(lock.fileno(), 0o666)
+        same(instrument.deliver(operation, ("one",))[1], b"")
+
+
+def looping_neighbour_gets_and_breaks_nothing(instrument):
+    """Another user plants links, files and directories while the program runs as root."""
+    instrument.reports("one", "two")
+    instrument.tool("ktb/bin/htm2pdf", CONVERTER + b"grep -v -e one -e two $1 && echo foreign tasks >&2; true\n")
+    tmp, secret = instrument.path("tmp"), instrument.path("home/secret")
+    with open(secret, "wb") as file:
+        file.write(b"secret")
+    os.chmod(secret, 0o600)
+    os.chmod(tmp, 0o1777)
+    script = """import os, shutil
+open(".planted", "w").write("/home/secret -> one.pdf\\n/home/secret -> two.pdf\\n")
+while True:
+    for step in (lambda: os.symlink("/home/secret", "tarn_download.zip"), lambda: os.symlink("/home/secret", "tarn_pdf.zip"),
+                 lambda: shutil.copy(".planted", "htm2pdf_task_list"), lambda: os.mkdir("pdf"),
+                 lambda: os.mkdir("tarn_download.zip"), lambda: os.mkdir("download")):
+        try: step()
+        except OSError: pass
+"""
+    neighbour = subprocess.Popen(["setpriv", "--reuid=1002", "--regid=1002", "--clear-groups", "python3", "-Ic", script],
+                                 cwd=tmp)
+    try:
+        time.sleep(0.3)
+        for _ in range(3):
+            running = [instrument.start(operation, ("one", "two")) for operation in ("download", "pdf")]
+            for process, wanted in zip(running, (downloaded, exported)):
+                _, archive, messages = finish(process)
+                assert "foreign tasks" not in messages and (not archive or entries(archive) == wanted("one", "two")), messages
+    finally:
+        neighbour.kill()
+        neighbour.wait()
+    with open(secret, "rb") as file:
+        same(file.read(), b"secret")
+    same(entries(instrument.deliver("pdf", ("one", "two"))[1]), exported("one", "two"))
+    same(entries(instrument.deliver("download", ("one", "two"))[1]), downloaded("one", "two"))
+
+
+def failing_commands_leave_no_hollow_archive(instrument):
+    instrument.reports("one", "two")
+    left_out = rf"^fileman: download /home/{BERT}/two.html: left out, "
+    for failing in ('/bin/cp "$@"; for to; do :; done; [ ! -f "$to/two.html" ] || truncate -s 5 "$to/two.html"; exit 1',
+                    'case "$*" in *two*) exit 127; esac; exec /bin/cp "$@"',
+                    '/bin/cp "$@"; for to; do :; done; rm -rf "$to/two_files"'):
+        instrument.tool("bin/cp", stub(failing))
+        _, archive, messages = instrument.deliver("download", ("one", "two"))
+        same(set(entries(archive)), set(downloaded("one")))
+        same(len(re.findall(left_out, messages, re.M)), 1)
+    os.unlink(instrument.path("usr-local/bin/cp"))
+    for failing in ("exit 127", '/usr/bin/zip "$@" & sleep 0.05; kill -9 $!; wait $!'):
+        instrument.tree.write(f"{BERT}/large{len(failing)}.html", random.randbytes(20 << 20))
+        instrument.tool("bin/zip", stub(failing))
+        _, archive, messages = instrument.deliver("download", (f"large{len(failing)}",))
+        same((archive, len(re.findall("^fileman: pack /tmp/tarn_download.zip: ", messages, re.M))), (b"", 1))
+        same(instrument.left_in_tmp(), "")
+
+
+def more_companions_than_a_command_takes(instrument):
+    """The limit of a command's arguments is a quarter of that of the stack."""
+    instrument.reports("one", "two")
+    names = [f"one.{number}{'x' * 200}" for number in range(1000)]
+    for name in names:
+        instrument.tree.write(f"{BERT}/{name}", name.encode())
+    os.symlink(f"/home/{BERT}/two.html", instrument.tree.place(f"{BERT}/one.link"))
+    _, archive, _ = instrument.deliver("download", ("one", "two"), before=("prlimit", "--stack=524288"))
+    place = "[one]-[Bit Errors]-[SFP (optical)]-[Ethernet Tests]/"
+    same(entries(archive), {**downloaded("one", "two"), **{place + name: name.encode() for name in names},
+                            place + "one.link": b"report two\n"})
+
+
+def records_of_one_destination_are_named(instrument):
+    for half in ("rslt", "prof"):
+        instrument.tree.write(f"1ge/kte-{half}/sfpport/bert-{'result' if half == 'rslt' else 'setup'}/one.html",
+                              half.encode())
+    ids = ("Ethernet_SFP_BERT_Result_one", "Ethernet_SFP_BERT_Profile_one")
+    _, archive, messages = instrument.deliver("download", ids, prefix=b"")
+    same((list(entries(archive).values()), len(re.findall("^fileman: download /home/.*/one.html and /home/.*/one.html: "
+                                                          "one directory", messages, re.M))), ([b"prof"], 1))
+
+
+def half_pdfs_are_not_sent(instrument):
+    instrument.reports("one", "two")
+    whole, half = ("echo '%PDF-1.7 whole"r"\n%%EOF"f"' >/tmp/pdf/{name}.pdf" for name in ("one", "x")), "printf %s %PDF-1.7"
+    whole = next(whole)
+    for end in ("kill -9 $$", "exit 3", "exit 0"):
+        instrument.tool("ktb/bin/htm2pdf", stub(whole, half + " >/tmp/pdf/two.pdf", end))
+        _, archive, messages = instrument.deliver("pdf", ("one", "two"))
+        same((list(entries(archive)), "two.pdf: left out, " in messages), (["one.pdf"], True))
+        name, body, messages = instrument.deliver("pdf", ("two",))
+        same((name, body, "two.pdf: left out, " in messages), ("two.pdf", b"", True))
+
+
+def converter_ends_with_its_request(instrument):
+    """All of it, also what does not listen to the signal and what it leaves behind when it ends by itself."""
+    stray = "(trap '' TERM; for i in $(seq 500); do echo >>/tmp/pdf/stray; sleep 0.02; done) & sleep 0.2"
+    instrument.reports("one")
+    for rest in ("echo started >&2; sleep 60", "exit 0"):
+        instrument.tool("ktb/bin/htm2pdf", stub(stray, rest))
+        with instrument.start("pdf", ("one",)) as process:
+            if "started" in rest:
+                same(process.stderr.readline(), b"started\n")
+                process.terminate()
+            finish(process)
+        same(instrument.left_in_tmp(), "")
+        time.sleep(0.1)
+        same(instrument.left_in_tmp(), "")
+
+
+def abandoned_request_leaves_the_queue(instrument):
+    """One whose reader has gone, and one that the server ends."""
+    with open(instrument.path("tmp/.tarn_download.lock"), "wb") as lock:
+        os.fchmod(lock.fileno(), 0o600)
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        waiting = [instrument.start("download", ("one",)) for _ in range(2)]
+        time.sleep(0.5)
+        same([process.poll() for process in waiting], [None, None])
+        waiting[0].stdout.close()
+        waiting[1].terminate()
+        for process in waiting:
+            process.wait(timeout=5)
+            process.stderr.close()
+        waiting[1].stdout.close()
+    same(os.listdir(instrument.path("tmp")).count("download"), 0)
 
 
 def server_or_reader_that_leaves_early_leaves_nothing(instrument):
@@ -267,7 +436,10 @@ CASES = (
     downloads_bring_companions, pdf_of_one_several_and_none, hostile_names_are_left_out_or_carried_whole,
     hostile_directories_are_left_out, full_tmp_gives_an_honest_answer,
     planted_links_and_fifos_lead_nowhere, server_or_reader_that_leaves_early_leaves_nothing,
-)
+    looping_neighbour_gets_and_breaks_nothing, failing_commands_leave_no_hollow_archive,
+    more_companions_than_a_command_takes, records_of_one_destination_are_named, half_pdfs_are_not_sent,
+    converter_ends_with_its_request, abandoned_request_leaves_the_queue,
+) + ((foreign_areas_are_left_alone,) if os.geteuid() == 0 else ())
 
 
 def run(case, program):
