@@ -13,6 +13,7 @@
 #include "cgi/delivery/Termination.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"
+#include "common/Retry.h"
 
 namespace {
 
@@ -34,11 +35,7 @@ namespace {
 
 int waitFor(pid_t child) {
     int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR)
-            return -1;
-    }
-    return status;
+    return retryInterrupted([&] { return ::waitpid(child, &status, 0); }) < 0 ? -1 : status;
 }
 
 // What its processes left running has become this process's own children, which sees them end.

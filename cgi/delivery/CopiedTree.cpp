@@ -65,7 +65,7 @@ bool CopiedTree::isWholeFile(const struct stat& source, const std::string& copy)
 }
 
 bool CopiedTree::isWholeDirectory(const std::string& source, const std::string& copy) const {
-    const auto listing = readDirectory(source);
+    const auto listing = readWholeDirectory(source);
     if (!listing)
         return false;
     // An empty one has to stand there, too.
@@ -95,7 +95,7 @@ bool CopiedTree::make(const std::string& source, const std::string& copy, EntryT
 }
 
 bool CopiedTree::makeDirectory(const std::string& source, const std::string& copy, mode_t mode) const {
-    const auto listing = readDirectory(source);
+    const auto listing = readWholeDirectory(source);
     if (!listing || (::mkdir(copy.c_str(), (mode & 0777) | S_IRWXU) != 0 && !isDirectory(copy))) {
         reportErrno("copy", source, errno);
         return false;

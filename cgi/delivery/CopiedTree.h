@@ -5,7 +5,7 @@
 #include <ctime>
 #include <string>
 
-#include "fileman/disk/StorageTree.h"
+#include "fileman/disk/Directory.h"
 
 // Files and directories copied out of the storage, compared with what they were copied from.
 //

@@ -15,7 +15,7 @@
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"
-#include "fileman/disk/StorageTree.h"
+#include "fileman/disk/Directory.h"
 
 namespace {
 
@@ -75,7 +75,7 @@ std::string pdfPath(const std::string& document) {
 }
 
 bool keepWholePdfs(const std::list<std::string>& documents, bool hasConverterSucceeded) {
-    const auto directory = readDirectory(paths::kPdfDir);
+    const auto directory = readWholeDirectory(paths::kPdfDir);
     bool areWhole = directory.has_value();
     if (directory) {
         for (const DirEntry entry : *directory) {

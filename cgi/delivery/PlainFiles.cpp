@@ -12,7 +12,7 @@
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"
-#include "fileman/disk/StorageTree.h"
+#include "fileman/disk/Directory.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ bool isLinkToStoredFile(const std::string& link) {
 }
 
 bool keepPlainFiles(const std::string& directory, const std::string& scratch) {
-    const auto listing = readDirectory(directory);
+    const auto listing = readWholeDirectory(directory);
     bool arePlain = listing.has_value();
     if (listing) {
         for (const DirEntry entry : *listing) {

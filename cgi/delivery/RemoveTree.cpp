@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "common/Report.h"
-#include "fileman/disk/StorageTree.h"
+#include "fileman/disk/Directory.h"
 
 bool removeTree(const std::string& path) {
     // unlink refuses directories only, and only those are descended into.
@@ -24,7 +24,7 @@ bool removeTree(const std::string& path) {
 }
 
 bool emptyDirectory(const std::string& path) {
-    const auto directory = readDirectory(path);
+    const auto directory = readWholeDirectory(path);
     bool isEmpty = directory.has_value();
     if (directory) {
         for (const DirEntry entry : *directory)

@@ -7,7 +7,7 @@
 #include "cgi/delivery/RemoveTree.h"
 #include "cgi/delivery/Shell.h"
 #include "common/CCommUtils.h"
-#include "fileman/disk/StorageTree.h"
+#include "fileman/disk/Directory.h"
 
 namespace {
 
@@ -46,7 +46,7 @@ const char* copyRecord(const StagingArea& area, const DownloadPlaces& places) {
     const int status =
         area.run("cd " + places.directory + " && cp -rf " + quoted(name) + ".* " + quoted(name) + " " +
                  quoted(name + "_files") + " " + quoted(places.destination));
-    const auto listing = readDirectory(places.directory);
+    const auto listing = readWholeDirectory(places.directory);
     const auto entries = companions(listing, name);
     if (!entries)
         return "its directory cannot be read";

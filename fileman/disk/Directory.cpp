@@ -100,3 +100,8 @@ OpenedDirectory::OpenedDirectory(const std::string& path)
 std::optional<Directory> readDirectory(const std::string& path) {
     return OpenedDirectory(path).listing;
 }
+
+std::optional<Directory> readWholeDirectory(const std::string& path) {
+    OpenedDirectory opened(path);
+    return opened.hasFailed ? std::nullopt : std::move(opened.listing);
+}

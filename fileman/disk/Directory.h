@@ -69,3 +69,6 @@ struct OpenedDirectory {
 
 // The listing alone; the directory is closed again.
 std::optional<Directory> readDirectory(const std::string& path);
+
+// The same for callers that need every entry: nothing, too, when the reading breaks off.
+std::optional<Directory> readWholeDirectory(const std::string& path);
