@@ -85,8 +85,8 @@ public:
     static void startOptionColumn(int width, int height);
     static void endOptionColumn();
 
-    // --- delivery (View.cpp, Download.cpp, PdfExport.cpp): the query key "rsltid" names the records
-    // --------------
+    // --- delivery (View.cpp, Download.cpp, PdfExport.cpp, Attachment.cpp) ---
+    // The query key "rsltid" names the records.
 
     // Sends the first chosen record's file, one file whatever the number of ids.
     void viewResults(std::list<_ResultInfo*> results);
@@ -94,7 +94,8 @@ public:
     void viewFiles(std::list<std::string> paths);
     // Sends the chosen records with their companions as one archive.
     void downloadResults(std::list<_ResultInfo*> results);
-    // Sends one file as an attachment; a file that cannot be opened has a header and no body. Always 1.
+    // Sends one file as an attachment; a file that cannot be opened has a header and no body. Below /tmp only
+    // a regular file of this user or root with one name is sent. Always 1.
     int downloadFile(const std::string& path);
     // Sends the chosen records as the converter's PDFs: one as it is, none or several as an archive.
     void convert2PDF(std::list<_ResultInfo*> results);
