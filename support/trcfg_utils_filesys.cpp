@@ -120,8 +120,8 @@ bool flushAndClose(UniqueFd& file) {
     return ::fsync(file.get()) == 0 && file.reset() == 0;
 }
 
-// A file that is written beside its place, so that nobody meets half of it there, and then put into it. Until
-// then it has a name of its own, which is removed when it does not come so far.
+// A file that is written beside its place and renamed into it, so that nobody finds half of it there. Unless
+// that happens, it is removed again.
 class NewFile {
 public:
     explicit NewFile(const char* place) : m_place(place) {}

@@ -43,7 +43,7 @@ ssize_t readUpTo(int fd, void* buffer, std::size_t size);
 // False unless everything was written.
 bool writeAll(int fd, const void* data, std::size_t size);
 
-// A number that another process does not draw as well, for names.
+// A pseudo-random number, for names that nobody else is likely to take.
 unsigned drawNumber();
 
 // Removes what stands at `path`, with `force` files too, and logs each object that stays. True when nothing
