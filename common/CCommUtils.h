@@ -29,8 +29,8 @@ public:
     static bool isMatchedFile(const std::list<std::string>& extensions, std::string_view name);
     // Appends the pieces of text between separator bytes; a trailing separator adds no empty piece.
     static void split(std::list<std::string>& out, const std::string& separators, const std::string& text);
-    // Each item followed by the separator, less the last byte. Only one byte goes whatever the separator's
-    // length: wanted, callers with longer separators rely on the remainder.
+    // Each item followed by the separator, less the last byte. Only one byte goes, whatever the separator's
+    // length. This is intentional: callers with longer separators rely on the remainder.
     static std::string join(const std::list<std::string>& items, const std::string& separator);
     // Without the trailing run of " \t\f\v\n\r".
     static std::string trimRight(const std::string& s);
@@ -40,11 +40,13 @@ public:
     // --- paths and files ---
 
     static bool isFileExists(const std::string& path);
-    // The same test as isFileExists: a plain file counts too. Wanted; loaders find out when they open it.
+    // The same test as isFileExists: a plain file counts too. This is intentional: loaders find out when they
+    // open it.
     static bool isDirExists(const std::string& path);
     // The last component up to its first dot: "/a/x.tar.gz" gives "x".
     static std::string baseFileName(const std::string& path);
-    // The last component with its extension; "" when the path holds no '/' (wanted, unlike dirName).
+    // The last component with its extension; "" when the path holds no '/', unlike dirName. This is
+    // intentional.
     static std::string completeFileName(const std::string& path);
     // The last component; the whole path when it holds no '/'.
     static std::string dirName(const std::string& path);

@@ -35,8 +35,8 @@ int CCommUtils::cgiUnescapeChars(char** out, const char* in, int length) {
     char* end = decoded;
     State state = State::Plain;
     int value = 0;
-    // Whatever stands in the two digit places is consumed as digits, '+' and '%' included: wanted, the
-    // decoder never refuses a request.
+    // Whatever stands in the two digit places counts as digits, '+' and '%' included. This is intentional:
+    // the decoder never refuses a request.
     for (int i = 0; i < length; ++i) {
         const char c = in[i];
         if (state == State::FirstDigit) {

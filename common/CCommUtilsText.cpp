@@ -1,7 +1,6 @@
 #include "common/CCommUtils.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -43,12 +42,9 @@ bool CCommUtils::isContains(const std::list<std::string>& items, const std::stri
 }
 
 bool CCommUtils::isMatchedFile(const std::list<std::string>& extensions, std::string_view name) {
-    // Every stored file comes by here; rfind goes byte by byte.
-    const void* const dot = name.empty() ? nullptr : ::memrchr(name.data(), '.', name.size());
-    if (dot == nullptr)
-        return false;
-    name.remove_prefix(static_cast<std::size_t>(static_cast<const char*>(dot) - name.data()));
-    return std::find(extensions.begin(), extensions.end(), name) != extensions.end();
+    const std::size_t dot = name.rfind('.');
+    return dot != std::string_view::npos &&
+           std::find(extensions.begin(), extensions.end(), name.substr(dot)) != extensions.end();
 }
 
 void CCommUtils::split(std::list<std::string>& out, const std::string& separators, const std::string& text) {
