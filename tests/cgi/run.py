@@ -112,8 +112,8 @@ def unknown_module_ends_the_process(program):
 
 
 def rows_come_in_listing_order(program):
-    for number in range(200):
-        Tree().write(f"{BERT}/{number * 7919 % 1000:03d}.html")
+    for number in range(400):  # rows of many sizes, several buffers full
+        Tree().write(f"{BERT}/{number * 7919 % 1000:03d}{number % 200 * 'x'}.html")
     top = "/home/1ge/kte-rslt"
     wanted = [f"{top}/{port}/{kind}/{name}" for port in os.listdir(top) if port != "auxport"
               for kind in os.listdir(f"{top}/{port}") for name in os.listdir(f"{top}/{port}/{kind}")

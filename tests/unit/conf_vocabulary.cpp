@@ -159,6 +159,22 @@ TEST_F(Vocabulary, CheckedNamesAreThoseFoundOnDisk) {
     EXPECT_FALSE(Conf::isChecked("True") || Conf::isChecked("true ") || Conf::isChecked(""));
 }
 
+TEST_F(Vocabulary, ClassesAndTheCrossedSlotsOfTypesAndPorts) {
+    readSections("<class><e name='c' checked='true'/></class>");
+    EXPECT_EQ(1u, Conf::getClassesInfo().count("c"));
+    const std::pair<std::size_t, Conf::FilterType> rows[] = {{0, Conf::FT_MODULE},
+                                                             {1, Conf::FT_MODE},
+                                                             {3, Conf::FT_TYPE},
+                                                             {2, Conf::FT_PORT},
+                                                             {4, Conf::FT_CLASS}};
+    for (const auto& [slot, type] : rows) {
+        confState().s_allChecked = {};
+        EXPECT_FALSE(Conf::getAllChecked(type));
+        confState().s_allChecked[slot] = true;
+        EXPECT_TRUE(Conf::getAllChecked(type)) << slot;
+    }
+}
+
 TEST_F(FilesTest, DumpNumbersTheItems) {
     testing::internal::CaptureStdout();
     Conf::dump("types", {"bert", ""});

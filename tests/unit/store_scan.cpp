@@ -136,6 +136,7 @@ TEST_F(StoreTest, ScanKeepsTypesAndPortsOfEachModule) {
               "dir_name='ktb'/></e>"
               "</module><extraDir><e module='10G' mode='E' key='gone' dir_name='gone'/>"
               "<e module='10g' mode='e' key='extra' dir_name='x1' test_name='Result'/>"
+              "<e module='10G' mode='E' key='extra' dir_name='x1' test_name='Result'/>"
               "<e module='10G' mode='E' port='GE' key='rfc' dir_name='x1' test_name='Result'/>"
               "<e module='10G' mode='E' port='X' key='t' dir_name='x1'/></extraDir>");
     dirs({"e-rslt/geport/rfc-result", "e-rslt/geport2/rfc-result", "e-rslt/geport2/abcd-rslt",
