@@ -23,6 +23,15 @@ bool askSystem(int directory, const char* path, std::time_t& time) {
     return true;
 }
 
+// Where the system fails, the library takes UTC for the zone and says nothing.
+bool readZone() {
+    errno = 0;
+    ::tzset();
+    if (errno != 0)
+        reportUnlessAbsent("read", "the time zone", errno);
+    return true;
+}
+
 // Writes the decimal digits of value right-aligned, zero-filled, so that they end before end.
 void putDigits(char* end, int digits, int value) {
     for (; digits > 0; --digits, value /= 10)
@@ -48,7 +57,7 @@ std::time_t changeTimeIn(const std::string& path, int directory, const char* fil
 // "%04d-%02d-%02d %02d:%02d:%02d", without the cost of printf: every listed file gets one.
 std::string formatDateTime(std::time_t time) {
     // Read once; localtime would look at the zone again for every date.
-    static const bool zoneIsRead = (::tzset(), true);
+    static const bool zoneIsRead = readZone();
     std::string text = kNoDateTime;
     std::tm local = {};
     if (!zoneIsRead || time == kUnknownTime || ::localtime_r(&time, &local) == nullptr)
