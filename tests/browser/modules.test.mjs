@@ -111,7 +111,8 @@ test('an archive of PDFs tells which are missing or broken, and which share a na
   const pdf = `%PDF-1.4\n${'x'.repeat(5000)}\n%%EOF\n`;
   const [whole, half, empty, gone] = ['whole.html', 'half.html', 'empty.html', 'gone.html'].map((file) => entry(file));
   const twin = entry('whole.png');
-  const blob = archive({ 'whole.pdf': pdf, 'half.pdf': pdf.slice(0, 3000), 'empty.pdf': '', 'other.pdf': pdf });
+  const files = { 'whole.pdf': pdf, 'half.pdf': pdf.slice(0, 3000), 'empty.pdf': '', 'other.pdf': pdf };
+  const blob = archive(files, '-0'); // Node 18 cannot inflate what zip packs
   const lacks = await lacksOfPdfs(blob, await membersOf(blob), [whole, half, empty, gone, twin]);
   assert.deepEqual(lacks, { missing: [half, empty, gone], shared: [whole, twin] });
 });
