@@ -15,19 +15,16 @@
 
 namespace {
 
-// The file that path leads to, links followed; "" when that cannot be told.
-std::string resolveLinks(const std::string& path) {
-    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    return resolved ? resolved.get() : std::string();
-}
+constexpr auto kNoOwner = static_cast<uid_t>(-1); // leave it as it is
 
 bool takeOverAttributes(int file, const std::string& from) {
     struct stat status = {};
     if (::stat(from.c_str(), &status) != 0)
         return false;
-    // Only root may give files away; another writer's file becomes the writer's. Before fchmod: a change of
-    // owner clears the set-id bits.
-    if (::fchown(file, status.st_uid, status.st_gid) != 0 && errno != EPERM)
+    // Only root may give files away: another writer's file becomes the writer's, and keeps its group when the
+    // writer is a member of it. Before fchmod, since a change of owner clears the set-id bits.
+    if (::fchown(file, status.st_uid, status.st_gid) != 0 &&
+        (errno != EPERM || (::fchown(file, kNoOwner, status.st_gid) != 0 && errno != EPERM)))
         return false;
     return ::fchmod(file, status.st_mode & 07777) == 0;
 }
@@ -47,6 +44,11 @@ bool moveInto(const std::string& target, const std::string& temporary) {
 }
 
 } // namespace
+
+std::string resolveLinks(const std::string& path) {
+    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), &std::free);
+    return resolved ? resolved.get() : std::string();
+}
 
 bool replaceFile(const std::string& path, std::string_view content) {
     const std::string target = resolveLinks(path);
