@@ -1,7 +1,9 @@
 #include <tinyxml.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <new>
 
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
@@ -118,10 +120,8 @@ void readSection(const TiXmlElement& section) {
     }
 }
 
-const TiXmlElement* findFilter(const TiXmlElement* root) {
-    if (root == nullptr)
-        return nullptr;
-    const TiXmlElement* child = root->FirstChildElement();
+const TiXmlElement* findFilter(const TiXmlElement& root) {
+    const TiXmlElement* child = root.FirstChildElement();
     while (child != nullptr && !xml::isNamed(*child, "filter"))
         child = child->NextSiblingElement();
     return child;
@@ -139,14 +139,21 @@ std::string CFileManConf::getConfFileName() {
 
 bool CFileManConf::readConf(const std::string& path) try {
     const std::unique_ptr<TiXmlDocument> document = xml::load(path);
-    const TiXmlElement* const filter = document ? findFilter(document->RootElement()) : nullptr;
-    if (filter == nullptr)
+    if (!document)
         return false;
+    const TiXmlElement* const filter = findFilter(*document->RootElement());
+    if (filter == nullptr) {
+        xml::reportFailure(path, {0, "its root has no filter element"});
+        return false;
+    }
     xml::forEachChild(*filter, readSection);
     return true;
 } catch (const std::string& why) {
     // Part of the response by design: the page tells that it was made without the whole configuration.
     std::printf("Catch load xml exception:%s\n", why.c_str());
+    return false;
+} catch (const std::bad_alloc&) {
+    xml::reportFailure(path, {ENOMEM, {}});
     return false;
 }
 

@@ -8,96 +8,58 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <optional>
+#include <new>
+#include <string_view>
+#include <utility>
 
 #include "common/AtomicFile.h"
 #include "common/CCommUtils.h"
 #include "common/Report.h"
+#include "common/Retry.h"
 #include "common/UniqueFd.h"
+#include "conf/XmlLimits.h"
 #include "conf/XmlRewrite.h"
-#include "conf/XmlTags.h"
 
 namespace {
 
-constexpr off_t kLargestFile = off_t{16} * 1024 * 1024;
-constexpr int kDeepestNesting = 128;
-constexpr std::ptrdiff_t kMostAttributes = 4096;
+// The parser looks at so many bytes behind a text that breaks off within a UTF-8 character.
+constexpr std::size_t kBytesBehind = 4;
 
-// The whole content of a regular file of acceptable size, or nothing.
-std::optional<std::string> readRegularFile(const std::string& path) {
-    // Without O_NONBLOCK a FIFO in the file's place would hold the request for ever.
-    const UniqueFd file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    struct stat status = {};
-    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        status.st_size > kLargestFile)
-        return std::nullopt;
-    std::string content(static_cast<std::size_t>(status.st_size), '\0');
+// False with errno set after a failure.
+bool readBytes(int file, std::string& content) {
     std::size_t size = 0;
     while (size < content.size()) {
-        const ssize_t count = ::read(file.get(), &content[size], content.size() - size);
-        if (count < 0 && errno == EINTR)
-            continue;
+        const ssize_t count =
+            retryInterrupted([&] { return ::read(file, &content[size], content.size() - size); });
         if (count < 0)
-            return std::nullopt;
+            return false;
         if (count == 0)
             break;
         size += static_cast<std::size_t>(count);
     }
     content.resize(size);
-    return content;
-}
-
-std::string withLineFeeds(const std::string& text) {
-    std::string lines;
-    lines.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\r')
-            lines += text[i];
-        else if (text[i + 1] != '\n')
-            lines += '\n';
-    }
-    return lines;
-}
-
-// The text up to its first zero byte with line feeds for its line ends, as the parser takes it, and behind it
-// the zero bytes that the parser looks at when the text breaks off within a UTF-8 character.
-std::string normalised(const std::string& content) {
-    std::string text = content.substr(0, content.find('\0'));
-    if (text.find('\r') != std::string::npos)
-        text = withLineFeeds(text);
-    return text.append(4, '\0');
-}
-
-// An upper bound of the elements that can be open at once: to open one, the parser has to stand at a '>', and
-// it never does so behind a '/'.
-int mostOpenElements(const std::string& text) {
-    int count = 0;
-    for (std::size_t end = text.find('>'); end != std::string::npos; end = text.find('>', end + 1))
-        count += end == 0 || text[end - 1] != '/' ? 1 : 0;
-    return count;
-}
-
-bool isWithinLimits(const std::string& text) {
-    // Most documents are so small that they cannot pass the limits.
-    if (mostOpenElements(text) < kDeepestNesting &&
-        std::count(text.begin(), text.end(), '=') <= kMostAttributes)
-        return true;
-    XmlTags tags(text);
-    while (const std::optional<XmlTag> tag = tags.next()) {
-        const int depth = tags.depth() + (*tag == XmlTag::Empty ? 1 : 0);
-        if (depth > kDeepestNesting || static_cast<std::ptrdiff_t>(tags.values().size()) > kMostAttributes)
-            return false;
-    }
     return true;
 }
 
-bool parse(TiXmlDocument& document, const std::string& content) {
-    const std::string text = normalised(content);
-    if (text[0] == '\0' || !isWithinLimits(text))
-        return false;
-    document.SetTabSize(0); // nobody asks for lines and columns, which cost a tenth of the parser's time
-    document.Parse(text.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
-    return !document.Error();
+// "\n" for "\r\n" and "\r", in place.
+void makeLineFeeds(std::string& text) {
+    std::size_t size = text.find('\r');
+    if (size == std::string::npos)
+        return;
+    for (std::size_t i = size; i < text.size(); ++i) {
+        if (text[i] != '\r')
+            text[size++] = text[i];
+        else if (text[i + 1] != '\n')
+            text[size++] = '\n';
+    }
+    text.resize(size);
+}
+
+// What the parser is to see: the text up to its first zero byte with line feeds for its line ends.
+void normalise(std::string& text) {
+    text.resize(std::min(text.find('\0'), text.size()));
+    makeLineFeeds(text);
+    text.append(kBytesBehind, '\0');
 }
 
 // What the parser made of it, to compare by.
@@ -110,21 +72,73 @@ std::string printed(const TiXmlDocument& document) {
 // The content with the attribute values of document; nothing when it would not be read back as document.
 std::optional<std::string> rewritten(const std::string& content, const TiXmlDocument& document) {
     TiXmlDocument before;
-    if (!parse(before, content))
+    xml::Failure failure;
+    if (!xml::parse(before, content, failure))
         return std::nullopt;
     std::optional<std::string> changed = withAttributesOf(document, before, content);
     TiXmlDocument after;
-    if (!changed || changed->size() > static_cast<std::size_t>(kLargestFile) || !parse(after, *changed) ||
-        printed(after) != printed(document))
+    if (!changed || changed->size() > static_cast<std::size_t>(xml::kLargestFile) ||
+        !xml::parse(after, *changed, failure) || printed(after) != printed(document))
         return std::nullopt;
     return changed;
 }
 
 } // namespace
 
+std::optional<std::string> xml::readContent(const std::string& path, off_t largest, Failure& failure) try {
+    // Without O_NONBLOCK a FIFO in the file's place would hold the request for ever.
+    const UniqueFd file(
+        retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
+    struct stat status = {};
+    // ENXIO: a socket, which open(2) refuses; status is that of no regular file then.
+    if ((!file && errno != ENXIO) || (file && ::fstat(file.get(), &status) != 0)) {
+        failure.errorNumber = errno;
+        return std::nullopt;
+    }
+    if (!S_ISREG(status.st_mode) || status.st_size > largest) {
+        failure.why = S_ISREG(status.st_mode) ? "it is too large" : "it is no regular file";
+        return std::nullopt;
+    }
+    std::string content;
+    content.reserve(static_cast<std::size_t>(status.st_size) + kBytesBehind);
+    content.resize(static_cast<std::size_t>(status.st_size));
+    if (!readBytes(file.get(), content)) {
+        failure.errorNumber = errno;
+        return std::nullopt;
+    }
+    return content;
+} catch (const std::bad_alloc&) {
+    failure.errorNumber = ENOMEM;
+    return std::nullopt;
+}
+
+bool xml::parse(TiXmlDocument& document, std::string text, Failure& failure) try {
+    normalise(text);
+    if (const std::string_view limit = passedLimit(text); !limit.empty()) {
+        failure.why = limit;
+        return false;
+    }
+    document.SetTabSize(0); // nobody asks for lines and columns, which cost a tenth of the parser's time
+    document.Parse(text.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
+    if (document.Error())
+        failure.why = std::string("it is not well-formed, ") + document.ErrorDesc();
+    else if (document.RootElement() == nullptr)
+        failure.why = "it has no root element";
+    else
+        failure.why = passedLimit(*document.RootElement());
+    return failure.why.empty();
+} catch (const std::bad_alloc&) {
+    failure.errorNumber = ENOMEM;
+    return false;
+}
+
 bool xml::parseFile(TiXmlDocument& document, const std::string& path) {
-    const std::optional<std::string> content = readRegularFile(path);
-    return content && parse(document, *content);
+    Failure failure;
+    std::optional<std::string> content = readContent(path, kLargestFile, failure);
+    const bool isParsed = content && parse(document, std::move(*content), failure);
+    if (!isParsed)
+        reportFailure(path, failure);
+    return isParsed;
 }
 
 std::unique_ptr<TiXmlDocument> xml::load(const std::string& path) {
@@ -134,8 +148,19 @@ std::unique_ptr<TiXmlDocument> xml::load(const std::string& path) {
     return document;
 }
 
+void xml::reportFailure(const std::string& path, const Failure& failure) {
+    constexpr std::string_view kTask = "read document";
+    if (failure.errorNumber == ENOENT || failure.errorNumber == ENOTDIR)
+        return;
+    if (failure.errorNumber != 0)
+        reportErrno(kTask, path, failure.errorNumber);
+    else
+        report(kTask, path, failure.why);
+}
+
 bool xml::save(const TiXmlDocument& document, const std::string& path) {
-    const std::optional<std::string> content = readRegularFile(path);
+    Failure failure;
+    const std::optional<std::string> content = readContent(path, kLargestFile, failure);
     const std::optional<std::string> changed = content ? rewritten(*content, document) : std::nullopt;
     if (!changed) {
         report("cannot rewrite", path, "it cannot hold the new values, or changed meanwhile");

@@ -1,27 +1,45 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <memory>
+#include <optional>
 #include <string>
 
 class TiXmlDocument;
 class TiXmlElement;
 
 // The one way to TinyXML. What the parser cannot cope with is refused before it sees it: anything but a
-// regular file, more than 16 MiB, more than 128 nested elements (it recurses), more than 4096 attributes in
-// one element (it compares each with all before).
+// regular file, and what passes the limits of XmlLimits.h. A document for which memory runs out is refused
+// as well.
 namespace xml {
 
-// Parses the file at path into document; false when it is refused or not well-formed (what was parsed until
-// then may stay in document).
+// Why there is no document: an errno value when the system refused, else what is wrong with the file.
+struct Failure {
+    int errorNumber = 0;
+    std::string why;
+};
+
+// The content of the regular file at path, which has largest bytes at most.
+std::optional<std::string> readContent(const std::string& path, off_t largest, Failure& failure);
+
+// Parses text into document; false when it is refused, not well-formed or without a root that the parser sees
+// (what was parsed until then may stay in document).
+bool parse(TiXmlDocument& document, std::string text, Failure& failure);
+
+// Both, for a file of 16 MiB at most. A failure gets one line on standard error, unless there is no file.
 bool parseFile(TiXmlDocument& document, const std::string& path);
 
-// The parsed file, or null.
+// The same as a new document, or null.
 std::unique_ptr<TiXmlDocument> load(const std::string& path);
 
 // Gives the file at path, from which document was loaded, the attribute values of document, atomically; every
 // other byte stays. False, after a line on standard error, when that failed or when the parser would not read
 // the new values back (a text that breaks off within a UTF-8 character): the old file stands then.
 bool save(const TiXmlDocument& document, const std::string& path);
+
+// The line of parseFile, for whoever reads or uses a document in another way.
+void reportFailure(const std::string& path, const Failure& failure);
 
 // The attribute's value; "" when the element lacks it.
 std::string attribute(const TiXmlElement& element, const char* name);

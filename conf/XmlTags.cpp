@@ -112,7 +112,7 @@ void XmlTags::readValue() {
     m_values.push_back({begin, m_position});
 }
 
-std::optional<XmlTag> XmlTags::readStartTag() {
+XmlTag XmlTags::readStartTag() {
     m_values.clear();
     while (m_position < m_text.size()) {
         const char c = m_text[m_position++];
@@ -124,7 +124,8 @@ std::optional<XmlTag> XmlTags::readStartTag() {
             return isEmpty ? XmlTag::Empty : XmlTag::Start;
         }
     }
-    return std::nullopt;
+    // The text breaks off here. The parser reads the attributes before it finds out.
+    return XmlTag::Start;
 }
 
 std::optional<XmlTag> XmlTags::next() {

@@ -22,7 +22,8 @@ public:
     // The text must outlive this.
     explicit XmlTags(const std::string& text);
 
-    // The next tag; nothing where the parser stops, at the end of the text at the latest.
+    // The next tag; nothing where the parser stops, at the end of the text at the latest. A start tag that
+    // the text breaks off in counts.
     std::optional<XmlTag> next();
 
     // Of the tag that next gave: the elements open behind it, where it ends, and its attributes' values with
@@ -43,7 +44,7 @@ private:
     void skipPast(std::size_t from, std::string_view end);
     void skipDeclaration();
     XmlTag readEndTag();
-    std::optional<XmlTag> readStartTag();
+    XmlTag readStartTag();
     void readValue();
 
     const std::string& m_text;

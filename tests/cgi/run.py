@@ -30,11 +30,26 @@ RESTRICTED = ("inaccessible", "document:unreadable")
 VARIABLES = {"no-action": {"CONTENT_LENGTH": "5000000000 apples", "CONTENT_TYPE": "text/x", "REMOTE_ADDR": "::1",
                            "REQUEST_METHOD": "POST", "PATH_INFO": "/a b", "PATH_TRANSLATED": "/srv/<&>"}}
 MTIE = "/home/2g5/mtie-results"
-MESSAGES = {  # what else than nothing is said on standard error
+DOCUMENT = "read document /home/.resultmanager/result-config-ktd.xml:"
+MESSAGES = {  # by case or tree: what else than nothing is said on standard error
     "view-of-absent-file": f"send {MTIE}/m2_without_item/m2_without_item: No such file or directory",
     "links-view-loop": f"send {MTIE}/loop/loop: Too many levels of symbolic links",
     "links-view-fifo": f"send {MTIE}/fifo/fifo: not a regular file",
     "inaccessible-view": f"send /home/{BERT}/open.html: Permission denied",
+    "document:truncated": f"{DOCUMENT} it is not well-formed, Error parsing Element.",
+    "document:beyond-16-mib": f"{DOCUMENT} it is too large",
+    "document:unreadable": f"{DOCUMENT} Permission denied",
+    "document:directory": f"{DOCUMENT} it is no regular file",
+    "document:fifo": f"{DOCUMENT} it is no regular file",
+    "document:socket": f"{DOCUMENT} it is no regular file",
+    "document:empty": f"{DOCUMENT} it is not well-formed, Error document empty.",
+    "document:no-xml": f"{DOCUMENT} it is not well-formed, Error document empty.",
+    "document:no-root": f"{DOCUMENT} it has no root element",
+    "document:no-filter": f"{DOCUMENT} its root has no filter element",
+    "document:nested-129": f"{DOCUMENT} it is nested deeper than 128 elements",
+    "document:nested-100000": f"{DOCUMENT} it needs too much memory",
+    "document:attributes": f"{DOCUMENT} an element has more than 256 attributes",
+    "document:binary": f"{DOCUMENT} it is not well-formed, Error document empty.",
 }
 
 
@@ -95,7 +110,7 @@ def check_case(program, case, update=False):
     name, tree, query = case
     prefix = NO_ROOT_RIGHTS if tree in RESTRICTED else ()
     query = None if query == b"-" else plain(query)
-    found = reviewable(answer(program, query, prefix, MESSAGES.get(name, ""), **VARIABLES.get(name, {})))
+    found = reviewable(answer(program, query, prefix, MESSAGES.get(name, MESSAGES.get(tree, "")), **VARIABLES.get(name, {})))
     if update:
         with open(os.path.join(HERE, "expected", name), "wb") as file:
             file.write(found)

@@ -1,8 +1,12 @@
 #include <sys/stat.h>
 #include <tinyxml.h>
 
+#include <cerrno>
+#include <cstring>
+
 #include "TestFiles.h"
 #include "conf/XmlFile.h"
+#include "conf/XmlLimits.h"
 
 namespace {
 
@@ -104,27 +108,76 @@ TEST_F(FilesTest, LimitsHoldWhereTheParserSeesTags) {
     const std::string utf8 = "<?xml version='1.0'?>";
     const std::string latin = "<?xml version='1.0' encoding='latin1'?>";
     const std::string in[] = {nested(128),
-                              attributes(4096),
+                              attributes(256),
+                              "<r>" + repeated(20, attributes(256)) + "</r>",
                               "<r>" + repeated(300, "<x/>") + "</r>",
                               "<r>" + repeated(300, "<!--<x>--><![CDATA[<x>]]>") + "</r>",
                               latin + "<r>" + repeated(300, "<x a=\"caf\xE9\">\xC3</x>") + "</r>",
                               "<r/>" + std::string(16 * 1024 * 1024 - 4, '\n')};
-    const std::string out[] = {nested(129), attributes(4097), "<r>" + nested(127) + nested(128) + "</r>",
+    const std::string out[] = {nested(129), attributes(257), "<r>" + nested(127) + nested(128) + "</r>",
+                               "<r>" + repeated(20, attributes(256)) + attributes(257) + "</r>",
                                // What hides tags from the parser must not let it recurse.
                                utf8 + repeated(60000, "<x>\xC3</x>"), repeated(60000, "<x>&#x</x>x41;"),
-                               utf8 + "<a b=\"\xC3\" c=\">" + repeated(60000, "<x>") + "\">",
-                               "<r/>" + std::string(16 * 1024 * 1024 - 3, '\n')};
+                               utf8 + "<a b=\"\xC3\" c=\">" + repeated(60000, "<x>") + "\">"};
     for (const std::string& text : in)
         EXPECT_NE(nullptr, xml::load(write(text))) << text.substr(0, 60);
     for (const std::string& text : out)
         EXPECT_EQ(nullptr, xml::load(write(text))) << text.substr(0, 60);
 }
 
+// What the parser would hold, or work at, counts wherever it stands. Each row: the most that passes, roughly.
+TEST(Limits, DocumentsThatNeedTooMuchMemoryDoNotReachTheParser) {
+    const std::tuple<const char*, int> rows[] = {
+        {"<x/>", 90000}, {"<x></x>", 45000}, {"<!---->", 88000},        {"<![CDATA[]]>", 86000},
+        {"<!>", 90000},  {",", 225000},      {"<x a='' b=''/>", 49000}, {"&", 3000000},
+    };
+    for (const auto& [part, most] : rows) {
+        EXPECT_EQ("", xml::passedLimit("<r>" + repeated(most, part) + "</r>")) << part;
+        EXPECT_EQ("it needs too much memory",
+                  xml::passedLimit("<r>" + repeated(most / 20 * 21, part) + "</r>"))
+            << part;
+    }
+}
+
+TEST_F(FilesTest, DocumentThatDoesNotLoadIsNamedWithWhy) {
+    std::string brokenOff = "<r";
+    for (int i = 0; i < 20000; ++i)
+        brokenOff += " a" + std::to_string(i) + "=''";
+    const std::pair<std::string, const char*> rows[] = {
+        {"<r><filter></r>", "it is not well-formed, Error reading end tag."},
+        {"", "it is not well-formed, Error document empty."},
+        {"<!-- none -->", "it has no root element"},
+        {"<r><filters/></r>", "its root has no filter element"},
+        {nested(129), "it is nested deeper than 128 elements"},
+        {attributes(257), "an element has more than 256 attributes"},
+        // Its attributes would take the parser seconds before it finds that the tag has no end.
+        {brokenOff, "an element has more than 256 attributes"},
+    };
+    const auto said = [](const std::string& path) {
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(Conf::readConf(path));
+        return testing::internal::GetCapturedStderr();
+    };
+    const auto line = [](const std::string& path, const std::string& why) {
+        return "fileman: read document " + path + ": " + why + "\n";
+    };
+    for (const auto& [document, why] : rows)
+        EXPECT_EQ(line(at("file"), why), said(write(document)));
+    std::filesystem::resize_file(at("file"), 16 * 1024 * 1024 + 1);
+    EXPECT_EQ(line(at("file"), "it is too large"), said(at("file")));
+    EXPECT_EQ(line(at(""), "it is no regular file"), said(at("")));
+    std::filesystem::create_symlink("loop", at("loop"));
+    EXPECT_EQ(line(at("loop"), std::strerror(ELOOP)), said(at("loop")));
+    for (const std::string& missing : {at("missing"), at("file/below"), std::string()})
+        EXPECT_EQ("", said(missing));
+}
+
 constexpr char kForeign[] =
     "\xEF\xBB\xBF<?xml version=\"1.0\" encoding='utf-8' standalone=\"yes\"?>\r\n"
     "<?xml-stylesheet href=\"a.css\"?>\n<?php echo 1 ?>\n<!DOCTYPE config SYSTEM \"x.dtd\">\n<!-- before "
     "-->\n"
-    "<config\ta='say \"hi\"' b=\"&#x20AC;&nbsp;\">\n  text   with &amp; &copy;\n blanks\r\n<![CDATA[ <raw/> "
+    "<config\ta='say \"hi\"' b=\"&#x20AC;&nbsp;\">\n  text   with &amp; &copy;\n blanks\r\n<![CDATA[ <raw "
+    "a='1'/> <c name='A'/> "
     "]]>\n"
     "<filter><class><c z='1' name=\"A\" new=x/></class>  <!-- <c name='A'/> --></filter></config>\n"
     "<!-- behind -->\n\n";
