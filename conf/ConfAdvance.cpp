@@ -4,6 +4,7 @@
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
+#include "conf/XmlEdit.h"
 #include "conf/XmlFile.h"
 
 namespace {
@@ -139,9 +140,9 @@ void CFileManConf::getAdvanceInfo(_AdvanceInfo& info) {
 }
 
 int CFileManConf::saveAdvanceInfo(const _AdvanceInfo& info) {
-    const std::unique_ptr<TiXmlDocument> document = xml::load(getConfFileName());
-    if (!document)
+    XmlEdit edit(getConfFileName());
+    if (edit.document() == nullptr)
         return 0;
-    forEachAdvInfo(*document, [&](TiXmlElement& element) { writeAdvInfo(element, info); });
-    return xml::save(*document, getConfFileName()) ? 1 : 0;
+    forEachAdvInfo(*edit.document(), [&](TiXmlElement& element) { writeAdvInfo(element, info); });
+    return edit.save() ? 1 : 0;
 }

@@ -1,11 +1,12 @@
 #include <tinyxml.h>
 
 #include <algorithm>
-#include <memory>
+#include <set>
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
 #include "conf/ConfState.h"
+#include "conf/XmlEdit.h"
 #include "conf/XmlFile.h"
 
 namespace {
@@ -70,8 +71,7 @@ void setMemory(CFileManConf::FilterType type, const std::string& name, bool stat
 // child element, by position and not by name: wanted, unlike readConf.
 template<typename Visitor>
 void forEachEntry(TiXmlDocument& document, const char* section, Visitor&& visit) {
-    TiXmlElement* const root = document.RootElement();
-    TiXmlElement* const filter = root == nullptr ? nullptr : root->FirstChildElement();
+    TiXmlElement* const filter = document.RootElement()->FirstChildElement();
     if (filter == nullptr)
         return;
     xml::forEachChild(*filter, [&](TiXmlElement& child) {
@@ -80,9 +80,10 @@ void forEachEntry(TiXmlDocument& document, const char* section, Visitor&& visit)
     });
 }
 
-void setEveryTypeChecked(const std::string& name, bool state) {
+// In memory, every type that has one of the names, which are in lower case.
+void setEveryTypeChecked(const std::set<std::string>& names, bool state) {
     for (auto& [key, type] : confState().s_confTypeMap) {
-        if (CCommUtils::isEquals(type.name, name))
+        if (names.count(CCommUtils::lowerCase(type.name)) != 0)
             type.checked = state;
     }
 }
@@ -110,32 +111,34 @@ bool CFileManConf::setFilterChecked(FilterType type, const std::string& name, bo
     if (type < FT_CLASS || type > FT_PORT)
         return false;
     setMemory(type, name, state);
-    const std::unique_ptr<TiXmlDocument> document = xml::load(getConfFileName());
-    if (!document)
+    XmlEdit edit(getConfFileName());
+    if (edit.document() == nullptr)
         return false;
     if (const char* const section = sectionOf(type)) {
-        forEachEntry(*document, section, [&](TiXmlElement& entry) {
+        forEachEntry(*edit.document(), section, [&](TiXmlElement& entry) {
             if (CCommUtils::isEquals(xml::attribute(entry, "name"), name))
                 entry.SetAttribute("checked", checkState2Str(state));
         });
     }
-    return xml::save(*document, getConfFileName());
+    return edit.save();
 }
 
 bool CFileManConf::setAllFilterChecked(bool state) {
-    const std::unique_ptr<TiXmlDocument> document = xml::load(getConfFileName());
-    if (!document)
+    XmlEdit edit(getConfFileName());
+    if (edit.document() == nullptr)
         return false;
+    std::set<std::string> typeNames;
     for (const FilterType type : kCheckedTypes) {
-        forEachEntry(*document, sectionOf(type), [&](TiXmlElement& entry) {
+        forEachEntry(*edit.document(), sectionOf(type), [&](TiXmlElement& entry) {
             entry.SetAttribute("checked", checkState2Str(state));
             if (type == FT_TYPE)
-                setEveryTypeChecked(xml::attribute(entry, "name"), state);
+                typeNames.insert(CCommUtils::lowerCase(xml::attribute(entry, "name")));
             else
                 setMemory(type, xml::attribute(entry, "name"), state);
         });
     }
-    return xml::save(*document, getConfFileName());
+    setEveryTypeChecked(typeNames, state);
+    return edit.save();
 }
 
 void CFileManConf::getCheckedClasses(std::list<std::string>& out) {

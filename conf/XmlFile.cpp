@@ -12,13 +12,11 @@
 #include <string_view>
 #include <utility>
 
-#include "common/AtomicFile.h"
 #include "common/CCommUtils.h"
 #include "common/Report.h"
 #include "common/Retry.h"
 #include "common/UniqueFd.h"
 #include "conf/XmlLimits.h"
-#include "conf/XmlRewrite.h"
 
 namespace {
 
@@ -60,27 +58,6 @@ void normalise(std::string& text) {
     text.resize(std::min(text.find('\0'), text.size()));
     makeLineFeeds(text);
     text.append(kBytesBehind, '\0');
-}
-
-// What the parser made of it, to compare by.
-std::string printed(const TiXmlDocument& document) {
-    TiXmlPrinter printer;
-    document.Accept(&printer);
-    return printer.Str();
-}
-
-// The content with the attribute values of document; nothing when it would not be read back as document.
-std::optional<std::string> rewritten(const std::string& content, const TiXmlDocument& document) {
-    TiXmlDocument before;
-    xml::Failure failure;
-    if (!xml::parse(before, content, failure))
-        return std::nullopt;
-    std::optional<std::string> changed = withAttributesOf(document, before, content);
-    TiXmlDocument after;
-    if (!changed || changed->size() > static_cast<std::size_t>(xml::kLargestFile) ||
-        !xml::parse(after, *changed, failure) || printed(after) != printed(document))
-        return std::nullopt;
-    return changed;
 }
 
 } // namespace
@@ -156,17 +133,6 @@ void xml::reportFailure(const std::string& path, const Failure& failure) {
         reportErrno(kTask, path, failure.errorNumber);
     else
         report(kTask, path, failure.why);
-}
-
-bool xml::save(const TiXmlDocument& document, const std::string& path) {
-    Failure failure;
-    const std::optional<std::string> content = readContent(path, kLargestFile, failure);
-    const std::optional<std::string> changed = content ? rewritten(*content, document) : std::nullopt;
-    if (!changed) {
-        report("cannot rewrite", path, "it cannot hold the new values, or changed meanwhile");
-        return false;
-    }
-    return replaceFile(path, *changed);
 }
 
 std::string xml::attribute(const TiXmlElement& element, const char* name) {

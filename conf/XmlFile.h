@@ -33,11 +33,6 @@ bool parseFile(TiXmlDocument& document, const std::string& path);
 // The same as a new document, or null.
 std::unique_ptr<TiXmlDocument> load(const std::string& path);
 
-// Gives the file at path, from which document was loaded, the attribute values of document, atomically; every
-// other byte stays. False, after a line on standard error, when that failed or when the parser would not read
-// the new values back (a text that breaks off within a UTF-8 character): the old file stands then.
-bool save(const TiXmlDocument& document, const std::string& path);
-
 // The line of parseFile, for whoever reads or uses a document in another way.
 void reportFailure(const std::string& path, const Failure& failure);
 

@@ -9,8 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "common/CCommUtils.h"
 #include "conf/XmlFile.h"
 #include "conf/XmlTags.h"
+#include "conf/XmlText.h"
 
 namespace {
 
@@ -103,6 +105,23 @@ std::ptrdiff_t attributeCount(const TiXmlElement& element) {
     return count;
 }
 
+// What a strict parser takes the document for: UTF-8 unless it declares another encoding.
+bool isUtf8(const TiXmlDocument& document) {
+    const TiXmlDeclaration* const declaration = document.FirstChild()->ToDeclaration();
+    const std::string encoding = declaration == nullptr ? "" : declaration->Encoding();
+    return encoding.empty() || CCommUtils::isEquals(encoding, "UTF-8");
+}
+
+// Whether the values of after that differ may stand in a document; else no strict parser would read it again.
+bool holdsXmlText(const TiXmlElement& after, const TiXmlElement& before, bool isUtf8) {
+    for (const TiXmlAttribute* now = after.FirstAttribute(); now != nullptr; now = now->Next()) {
+        const char* const old = before.Attribute(now->Name());
+        if ((old == nullptr || now->ValueStr() != old) && !isXmlText(now->ValueStr(), isUtf8))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 std::optional<std::string> withAttributesOf(const TiXmlDocument& after, const TiXmlDocument& before,
@@ -116,7 +135,8 @@ std::optional<std::string> withAttributesOf(const TiXmlDocument& after, const Ti
     XmlTags tags(text);
     for (std::size_t i = 0; i < old.size(); ++i) {
         if (!isNextElement(tags) ||
-            attributeCount(*old[i]) != static_cast<std::ptrdiff_t>(tags.values().size()))
+            attributeCount(*old[i]) != static_cast<std::ptrdiff_t>(tags.values().size()) ||
+            !holdsXmlText(*now[i], *old[i], isUtf8(before)))
             return std::nullopt;
         from = appendValues(out, from, text, tags, *old[i], *now[i]);
         from = appendNew(out, from, text, tags, *old[i], *now[i]);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "FuzzInput.h"
+#include "conf/XmlEdit.h"
 #include "conf/XmlFile.h"
 
 namespace {
@@ -43,12 +44,13 @@ TiXmlElement* elementAt(TiXmlDocument& document, std::size_t index) {
 // The file after the change; nothing when there is nothing to change or the change was refused.
 std::optional<std::string> rewritten(const std::string& text, const Change& change) {
     writeFuzzFile(kPath, text);
-    const std::unique_ptr<TiXmlDocument> document = xml::load(kPath);
-    TiXmlElement* const element = document ? elementAt(*document, change.element) : nullptr;
+    XmlEdit edit(kPath);
+    TiXmlDocument* const document = edit.document();
+    TiXmlElement* const element = document != nullptr ? elementAt(*document, change.element) : nullptr;
     if (element == nullptr)
         return std::nullopt;
     element->SetAttribute(change.name, change.value);
-    const bool isSaved = xml::save(*document, kPath);
+    const bool isSaved = edit.save();
     const std::string now = readFuzzFile(kPath);
     if (!isSaved) {
         require(now == text, "a refused change leaves the file alone");

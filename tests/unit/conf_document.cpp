@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "TestFiles.h"
+#include "conf/XmlEdit.h"
 #include "conf/XmlFile.h"
 #include "conf/XmlLimits.h"
 
@@ -184,27 +185,52 @@ constexpr char kForeign[] =
 
 TEST_F(FilesTest, SavingChangesNothingButTheValues) {
     std::string text = kForeign;
-    auto document = xml::load(write(text));
-    ASSERT_NE(nullptr, document);
-    EXPECT_TRUE(xml::save(*document, at("file")));
+    XmlEdit edit(write(text));
+    ASSERT_NE(nullptr, edit.document());
+    EXPECT_TRUE(edit.save());
     EXPECT_EQ(text, readFile(at("file")));
     TiXmlElement* const entry =
-        document->RootElement()->FirstChildElement()->FirstChildElement()->FirstChildElement();
+        edit.document()->RootElement()->FirstChildElement()->FirstChildElement()->FirstChildElement();
     entry->SetAttribute("name", "<&#x41;\"'\n\xC3\xA9>");
     entry->SetAttribute("checked", "true");
-    EXPECT_TRUE(xml::save(*document, at("file")));
+    EXPECT_TRUE(edit.save());
     text.replace(text.find("\"A\" new=x"), 9,
                  "\"&lt;&amp;#x41;&quot;'&#x0A;\xC3\xA9&gt;\" new=x checked=\"true\"");
     EXPECT_EQ(text, readFile(at("file")));
-    // The parser would take the closing quote, or the entity's first byte, for a part of the character.
-    for (const char* const broken : {"caf\xC3", "\xC3&"}) {
+    // A strict parser reads none of these again, however they are written.
+    for (const std::string broken : {"caf\xC3", "\xC3&", "\xE9t\xE9", "\x1B[0m", "\xED\xA0\x80", "\xC0\xAF",
+                                     "\xEF\xBF\xBF", "\xF4\x90\x80\x80", "\xFF"}) {
         entry->SetAttribute("name", broken);
-        EXPECT_FALSE(xml::save(*document, at("file")));
+        EXPECT_FALSE(edit.save()) << broken;
         EXPECT_EQ(text, readFile(at("file")));
     }
+    entry->SetAttribute("name", "\t\r\xF0\x9F\x93\xA1\xEF\xBF\xBD");
+    EXPECT_TRUE(edit.save());
     write("<config/>");
-    EXPECT_FALSE(xml::save(*document, at("file")));
+    EXPECT_FALSE(edit.save()) << "changed by a writer that does not lock";
     EXPECT_EQ("<config/>", readFile(at("file")));
+}
+
+TEST_F(FilesTest, NewValuesFollowTheEncodingOfTheDocument) {
+    const std::pair<const char*, bool> rows[] = {
+        {"<r/>", false},
+        {"<?xml version='1.0'?><r/>", false},
+        {"<?xml version='1.0' encoding='utf-8'?><r/>", false},
+        {"<?xml version='1.0' encoding='ISO-8859-1'?><r/>", true},
+    };
+    for (const auto& [document, mayHold] : rows) {
+        XmlEdit edit(write(document));
+        edit.document()->RootElement()->SetAttribute("name", "caf\xE9");
+        EXPECT_EQ(mayHold, edit.save()) << document;
+    }
+}
+
+// What the parser stops at in front of the root would be answered with "stored".
+TEST_F(FilesTest, NothingIsStoredWhereTheParserSeesNoRoot) {
+    for (const char* const document :
+         {"<!DOCTYPE r [ <!ELEMENT r ANY> ]><r/>", "<?php if (a > b) ?><r/>", "<!-- none -->", "text <r/>"})
+        EXPECT_EQ(nullptr, XmlEdit(write(document)).document()) << document;
+    EXPECT_NE(nullptr, XmlEdit(write("<!DOCTYPE r><?a b?><r/>")).document());
 }
 
 } // namespace

@@ -1,13 +1,16 @@
 #!/usr/bin/env python3
-"""rewrite_faults.py DRIVER: power cuts and failing system calls while the configuration document is rewritten.
+"""rewrite_faults.py DRIVER: power cuts and failing system calls while the configuration document is read or rewritten.
 
 The driver is killed at, and then gets an error from, each system call that it makes for a rewrite. Whatever
-happens, the document is the old or the new one, whole, and what the driver says of it is true.
+happens, the document is the old or the new one, whole, and what the driver says of it is true. A document that
+cannot be read for want of anything is named with the reason.
 """
 import collections
+import errno
 import os
 import pathlib
 import re
+import resource
 import subprocess
 import sys
 
@@ -61,6 +64,56 @@ def check(driver, way, new, call, fault):
     return good
 
 
+def check_reads(driver):
+    """One line for each failure of the system, none for an interrupted call."""
+    for call in ('openat', 'read'):
+        for name in ('EIO', 'EMFILE', 'ENFILE', 'ENOMEM', 'EACCES'):
+            result = run(driver, 'read', '-P', str(CONF), '-e', f'inject={call}:error={name}')
+            line = f'fileman: read document {CONF}: {os.strerror(getattr(errno, name))}\n'
+            assert result.returncode == 1 and result.stderr.decode() == line, (call, name, result)
+        result = run(driver, 'read', '-P', str(CONF), '-e', f'inject={call}:error=EINTR:when=1..3')
+        assert result.returncode == 0 and result.stderr == b'', (call, 'EINTR', result)
+
+
+def check_memory(driver):
+    """Where memory runs out within a document, it counts as one that does not load."""
+    CONF.write_bytes(b'<c><filter><class>' + b'<e>text</e>' * 40000 + b'</class></filter></c>')
+    outcomes = set()
+    for limit in range(8, 64, 2):
+        size = limit << 20
+        result = subprocess.run([driver, 'read'], stderr=subprocess.PIPE, timeout=60, check=False,
+                                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (size, size)))
+        outcomes.add((result.returncode, result.stderr.decode()))
+    wanted = {(0, ''), (1, f'fileman: read document {CONF}: {os.strerror(errno.ENOMEM)}\n')}
+    loader = {outcome for outcome in outcomes if outcome[0] == 127}
+    assert outcomes - loader == wanted, outcomes
+
+
+def check_lock(driver):
+    """Who never gets the lock gives up, with a line; the waits are skipped here."""
+    result = run(driver, 'mark', '-e', 'inject=flock:error=EAGAIN', '-e', 'inject=clock_nanosleep:retval=0')
+    line = f'fileman: lock directory {CONF.parent}/: still held by another writer\n'
+    assert result.returncode == 1 and result.stderr.decode() == line, result
+    assert CONF.read_bytes() == OLD
+
+
+def check_group(driver):
+    """A member of the document's group rewrites it: it stays the group's."""
+    group, user = 4711, 65534
+    run(driver, 'read')
+    try:
+        for path, mode in ((CONF.parent, 0o770), (CONF, 0o660)):
+            os.chown(path, 0, group)
+            path.chmod(mode)
+        result = subprocess.run([driver, 'mark'], user=user, group=user, extra_groups=[group], check=False)
+    except (OSError, subprocess.SubprocessError) as error:
+        print(f'rewrite_faults: no other user here, the group is not tested: {error}')
+        return
+    status = CONF.stat()
+    assert result.returncode == 0 and CONF.read_bytes() != OLD
+    assert (status.st_uid, status.st_gid, status.st_mode & 0o7777) == (user, group, 0o660), status
+
+
 def main():
     driver = sys.argv[1]
     if 'FILEMAN_PRIVATE_STORAGE' not in os.environ or not os.path.exists('/tmp/.private-storage'):
@@ -69,6 +122,9 @@ def main():
         print('rewrite_faults: strace cannot trace here')
         sys.exit(77)
     CONF.parent.mkdir(parents=True)
+    for checks in (check_reads, check_memory, check_lock, check_group):
+        checks(driver)
+    CONF.parent.chmod(0o755)
     outcomes = []
     for way in ('mark', 'all', 'advanced'):
         assert run(driver, way).returncode == 0

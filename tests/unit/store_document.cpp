@@ -1,3 +1,6 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include "StoreFixture.h"
 
 namespace {
@@ -102,11 +105,15 @@ TEST_F(Document, AdvancedStateIsReadAndWritten) {
     EXPECT_EQ((Names{"T1", "T2", "T3"}), info.typeList);
     EXPECT_TRUE(info.hasAdvance);
     info.jobId = "\"<J>&";
+    info.account = "caf\xC3\xA9";
+    info.prefix = "Q";
     info.locator = "none";
     info.type = "t3";
     info.suffix.clear();
     EXPECT_EQ(1, Conf::saveAdvanceInfo(info));
     EXPECT_EQ(changed({{"\"J\"", "\"&quot;&lt;J&gt;&amp;\""},
+                       {"account=\"A\"", "account=\"caf\xC3\xA9\""},
+                       {"prefix=\"P\"", "prefix=\"Q\""},
                        {"suffix=\"S\"", "suffix=\"\""},
                        {"\"true\"", "\"false\""},
                        {"\"true\"", "\"false\""},
@@ -116,6 +123,38 @@ TEST_F(Document, AdvancedStateIsReadAndWritten) {
                        {"\"true\"", "\"false\""},
                        {"\"T3\"", "\"T3\" checked=\"true\""}}),
               onDisk());
+    const std::string saved = onDisk();
+    info.fileName = "\x07";
+    EXPECT_EQ(0, Conf::saveAdvanceInfo(info));
+    EXPECT_EQ(saved, onDisk());
+}
+
+// Each process changes a mark of its own, and finds it as it left it however many others write.
+TEST_F(Document, WritersDoNotLoseEachOthersChanges) {
+    constexpr int kWriters = 8, kChanges = 12;
+    std::string ports;
+    for (int i = 0; i < kWriters; ++i)
+        ports += "<e name='p" + std::to_string(i) + "' checked='true'/>\n";
+    writeFile(Conf::getConfFileName(), "<c><filter><port>" + ports + "</port></filter></c>");
+    for (int i = 0; i < kWriters; ++i) {
+        if (::fork() != 0)
+            continue;
+        const std::string name = "p" + std::to_string(i);
+        bool isKept = true;
+        for (int change = 0; change < kChanges && isKept; ++change) {
+            const bool state = change % 2 != 0;
+            const std::string mark = "name='" + name + "' checked=\"" + Conf::checkState2Str(state);
+            isKept = Conf::setFilterChecked(Conf::FT_PORT, name, state);
+            for (int look = 0; look < 20; ++look)
+                isKept = isKept && onDisk().find(mark) != std::string::npos;
+        }
+        std::_Exit(isKept ? 0 : 1);
+    }
+    int status = 0, failures = 0;
+    while (::wait(&status) > 0)
+        failures += status != 0;
+    EXPECT_EQ(0, failures);
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(Conf::getConfPath()), {}));
 }
 
 TEST_F(Document, UnusableDocumentIsReportedAndNotWritten) {
