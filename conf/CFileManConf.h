@@ -9,6 +9,7 @@
 #include "conf/ResultFilter.h"
 #include "conf/ScanRecords.h"
 
+class CompanionBudget;
 class TiXmlDocument;
 
 // The document that CFileManConf::loadConf keeps open; null when there is none.
@@ -149,6 +150,8 @@ public:
 
     // What the file at path says about itself; info as it is when there is nothing to read.
     static _AdvanceInfo getAdvInfo(_AdvanceInfo info, const std::string& path);
+    // The same for one of many files, within the budget that they share.
+    static _AdvanceInfo getAdvInfo(_AdvanceInfo info, const std::string& path, CompanionBudget& budget);
     static bool advMatch(const _AdvanceInfo& filter, const _AdvanceInfo& file);
     // The stored state of the advanced filter and the choices on offer.
     static void getAdvanceInfo(_AdvanceInfo& info);

@@ -1,9 +1,12 @@
 #include <tinyxml.h>
 
 #include <memory>
+#include <utility>
 
 #include "common/CCommUtils.h"
+#include "common/UniqueNames.h"
 #include "conf/CFileManConf.h"
+#include "conf/Companion.h"
 #include "conf/XmlEdit.h"
 #include "conf/XmlFile.h"
 
@@ -36,8 +39,7 @@ void readStored(_AdvanceInfo& info, const TiXmlElement& element) {
 // name: wanted, unlike readConf.
 template<typename Visitor>
 void forEachAdvInfo(TiXmlDocument& document, Visitor&& visit) {
-    TiXmlElement* const root = document.RootElement();
-    TiXmlElement* const filter = root == nullptr ? nullptr : root->FirstChildElement();
+    TiXmlElement* const filter = document.RootElement()->FirstChildElement();
     if (filter == nullptr)
         return;
     xml::forEachChild(*filter, [&](TiXmlElement& child) {
@@ -46,20 +48,27 @@ void forEachAdvInfo(TiXmlDocument& document, Visitor&& visit) {
     });
 }
 
-// The names on offer go to choices, each once; the last one marked becomes chosen.
-void readChoices(const TiXmlElement& chooser, std::list<std::string>& choices, std::string& chosen) {
+// What a chooser offers, each name once, and which of it is chosen.
+struct Choices {
+    std::list<std::string>& names;
+    std::string& chosen;
+    UniqueNames known{names};
+};
+
+// The last one marked becomes chosen.
+void readChoices(const TiXmlElement& chooser, Choices& choices) {
     xml::forEachChild(chooser, [&](const TiXmlElement& entry) {
         const std::string name = attribute(entry, "name");
         if (name.empty())
             return;
-        if (!CCommUtils::isContains(choices, name))
-            choices.push_back(name);
+        if (choices.known.add(name))
+            choices.names.push_back(name);
         if (CFileManConf::isChecked(attribute(entry, "checked")))
-            chosen = name;
+            choices.chosen = name;
     });
 }
 
-void readAdvInfo(const TiXmlElement& element, _AdvanceInfo& info) {
+void readAdvInfo(const TiXmlElement& element, _AdvanceInfo& info, Choices& locators, Choices& types) {
     info.jobId = attribute(element, "jobid");
     info.account = attribute(element, "account");
     info.fileName = attribute(element, "name");
@@ -67,9 +76,9 @@ void readAdvInfo(const TiXmlElement& element, _AdvanceInfo& info) {
     info.suffix = attribute(element, "suffix");
     xml::forEachChild(element, [&](const TiXmlElement& chooser) {
         if (xml::isNamed(chooser, "locator"))
-            readChoices(chooser, info.locatorList, info.locator);
+            readChoices(chooser, locators);
         else if (xml::isNamed(chooser, "type"))
-            readChoices(chooser, info.typeList, info.type);
+            readChoices(chooser, types);
     });
 }
 
@@ -107,14 +116,19 @@ bool passesChooser(const std::string& choice, const std::string& field) {
 
 } // namespace
 
-_AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path) try {
+_AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path) {
+    CompanionBudget budget;
+    return getAdvInfo(std::move(info), path, budget);
+}
+
+_AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path,
+                                      CompanionBudget& budget) try {
     info.hasAdvance = false;
-    const std::unique_ptr<TiXmlDocument> document = path.empty() ? nullptr : xml::load(path);
-    const TiXmlElement* const root = document ? document->RootElement() : nullptr;
-    if (root == nullptr)
+    const std::unique_ptr<TiXmlDocument> document = loadCompanion(path, budget);
+    if (!document)
         return info;
-    xml::forEachChild(*root, [&](const TiXmlElement& child) {
-        if (xml::isNamed(child, "ktb_advinfo"))
+    xml::forEachChild(*document->RootElement(), [&](const TiXmlElement& child) {
+        if (xml::isNamed(child, kStoredInfoElement))
             readStored(info, child);
     });
     return info;
@@ -133,9 +147,12 @@ bool CFileManConf::advMatch(const _AdvanceInfo& filter, const _AdvanceInfo& file
 void CFileManConf::getAdvanceInfo(_AdvanceInfo& info) {
     info.hasAdvance = false;
     const std::unique_ptr<TiXmlDocument> document = xml::load(getConfFileName());
-    if (!document || document->RootElement() == nullptr)
+    if (!document)
         return;
-    forEachAdvInfo(*document, [&](const TiXmlElement& element) { readAdvInfo(element, info); });
+    Choices locators{info.locatorList, info.locator};
+    Choices types{info.typeList, info.type};
+    forEachAdvInfo(*document,
+                   [&](const TiXmlElement& element) { readAdvInfo(element, info, locators, types); });
     info.hasAdvance = !isBlank(info);
 }
 

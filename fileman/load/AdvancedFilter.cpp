@@ -48,7 +48,7 @@ bool AdvancedFilter::passes(std::string_view baseName, const std::string& path) 
     const auto [place, isNew] = m_stored.try_emplace(path);
     _AdvanceInfo& stored = place->second;
     if (isNew)
-        stored = CFileManConf::getAdvInfo(_AdvanceInfo(), path);
+        stored = CFileManConf::getAdvInfo(_AdvanceInfo(), path, m_budget);
     stored.fileName = baseName;
     return CFileManConf::advMatch(criteria, stored);
 }

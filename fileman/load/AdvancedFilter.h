@@ -4,6 +4,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "conf/Companion.h"
 #include "conf/ResultFilter.h"
 #include "fileman/load/ActiveFilter.h"
 
@@ -24,9 +25,13 @@ public:
     bool passes(std::string_view baseName, const std::string& path);
 
     // The next question reads the disk again.
-    void forget() { m_stored.clear(); }
+    void forget() {
+        m_stored.clear();
+        m_budget = CompanionBudget();
+    }
 
 private:
     const ActiveFilter& m_filter;
     std::unordered_map<std::string, _AdvanceInfo> m_stored; // by path, as far as read
+    CompanionBudget m_budget;
 };

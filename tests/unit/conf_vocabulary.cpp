@@ -1,4 +1,6 @@
 #include "TestFiles.h"
+#include "conf/Companion.h"
+#include "conf/XmlLimits.h"
 
 namespace {
 
@@ -203,6 +205,31 @@ TEST_F(FilesTest, StoredInformationOfAFile) {
         EXPECT_EQ("kept", Conf::getAdvInfo(given, path).jobId);
         EXPECT_FALSE(Conf::getAdvInfo(given, path).hasAdvance);
     }
+}
+
+TEST_F(FilesTest, StoredInformationIsReadWithinABudget) {
+    const std::string document = "<r><ktb_advinfo job_id='j'/></r>";
+    const std::string limit(1024 * 1024 - document.size(), ' ');
+    EXPECT_EQ("j", Conf::getAdvInfo({}, write(document + limit)).jobId);
+    EXPECT_EQ("", Conf::getAdvInfo({}, write(document + limit + " ")).jobId);
+
+    // 100,000 honest files leave some of it.
+    const std::string honest = document + std::string(4000, ' ') + "<x a='' b='' c=''/>";
+    const std::string path = write(document);
+    CompanionBudget budget;
+    testing::internal::CaptureStderr();
+    const std::size_t cost = honest.size() / 8 + xml::parseCost(honest);
+    for (int i = 0; i < 100000; ++i)
+        ASSERT_TRUE(budget.spend(cost, path));
+    EXPECT_EQ("j", Conf::getAdvInfo({}, path, budget).jobId);
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    testing::internal::CaptureStderr();
+    while (budget.spend(10'000'000, path))
+        continue;
+    EXPECT_EQ("", Conf::getAdvInfo({}, path, budget).jobId);
+    EXPECT_EQ("fileman: read document " + path +
+                  ": too much to read for one request, this and what follows counts as empty\n",
+              testing::internal::GetCapturedStderr());
 }
 
 } // namespace
