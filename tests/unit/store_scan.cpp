@@ -166,6 +166,17 @@ TEST_F(StoreTest, OfTwoCommonDirectoriesOfOnePortTheFirstStays) {
     EXPECT_EQ(std::string("Common: k / -\n  Common: GE=") + (plainIsFirst ? "a" : "b") + " /\n", scanText());
 }
 
+TEST_F(StoreTest, ScanningADirectoryAgainAddsNothing) {
+    dirs({"d/layer2-prof"});
+    CFileManager store;
+    LoadInfo info{"CPRI", "C", "d", 0, {"layer2-prof"}, 0};
+    ScanModuleToModeInfo module;
+    ScanModeToPortInfo mode;
+    for (int i = 0; i < 2; ++i)
+        store.scanSubDir(info, module, mode);
+    EXPECT_EQ("cpri-layer2", joined(module.profTypes));
+}
+
 TEST_F(StoreTest, Otu3OfThe100GeDirectoriesBelongsTo40Ge) {
     configure("<port><e name='O' key='otu3'/></port>");
     CFileManager().scanOtu3In100geDir();
