@@ -86,13 +86,13 @@ void configure(const std::vector<std::string>& path, const std::string& modeDir)
                       "<port><e name='GE' key='ge'/></port></filter></c>");
 }
 
-// What an unfiltered list holds, with the scan of the vocabulary put off or already done.
+// What an unfiltered list holds, with the scan of the vocabulary deferred or already done.
 std::list<std::string> listed(bool isScanned) {
     resetConfState();
     Store store;
+    if (!isScanned)
+        store.deferScan();
     store.scanFilters();
-    if (isScanned)
-        Conf::finishScan();
     _ResultFilter filter;
     filter.includeResults = true;
     store.setFilter(filter);
