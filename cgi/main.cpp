@@ -10,13 +10,16 @@
 //   delivery/       files instead of pages: View, Download, PdfExport
 //     ChosenIds       which records
 //     Obstacles       which of them no command can carry
-//     StagingArea     the shared directory below /tmp; AreaLock, SignOfLife: whose turn it is
-//     OwnPlace        names in /tmp that somebody else may have taken
-//     StagedRecord    a record copied and compared; CopiedTree, PlainFiles below it
-//     Packing         the archive; Shell: commands, kept out of the response
+//     StagedRecord    a record copied and compared
+//     Packing         the archive
 //     Converter       PDFs; PdfFiles: which of them are whole
 //     Attachment      the answer; FileStream: a file's bytes
 //     Termination     a server that ends the request before it has tidied up
+//   staging/        the shared directories below /tmp
+//     StagingArea     one of them; AreaLock, SignOfLife: whose turn it is
+//     OwnPlace        names in /tmp that somebody else may have taken
+//     CopiedTree      what was copied, and whether it is whole; PlainFiles: without links
+//     Shell           commands, kept out of the response
 
 #include <fcntl.h>
 #include <malloc.h>

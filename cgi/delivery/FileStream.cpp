@@ -12,7 +12,7 @@
 #include <cstdio>
 
 #include "cgi/Output.h"
-#include "cgi/delivery/OwnPlace.h"
+#include "cgi/staging/OwnPlace.h"
 #include "common/Report.h"
 #include "common/WriteAll.h"
 

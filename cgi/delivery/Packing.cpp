@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "cgi/delivery/OwnPlace.h"
-#include "cgi/delivery/RemoveTree.h"
-#include "cgi/delivery/Shell.h"
+#include "cgi/staging/OwnPlace.h"
+#include "cgi/staging/RemoveTree.h"
+#include "cgi/staging/Shell.h"
 #include "common/Report.h"
 #include "common/WriteAll.h"
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "cgi/delivery/StagingArea.h"
+#include "cgi/staging/StagingArea.h"
 
 // Runs the command that packs the area's directory into its archive. False, with a line on standard error,
 // when there is no archive of everything that was staged; nothing may be sent then.

@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "cgi/delivery/Obstacles.h"
-#include "cgi/delivery/OwnPlace.h"
-#include "cgi/delivery/RemoveTree.h"
+#include "cgi/staging/OwnPlace.h"
+#include "cgi/staging/RemoveTree.h"
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"

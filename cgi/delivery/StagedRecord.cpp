@@ -2,10 +2,10 @@
 
 #include <unistd.h>
 
-#include "cgi/delivery/CopiedTree.h"
-#include "cgi/delivery/PlainFiles.h"
-#include "cgi/delivery/RemoveTree.h"
-#include "cgi/delivery/Shell.h"
+#include "cgi/staging/CopiedTree.h"
+#include "cgi/staging/PlainFiles.h"
+#include "cgi/staging/RemoveTree.h"
+#include "cgi/staging/Shell.h"
 #include "common/CCommUtils.h"
 #include "fileman/disk/Directory.h"
 

@@ -9,7 +9,7 @@
 #include "TestFiles.h"
 #include "cgi/CFileManCGI.h"
 #include "cgi/delivery/Obstacles.h"
-#include "cgi/delivery/StagingArea.h"
+#include "cgi/staging/StagingArea.h"
 
 namespace {
 

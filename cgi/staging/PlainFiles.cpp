@@ -1,4 +1,4 @@
-#include "cgi/delivery/PlainFiles.h"
+#include "cgi/staging/PlainFiles.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "cgi/delivery/CopyContent.h"
+#include "cgi/staging/CopyContent.h"
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "cgi/delivery/SignOfLife.h"
+#include "cgi/staging/SignOfLife.h"
 #include "common/UniqueFd.h"
 
 // The turn of one request in a staging area: an advisory lock on a file. The holder gives a sign of life as

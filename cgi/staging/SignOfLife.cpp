@@ -1,4 +1,4 @@
-#include "cgi/delivery/SignOfLife.h"
+#include "cgi/staging/SignOfLife.h"
 
 #include <sys/stat.h>
 #include <sys/time.h>

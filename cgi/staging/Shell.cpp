@@ -1,4 +1,4 @@
-#include "cgi/delivery/Shell.h"
+#include "cgi/staging/Shell.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>

@@ -1,4 +1,4 @@
-#include "cgi/delivery/StagingArea.h"
+#include "cgi/staging/StagingArea.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -11,9 +11,9 @@
 #include <thread>
 #include <utility>
 
-#include "cgi/delivery/OwnPlace.h"
-#include "cgi/delivery/RemoveTree.h"
-#include "cgi/delivery/Shell.h"
+#include "cgi/staging/OwnPlace.h"
+#include "cgi/staging/RemoveTree.h"
+#include "cgi/staging/Shell.h"
 
 namespace {
 

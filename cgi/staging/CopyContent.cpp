@@ -1,4 +1,4 @@
-#include "cgi/delivery/CopyContent.h"
+#include "cgi/staging/CopyContent.h"
 
 #include <fcntl.h>
 #include <sys/sendfile.h>

@@ -1,4 +1,4 @@
-#include "cgi/delivery/OwnPlace.h"
+#include "cgi/staging/OwnPlace.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "cgi/delivery/RemoveTree.h"
+#include "cgi/staging/RemoveTree.h"
 #include "common/Report.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "cgi/delivery/CopiedTree.h"
+#include "cgi/staging/CopiedTree.h"
 
 #include <unistd.h>
 
@@ -6,8 +6,8 @@
 #include <cerrno>
 #include <climits>
 
-#include "cgi/delivery/CopyContent.h"
-#include "cgi/delivery/PlainFiles.h"
+#include "cgi/staging/CopyContent.h"
+#include "cgi/staging/PlainFiles.h"
 #include "common/Report.h"
 
 namespace {

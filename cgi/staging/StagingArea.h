@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-#include "cgi/delivery/AreaLock.h"
+#include "cgi/staging/AreaLock.h"
 
 // One of the two places below /tmp where a delivery puts its files together: a directory that every request
 // fills and empties, and the archive made from it.

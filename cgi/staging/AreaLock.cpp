@@ -1,4 +1,4 @@
-#include "cgi/delivery/AreaLock.h"
+#include "cgi/staging/AreaLock.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -10,7 +10,7 @@
 #include <thread>
 #include <utility>
 
-#include "cgi/delivery/OwnPlace.h"
+#include "cgi/staging/OwnPlace.h"
 #include "common/Report.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "cgi/delivery/RemoveTree.h"
+#include "cgi/staging/RemoveTree.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
