@@ -1,25 +1,19 @@
 #include "cgi/delivery/Attachment.h"
 
-#include <algorithm>
 #include <cstdio>
 
 #include "cgi/CFileManCGI.h"
 #include "cgi/delivery/FileStream.h"
 #include "common/CCommUtils.h"
+#include "common/ControlBytes.h"
 #include "common/FixedPaths.h"
 
 namespace {
 
 // A line feed in a name would begin a header line of its own.
-std::string headerValue(std::string name) {
-    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
-    std::replace_if(name.begin(), name.end(), isControl, '?');
-    return name;
-}
-
 void writeHeader(const std::string& path, long long size) {
     std::printf("Content-Disposition:attachment;filename=%s\r\n",
-                headerValue(CCommUtils::completeFileName(path)).c_str());
+                withoutControlBytes(CCommUtils::completeFileName(path)).c_str());
     std::printf("Content-Length:%lld\r\n", size);
     std::printf("Content-Type:application/octet-stream\r\n");
     std::printf("\r\n");

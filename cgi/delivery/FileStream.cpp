@@ -19,8 +19,6 @@
 namespace {
 
 constexpr std::size_t kChunk = 30720;
-// A larger pipe makes sendfile three times as fast; a system that refuses it is no failure.
-constexpr int kPipeSize = 1 << 20;
 // What one sendfile call is asked for at most, to fit the smallest size_t.
 constexpr long long kLargestCall = 1 << 30;
 
@@ -73,7 +71,6 @@ void FileStream::send() {
     std::fflush(stdout);
     if (!m_file || output::isStopped())
         return;
-    ::fcntl(STDOUT_FILENO, F_SETPIPE_SZ, kPipeSize);
     ::posix_fadvise(m_file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
     auto* sendSome = &sendDirectly;
     for (long long rest = m_size; rest > 0;) {

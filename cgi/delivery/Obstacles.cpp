@@ -1,8 +1,7 @@
 #include "cgi/delivery/Obstacles.h"
 
-#include <algorithm>
-
 #include "common/CCommUtils.h"
+#include "common/ControlBytes.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"
 #include "fileman/CResultItem.h"
@@ -11,15 +10,6 @@ namespace {
 
 // Ends an unquoted word of the shell or makes it more than a word.
 constexpr char kShellSpecial[] = " |&;<>()$`\\\"'*?[]{}";
-
-bool isControl(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7f;
-}
-
-bool hasControl(const std::string& text) {
-    return std::any_of(text.begin(), text.end(), isControl);
-}
 
 bool hasQuote(const std::string& text) {
     return text.find('\'') != std::string::npos;
@@ -38,7 +28,7 @@ const char* downloadObstacle(const DownloadPlaces& places) {
         return "its name begins with '-'";
     if (hasQuote(places.name) || hasQuote(places.destination))
         return "its name holds a single quote";
-    if (hasControl(places.name) || hasControl(places.destination) || hasControl(places.directory))
+    if (hasControlByte(places.name) || hasControlByte(places.destination) || hasControlByte(places.directory))
         return "its name or directory holds a control character";
     if (places.directory.find_first_of(kShellSpecial) != std::string::npos)
         return "its directory holds a blank or a character special to the shell";
@@ -51,7 +41,7 @@ const char* downloadObstacle(const DownloadPlaces& places) {
 const char* pdfObstacle(const std::string& path) {
     if (CCommUtils::isStartsWith(CCommUtils::baseFileName(path), "-"))
         return "its name begins with '-'";
-    if (hasControl(path))
+    if (hasControlByte(path))
         return "its path holds a control character";
     return nullptr;
 }
