@@ -2,7 +2,8 @@
 // eight streams and their locale in every process: 7 % of the time of the smallest CGI program, and a quarter
 // of this one's size. Linked in as an object, this definition keeps the library's own out.
 //
-// Wanted by the linker options beside it, too: they refuse a program that mentions std::cout and its like.
+// Part of the static program by the option FILEMAN_NO_STREAMS. The linker options that come with it refuse a
+// program that mentions std::cout or another stream.
 
 #include <ios>
 
