@@ -114,7 +114,7 @@ class Linking(unittest.TestCase):
         self.assertNotIn(".gnu.lto", sections)
         subprocess.run(("c++", "-shared", "-o", f"{self.dir}/lib.so", "-Wl,--whole-archive", self.archive,
                         "-Wl,--no-whole-archive", "-Wl,-z,defs", "-ltinyxml"), check=True)
-        said = run("scripts/with-storage - tests/unit/run-store-example build/store-example")
+        said = run("scripts/with-storage - tests/unit/conf/run-example build/store-example")
         self.assertEqual(said.returncode, 0, said.stdout + said.stderr)
 
     def test_a_project_around_ours_keeps_its_own_options(self):

@@ -1,7 +1,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "StoreFixture.h"
+#include "StorageFixture.h"
 
 namespace {
 

@@ -31,7 +31,7 @@ protected:
     static void reset() {
         const char* const isPrivate = std::getenv("FILEMAN_PRIVATE_STORAGE");
         if (isPrivate == nullptr || !std::filesystem::exists("/tmp/.private-storage")) {
-            std::fputs("store_test: not in private storage, see scripts/with-storage\n", stderr);
+            std::fputs("storage_test: not in private storage, see scripts/with-storage\n", stderr);
             std::_Exit(2);
         }
         for (const auto& entry : std::filesystem::directory_iterator("/home"))

@@ -1,4 +1,4 @@
-#include "StoreFixture.h"
+#include "StorageFixture.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "StoreFixture.h"
+#include "StorageFixture.h"
 #include "common/CCommUtils.h"
 #include "fileman/RecordId.h"
 
