@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int kDeepestNesting = 128;
-constexpr std::ptrdiff_t kMostAttributes = 4096;
+constexpr std::ptrdiff_t kMostAttributes = 256;
 constexpr char kPath[] = "/tmp/gate.xml";
 
 int depthOf(const TiXmlNode& node) {
