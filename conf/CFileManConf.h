@@ -40,7 +40,8 @@ public:
 
     // --- lookups (ConfLookups.cpp) ---
 
-    // Mode whose result or profile directory this is. The exact word "ktr" gives the first mode: wanted.
+    // Mode whose result or profile directory this is. The exact word "ktr" gives the first mode.
+    // This is intentional.
     static std::string getModeName(const std::string& dirName);
     static std::string getTypeName(const std::string& typeKey);
     static std::string getPortName(const std::string& portKey);
@@ -77,8 +78,8 @@ public:
     // Always "".
     static std::string getVerNum(const std::string& text);
 
-    // Port of a directory name: less its last four characters when it holds any of p, o, r, t (any of the
-    // letters, not the word: wanted), looked up as a port key. "Unknown" for "".
+    // Port of a directory name: less its last four characters when it holds any of the letters p, o, r, t
+    // (not the word, which is intentional), looked up as a port key. "Unknown" for "".
     static std::string str2Port(const std::string& name);
     // The same less the last n characters.
     static std::string str2Port(const std::string& name, int n);

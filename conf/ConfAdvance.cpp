@@ -36,7 +36,7 @@ void readStored(_AdvanceInfo& info, const TiXmlElement& element) {
 }
 
 // Calls visit(element) for each advinfo element in the root's first child element, by position and not by
-// name: wanted, unlike readConf.
+// name. This is intentional, and unlike readConf.
 template<typename Visitor>
 void forEachAdvInfo(TiXmlDocument& document, Visitor&& visit) {
     TiXmlElement* const filter = document.RootElement()->FirstChildElement();
@@ -109,7 +109,7 @@ bool contains(const std::string& text, const std::string& part) {
 }
 
 // Only the word "None" restricts, and then the file's field has to contain it; a real choice lets every file
-// pass. The opposite of what one expects, and wanted.
+// pass. This is the opposite of what one expects, and intentional.
 bool passesChooser(const std::string& choice, const std::string& field) {
     return !isNone(choice) || CCommUtils::isContains(field, choice);
 }

@@ -41,7 +41,8 @@ void setChecked(std::map<std::string, Record>& map, const std::string& key, bool
 void setTypeChecked(const std::string& name, bool state) {
     std::list<std::string> names;
     CFileManConf::getAllTypeNames(names);
-    // The name has to stand exactly so in the vocabulary; the first type that equals it changes: wanted.
+    // The name has to stand exactly so in the vocabulary; the first type that equals it changes.
+    // This is intentional.
     if (!CCommUtils::isContains(names, name))
         return;
     auto& types = confState().s_confTypeMap;
@@ -68,7 +69,7 @@ void setMemory(CFileManConf::FilterType type, const std::string& name, bool stat
 }
 
 // Calls visit(entry) for each entry of each section of that name. The sections stand in the root's first
-// child element, by position and not by name: wanted, unlike readConf.
+// child element, by position and not by name. This is intentional, and unlike readConf.
 template<typename Visitor>
 void forEachEntry(TiXmlDocument& document, const char* section, Visitor&& visit) {
     TiXmlElement* const filter = document.RootElement()->FirstChildElement();
@@ -88,13 +89,13 @@ void setEveryTypeChecked(const std::set<std::string>& names, bool state) {
     }
 }
 
-// Appends wanted(key, record) of the checked records whose current(key, record) was found on disk.
-template<typename Record, typename Current, typename Wanted>
+// Appends chosen(entry) of the checked entries whose current(entry) was found on disk.
+template<typename Record, typename Current, typename Chosen>
 void appendChecked(std::list<std::string>& out, const std::map<std::string, Record>& map,
-                   const UniqueNames& found, Current&& current, Wanted&& wanted) {
+                   const UniqueNames& found, Current&& current, Chosen&& chosen) {
     for (const auto& entry : map) {
         if (entry.second.checked && found.contains(current(entry)))
-            out.push_back(wanted(entry));
+            out.push_back(chosen(entry));
     }
 }
 

@@ -157,7 +157,7 @@ void CFileManConf::addScanModuleInfo(const std::string& module, ScanModuleToMode
     if (CCommUtils::isEquals(module, "40GE")) {
         const auto stored = scanInfo.find("40GE");
         // Only the type lists merge, and only in the caller's record: the stored modes would have to be
-        // inserted where entries already stand, which changes nothing. Wanted.
+        // inserted where entries already stand, which changes nothing. This is intentional.
         if (stored != scanInfo.end()) {
             mergeInto(info.profTypes, stored->second.profTypes);
             mergeInto(info.rsltTypes, stored->second.rsltTypes);

@@ -52,7 +52,7 @@ protected:
         ASSERT_TRUE(CFileManConf::readConf(CFileManConf::getConfFileName()));
     }
 
-    // What load adds to a new store with the filter, in no promised order: a line a record, sorted.
+    // What load adds to a new store with the filter, in no promised order: one line per record, sorted.
     static Rows load(const std::function<int(CFileManager&)>& load, const _ResultFilter& filter = {}) {
         CFileManager store;
         store.setFilter(filter);
