@@ -49,14 +49,24 @@ TEST_F(FilesTest, DocumentFillsEveryRecord) {
 }
 
 TEST_F(FilesTest, ModuleHalvesAndCommonEntries) {
-    ASSERT_TRUE(readSections(
-        "<module><m name='10G' checked='true'><o mode_name='E'>"
-        "<h test_name='rESULT' dir_name='r1' under_port_dir='true' list='a,,b,'/>"
-        "<h test_name='Result' dir_name='r2' under_port_dir='yes' list='c'/>"
-        "<h test_name='Setup' dir_name='no' list='no'/></o><o mode_name='E'><h test_name='Profile' "
-        "list='no'/></o></m>"
-        "<m name='coMMon'><e test_name='Result' key='k' dir_name='d' under_port_dir='true' list=''/>"
-        "<e test_name='Result' key='later'/><e test_name='Screen' key='screen'/></m></module>"));
+    ASSERT_TRUE(readSections(R"(
+        <module>
+          <m name='10G' checked='true'>
+            <o mode_name='E'>
+              <h test_name='rESULT' dir_name='r1' under_port_dir='true' list='a,,b,'/>
+              <h test_name='Result' dir_name='r2' under_port_dir='yes' list='c'/>
+              <h test_name='Setup' dir_name='no' list='no'/>
+            </o>
+            <o mode_name='E'>
+              <h test_name='Profile' list='no'/>
+            </o>
+          </m>
+          <m name='coMMon'>
+            <e test_name='Result' key='k' dir_name='d' under_port_dir='true' list=''/>
+            <e test_name='Result' key='later'/>
+            <e test_name='Screen' key='screen'/>
+          </m>
+        </module>)"));
     const ModeOptInfo& option = Conf::getModuleInfo("10G").modeOpts.at("E");
     EXPECT_EQ("r2", option.rslt_dir_name);
     EXPECT_FALSE(option.rslt_under_port_dir);

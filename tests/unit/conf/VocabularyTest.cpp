@@ -10,16 +10,24 @@ using Conf = CFileManConf;
 class Vocabulary : public FilesTest {
 protected:
     Vocabulary() {
-        readSections(
-            "<mode><e name='SDH' label='L' rslt_dir_name='s-rslt' prof_dir_name='s-prof' checked='true'/>"
-            "<e name='Eth' label='l' rslt_dir_name='e-rslt' prof_dir_name='E-prof' checked='true'/></mode>"
-            "<category><e name='RFC' label='R' key='rfc6349' rslt_suffix='-rslt' prof_suffix='-prof' "
-            "checked='true'/>"
-            "<e name='rfc' label='r' key='rfc2544' rslt_suffix='-result' prof_suffix='-setup'/>"
-            "<e name='BERT' label='B' key='bert' checked='true'/></category>"
-            "<port><e name='P2' label='Port 2' key='ge2' dir='ge2port' checked='true'/>"
-            "<e name='P1' label='10GE M1' key='ge' dir='geport'/></port>"
-            "<module><e name='B' checked='true'/><e name='A' checked='true'/></module>");
+        readSections(R"(
+        <mode>
+          <e name='SDH' label='L' rslt_dir_name='s-rslt' prof_dir_name='s-prof' checked='true'/>
+          <e name='Eth' label='l' rslt_dir_name='e-rslt' prof_dir_name='E-prof' checked='true'/>
+        </mode>
+        <category>
+          <e name='RFC' label='R' key='rfc6349' rslt_suffix='-rslt' prof_suffix='-prof' checked='true'/>
+          <e name='rfc' label='r' key='rfc2544' rslt_suffix='-result' prof_suffix='-setup'/>
+          <e name='BERT' label='B' key='bert' checked='true'/>
+        </category>
+        <port>
+          <e name='P2' label='Port 2' key='ge2' dir='ge2port' checked='true'/>
+          <e name='P1' label='10GE M1' key='ge' dir='geport'/>
+        </port>
+        <module>
+          <e name='B' checked='true'/>
+          <e name='A' checked='true'/>
+        </module>)");
     }
 };
 

@@ -8,8 +8,15 @@ using Loader = int (CFileManager::*)(const _ModeInfo&);
 class FamilyTree : public StoreTest {
 protected:
     FamilyTree() {
-        configure("<category><e name='Bert' key='bert'/><e name='RFC' key='rfc'/></category>"
-                  "<port><e name='GE' key='ge'/><e name='Two' key='my2g5'/></port>");
+        configure(R"(
+        <category>
+          <e name='Bert' key='bert'/>
+          <e name='RFC' key='rfc'/>
+        </category>
+        <port>
+          <e name='GE' key='ge'/>
+          <e name='Two' key='my2g5'/>
+        </port>)");
         for (const std::string modeDir :
              {"1ge/r/", "1ge/p/", "10g/p/", "root/r/", "root/p/", "odu0-prof/p/"}) {
             for (const std::string file :

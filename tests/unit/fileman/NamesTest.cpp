@@ -83,8 +83,16 @@ TEST_F(FilesTest, ListDirNamesEveryNonDirectory) {
 }
 
 TEST_F(FilesTest, RecordsAreNamedByIdAndLabels) {
-    readSections("<mode><e name='m' label='Mode'/></mode><category><e key='t' label='Type'/></category>"
-                 "<port><e name='p' label='Port'/></port>");
+    readSections(R"(
+        <mode>
+          <e name='m' label='Mode'/>
+        </mode>
+        <category>
+          <e key='t' label='Type'/>
+        </category>
+        <port>
+          <e name='p' label='Port'/>
+        </port>)");
     _ResultInfo info;
     EXPECT_EQ("____", Store::makeUniqueId(&info));
     info.name = "n";

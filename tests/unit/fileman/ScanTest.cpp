@@ -123,22 +123,46 @@ std::string scanText() {
 }
 
 TEST_F(StoreTest, ScanKeepsTypesAndPortsOfEachModule) {
-    configure("<port><e name='GE' key='ge'/><e name='X' key='x'/></port><module>"
-              "<e name='10G'><o mode_name='E'>"
-              "<h test_name='Result' dir_name='e-rslt' under_port_dir='true' list='geport'/>"
-              "<h test_name='Profile' dir_name='e-prof' under_port_dir='true' list='geport'/></o></e>"
-              "<e name='2G5'><o mode_name='SDH/PDH'><h test_name='Profile' dir_name='s-prof'/></o></e>"
-              "<e name='CPRI'><o mode_name='C'>"
-              "<h test_name='Result' dir_name='c-rslt' list='cpri-layer1-rslt,other,gone'/></o></e>"
-              "<e name='Gone'><o mode_name='G'><h test_name='Result' dir_name='g-rslt'/></o></e>"
-              "<e name='Common'><c test_name='Result' key='opm' dir_name='com'/>"
-              "<c test_name='Profile' key='gone' dir_name='gone'/><c test_name='Screen' key='s' "
-              "dir_name='ktb'/></e>"
-              "</module><extraDir><e module='10G' mode='E' key='gone' dir_name='gone'/>"
-              "<e module='10g' mode='e' key='extra' dir_name='x1' test_name='Result'/>"
-              "<e module='10G' mode='E' key='extra' dir_name='x1' test_name='Result'/>"
-              "<e module='10G' mode='E' port='GE' key='rfc' dir_name='x1' test_name='Result'/>"
-              "<e module='10G' mode='E' port='X' key='t' dir_name='x1'/></extraDir>");
+    configure(R"(
+        <port>
+          <e name='GE' key='ge'/>
+          <e name='X' key='x'/>
+        </port>
+        <module>
+          <e name='10G'>
+            <o mode_name='E'>
+              <h test_name='Result' dir_name='e-rslt' under_port_dir='true' list='geport'/>
+              <h test_name='Profile' dir_name='e-prof' under_port_dir='true' list='geport'/>
+            </o>
+          </e>
+          <e name='2G5'>
+            <o mode_name='SDH/PDH'>
+              <h test_name='Profile' dir_name='s-prof'/>
+            </o>
+          </e>
+          <e name='CPRI'>
+            <o mode_name='C'>
+              <h test_name='Result' dir_name='c-rslt' list='cpri-layer1-rslt,other,gone'/>
+            </o>
+          </e>
+          <e name='Gone'>
+            <o mode_name='G'>
+              <h test_name='Result' dir_name='g-rslt'/>
+            </o>
+          </e>
+          <e name='Common'>
+            <c test_name='Result' key='opm' dir_name='com'/>
+            <c test_name='Profile' key='gone' dir_name='gone'/>
+            <c test_name='Screen' key='s' dir_name='ktb'/>
+          </e>
+        </module>
+        <extraDir>
+          <e module='10G' mode='E' key='gone' dir_name='gone'/>
+          <e module='10g' mode='e' key='extra' dir_name='x1' test_name='Result'/>
+          <e module='10G' mode='E' key='extra' dir_name='x1' test_name='Result'/>
+          <e module='10G' mode='E' port='GE' key='rfc' dir_name='x1' test_name='Result'/>
+          <e module='10G' mode='E' port='X' key='t' dir_name='x1'/>
+        </extraDir>)");
     dirs({"e-rslt/geport/rfc-result", "e-rslt/geport2/rfc-result", "e-rslt/geport2/abcd-rslt",
           "e-rslt/geport/plain", "e-rslt/xport/no-result", "e-rslt/geport3/no-result",
           "e-prof/geport/rfc-setup", "e-prof/geport/abc-trace", "2g5/mtie-results", "s-prof",
@@ -158,8 +182,15 @@ TEST_F(StoreTest, ScanKeepsTypesAndPortsOfEachModule) {
 }
 
 TEST_F(StoreTest, OfTwoCommonDirectoriesOfOnePortTheFirstStays) {
-    configure("<port><e name='GE' key='ge'/></port><module><e name='Common'>"
-              "<c test_name='Profile' key='k' dir_name='com'/></e></module>");
+    configure(R"(
+        <port>
+          <e name='GE' key='ge'/>
+        </port>
+        <module>
+          <e name='Common'>
+            <c test_name='Profile' key='k' dir_name='com'/>
+          </e>
+        </module>)");
     dirs({"com/geport/a-setup", "com/geport2/b-setup"});
     const bool plainIsFirst = std::filesystem::directory_iterator("/home/com")->path().filename() == "geport";
     CFileManager().scanDir();
