@@ -161,7 +161,7 @@ bool CFileManConf::loadConf(const std::string& path) {
     if (g_pXmlDoc != nullptr)
         return true;
     g_pXmlDoc = std::make_unique<TiXmlDocument>(path.c_str()).release();
-    return xml::parseFile(*g_pXmlDoc, path);
+    return xml::parseFile(*g_pXmlDoc, path, xml::Root::Optional);
 }
 
 void CFileManConf::releaseConf() {

@@ -89,7 +89,7 @@ std::optional<std::string> xml::readContent(const std::string& path, off_t large
     return std::nullopt;
 }
 
-bool xml::parse(TiXmlDocument& document, std::string text, Failure& failure) try {
+bool xml::parse(TiXmlDocument& document, std::string text, Failure& failure, Root root) try {
     normalise(text);
     if (const std::string_view limit = passedLimit(text); !limit.empty()) {
         failure.why = limit;
@@ -99,20 +99,20 @@ bool xml::parse(TiXmlDocument& document, std::string text, Failure& failure) try
     document.Parse(text.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
     if (document.Error())
         failure.why = std::string("it is not well-formed, ") + document.ErrorDesc();
-    else if (document.RootElement() == nullptr)
-        failure.why = "it has no root element";
-    else
+    else if (document.RootElement() != nullptr)
         failure.why = passedLimit(*document.RootElement());
+    else if (root == Root::Needed)
+        failure.why = "it has no root element";
     return failure.why.empty();
 } catch (const std::bad_alloc&) {
     failure.errorNumber = ENOMEM;
     return false;
 }
 
-bool xml::parseFile(TiXmlDocument& document, const std::string& path) {
+bool xml::parseFile(TiXmlDocument& document, const std::string& path, Root root) {
     Failure failure;
     std::optional<std::string> content = readContent(path, kLargestFile, failure);
-    const bool isParsed = content && parse(document, std::move(*content), failure);
+    const bool isParsed = content && parse(document, std::move(*content), failure, root);
     if (!isParsed)
         reportFailure(path, failure);
     return isParsed;

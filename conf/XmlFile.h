@@ -23,12 +23,15 @@ struct Failure {
 // The content of the regular file at path, which has largest bytes at most.
 std::optional<std::string> readContent(const std::string& path, off_t largest, Failure& failure);
 
-// Parses text into document; false when it is refused, not well-formed or without a root that the parser sees
-// (what was parsed until then may stay in document).
-bool parse(TiXmlDocument& document, std::string text, Failure& failure);
+// Whether a document has to have a root element that the parser sees.
+enum class Root { Needed, Optional };
+
+// Parses text into document; false when it is refused, not well-formed or lacks a needed root (what was
+// parsed until then may stay in document).
+bool parse(TiXmlDocument& document, std::string text, Failure& failure, Root root = Root::Needed);
 
 // Both, for a file of 16 MiB at most. A failure gets one line on standard error, unless there is no file.
-bool parseFile(TiXmlDocument& document, const std::string& path);
+bool parseFile(TiXmlDocument& document, const std::string& path, Root root = Root::Needed);
 
 // The same as a new document, or null.
 std::unique_ptr<TiXmlDocument> load(const std::string& path);

@@ -95,6 +95,8 @@ TEST_F(FilesTest, UnusableDocumentsLeaveWhatWasRead) {
     EXPECT_EQ((Names{"kept", "new"}), listFrom(Conf::getAllModeNames));
     resetConfState();
     EXPECT_TRUE(listFrom(Conf::getAllModeNames).empty() && g_pXmlDoc == nullptr);
+    writeFile(at("comment"), "<!-- none -->");
+    EXPECT_TRUE(Conf::loadConf(at("comment"))) << "a document needs no root to be kept";
 }
 
 std::string repeated(int times, const std::string& part) {
