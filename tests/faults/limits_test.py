@@ -106,12 +106,13 @@ class Large(unittest.TestCase):
 
 class VeryMuch(unittest.TestCase):
     def test_no_list_is_walked_once_for_each_entry_of_another(self):
-        """20,000 of everything: seconds where one is enough, minutes when a list is walked for each of another."""
-        count = range(20000)
+        """As much of everything as a document may hold: a second is enough, unless a list is walked for each entry of
+        another."""
+        count = range(7000)
         ports = ",".join(f"x{number}port" for number in count)
         sections = {
             "module": [f'<e name="M{number}"><o mode_name="E"><h test_name="Result" dir_name="d/m" list="{ports}"'
-                       ' under_port_dir="true"/></o></e>' for number in count[:20]] +
+                       ' under_port_dir="true"/></o></e>' for number in count[:2]] +
                       ['<e name="A">'] + [f'<o mode_name="{number}"/>' for number in count] + ["</e>"],
             "mode": [f'<e name="{number}" rslt_dir_name="{number}-rslt"/>' for number in count],
             "category": [f'<e name="n{number}" key="k{number}"/>' for number in count],
@@ -131,7 +132,7 @@ class VeryMuch(unittest.TestCase):
         names = ",".join(map(str, count))
         for query in (LIST, "fmtype=rslt&mode=" + names, "filter=fpri&mode=" + names):
             with self.subTest(query=query[:20]):
-                done = run(query, preexec_fn=limit(resource.RLIMIT_CPU, 4))
+                done = run(query, preexec_fn=limit(resource.RLIMIT_CPU, 2))
                 self.assertEqual((done.returncode, done.stderr), (0, b""))
 
 
