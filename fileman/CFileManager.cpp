@@ -146,9 +146,7 @@ void CFileManager::addResultInfo(_ResultInfo* info) {
 }
 
 std::string CFileManager::makeUniqueId(const _ResultInfo* info) {
-    std::string id;
-    makeId(id, idPrefix(*info), info->name);
-    return id;
+    return makeId(*info);
 }
 
 int CFileManager::loadScreenShot() {

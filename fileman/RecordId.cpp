@@ -7,8 +7,15 @@ std::string idPrefix(const _ResultInfo& record) {
     return prefix;
 }
 
-void makeId(std::string& id, std::string_view prefix, std::string_view name) {
-    id.assign(prefix).append(name);
+void putName(std::string& id, std::size_t prefixSize, std::string_view name) {
+    id.resize(prefixSize);
+    id.append(name);
     if (id.size() > kLongestId)
         id.resize(kLongestId);
+}
+
+std::string makeId(const _ResultInfo& record) {
+    std::string id = idPrefix(record);
+    putName(id, id.size(), record.name);
+    return id;
 }

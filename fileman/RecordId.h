@@ -13,5 +13,7 @@ inline constexpr std::size_t kLongestId = 255;
 // "mode_port_test_rsltype_": what the identifiers of all files of one source begin with.
 std::string idPrefix(const _ResultInfo& record);
 
-// Replaces id by the prefix with the record's name behind it, cut to kLongestId.
-void makeId(std::string& id, std::string_view prefix, std::string_view name);
+// Replaces what stands behind the prefix in id by the record's name, and cuts the whole to kLongestId.
+void putName(std::string& id, std::size_t prefixSize, std::string_view name);
+
+std::string makeId(const _ResultInfo& record);

@@ -60,12 +60,14 @@ private:
 
     // What stands in stdio's buffer goes out first.
     void flush() {
+        if (m_used == 0)
+            return;
         std::fflush(stdout);
         output::write({m_buffer.data(), m_used});
         m_used = 0;
     }
 
-    std::vector<char> m_buffer = std::vector<char>(kPieceSize);
+    std::vector<char> m_buffer; // grows for a row that is longer than a piece
     std::size_t m_used = 0;
 };
 

@@ -12,32 +12,35 @@ ListedRow rowOf(const _ResultInfo& record) {
             record.port, record.datetime, record.rsltype, record.path};
 }
 
-// Makes the rows of listed files, one after the other, in the same memory.
+// Makes the rows of one batch of files, one after the other, in the same memory.
 class LoadedList::RowMaker {
 public:
-    const std::string& idOf(const Batch& batch, const ListedFile& file) {
-        makeId(m_id, batch.common.id, listed::baseName(file.name));
+    explicit RowMaker(const Batch& batch)
+        : m_common(batch.common), m_row(::rowOf(batch.common)), m_id(batch.common.id),
+          m_path(batch.common.path) {}
+
+    const std::string& idOf(const ListedFile& file) {
+        putName(m_id, m_common.id.size(), listed::baseName(file.name));
         return m_id;
     }
 
-    const std::string& pathOf(const Batch& batch, const ListedFile& file) {
-        m_path.assign(batch.common.path).append(file.name);
-        return m_path;
+    const std::string& pathOf(const ListedFile& file) {
+        m_path.resize(m_common.path.size());
+        return m_path.append(file.name);
     }
 
-    ListedRow rowOf(const Batch& batch, const ListedFile& file) {
-        ListedRow row = ::rowOf(batch.common);
-        row.id = idOf(batch, file);
-        row.name = listed::baseName(file.name);
-        row.path = pathOf(batch, file);
-        row.datetime = dateText(file.changeTime == kDateNotRead ? changeTime(m_path) : file.changeTime);
-        return row;
+    const ListedRow& rowOf(const ListedFile& file) {
+        m_row.id = idOf(file);
+        m_row.name = listed::baseName(file.name);
+        m_row.path = pathOf(file);
+        m_row.datetime = dateText(file.changeTime == kDateNotRead ? changeTime(m_path) : file.changeTime);
+        return m_row;
     }
 
     // The record lives until the process ends.
-    _ResultInfo* newRecord(const Batch& batch, const ListedFile& file) {
-        const ListedRow row = rowOf(batch, file);
-        auto record = std::make_unique<_ResultInfo>(batch.common);
+    _ResultInfo* newRecord(const ListedFile& file) {
+        const ListedRow& row = rowOf(file);
+        auto record = std::make_unique<_ResultInfo>(m_common);
         record->id = row.id;
         record->name = row.name;
         record->datetime = row.datetime;
@@ -53,6 +56,8 @@ private:
         return m_date;
     }
 
+    const _ResultInfo& m_common;
+    ListedRow m_row; // what all files have in common stands in it from the start
     std::string m_id;
     std::string m_path;
     std::string m_date;
@@ -84,28 +89,28 @@ void LoadedList::addFile(std::string_view fileName, std::time_t changeTime) {
 }
 
 void LoadedList::visit(const RowVisitor& visitor) const {
-    RowMaker rows;
     for (const Batch& batch : m_batches) {
+        RowMaker rows(batch);
         for (const ListedFile& file : batch.files)
-            visitor(rows.rowOf(batch, file));
+            visitor(rows.rowOf(file));
         for (const _ResultInfo* const record : batch.records)
             visitor(::rowOf(*record));
     }
 }
 
 void LoadedList::visitNewestPaths(const std::function<void(const std::string& path)>& visitor) const {
-    RowMaker rows;
+    RowMaker rows(m_batches.back());
     for (const ListedFile& file : m_batches.back().files)
-        visitor(rows.pathOf(m_batches.back(), file));
+        visitor(rows.pathOf(file));
 }
 
 void LoadedList::keepOnly(const std::function<bool(const std::string& id)>& isChosen) {
-    RowMaker rows;
     std::list<_ResultInfo*> kept;
     for (const Batch& batch : m_batches) {
+        RowMaker rows(batch);
         for (const ListedFile& file : batch.files) {
-            if (isChosen(rows.idOf(batch, file)))
-                kept.push_back(rows.newRecord(batch, file));
+            if (isChosen(rows.idOf(file)))
+                kept.push_back(rows.newRecord(file));
         }
         for (_ResultInfo* const record : batch.records) {
             if (!isChosen(record->id))
@@ -119,11 +124,11 @@ void LoadedList::keepOnly(const std::function<bool(const std::string& id)>& isCh
 }
 
 void LoadedList::getRecords(std::list<_ResultInfo*>& out) {
-    RowMaker rows;
     out.clear();
     for (const Batch& batch : m_batches) {
+        RowMaker rows(batch);
         for (const ListedFile& file : batch.files)
-            out.push_back(rows.newRecord(batch, file));
+            out.push_back(rows.newRecord(file));
         out.insert(out.end(), batch.records.begin(), batch.records.end());
     }
     replaceBy(out);

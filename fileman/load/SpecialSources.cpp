@@ -106,7 +106,7 @@ int SpecialSources::loadMtie() {
         record->path = item;
         if (m_files.readsDates())
             record->datetime = CCommUtils::createDateTime(item);
-        makeId(record->id, idPrefix(*record), record->name);
+        record->id = makeId(*record);
         m_loaded.add(record.release());
         ++count;
     }
