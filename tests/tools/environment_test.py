@@ -87,6 +87,21 @@ class Environment(unittest.TestCase):
             self.assertEqual((done.returncode, done.stdout), (70, ""))
             self.assertIn("are not seen below /home", done.stderr)
 
+    def test_a_chroot_is_used_where_mounts_stay_inside_and_else_refused(self):
+        # A root that is no mount point, of the machine's own folders; as in a mount namespace that shares mounts or not.
+        script = """
+            mkdir -p "$1/machine"; mount -t tmpfs tmpfs "$1/machine" && cd "$1/machine" && mkdir -p new/home new/tmp new/srv &&
+            for folder in bin sbin lib lib64 usr etc dev proc; do
+              [ ! -e "/$folder" ] || { mkdir "new/$folder" && mount --rbind "/$folder" "new/$folder"; } || exit 77
+            done
+            mkdir new/checkout && mount --bind "$2" new/checkout || exit 77
+            chroot new /checkout/scripts/with-storage - sh -c 'ls -A /home; ls /srv/demo'; echo $?; ls -A new/home"""
+        for propagation, said in (("private", "/srv/demo 0"), ("shared", "69")):
+            done = run("unshare", "-m", "--propagation", propagation, "sh", "-c", script, "sh", self.dir, ROOT)
+            if done.returncode != 0:
+                self.skipTest(f"no chroot can be made here: {done.stderr}")
+            self.assertEqual(" ".join(done.stdout.split()), said, done.stderr)
+
     def test_wrong_calls_are_told_apart_by_their_status(self):
         self.assertEqual(run(RUNNER, self.dir).returncode, 64)
         self.assertEqual(run(RUNNER, "-m", "magic", "-", "true").returncode, 64)
