@@ -75,6 +75,15 @@ public:
     static const std::vector<const ExtraDirInfo*>& getExtraDirs(const std::string& module,
                                                                 const std::string& mode);
 
+    // These append the names or keys of the configuration, without those that the list holds already.
+    static void getAllModeNames(std::list<std::string>& out);
+    static void getAllTypeNames(std::list<std::string>& out);
+    static void getAllTypeKeys(std::list<std::string>& out);
+    static void getAllPortNames(std::list<std::string>& out);
+    static void getAllModuleNames(std::list<std::string>& out);
+    // The same for the keys of all types of one name.
+    static void getTypeKeys(std::list<std::string>& out, const std::string& typeName);
+
     // Always "".
     static std::string getVerNum(const std::string& text);
 
@@ -99,14 +108,8 @@ public:
     static void getCurrentPort(std::list<std::string>& out);
     static void getCurrentModule(std::list<std::string>& out);
     static void getTypeByModeName(std::list<std::string>& out, const std::string& mode);
-    // These append what the list does not hold yet.
+    // Appends what the list does not hold yet.
     static void getCurrentTypeKeys(std::list<std::string>& out);
-    static void getTypeKeys(std::list<std::string>& out, const std::string& typeName);
-    static void getAllModeNames(std::list<std::string>& out);
-    static void getAllTypeNames(std::list<std::string>& out);
-    static void getAllTypeKeys(std::list<std::string>& out);
-    static void getAllPortNames(std::list<std::string>& out);
-    static void getAllModuleNames(std::list<std::string>& out);
     // Whether the mode was found on disk; when none was, whether it is configured.
     static bool isCurrentMode(const std::string& name);
     // True when types were added under the mode before and this one was not among them.
@@ -145,7 +148,10 @@ public:
     static bool isTypeChecked(const std::string& typeName);
     // The slots of types and ports are crossed on purpose; nothing sets them.
     static bool getAllChecked(FilterType type);
-    static void copyFilter(_ResultFilter& to, const _ResultFilter& from);
+
+    // --- the filter of a request ---
+
+    static void copyFilter(_ResultFilter& to, const _ResultFilter& from) { to = from; }
 
     // --- advanced information (ConfAdvance.cpp) ---
 

@@ -191,7 +191,3 @@ bool CFileManConf::getAllChecked(FilterType type) {
         return slots[4];
     }
 }
-
-void CFileManConf::copyFilter(_ResultFilter& to, const _ResultFilter& from) {
-    to = from;
-}

@@ -16,16 +16,6 @@ void mergeInto(std::list<std::string>& list, const std::list<std::string>& items
     }
 }
 
-// Appends the map's keys but for those that stand there already.
-template<typename Record>
-void appendKeys(std::list<std::string>& out, const std::map<std::string, Record>& map) {
-    const UniqueNames before(out);
-    for (const auto& [key, record] : map) {
-        if (!before.contains(key))
-            out.push_back(key);
-    }
-}
-
 } // namespace
 
 void CFileManConf::addCurrentMode(const std::string& name) {
@@ -91,38 +81,6 @@ void CFileManConf::getCurrentTypeKeys(std::list<std::string>& out) {
                 out.push_back(*key);
         }
     }
-}
-
-void CFileManConf::getTypeKeys(std::list<std::string>& out, const std::string& typeName) {
-    UniqueNames known(out);
-    for (const auto& [key, type] : confState().s_confTypeMap) {
-        if (CCommUtils::isEquals(type.name, typeName) && known.add(key))
-            out.push_back(key);
-    }
-}
-
-void CFileManConf::getAllModeNames(std::list<std::string>& out) {
-    appendKeys(out, confState().s_confModeMap);
-}
-
-void CFileManConf::getAllTypeNames(std::list<std::string>& out) {
-    UniqueNames known(out);
-    for (const auto& [key, type] : confState().s_confTypeMap) {
-        if (known.add(type.name))
-            out.push_back(type.name);
-    }
-}
-
-void CFileManConf::getAllTypeKeys(std::list<std::string>& out) {
-    appendKeys(out, confState().s_confTypeMap);
-}
-
-void CFileManConf::getAllPortNames(std::list<std::string>& out) {
-    appendKeys(out, confState().s_confPortMap);
-}
-
-void CFileManConf::getAllModuleNames(std::list<std::string>& out) {
-    appendKeys(out, confState().s_confModuleMap);
 }
 
 bool CFileManConf::addTypeToMode(const std::string& type, const std::string& mode) {

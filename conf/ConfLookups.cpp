@@ -30,6 +30,16 @@ std::string cutLast(const std::string& name, int n) {
     return CCommUtils::cutLast(name, n < 0 ? 0 : static_cast<std::size_t>(n));
 }
 
+// Appends the map's keys but for those that stand there already.
+template<typename Record>
+void appendKeys(std::list<std::string>& out, const std::map<std::string, Record>& map) {
+    const UniqueNames before(out);
+    for (const auto& [key, record] : map) {
+        if (!before.contains(key))
+            out.push_back(key);
+    }
+}
+
 constexpr char kUnknown[] = "Unknown";
 
 } // namespace
@@ -136,6 +146,38 @@ const std::map<std::string, ModuleInfo>& CFileManConf::getModulesInfo() {
 
 const std::map<std::string, CommonOptInfo>& CFileManConf::getCommonModuleInfo() {
     return confState().s_confCommonModuleMap;
+}
+
+void CFileManConf::getTypeKeys(std::list<std::string>& out, const std::string& typeName) {
+    UniqueNames known(out);
+    for (const auto& [key, type] : confState().s_confTypeMap) {
+        if (CCommUtils::isEquals(type.name, typeName) && known.add(key))
+            out.push_back(key);
+    }
+}
+
+void CFileManConf::getAllModeNames(std::list<std::string>& out) {
+    appendKeys(out, confState().s_confModeMap);
+}
+
+void CFileManConf::getAllTypeNames(std::list<std::string>& out) {
+    UniqueNames known(out);
+    for (const auto& [key, type] : confState().s_confTypeMap) {
+        if (known.add(type.name))
+            out.push_back(type.name);
+    }
+}
+
+void CFileManConf::getAllTypeKeys(std::list<std::string>& out) {
+    appendKeys(out, confState().s_confTypeMap);
+}
+
+void CFileManConf::getAllPortNames(std::list<std::string>& out) {
+    appendKeys(out, confState().s_confPortMap);
+}
+
+void CFileManConf::getAllModuleNames(std::list<std::string>& out) {
+    appendKeys(out, confState().s_confModuleMap);
 }
 
 const std::list<ExtraDirInfo>& CFileManConf::getExtraDirList() {
