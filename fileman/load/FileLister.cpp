@@ -14,7 +14,7 @@ bool isListedName(const FileSource& source, std::string_view fileName) {
 }
 
 std::string storedInfoName(StoredInfo kind, std::string_view fileName) {
-    const std::string base(listed::baseName(fileName));
+    std::string base(listed::baseName(fileName));
     switch (kind) {
     case StoredInfo::Plain:
         return base;

@@ -92,7 +92,7 @@ void scanTree(StorageTree& tree, const std::string& path, const LoadInfo& info, 
     if (directory == nullptr)
         return;
     if (hasFmonitorEntry(*directory))
-        types.push_back("fmonitor");
+        types.emplace_back("fmonitor");
     const UniqueNames known(ports::fromDirNames(info.subDirs));
     forEachPortDir(tree, path, [&](const std::string& name, const Directory& portDir) {
         const std::string port = ports::fromDirName(name);
@@ -154,7 +154,7 @@ bool ModuleScan::scanMode(const ModuleInfo& module, const ModeOptInfo& option,
     bool found = scanHalf(loadInfoOf(module.name, option, Half::Result), moduleScan, modeScan);
     if (isMtieMode(module.name, option.mode_name) && m_tree.exists(paths::kMtieDir)) {
         found = true;
-        moduleScan.rsltTypes.push_back("mtie");
+        moduleScan.rsltTypes.emplace_back("mtie");
     }
     found |= scanHalf(loadInfoOf(module.name, option, Half::Profile), moduleScan, modeScan);
     for (const ExtraDirInfo* const extra : CFileManConf::getExtraDirs(module.name, option.mode_name)) {
