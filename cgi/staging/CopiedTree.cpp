@@ -7,6 +7,7 @@
 #include <climits>
 
 #include "cgi/staging/CopyContent.h"
+#include "cgi/staging/OwnPlace.h"
 #include "cgi/staging/PlainFiles.h"
 #include "common/Report.h"
 
@@ -20,11 +21,6 @@ bool copyLink(const std::string& source, const std::string& copy) {
     std::array<char, PATH_MAX> target{};
     return ::readlink(source.c_str(), target.data(), target.size() - 1) > 0 &&
            ::symlink(target.data(), copy.c_str()) == 0;
-}
-
-bool isDirectory(const std::string& path) {
-    struct stat status = {};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 } // namespace

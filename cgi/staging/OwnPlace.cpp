@@ -52,12 +52,12 @@ bool isOwnDirectory(const std::string& path) {
     return (status.st_mode & S_IWOTH) == 0 && ::access(path.c_str(), R_OK | W_OK | X_OK) == 0;
 }
 
+} // namespace
+
 bool isDirectory(const std::string& path) {
     struct stat status = {};
     return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
-
-} // namespace
 
 bool isOwn(const struct stat& status) {
     return status.st_uid == ::geteuid() || status.st_uid == 0;

@@ -10,6 +10,9 @@
 // directory, now or between two calls. What bears the name after a success is this program's own, and in a
 // directory with the sticky bit it stays so. A failure gets a line on standard error.
 
+// Whether a directory stands at path itself; a link to one is none.
+bool isDirectory(const std::string& path);
+
 // Whether this user or root owns it.
 bool isOwn(const struct stat& status);
 
