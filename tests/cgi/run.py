@@ -130,12 +130,12 @@ def rows_come_in_listing_order(program):
     for number in range(400):  # rows of many sizes, several buffers full
         Tree().write(f"{BERT}/{number * 7919 % 1000:03d}{number % 200 * 'x'}.html")
     top = "/home/1ge/kte-rslt"
-    wanted = [f"{top}/{port}/{kind}/{name}" for port in os.listdir(top) if port != "auxport"
-              for kind in os.listdir(f"{top}/{port}") for name in os.listdir(f"{top}/{port}/{kind}")
-              if name.endswith((".html", ".png", ".pcap")) and not name.startswith("Last")]
+    expected = [f"{top}/{port}/{kind}/{name}" for port in os.listdir(top) if port != "auxport"
+                for kind in os.listdir(f"{top}/{port}") for name in os.listdir(f"{top}/{port}/{kind}")
+                if name.endswith((".html", ".png", ".pcap")) and not name.startswith("Last")]
     found = [row[1].decode() for row in ROW.findall(answer(program, "fmtype=rslt&module=1GE&mode=Ethernet"))]
-    if found != wanted:
-        raise Wrong(difference("\n".join(wanted).encode(), "\n".join(found).encode()))
+    if found != expected:
+        raise Wrong(difference("\n".join(expected).encode(), "\n".join(found).encode()))
 
 
 def dates_follow_the_zone(program):
