@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <string_view>
-#include <vector>
 
 #include "cgi/CFileManCGI.h"
 #include "cgi/Output.h"
@@ -33,29 +33,35 @@ public:
         makeRoom(kFixedText + row.id.size() + row.name.size() + row.module.size() + row.mode.size() +
                  row.test.size() + row.port.size() + row.datetime.size() + row.rsltype.size() +
                  row.path.size());
-        put("\t\t{ id: '"), put(row.id);
-        put("', name: '"), put(row.name);
-        put("', module: '"), put(row.module);
-        put("', mode: '"), put(row.mode);
-        put("', test: '"), put(row.test);
-        put("', port: '"), put(row.port);
-        put("', datetime: '"), put(row.datetime);
-        put("', rsltype: '"), put(row.rsltype);
-        put("', path: '"), put(row.path);
-        put("' },\n");
+        char* end = &m_buffer[m_used];
+        end = put(put(end, "\t\t{ id: '"), row.id);
+        end = put(put(end, "', name: '"), row.name);
+        end = put(put(end, "', module: '"), row.module);
+        end = put(put(end, "', mode: '"), row.mode);
+        end = put(put(end, "', test: '"), row.test);
+        end = put(put(end, "', port: '"), row.port);
+        end = put(put(end, "', datetime: '"), row.datetime);
+        end = put(put(end, "', rsltype: '"), row.rsltype);
+        end = put(put(end, "', path: '"), row.path);
+        end = put(end, "' },\n");
+        m_used = static_cast<std::size_t>(end - m_buffer.get());
     }
 
 private:
     static constexpr std::size_t kFixedText = 128;   // more than a row has beside its values
     static constexpr std::size_t kPieceSize = 32768; // half a pipe
 
-    void put(std::string_view text) { m_used += text.copy(&m_buffer[m_used], text.size()); }
+    // Returns the end of what is written.
+    static char* put(char* at, std::string_view text) { return std::copy(text.begin(), text.end(), at); }
 
     void makeRoom(std::size_t size) {
-        if (size <= m_buffer.size() - m_used)
+        if (size <= m_size - m_used)
             return;
         flush();
-        m_buffer.resize(std::max(size, kPieceSize));
+        if (size <= m_size)
+            return;
+        m_size = std::max(size, kPieceSize);
+        m_buffer.reset(new char[m_size]);
     }
 
     // What stands in stdio's buffer goes out first.
@@ -63,11 +69,12 @@ private:
         if (m_used == 0)
             return;
         std::fflush(stdout);
-        output::write({m_buffer.data(), m_used});
+        output::write({m_buffer.get(), m_used});
         m_used = 0;
     }
 
-    std::vector<char> m_buffer; // grows for a row that is longer than a piece
+    std::unique_ptr<char[]> m_buffer; // grows for a row that is longer than a piece
+    std::size_t m_size = 0;
     std::size_t m_used = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "fileman/disk/DateReader.h"
 #include "fileman/names/ListedFiles.h"
@@ -42,22 +43,19 @@ int FileLister::list(FileSource source) {
     Directory* const directory = source.isListed ? m_tree.openListed(source.dir) : m_tree.open(source.dir);
     if (directory == nullptr)
         return 0;
-    m_loaded.startFiles(std::move(source.record), source.dir);
-    const std::size_t before = m_loaded.size();
     const bool passesAll = m_advanced.needs() == AdvancedFilter::Needs::Nothing;
     std::optional<DateReader> dates;
+    std::vector<ListedFile> files;
     for (const DirEntry entry : *directory) {
         if (entry.type != EntryType::RegularFile || !isListedName(source, entry.name))
             continue;
         if (!passesAll && !passes(source, *directory, entry.name))
             continue;
-        if (!m_readsDates) {
-            m_loaded.addFile(entry.name, kDateNotRead);
-            continue;
-        }
-        if (!dates)
+        if (m_readsDates && !dates)
             dates.emplace(source.dir, m_tree.descriptorOf(*directory));
-        m_loaded.addFile(entry.name, dates->read(entry.name.data()));
+        files.push_back({entry.name, dates ? dates->read(entry.name.data()) : kDateNotRead});
     }
-    return static_cast<int>(m_loaded.size() - before);
+    const auto count = static_cast<int>(files.size());
+    m_loaded.addFiles(std::move(source.record), source.dir, std::move(files));
+    return count;
 }

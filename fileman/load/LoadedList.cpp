@@ -76,16 +76,11 @@ void LoadedList::add(_ResultInfo* record) {
     ++m_size;
 }
 
-void LoadedList::startFiles(_ResultInfo common, const std::string& directory) {
-    Batch& batch = m_batches.emplace_back();
-    batch.common = std::move(common);
-    batch.common.id = idPrefix(batch.common);
-    batch.common.path = directory + "/";
-}
-
-void LoadedList::addFile(std::string_view fileName, std::time_t changeTime) {
-    m_batches.back().files.push_back({fileName, changeTime});
-    ++m_size;
+void LoadedList::addFiles(_ResultInfo common, const std::string& directory, std::vector<ListedFile> files) {
+    common.id = idPrefix(common);
+    common.path = directory + "/";
+    m_size += files.size();
+    m_batches.push_back({std::move(common), std::move(files), {}});
 }
 
 void LoadedList::visit(const RowVisitor& visitor) const {

@@ -32,6 +32,11 @@ ListedRow rowOf(const _ResultInfo& record);
 // Stands for the date of a listed file that nobody has read yet.
 inline constexpr std::time_t kDateNotRead = kUnknownTime + 1;
 
+struct ListedFile {
+    std::string_view name; // in the listing
+    std::time_t changeTime;
+};
+
 // The records of the last load, in the order found.
 //
 // A listed file is kept as a pointer into its directory's listing and a date, not as a record: a page shows
@@ -43,14 +48,13 @@ public:
     std::size_t size() const { return m_size; }
 
     void add(_ResultInfo* record);
-    // The files added from now on come from that directory and have the fields of record in common.
-    void startFiles(_ResultInfo common, const std::string& directory);
-    // fileName: of an entry of the directory, in its listing, which lives as long as the list.
-    void addFile(std::string_view fileName, std::time_t changeTime);
+    // Adds the files of one directory, which have the fields of common in common. Their names stand in the
+    // directory's listing, which lives as long as the list.
+    void addFiles(_ResultInfo common, const std::string& directory, std::vector<ListedFile> files);
 
     // Shows the rows in order.
     void visit(const RowVisitor& visitor) const;
-    // Shows the paths of the files added since the last startFiles.
+    // Shows the paths of the files that the last addFiles added.
     void visitNewestPaths(const std::function<void(const std::string& path)>& visitor) const;
 
     // Drops the records whose identifier is not chosen; reads the dates of the others where they are missing.
@@ -60,10 +64,6 @@ public:
     void getRecords(std::list<_ResultInfo*>& out);
 
 private:
-    struct ListedFile {
-        std::string_view name; // in the listing
-        std::time_t changeTime;
-    };
     // Neighbours of one kind: files of one directory, or records.
     struct Batch {
         _ResultInfo common; // of the files; id is the prefix of theirs, path their directory with its '/'
