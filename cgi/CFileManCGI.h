@@ -10,11 +10,12 @@
 
 class CFileManager;
 
-// One request and the pages and files that answer it. Everything is written to standard output; nothing
-// reports a failure, because every request has some valid answer. Values go into the pages as they are.
+// One request, and the pages and files that answer it. The members are a given interface; each source file
+// named below implements one concern of it. All answers are written to standard output. No member reports a
+// failure, because every request has a valid answer. Values are written into the pages unchanged.
 class CFileManCGI {
 public:
-    // What a request asks for. The numbers are part of the interface; 10 is never used.
+    // The action that a request names. The numbers are part of the interface; 10 is never used.
     enum ActionType : unsigned {
         ACTION_LIST_ALL = 1,
         ACTION_LIST_RESULTS = 2,
@@ -28,7 +29,7 @@ public:
         ACTION_REQUEST_INFO = 11,
     };
 
-    // Fields of the primary filter page. Every other number is no field.
+    // The fields of the primary filter page. No other number is a field.
     enum FilterType : int {
         FIELD_MODULE = 1,
         FIELD_MODE = 2,
@@ -39,47 +40,49 @@ public:
 
     // --- the request (Request.cpp) ---
 
-    // Cuts the decoded query into m_queryInfo; the first value of a key stays. Always 1.
+    // Splits the decoded query into m_queryInfo. A repeated key keeps its first value. Always returns 1.
     int parseQueryInfo(const char* query);
-    // One "key=value" piece; false when it is empty or has no '='.
+    // Adds one "key=value" piece to m_queryInfo. Returns false when the piece is empty or has no '='.
     bool parseKeyValue(const std::string& pair);
-    // An ActionType: "filter" before "fmtype" before "opertype", unknown values fall through.
+    // Returns an ActionType. The key "filter" is tried first, then "fmtype", then "opertype". An unknown
+    // value counts as absent.
     unsigned getFileManType() const;
-    // The value of "fmtype" as given; "" without one.
+    // Returns the value of "fmtype" as given, or "" when the query has no such key.
     std::string getFileManTypeString() const;
-    // Tells whether the key "rsltid" names a record's identifier.
+    // Returns a test that is true for the identifiers that the key "rsltid" names.
     std::function<bool(const std::string& id)> getChooser() const;
-    // Fills what the query names, leaves the rest of filter alone, and keeps a copy of it in m_filter.
+    // Sets the fields of filter that the query names, leaves the others unchanged, and copies filter to
+    // m_filter.
     void getFilterFromRequest(_ResultFilter& filter);
 
-    // --- element ids that the pages and their scripts share (OptionIds.cpp) ---
+    // --- element ids that the pages and the scripts share (OptionIds.cpp) ---
 
     static std::string getRowCheckId(const std::string& name);
     static std::string getModeOptionId(const std::string& name);
     static std::string getTestOptionId(const std::string& name);
     static std::string getPortOptionId(const std::string& name);
     static std::string getRsltTypeOptionId(const std::string& name);
-    // "" for a type that is no field.
+    // Returns "" for a type that is not a field.
     static std::string getOptionId(FilterType type, const std::string& name);
 
     // --- the list page (ListPage.cpp) ---
 
-    // The whole response. Always 1.
+    // Writes the whole response for these records. Always returns 1.
     int writeFileManPage(std::list<_ResultInfo*> results);
-    // The same of what the store has loaded, without a list of all records.
+    // The same for everything that the store has loaded; it makes no list of all records.
     int writeFileManPage(const CFileManager& store);
-    // The form that carries the filter of this list into the next request.
+    // Writes the form that carries the filter of this list into the next request.
     void writeSubmitForm();
-    // The empty form into which the scripts put a command and the chosen ids.
+    // Writes the empty form into which the scripts put a command and the chosen ids.
     void writeCommandForm();
 
     // --- the filter pages (FilterPages.cpp) ---
 
     void writePriFilterPage();
     void writeAdvFilterPage();
-    // One group of check boxes; nothing for a type that is no field.
+    // Writes one group of check boxes, or nothing for a type that is not a field.
     void writeOptionField(FilterType type);
-    // "checked" or "".
+    // Returns "checked" or "".
     static std::string checkStat2String(bool checked);
     // No page uses these two.
     static void startOptionColumn(int width, int height);
@@ -88,22 +91,23 @@ public:
     // --- delivery (View.cpp, Download.cpp, PdfExport.cpp, Attachment.cpp) ---
     // The query key "rsltid" names the records.
 
-    // Sends the first chosen record's file, one file whatever the number of ids.
+    // Sends the file of the first chosen record. It is one file, however many ids the request names.
     void viewResults(std::list<_ResultInfo*> results);
-    // Sends each file inline; a file that cannot be opened has a header and no body.
+    // Sends each file inline. For a file that cannot be opened, only the header is sent.
     void viewFiles(std::list<std::string> paths);
     // Sends the chosen records with their companions as one archive.
     void downloadResults(std::list<_ResultInfo*> results);
-    // Sends one file as an attachment; a file that cannot be opened has a header and no body. Below /tmp only
-    // a regular file of this user or root with one name is sent. Always 1.
+    // Sends one file as an attachment. For a file that cannot be opened, only the header is sent. Below /tmp
+    // the file must be a regular file with one hard link, owned by this user or root. Always returns 1.
     int downloadFile(const std::string& path);
-    // Sends the chosen records as the converter's PDFs: one as it is, none or several as an archive.
+    // Sends the PDFs that the converter makes of the chosen records: one PDF as it is, none or several as an
+    // archive.
     void convert2PDF(std::list<_ResultInfo*> results);
 
     // --- data ---
 
     std::map<std::string, std::string> m_queryInfo; // the decoded query, by key
-    _ResultFilter m_filter;                         // what getFilterFromRequest found, for the pages
+    _ResultFilter m_filter;                         // the result of getFilterFromRequest, for the pages
 
 private:
     int writeForms();

@@ -14,11 +14,11 @@ namespace {
 
 bool g_isStopped = false;
 
-// The buffer is static: there is no better moment to run out of memory than before the first byte.
+// The buffer is static, so that a lack of memory shows before the first byte of the response.
 std::array<char, 65536> g_buffer;
 
 #ifdef __GLIBC__
-// For stdio, which takes 0 for a failure.
+// The write function of the stdio stream. stdio reads the result 0 as a failure.
 ssize_t writeForStdio(void* /*cookie*/, const char* text, std::size_t size) {
     return output::write({text, size}) ? static_cast<ssize_t>(size) : 0;
 }
@@ -28,7 +28,7 @@ ssize_t writeForStdio(void* /*cookie*/, const char* text, std::size_t size) {
 
 void output::open() {
 #ifdef __GLIBC__
-    // Left to itself, stdio drops what it holds when a write fails, and goes on behind the hole.
+    // By default stdio drops its buffer when a write fails, and the next write leaves a gap in the response.
     if (std::FILE* const stream = ::fopencookie(nullptr, "w", {nullptr, &writeForStdio, nullptr, nullptr}))
         stdout = stream;
 #endif

@@ -2,18 +2,19 @@
 
 #include <string_view>
 
-// The response on its way to standard output. It ends where writing it first failed: a response with a hole
+// Writes the response to standard output. The response ends where a write first fails: a response with a gap
 // would look whole.
 namespace output {
 
-// Buffers what stdio writes to standard output, and sends it through write. Once, before anything is written.
+// Gives stdio a buffer for standard output that is sent through write. Call it once, before anything is
+// written.
 void open();
 
-// Writes all of the text, past what stdio still holds. The first failure leaves a line on standard error;
-// then and ever after nothing is written and the result is false.
+// Writes all of the text at once; it does not go through stdio's buffer. The first failure is reported on
+// standard error. From then on nothing is written and the result is false.
 bool write(std::string_view text);
 
-// Ends the response here, for a writer that has reported a failure of its own.
+// Ends the response here. For a writer that has already reported its own failure.
 void stop();
 bool isStopped();
 

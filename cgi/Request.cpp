@@ -15,7 +15,8 @@ struct ActionWord {
     unsigned action;
 };
 
-// The first row that the query meets decides: the order of the keys here, not that of the request, counts.
+// The first row that matches the query decides. The order of these rows counts, not the order of the keys in
+// the request.
 constexpr std::array<ActionWord, 9> kActionWords = {{
     {"filter", "fpri", CFileManCGI::ACTION_PRIMARY_FILTER},
     {"filter", "fadv", CFileManCGI::ACTION_ADVANCED_FILTER},
@@ -34,7 +35,7 @@ struct SourceWord {
     bool profiles;
 };
 
-// What each value of "fmtype" lists; every other value lists neither.
+// What each value of "fmtype" lists. Any other value lists neither results nor profiles.
 constexpr std::array<SourceWord, 4> kSourceWords = {{
     {"all", true, true},
     {"prof", false, true},

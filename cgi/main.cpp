@@ -1,25 +1,25 @@
-// One process answers one request. The story of a request, and where it goes on:
+// One process answers one request. The steps of a request, and the files that implement them:
 //
-//   Output          the response, which ends where writing it fails
-//   StartUp         configuration and storage scan, in a thread that is waited for
-//   Request         the query, what it asks for, the filter it names
-//   pages/          HTML
+//   Output          writes the response, which ends where a write fails
+//   StartUp         reads the configuration and scans the storage, in a thread that main waits for
+//   Request         reads the query: the action and the filter
+//   pages/          writes HTML
 //     ListPage        the grid page                  CFileManager loads what it lists
 //     FilterPages     the two filter dialogs
 //     CGICommonUtils  HTML lines, and the answer to every other request
-//   delivery/       files instead of pages: View, Download, PdfExport
-//     ChosenIds       which records
-//     Obstacles       which of them no command can carry
-//     StagedRecord    a record copied and compared
-//     Packing         the archive
-//     Converter       PDFs; PdfFiles: which of them are whole
-//     Attachment      the answer; FileStream: a file's bytes
-//     Termination     a server that ends the request before it has tidied up
+//   delivery/       sends files instead of pages: View, Download, PdfExport
+//     ChosenIds       which records the request chose
+//     Obstacles       which of them cannot be written into the shell commands
+//     StagedRecord    copies a record and compares the copy
+//     Packing         makes the archive
+//     Converter       makes PDFs; PdfFiles: which of them are whole
+//     Attachment      sends the answer; FileStream: the bytes of a file
+//     Termination     lets the clean-up finish when the server ends the request early
 //   staging/        the shared directories below /tmp
 //     StagingArea     one of them; AreaLock, SignOfLife: whose turn it is
-//     OwnPlace        names in /tmp that somebody else may have taken
-//     CopiedTree      what was copied, and whether it is whole; PlainFiles: without links
-//     Shell           commands, kept out of the response
+//     OwnPlace        names in /tmp that another user may have taken
+//     CopiedTree      makes copies and checks that they are whole; PlainFiles: replaces links
+//     Shell           runs commands and keeps their output out of the response
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -45,9 +45,9 @@ namespace {
 
 using ResultList = std::list<_ResultInfo*>;
 
-// A file opened later would take the number of a closed descriptor, and receive the response or the log. What
-// cannot be opened either (a root without devices) stands there in its place and refuses to be read or
-// written.
+// If a standard descriptor is closed, a file opened later would get its number, and the response or the log
+// would be written into that file. Where /dev/null cannot be opened (a root without devices), an O_PATH
+// descriptor takes the number; it can be neither read nor written.
 void openStandardDescriptors() {
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(fd, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) < 0)
@@ -55,7 +55,8 @@ void openStandardDescriptors() {
     }
 }
 
-// Half an answer would look whole, or take what is missing for absent.
+// Ends the process at once: an answer that went on without memory would look whole although records are
+// missing.
 [[noreturn]] void endWithoutMemory() {
     constexpr std::string_view kLine = "fileman: answer the request: out of memory\n";
     writeAll(STDERR_FILENO, kLine);
@@ -67,12 +68,13 @@ void prepareProcess() {
     std::set_new_handler(&endWithoutMemory);
     output::open();
 #ifdef __GLIBC__
-    // The start-up thread never runs beside another one; an arena of its own would only cost time.
+    // The start-up thread never runs at the same time as another one; its own malloc arena would only cost
+    // time.
     ::mallopt(M_ARENA_MAX, 1);
 #endif
 }
 
-// The decoded query is needed as long as the process lives, so nobody frees it.
+// The decoded query is never freed: the process needs it until it ends.
 void readQuery(CFileManCGI& request) {
     const char* const variable = std::getenv("QUERY_STRING");
     const char* const query = variable == nullptr ? "" : variable;
@@ -82,7 +84,8 @@ void readQuery(CFileManCGI& request) {
     request.parseQueryInfo(decoded);
 }
 
-// A reader that has gone ends the commands of a delivery; the program itself finds out when it writes.
+// These two start commands, which would inherit an ignored SIGPIPE and go on after their reader is gone. The
+// program itself needs no signal: it sees the failed write.
 bool startsCommands(unsigned action) {
     return action == CFileManCGI::ACTION_PDF || action == CFileManCGI::ACTION_DOWNLOAD;
 }
@@ -98,7 +101,7 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
         break;
     case CFileManCGI::ACTION_LIST_RESULTS:
     case CFileManCGI::ACTION_LIST_PROFILES:
-        // The flags of the filter tell the one from the other.
+        // The flags includeResults and includeProfiles of the filter make the difference.
         store.setFilter(filter);
         store.reloadResult();
         request.writeFileManPage(store);
@@ -132,8 +135,8 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
     }
 }
 
-// Without giving back what the kernel takes at once: freeing 100,000 records would take longer than writing
-// them.
+// Ends without freeing the records: freeing 100,000 of them would take longer than writing them, and the
+// kernel takes all memory back at once.
 [[noreturn]] void endProcess() {
     std::fflush(stdout);
     ::_exit(EXIT_SUCCESS);

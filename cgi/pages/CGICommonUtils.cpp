@@ -10,7 +10,7 @@
 
 namespace {
 
-// Applies a printf format; the result has whatever length it needs.
+// Applies a printf format. The result may have any length.
 __attribute__((format(printf, 1, 2))) std::string formatLine(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
@@ -44,7 +44,7 @@ int writeVariable(const char* format, const char* variable) {
     return writeCells(CGICommonUtils::createHTMLine(format, std::getenv(variable)));
 }
 
-// The length as a number, in full also above what an int holds; 0 for an unset variable or no number.
+// Returns CONTENT_LENGTH as a 64-bit decimal number; 0 when it is unset or not a number.
 std::string contentLength() {
     const char* const text = std::getenv("CONTENT_LENGTH");
     return std::to_string(text == nullptr ? 0 : std::strtoll(text, nullptr, 10));

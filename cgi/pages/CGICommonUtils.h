@@ -3,33 +3,33 @@
 #include <map>
 #include <string>
 
-// The toolbox through which every response is written: HTML lines to standard output, and formatted lines.
+// Writes HTML lines to standard output, and formats lines. Every page uses it.
 //
-// Writers return what the puts or printf under their last line returned; nobody needs to look at it. Nothing
+// A write function returns what puts or printf returned for its last line; no caller needs the value. Nothing
 // is escaped, neither here nor by the callers: the browser side expects the names as they are stored.
 class CGICommonUtils {
 public:
     // --- fixed lines ---
 
-    // The content type and the empty line that ends a CGI header.
+    // Writes the content type and the empty line that ends a CGI header.
     static int writeCGIHeader();
     static int writeHTMLBeginNode();
     static int writeHTMLEndNode();
 
-    // --- lines of the caller ---
+    // --- lines with the caller's text ---
 
     static int writeHTMLine(const std::string& line);
     static int writeBeginNode(const std::string& tag);
     static int writeEndNode(const std::string& tag);
-    // The bar with the logo; every line begins with indent.
+    // Writes the bar with the logo; every line begins with indent.
     static int writePageTop(const char* indent);
-    // The copyright notice; every line begins with indent.
+    // Writes the copyright notice; every line begins with indent.
     static int writePageFoot(const char* indent);
 
     // --- whole responses ---
 
     static int writeDebugInfo(const char* text);
-    // The answer to every request that names no action: a table of the CGI variables.
+    // Writes a table of the CGI variables: the answer to every request that names no action.
     static int writeRequestInfo();
 
     // --- formatted lines of any length; a null string shows as "(null)" ---
@@ -43,9 +43,9 @@ public:
                                      const char* d);
     static std::string createHTMLine(const char* format, int n);
 
-    // --- query strings: as CCommUtils ---
+    // --- query strings: the same functions as in CCommUtils ---
 
-    // Decodes QUERY_STRING (empty when unset) and cuts it into out.
+    // Percent-decodes QUERY_STRING (empty when unset) and splits it into out.
     static int parseQueryInfo(std::map<std::string, std::string>& out);
     static int parseQueryInfo(std::map<std::string, std::string>& out, const char* query);
     static bool parseKeyValue(std::map<std::string, std::string>& out, const std::string& pair);

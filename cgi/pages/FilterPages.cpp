@@ -13,6 +13,7 @@ using page::line;
 using Html = CGICommonUtils;
 using NameList = std::list<std::string>;
 
+// One group of check boxes: its options, and the filter list that says which of them are checked.
 struct FieldRule {
     CFileManCGI::FilterType type;
     const char* id;
@@ -22,7 +23,7 @@ struct FieldRule {
 };
 
 // clang-format off
-// The fields whose boxes the user may change.
+// The fields whose check boxes the user may change.
 constexpr std::array<FieldRule, 4> kFieldRules = {{
     {CFileManCGI::FIELD_MODULE, "field_module", "Modules", &CFileManConf::getAllModuleNames, &_ResultFilter::modules},
     {CFileManCGI::FIELD_MODE, "field_mode", "Modes", &CFileManConf::getCurrentMode, &_ResultFilter::modes},
@@ -31,7 +32,7 @@ constexpr std::array<FieldRule, 4> kFieldRules = {{
 }};
 
 constexpr char kOptionFormat[] = R"(<div style="margin:5 0 5 5;width:120px;float:left;font-size:14px;"><input type="checkbox" id="%s" value="%s" %s>%s</input></div>)";
-// The list holds what it holds: whether results and profiles are in it is shown, not chosen here.
+// The page only shows whether the list holds results and profiles; the user cannot change these two here.
 constexpr char kDisabledOptionFormat[] = R"(<div style="margin:5 0 5 5;width:120px;float:left;font-size:14px;"><input type="checkbox" id="%s" value="%s" %s disabled>%s</input></div>)";
 
 void writeFieldBegin(const char* id, const char* legend) {
@@ -68,9 +69,9 @@ void writeField(const FieldRule& rule, const _ResultFilter& filter) {
     writeFieldEnd();
 }
 
-// A line of the page is a line here.
+// Each line of the page is one line of this source.
 // clang-format off
-// Both pages up to the body; initCall is the script's entry point.
+// Writes both pages up to the body. initCall is the script code that starts the page.
 void writePageBegin(const char* initCall) {
     Html::writeCGIHeader();
     Html::writeHTMLBeginNode();
@@ -124,7 +125,7 @@ void writePageEnd() {
 
 } // namespace
 
-// A line of the page is a line here.
+// Each line of the page is one line of this source.
 // clang-format off
 void CFileManCGI::writePriFilterPage() {
     writePageBegin("initPriFilter();");

@@ -15,11 +15,12 @@ namespace {
 
 using page::line;
 using Html = CGICommonUtils;
-// Shows each row of a list page to its visitor.
+// Calls its visitor with each row of a list page.
 using RowSource = std::function<void(const RowVisitor&)>;
 
-// The elements of griddata on their way to standard output, in pieces of half a pipe: the server empties one
-// half while the other fills. Not by stdio, which looks at its state for each part of 100,000 rows.
+// Writes the elements of griddata to standard output, in pieces of half a pipe: the server reads one half
+// while this program fills the other. It does not use stdio, which checks its state for each part of each
+// row.
 class RowWriter {
 public:
     RowWriter() = default;
@@ -27,8 +28,8 @@ public:
     RowWriter& operator=(const RowWriter&) = delete;
     ~RowWriter() { flush(); }
 
-    // Values stand as stored, also those that end the script's string, and the last element has its comma
-    // too. This is intentional: the scripts rely on these bytes.
+    // Values are written as they are stored, even when they end the script's string, and the last element has
+    // a comma too. This is intentional: the scripts rely on these bytes.
     void write(const ListedRow& row) {
         makeRoom(kFixedText + row.id.size() + row.name.size() + row.module.size() + row.mode.size() +
                  row.test.size() + row.port.size() + row.datetime.size() + row.rsltype.size() +
@@ -48,7 +49,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFixedText = 128;   // more than a row has beside its values
+    static constexpr std::size_t kFixedText = 128;   // more than the fixed text of a row
     static constexpr std::size_t kPieceSize = 32768; // half a pipe
 
     // Returns the end of what is written.
@@ -64,7 +65,7 @@ private:
         m_buffer.reset(new char[m_size]);
     }
 
-    // What stands in stdio's buffer goes out first.
+    // The text in stdio's buffer comes before the rows, so it is written first.
     void flush() {
         if (m_used == 0)
             return;
@@ -91,7 +92,7 @@ void writeHiddenInput(const char* format, const std::string& value) {
     line(2, Html::createHTMLine(format, value.c_str()));
 }
 
-// A line of the page is a line here.
+// Each line of the page is one line of this source.
 // clang-format off
 void writePageUntilForms(const RowSource& showRows) {
     Html::writeCGIHeader();
@@ -123,7 +124,7 @@ void writePageUntilForms(const RowSource& showRows) {
 
 } // namespace
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 int CFileManCGI::writeFileManPage(std::list<_ResultInfo*> results) {
     writePageUntilForms([&results](const RowVisitor& visitor) {
         for (const _ResultInfo* const record : results)

@@ -6,7 +6,7 @@
 
 namespace page {
 
-// One line of a page behind so many tabs.
+// Writes one line of a page, indented by this number of tabs.
 inline void line(std::size_t tabs, const std::string& html) {
     CGICommonUtils::writeHTMLine(std::string(tabs, '\t') + html);
 }
