@@ -10,7 +10,7 @@
 
 namespace {
 
-// A line feed in a name would begin a header line of its own.
+// Control bytes are removed from the name, because a line feed in it would begin a new header line.
 void writeHeader(const std::string& path, long long size) {
     std::printf("Content-Disposition:attachment;filename=%s\r\n",
                 withoutControlBytes(CCommUtils::completeFileName(path)).c_str());

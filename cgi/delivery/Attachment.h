@@ -2,8 +2,8 @@
 
 #include <string>
 
-// A file of a staging area as the answer, under the last part of its path.
+// Sends a file of a staging area as the answer, under the last part of its path.
 void sendAttachment(const std::string& path);
 
-// The answer of the same name when there is nothing that may be sent: a file of length 0.
+// Sends a file of length 0 under the same name. For a request whose file is missing or may not be sent.
 void sendEmptyAttachment(const std::string& path);

@@ -17,8 +17,8 @@
 
 namespace {
 
-// In the child, which leads a group of its own. The lock is closed on exec: what the converter leaves behind
-// must not hold up other requests.
+// Runs in the child, which becomes the leader of a new process group. The lock is closed on exec: a process
+// that the converter leaves running must not make other requests wait.
 [[noreturn]] void becomeConverter(pid_t parent) {
     std::string program = "htm2pdf";
     std::string taskList = paths::kPdfTaskList;
@@ -38,7 +38,8 @@ int waitFor(pid_t child) {
     return retryInterrupted([&] { return ::waitpid(child, &status, 0); }) < 0 ? -1 : status;
 }
 
-// What its processes left running has become this process's own children, which sees them end.
+// Kills the group and waits for its end. Orphans of the group are children of this process, because it is
+// their subreaper.
 void endGroup(pid_t leader) {
     ::kill(-leader, SIGKILL);
     while (::waitpid(-leader, nullptr, 0) > 0 || errno == EINTR) {
@@ -58,7 +59,7 @@ bool isSuccess(int status) {
 
 bool converter::run() {
     std::fflush(stdout);
-    // A server that ignores the end of its children hands that on, and no status could be had.
+    // A server may ignore SIGCHLD, and this process inherits that. The exit status would be lost then.
     std::signal(SIGCHLD, SIG_DFL);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const pid_t parent = ::getpid();
@@ -69,7 +70,7 @@ bool converter::run() {
         reportErrno("start", paths::kPdfConverter, errno);
         return false;
     }
-    // Here, too, so that no signal finds the group missing.
+    // The child does the same. Both calls are needed: a signal may come before the child has run.
     ::setpgid(child, child);
     TerminationDeferral::passOnTo(child);
     const int status = waitFor(child);

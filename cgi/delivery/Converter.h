@@ -1,14 +1,14 @@
 #pragma once
 
-// The instrument's program that makes PDFs of the task list's files.
+// The instrument's program that makes a PDF of each file in the task list.
 namespace converter {
 
-// Runs it and waits for its end, however long that takes. Whatever it has started and left running is ended
-// then, and it ends itself with this process, so that nothing of this request writes among the files of the
-// next one. A signal that ends the request goes on to all of it.
+// Runs the converter and waits for its end without a time limit. Then every process that it left running is
+// killed. The converter is also killed when this process ends. So no process of this request writes among the
+// files of the next one. A signal that ends the request is passed on to the whole group.
 //
-// True when it ended by itself and reported success; else there is a line on standard error, and it may have
-// left half a file. One that is not there counts as success: it has made nothing.
+// Returns true when the converter ended by itself and reported success. Otherwise there is a line on standard
+// error, and the converter may have left half a file. A missing converter counts as success: it made nothing.
 bool run();
 
 } // namespace converter

@@ -16,16 +16,18 @@
 
 namespace {
 
-// The records that stand at each destination.
+// The records that are staged at each destination.
 using Destinations = std::map<std::string, std::vector<const _ResultInfo*>>;
 
-// A result and a profile of one name share a destination, and of their files of one name the later stays.
+// A result and a profile with the same name share a destination. When both have a file of the same name, the
+// second replaces the first.
 void reportSharing(const _ResultInfo& first, const _ResultInfo& second) {
     if (CCommUtils::absFilePath(first.path) != CCommUtils::absFilePath(second.path))
         report("download", first.path + " and " + second.path,
                "one directory in the archive, where of two files of one name the second stays");
 }
 
+// A failure removes the whole destination, so all records that shared it are reported as left out.
 void stageAt(const StagingArea& area, const _ResultInfo& record, const DownloadPlaces& places,
              std::vector<const _ResultInfo*>& present) {
     if (!present.empty())
@@ -50,7 +52,8 @@ void stageRecords(const StagingArea& area, const std::list<const _ResultInfo*>& 
     }
 }
 
-// What a killed request left is packed for a request that has chosen nothing.
+// Leftovers of a killed request are not removed when this request has chosen no record: the archive then
+// contains them. This is intentional.
 bool prepare(const StagingArea& area, const std::list<const _ResultInfo*>& chosen) {
     const std::string& directory = area.places().directory;
     if (!area.isUsable() || (!chosen.empty() && !area.removeLeftovers()))
@@ -61,7 +64,7 @@ bool prepare(const StagingArea& area, const std::list<const _ResultInfo*>& chose
 
 } // namespace
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 void CFileManCGI::downloadResults(std::list<_ResultInfo*> results) {
     const auto ids = ChosenIds::ofRequest(m_queryInfo);
     if (!ids)

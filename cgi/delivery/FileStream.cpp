@@ -19,10 +19,10 @@
 namespace {
 
 constexpr std::size_t kChunk = 30720;
-// What one sendfile call is asked for at most, to fit the smallest size_t.
+// The most bytes for one sendfile call. It fits a size_t of 32 bits.
 constexpr long long kLargestCall = 1 << 30;
 
-// These two return the bytes sent, 0 at the end of the file, -1 with errno after a failure.
+// These two return the number of bytes sent, 0 at the end of the file, or -1 with errno set.
 ssize_t sendDirectly(int file, long long rest) {
     return ::sendfile(STDOUT_FILENO, file, nullptr, static_cast<std::size_t>(std::min(rest, kLargestCall)));
 }
@@ -36,7 +36,7 @@ ssize_t sendCopied(int file, long long rest) {
     return count;
 }
 
-// sendfile does not serve every kind of output (a file opened for appending) nor every file system.
+// sendfile does not work for every output (for example, a file opened for appending) or every file system.
 bool isUnsupported(int errorNumber) {
     return errorNumber == EINVAL || errorNumber == ENOSYS;
 }
@@ -44,7 +44,7 @@ bool isUnsupported(int errorNumber) {
 } // namespace
 
 FileStream::FileStream(const std::string& path, From from) : m_path(path) {
-    // Without blocking: a FIFO without a writer would hold the request for ever.
+    // O_NONBLOCK, because the open of a FIFO without a writer would block for ever.
     const int follow = from == From::Staging ? O_NOFOLLOW : 0;
     m_file = UniqueFd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | follow));
     const int openError = errno;

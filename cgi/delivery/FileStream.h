@@ -4,21 +4,21 @@
 
 #include "common/UniqueFd.h"
 
-// One file on its way to standard output: opened once, read once, never held in memory.
+// Sends one file to standard output. The file is opened once, read once and never held in memory.
 class FileStream {
 public:
-    // Links in the storage are followed. Below /tmp anybody may have put something in the way: from there
-    // only a file of this user (or root) with one name is sent.
+    // Links in the storage are followed. Below /tmp another user may have put a file or link at the path:
+    // from there only a file with one hard link is sent, owned by this user or root.
     enum class From { Storage, Staging };
 
     FileStream(const std::string& path, From from);
 
-    // Bytes, for the response's header: of the opened file. Of what is not sent: 0 from staging, from the
-    // storage what stat says.
+    // The size in bytes for the response header, taken from the opened file. For a file that is not sent, it
+    // is 0 in a staging area, and the size that stat reports in the storage.
     long long size() const { return m_size; }
 
-    // Sends what the header announced, after all buffered output. Nothing for a file that could not be opened
-    // or is no regular file; less when the file shrinks or the reader goes away.
+    // Writes all buffered output, then size() bytes of the file. Sends nothing for a file that could not be
+    // opened or is not a regular file. Sends less when the file shrinks or the reader goes away.
     void send();
 
 private:
@@ -27,8 +27,7 @@ private:
     long long m_size = 0;
 };
 
-// A reader that goes away must not end the process (SIGPIPE) before it has tidied up: ignored as long as this
-// lives.
+// Ignores SIGPIPE during its lifetime: a reader that goes away must not end the process before the clean-up.
 class IgnoreBrokenPipe {
 public:
     IgnoreBrokenPipe();

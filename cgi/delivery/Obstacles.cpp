@@ -8,7 +8,7 @@
 
 namespace {
 
-// Ends an unquoted word of the shell or makes it more than a word.
+// Each of these characters ends an unquoted word of the shell or has a special meaning in it.
 constexpr char kShellSpecial[] = " |&;<>()$`\\\"'*?[]{}";
 
 bool hasQuote(const std::string& text) {
@@ -32,7 +32,7 @@ const char* downloadObstacle(const DownloadPlaces& places) {
         return "its name or directory holds a control character";
     if (places.directory.find_first_of(kShellSpecial) != std::string::npos)
         return "its directory holds a blank or a character special to the shell";
-    // Labels are part of the destination, and a configuration may put anything into them.
+    // Labels are part of the destination, and the configuration may contain any label.
     if (places.destination.find("/../") != std::string::npos)
         return "its labels lead out of the staging directory";
     return nullptr;

@@ -4,9 +4,10 @@
 
 #include "fileman/ResultInfo.h"
 
-// Which chosen records the commands of a delivery cannot carry, and why.
+// The rules that leave a chosen record out of a delivery, because its name or path cannot be written safely
+// into the commands.
 
-// Where a record stands in the commands of a download.
+// The texts of one record in the commands of a download.
 struct DownloadPlaces {
     explicit DownloadPlaces(const _ResultInfo& record);
     DownloadPlaces() = default;
@@ -16,11 +17,12 @@ struct DownloadPlaces {
     std::string destination; // between single quotes
 };
 
-// Why the commands of a download cannot carry these as they stand; null when they can.
+// Returns the reason why the commands of a download cannot contain these texts, or null when they can.
 const char* downloadObstacle(const DownloadPlaces& places);
 
-// Why the task list and the zip command of a PDF export cannot carry a result's path; null when they can.
+// Returns the reason why the task list and the zip command of a PDF export cannot contain this path, or null
+// when they can.
 const char* pdfObstacle(const std::string& path);
 
-// One line on standard error for a record or file that the delivery ("download") goes on without.
+// Reports on standard error that the delivery (for example "download") leaves out a record or file.
 void reportLeftOut(const char* delivery, const std::string& path, const char* reason);

@@ -17,10 +17,10 @@ namespace {
 
 constexpr mode_t kArchiveMode = 0600;
 constexpr char kOptions[] = "ZIPOPT";
-// zip's status for an option that it does not know.
+// The exit status of zip for an option that it does not know.
 constexpr int kUnknownOption = 16;
 
-// The record that ends every archive, here of no entries.
+// An archive without entries: only the record that ends every archive.
 constexpr std::string_view kEmptyArchive("PK\5\6\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 22);
 
 bool createEmptyArchive(const std::string& path) {
@@ -28,7 +28,8 @@ bool createEmptyArchive(const std::string& path) {
     return file && writeAll(file.get(), kEmptyArchive) && file.reset() == 0;
 }
 
-// Where zip works. The packing command's "*" does not match the leading dot.
+// The directory in which zip works. Its name begins with a dot, so the "*" of the packing command does not
+// match it.
 class Workshop {
 public:
     explicit Workshop(const std::string& stagingDirectory) : m_directory(stagingDirectory + "/.zip") {
@@ -47,7 +48,7 @@ private:
     bool m_isReady;
 };
 
-// Returns zip's status.
+// Returns the exit status of zip. A zip that does not know the options is run again without them.
 int runZip(const StagingArea& area, const std::string& command, const Workshop& workshop) {
     ::setenv(kOptions, workshop.options().c_str(), 1);
     const int status = area.run(command);
@@ -55,7 +56,7 @@ int runZip(const StagingArea& area, const std::string& command, const Workshop& 
     return status == kUnknownOption ? area.run(command) : status;
 }
 
-// Without the options zip made the archive where the command says.
+// A zip that ran without the options has made the archive at the path in the command.
 bool isPackedInPlace(const std::string& archive) {
     struct stat status = {};
     return ::lstat(archive.c_str(), &status) == 0 && isOwnFile(status) &&

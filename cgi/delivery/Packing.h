@@ -4,11 +4,12 @@
 
 #include "cgi/staging/StagingArea.h"
 
-// Runs the command that packs the area's directory into its archive. False, with a line on standard error,
-// when there is no archive of everything that was staged; nothing may be sent then.
+// Runs the command that packs the area's directory into its archive. Returns false, with a line on standard
+// error, when there is no archive of everything that was staged. Then nothing may be sent.
 //
-// zip makes its file beside the archive, frees the archive's name meanwhile and would write through a link
-// that somebody puts there. So it finds an empty archive of ours in the archive's place, which it only reads,
-// and is told by its environment (ZIPOPT) to write in a directory that nobody else can enter. What it made
-// there is given the archive's name in one step. A zip that does not know these options runs without them.
+// By default zip writes a temporary file beside the archive. The name of the archive is free in the meantime,
+// and zip would write through a link that another user puts there. So this function first makes an empty
+// archive there, which zip only reads. The environment variable ZIPOPT tells zip to write in a directory that
+// nobody else can enter. The new archive is then renamed to its final path in one step. A zip that does not
+// know these options runs without them.
 bool pack(const StagingArea& area, const std::string& command);

@@ -38,7 +38,8 @@ std::string taskLines(const PathList& paths) {
     return lines;
 }
 
-// Under another name first: at its place somebody could put a list of other files between two calls.
+// Writes the list under another name and renames it: at the final path, another user could put a list of
+// other files between two calls.
 bool writeTaskList(const PathList& paths) {
     constexpr mode_t kMode = 0644;
     UniqueFd file = createOwnFile(paths::kNewPdfTaskList, kMode);
@@ -51,7 +52,8 @@ bool writeTaskList(const PathList& paths) {
     return false;
 }
 
-// What is to be sent: the one PDF or the archive of several or none; "" when there is no whole file to send.
+// Returns the path of the file to send: the PDF of one document, or the archive of several or none. Returns
+// "" when there is no whole file to send.
 std::string makePdfs(const StagingArea& area, const PathList& documents) {
     const bool hasSucceeded = converter::run();
     if (documents.size() == 1) {
@@ -68,7 +70,7 @@ std::string makePdfs(const StagingArea& area, const PathList& documents) {
 
 } // namespace
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
     const auto ids = ChosenIds::ofRequest(m_queryInfo);
     if (!ids)
@@ -87,7 +89,7 @@ void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
         sendEmptyAttachment(documents.size() == 1 ? pdfPath(documents.front()) : archive);
     else
         sendAttachment(made);
-    // The PDF of a record whose base name is empty: the '*' below does not match it.
+    // A record with an empty base name has the PDF ".pdf", which the '*' below does not match.
     removeTree(pdfPath(""));
     area.cleanUp("rm -rf " + archive + " " + area.places().directory + "/* &");
 }

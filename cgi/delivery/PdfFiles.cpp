@@ -23,10 +23,10 @@ constexpr char kDelivery[] = "export to PDF";
 constexpr std::string_view kSuffix = ".pdf";
 constexpr std::string_view kPdfBegin = "%PDF-";
 constexpr std::string_view kPdfEnd = "%%EOF";
-// Readers of PDFs look for the end mark in so many bytes.
+// PDF readers look for the end mark in this many last bytes.
 constexpr off_t kTail = 1024;
 
-// Up to kTail bytes from an offset on.
+// Returns up to kTail bytes from the offset on.
 std::string readAt(const UniqueFd& file, off_t offset) {
     std::array<char, kTail> bytes;
     const ssize_t count = ::pread(file.get(), bytes.data(), bytes.size(), offset);
@@ -37,8 +37,8 @@ bool endsWith(std::string_view name, std::string_view end) {
     return name.size() >= end.size() && name.substr(name.size() - end.size()) == end;
 }
 
-// Two documents of one base name are written to one file, the packer does not see a name that begins with a
-// dot, and a file may not have been made at all.
+// Reports three reasons why a document has no PDF in the archive: it shares one file with another document of
+// the same base name, its PDF begins with a dot (the packer does not match it), or it was not made at all.
 void reportMissing(const std::list<std::string>& documents) {
     std::map<std::string, std::string> documentOf;
     for (const std::string& document : documents) {

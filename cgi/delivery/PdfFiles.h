@@ -5,13 +5,14 @@
 
 // The files that the converter left in its directory.
 
-// Why the file at path cannot be sent as a whole PDF; null when it can. What calls itself a PDF has to end as
-// one; anything else is taken from a converter that reported success.
+// Returns the reason why the file at path cannot be sent as a whole PDF, or null when it can. A file that
+// begins like a PDF must also end like one. Any other file is accepted when the converter reported success.
 const char* pdfFileObstacle(const std::string& path, bool hasConverterSucceeded);
 
-// The path of a document's PDF.
+// Returns the path of a document's PDF.
 std::string pdfPath(const std::string& document);
 
-// Removes from the directory what the packer would take although it is no whole PDF. A line on standard error
-// for each, and one for each document that has no PDF. False when something cannot be removed.
+// Removes each file from the directory that the packer would take although it is not a whole PDF. Reports
+// each of them on standard error, and each document without a PDF. Returns false when a file cannot be
+// removed.
 bool keepWholePdfs(const std::list<std::string>& documents, bool hasConverterSucceeded);

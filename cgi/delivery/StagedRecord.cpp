@@ -15,8 +15,8 @@ std::string quoted(const std::string& text) {
     return "'" + text + "'";
 }
 
-// The record's page, its data of any extension, a file or directory of just its name, and the "_files"
-// directory with the page's pictures.
+// These belong to a record: its page and data (NAME.*), a file or directory NAME, and the directory
+// NAME_files with the pictures of the page.
 bool belongsTo(const std::string& name, std::string_view entry) {
     if (entry.substr(0, name.size()) != name)
         return false;
@@ -24,7 +24,7 @@ bool belongsTo(const std::string& name, std::string_view entry) {
     return rest.empty() || rest.front() == '.' || rest == "_files";
 }
 
-// What cp was asked for, in the order of the listing; nothing when that cannot be told.
+// Returns the entries that cp should have copied, in the order of the listing; nullopt without a listing.
 std::optional<std::vector<DirEntry>> companions(const std::optional<Directory>& listing,
                                                 const std::string& name) {
     if (!listing)
@@ -37,7 +37,8 @@ std::optional<std::vector<DirEntry>> companions(const std::optional<Directory>& 
     return found;
 }
 
-// cp's status does not tell: it complains about every place where a record has no companion.
+// The exit status of cp says nothing: cp fails for each of its three patterns that matches no file. So the
+// copies are compared with the storage.
 const char* copyRecord(const StagingArea& area, const DownloadPlaces& places) {
     const std::string& name = places.name;
     if (area.run("mkdir -p " + quoted(places.destination)) != 0)
@@ -56,7 +57,7 @@ const char* copyRecord(const StagingArea& area, const DownloadPlaces& places) {
     for (const DirEntry entry : *entries) {
         const std::string source = entryPath(places.directory, entry.name);
         const std::string copy = entryPath(places.destination, entry.name);
-        // A record of some ten thousand companions is more than a command can take.
+        // A record with some ten thousand companions has more files than one command can take as arguments.
         if (status == shell::kCannotBeStarted && !tree.make(source, copy, entry.type))
             return "it cannot be copied";
         if (!tree.isWhole(source, copy, entry.type))
@@ -65,7 +66,8 @@ const char* copyRecord(const StagingArea& area, const DownloadPlaces& places) {
     return nullptr;
 }
 
-// A label that holds a '/' makes directories on the way, which other records may share.
+// Removes the destination and its empty parent directories. A label that contains '/' makes such directories,
+// and other records may share them.
 void removeCopy(const StagingArea& area, const std::string& destination) {
     removeTree(destination);
     std::string parent = CCommUtils::absFilePath(destination);
@@ -77,7 +79,7 @@ void removeCopy(const StagingArea& area, const std::string& destination) {
 
 const char* stageRecord(const StagingArea& area, const DownloadPlaces& places) {
     const char* reason = copyRecord(area, places);
-    // Two records may share a destination: what the first left there must not redirect the second.
+    // Two records may share a destination. A link that the first left there must not redirect the second.
     if (reason == nullptr && !keepPlainFiles(places.destination, area.places().directory + "/.copy"))
         reason = "its links cannot be replaced by what they lead to";
     if (reason != nullptr)

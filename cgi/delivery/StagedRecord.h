@@ -3,6 +3,6 @@
 #include "cgi/delivery/Obstacles.h"
 #include "cgi/staging/StagingArea.h"
 
-// Copies a record with its companions to its destination in the area. Null when all that the storage holds of
-// it stands there whole, as plain files; else why not, and then nothing of it stays in the area.
+// Copies a record with its companions to its destination in the area. Returns null when every file of it is
+// there whole, as a plain file. Otherwise returns the reason, and the area keeps nothing of the record.
 const char* stageRecord(const StagingArea& area, const DownloadPlaces& places);

@@ -8,9 +8,9 @@ namespace {
 
 constexpr std::array<int, 3> kSignals = {SIGTERM, SIGINT, SIGHUP};
 
-// Read by the handler; set by passOnTo only.
+// The process group that receives signals. Only passOnTo sets it; the handler reads it.
 volatile std::sig_atomic_t g_child = 0;
-// The last signal that arrived; 0 for none.
+// The last signal that arrived, or 0.
 volatile std::sig_atomic_t g_signal = 0;
 
 void passOn(int signalNumber) {
@@ -24,7 +24,7 @@ void passOn(int signalNumber) {
 void setHandler(void (*handler)(int)) {
     struct sigaction action = {};
     action.sa_handler = handler;
-    // Interrupted output would be lost output: stdio does not go on after EINTR.
+    // Without SA_RESTART output would be lost: stdio does not continue a write after EINTR.
     action.sa_flags = SA_RESTART;
     for (const int signalNumber : kSignals)
         ::sigaction(signalNumber, &action, nullptr);

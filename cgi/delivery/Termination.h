@@ -2,9 +2,9 @@
 
 #include <sys/types.h>
 
-// While this lives, SIGTERM, SIGINT and SIGHUP do not end the process: a web server that has all bytes of a
-// response ends the CGI process at once, and what the delivery staged would stay behind. Children do not
-// inherit it (exec resets handlers), they stay killable.
+// During its lifetime SIGTERM, SIGINT and SIGHUP do not end the process. A web server that has all bytes of a
+// response ends the CGI process at once, and the staged files would stay behind. Children do not inherit
+// this, because exec resets signal handlers: they can still be killed.
 class TerminationDeferral {
 public:
     TerminationDeferral();
@@ -12,7 +12,7 @@ public:
     TerminationDeferral& operator=(const TerminationDeferral&) = delete;
     ~TerminationDeferral();
 
-    // Signals go on to every process of the group that this child leads, so that a request nobody waits for
-    // any more does not finish its work; also a signal that came before. 0 for no child.
+    // Passes signals on to the process group that this child leads, so that its work stops when nobody waits
+    // for the answer any more. A signal that came earlier is passed on too. 0 means no child.
     static void passOnTo(pid_t child);
 };

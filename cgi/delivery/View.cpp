@@ -6,9 +6,9 @@
 
 namespace {
 
-// The content type never depends on the file, and the two line feeds after it end the header already, so that
-// "\r\n\r\n" stands before the body and is not counted: intentional, the browser side allows for these four
-// bytes.
+// The content type never depends on the file. The two line feeds after it already end the header, so
+// "\r\n\r\n" comes before the body and Content-Length does not count it. This is intentional: the browser
+// side allows for these four bytes.
 void sendInline(const std::string& path) {
     FileStream file(path, FileStream::From::Storage);
     std::printf("Content-Length:%lld\r\n", file.size());
@@ -19,7 +19,7 @@ void sendInline(const std::string& path) {
 
 } // namespace
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 void CFileManCGI::viewResults(std::list<_ResultInfo*> results) {
     const auto ids = ChosenIds::ofRequest(m_queryInfo);
     if (!ids)
@@ -34,7 +34,7 @@ void CFileManCGI::viewResults(std::list<_ResultInfo*> results) {
     viewFiles(paths);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a list of their own
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 void CFileManCGI::viewFiles(std::list<std::string> paths) {
     for (const std::string& path : paths)
         sendInline(path);
