@@ -20,8 +20,9 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kPause{20};
 constexpr mode_t kLockMode = 0600;
 
-// Others could hold a lock file of theirs for ever, and one with a second name may be any file of ours. Root
-// could remove it, but not without taking away the lock that another request has just made in its place.
+// The lock file must be this user's own: another user could hold a lock on their own file for ever. It must
+// have one hard link: a second name may belong to any file of ours. A wrong file is not removed, even by
+// root, because the removal could hit the lock file that another request has just made.
 UniqueFd openOwnLock(const std::string& path) {
     constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     UniqueFd lock(::open(path.c_str(), kFlags, kLockMode));
@@ -39,7 +40,7 @@ UniqueFd openOwnLock(const std::string& path) {
     return lock;
 }
 
-// Whoever cleans up /tmp may have taken the name away from a file that others still waited for.
+// A clean-up of /tmp may have removed the name of a lock file for which requests still waited.
 bool bearsName(const UniqueFd& file, const std::string& path) {
     struct stat opened = {};
     struct stat named = {};
@@ -53,7 +54,7 @@ std::pair<time_t, long> lastSignOfLife(const UniqueFd& lock) {
     return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
-// The pipe or socket that standard output leads to has no other end any more. A file never has.
+// Whether nobody reads the pipe or socket of standard output any more. False for a file.
 bool isReaderGone() {
     pollfd output = {STDOUT_FILENO, 0, 0};
     return ::poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;

@@ -7,19 +7,19 @@
 #include "cgi/staging/SignOfLife.h"
 #include "common/UniqueFd.h"
 
-// The turn of one request in a staging area: an advisory lock on a file. The holder gives a sign of life as
-// long as this lives. The lock is free again when this process and every process that inherited it have
-// ended.
+// The turn of one request in a staging area: an advisory lock on a file. The holder gives a sign of life
+// during the lifetime of this object. The lock is free again when this process and every process that
+// inherited it have ended.
 class AreaLock {
 public:
-    // Waits for the turn. In vain, with a line on standard error, when a holder gives no sign of life for
-    // longestWait, when the file is not this user's own, or when nobody reads standard output any more.
+    // Waits for the turn. The wait fails, with a line on standard error, when a holder gives no sign of life
+    // for longestWait, when the file is not this user's own, or when nobody reads standard output any more.
     AreaLock(const std::string& path, std::chrono::milliseconds longestWait);
 
     bool isHeld() const { return m_signOfLife.has_value(); }
-    // The wait ended because nobody is there to take an answer.
+    // Whether the wait ended because nobody reads the answer any more.
     bool isAbandoned() const { return m_isAbandoned; }
-    // For the commands that work in the area; -1 when the lock is not held.
+    // The descriptor that the commands in the area inherit; -1 when the lock is not held.
     int descriptor() const { return m_file.get(); }
 
 private:

@@ -25,7 +25,7 @@ bool copyLink(const std::string& source, const std::string& copy) {
 
 } // namespace
 
-// The clock that the system takes files' times from.
+// Reads the clock from which the kernel takes the times of files.
 timespec CopiedTree::now() {
     timespec time = {};
     ::clock_gettime(CLOCK_REALTIME_COARSE, &time);
@@ -33,7 +33,7 @@ timespec CopiedTree::now() {
 }
 
 bool CopiedTree::hasChanged(const struct stat& source) const {
-    // A time to come says nothing: the clock was set back.
+    // A time in the future proves nothing: the clock was set back.
     return isLater(source.st_ctim, m_begun) && !isLater(source.st_ctim, now());
 }
 
@@ -47,7 +47,7 @@ bool CopiedTree::isWhole(const std::string& source, const std::string& copy, Ent
         return isWholeFile(status, copy);
     if (S_ISDIR(status.st_mode))
         return isWholeDirectory(source, copy);
-    // The rest is not packed, links to stored files excepted.
+    // Of all other kinds, only links to stored files are packed.
     struct stat copied = {};
     return !S_ISLNK(status.st_mode) || !isLinkToStoredFile(source) || ::lstat(copy.c_str(), &copied) == 0 ||
            hasChanged(status);
@@ -64,7 +64,7 @@ bool CopiedTree::isWholeDirectory(const std::string& source, const std::string& 
     const auto listing = readWholeDirectory(source);
     if (!listing)
         return false;
-    // An empty one has to stand there, too.
+    // An empty directory must be copied too.
     if (!isDirectory(copy)) {
         struct stat status = {};
         return ::lstat(source.c_str(), &status) == 0 && hasChanged(status);

@@ -7,21 +7,22 @@
 
 #include "fileman/disk/Directory.h"
 
-// Files and directories copied out of the storage, compared with what they were copied from.
+// Compares files and directories that were copied out of the storage with their sources.
 //
-// A test may write its results while they are copied: what changed after the copying began need not be equal.
+// A test may write its results while they are copied. So a source that changed after the copying began may
+// differ from its copy.
 class CopiedTree {
 public:
-    // begun: when the copying began, from now().
+    // begun: the time before the copying, from now().
     explicit CopiedTree(timespec begun) : m_begun(begun) {}
     static timespec now();
 
-    // Whether a copy of every file and directory at source stands at copy, files in full length. type: what
-    // the listing tells of source.
+    // Whether copy contains every file and directory of source, with files in full length. type: the type of
+    // source in its listing.
     bool isWhole(const std::string& source, const std::string& copy, EntryType type) const;
 
-    // Does what "cp -rf" does; false with a line on standard error when something is not copied. FIFOs and
-    // devices are left out as they are from every archive.
+    // Copies like "cp -rf". Returns false, with a line on standard error, when something is not copied. FIFOs
+    // and devices are left out, as from every archive.
     bool make(const std::string& source, const std::string& copy, EntryType type) const;
 
 private:

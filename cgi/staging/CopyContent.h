@@ -4,6 +4,6 @@
 
 #include <string>
 
-// Copies the content of the regular file "from" (links are followed) into a new file "to". False with errno
-// set when the copy is not whole; no file stays then.
+// Copies the content of the regular file "from" (links are followed) into a new file "to". When the copy is
+// not whole, returns false with errno set and removes the new file.
 bool copyToNewFile(const std::string& from, const std::string& to, mode_t mode);

@@ -13,10 +13,11 @@
 namespace {
 
 constexpr mode_t kDirectoryMode = 0700;
-// Somebody who puts the next thing in the way again and again wins some rounds, not all of them.
+// Another user may put a new file at the path again and again, and wins some rounds, but not all of them.
 constexpr int kRounds = 100;
 
-// A foreign directory keeps its contents: deleting in it could be led elsewhere by its owner.
+// Moves a directory of another user to a new name. Its contents are not deleted, because its owner could lead
+// the deletion to other files by a link.
 bool moveAside(const std::string& path) {
     std::string aside = path + ".foreign.XXXXXX";
     if (::mkdtemp(aside.data()) == nullptr)
@@ -31,7 +32,8 @@ bool moveAside(const std::string& path) {
     return false;
 }
 
-// Frees the name for this moment. False with errno set.
+// Removes or moves aside the entry at path. Another user may take the name again at once. Returns false with
+// errno set.
 bool clearPlace(const std::string& path) {
     struct stat status = {};
     if (::lstat(path.c_str(), &status) != 0)
@@ -48,7 +50,7 @@ bool isOwnDirectory(const std::string& path) {
         return false;
     if (status.st_uid == ::geteuid())
         return (status.st_mode & 07777) == kDirectoryMode || ::chmod(path.c_str(), kDirectoryMode) == 0;
-    // Root has made it for this program; a group that may write was chosen by root.
+    // Root made it for this program. A group that may write was chosen by root.
     return (status.st_mode & S_IWOTH) == 0 && ::access(path.c_str(), R_OK | W_OK | X_OK) == 0;
 }
 
@@ -104,7 +106,7 @@ bool moveOver(const std::string& from, const std::string& to) {
     for (int round = 0; round < kRounds; ++round) {
         if (std::rename(from.c_str(), to.c_str()) == 0)
             return true;
-        // Everything but a directory is replaced by the call itself.
+        // rename itself replaces everything except a directory.
         if (!isDirectory(to) || !clearPlace(to))
             break;
     }

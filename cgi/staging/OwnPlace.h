@@ -6,25 +6,26 @@
 
 #include "common/UniqueFd.h"
 
-// Fixed names in /tmp, where every user of the machine may have put something else: a file, a link, a FIFO, a
-// directory, now or between two calls. What bears the name after a success is this program's own, and in a
-// directory with the sticky bit it stays so. A failure gets a line on standard error.
+// Functions for fixed names in /tmp. Every user of the machine may have put a file, link, FIFO or directory
+// there, even between two calls. After a success the name belongs to this program, and in a directory with
+// the sticky bit it stays so. A failure is reported on standard error.
 
-// Whether a directory stands at path itself; a link to one is none.
+// Whether path itself is a directory. False for a link to a directory.
 bool isDirectory(const std::string& path);
 
-// Whether this user or root owns it.
+// Whether this user or root is the owner.
 bool isOwn(const struct stat& status);
 
-// Whether it is a file of this user or root that nobody reaches under a second name.
+// Whether it is a regular file of this user or root with one hard link.
 bool isOwnFile(const struct stat& status);
 
-// Makes path a directory in which nobody else can write. A directory of another user moves to a new name
-// "<path>.foreign.XXXXXX" with all it holds; whatever else stood there goes.
+// Makes path a directory in which nobody else can write. A directory of another user is moved to the new name
+// "<path>.foreign.XXXXXX" with its contents; anything else at path is removed.
 bool claimDirectory(const std::string& path);
 
-// Makes path a new file and opens it for writing; what stood there goes, a foreign directory moves away.
+// Makes a new file at path and opens it for writing. A directory of another user is moved away; anything else
+// at path is removed.
 UniqueFd createOwnFile(const std::string& path, mode_t mode);
 
-// Gives the file "from" the name "to" in one step, so that "to" is never free for somebody else.
+// Renames the file "from" to "to" in one step, so that "to" is never free for another user.
 bool moveOver(const std::string& from, const std::string& to);

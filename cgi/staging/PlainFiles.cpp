@@ -32,7 +32,7 @@ bool remove(const std::string& path) {
     return false;
 }
 
-// The listing does not tell what it is.
+// Handles an entry whose listing says neither regular file nor directory.
 bool keepPlainFile(const std::string& path, const std::string& scratch) {
     struct stat status = {};
     if (::lstat(path.c_str(), &status) != 0)
@@ -54,7 +54,7 @@ bool isLinkToStoredFile(const std::string& link) {
     if (::stat(link.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
         return false;
     const std::unique_ptr<char, void (*)(void*)> target(::realpath(link.c_str(), nullptr), &std::free);
-    // A relative link leads to its neighbour, which was staged with it.
+    // A relative link leads to a file beside it, which was staged with it.
     return target && (CCommUtils::isStartsWith(target.get(), std::string(paths::kHome) + "/") ||
                       CCommUtils::isStartsWith(target.get(), std::string(paths::kDownloadDir) + "/"));
 }

@@ -9,11 +9,11 @@
 #include "fileman/disk/Directory.h"
 
 bool removeTree(const std::string& path) {
-    // unlink refuses directories only, and only those are descended into.
+    // unlink fails with EISDIR or EPERM for a directory. The walk enters directories only.
     if (::unlink(path.c_str()) == 0 || errno == ENOENT)
         return true;
     if (errno == EISDIR || errno == EPERM) {
-        // A copy of a write-protected directory cannot be emptied otherwise.
+        // Without this a copy of a write-protected directory could not be emptied.
         ::chmod(path.c_str(), S_IRWXU);
         emptyDirectory(path);
         if (::rmdir(path.c_str()) == 0)

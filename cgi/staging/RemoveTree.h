@@ -2,11 +2,11 @@
 
 #include <string>
 
-// Both remove links themselves, never what they lead to. False when something stayed, with a line on standard
-// error for each.
+// Both functions remove a link itself, never its target. Each entry that could not be removed is reported on
+// standard error, and the result is false.
 
-// Whatever stands at path, if anything.
+// Removes the file or directory tree at path. A missing path is a success.
 bool removeTree(const std::string& path);
 
-// Everything in the directory, names with a leading dot too.
+// Removes everything in the directory, also names with a leading dot.
 bool emptyDirectory(const std::string& path);

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Standard output leads to standard error as long as this lives.
+// Redirects standard output to standard error during its lifetime.
 class OutputToErrorLog {
 public:
     OutputToErrorLog() : m_saved(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {
@@ -34,11 +34,11 @@ public:
     }
 
 private:
-    // Closed on exec: a copy that a background command inherited would hold the response open.
+    // Closed on exec: a background command that inherited it would keep the response open.
     UniqueFd m_saved;
 };
 
-// Lets children inherit a descriptor as long as this lives.
+// Lets children inherit a descriptor during its lifetime.
 class Inheritable {
 public:
     explicit Inheritable(int fd) : m_fd(fd) { setFlags(0); }
@@ -59,7 +59,7 @@ private:
 int shell::run(const std::string& command, int inheritedFd) {
     const OutputToErrorLog redirection;
     const Inheritable inheritance(inheritedFd);
-    // A server that ignores the end of its children hands that on, and no status could be had.
+    // A server may ignore SIGCHLD, and this process inherits that. The exit status would be lost then.
     std::signal(SIGCHLD, SIG_DFL);
     const int status = std::system(command.c_str()); // NOLINT(cert-env33-c): the interface is a shell command
     if (status == -1) {

@@ -4,14 +4,14 @@
 
 namespace shell {
 
-// What run returns beside the command's own status: a command that a signal ended has 128 and the signal's
-// number.
+// Two special results of run.
 inline constexpr int kNoShell = -1;
-inline constexpr int kCannotBeStarted = 126; // above all: too many arguments
+inline constexpr int kCannotBeStarted = 126; // mostly because of too many arguments
 
-// Runs command by system(3) with its standard output on standard error, so that what zip and cp print cannot
-// stand in the response and a command left in the background cannot hold the response open. Buffered output
-// goes out first. The command inherits inheritedFd when that is none of -1. Returns its exit status.
+// Runs command by system(3) with its standard output on standard error. So the output of zip and cp cannot
+// get into the response, and a command in the background cannot keep the response open. Buffered output is
+// written first. The command inherits inheritedFd unless that is -1. Returns the exit status; 128 plus the
+// signal number for a command that a signal ended; kNoShell when no shell could be run.
 int run(const std::string& command, int inheritedFd);
 
 } // namespace shell

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Read by the handler; set while the timer stands only.
+// The descriptor for the handler, or -1. It is set only while the timer runs.
 volatile std::sig_atomic_t g_lock = -1;
 
 void touch(int /*signalNumber*/) {
@@ -30,7 +30,7 @@ SignOfLife::SignOfLife(int lock) {
     touch(0);
     struct sigaction action = {};
     action.sa_handler = &touch;
-    // Interrupted output would be lost output: stdio does not go on after EINTR.
+    // Without SA_RESTART output would be lost: stdio does not continue a write after EINTR.
     action.sa_flags = SA_RESTART;
     ::sigaction(SIGALRM, &action, nullptr);
     sigset_t signals;

@@ -2,14 +2,14 @@
 
 #include <chrono>
 
-// Touches a lock file every second as long as this lives, whatever the process waits for: others see by the
-// file's time that its holder works. It is a timer's signal, so that it ends with a process that is killed or
-// stopped, needs no thread, and is not passed on to commands. One at a time in a process.
+// Touches a lock file every second during its lifetime, also while the process waits. Other requests see from
+// the time of the file that its holder works. A timer signal does this: it stops when the process is killed
+// or stopped, it needs no thread, and commands do not inherit it. A process may have only one at a time.
 class SignOfLife {
 public:
     static constexpr std::chrono::seconds kInterval{1};
 
-    // lock: stays open as long as this lives.
+    // lock: a descriptor that stays open during the lifetime of this object.
     explicit SignOfLife(int lock);
     SignOfLife(const SignOfLife&) = delete;
     SignOfLife& operator=(const SignOfLife&) = delete;

@@ -17,15 +17,15 @@
 
 namespace {
 
-// The response ends when nobody has its descriptor any more.
+// The response ends when no process has its descriptor open any more, so the cleaner closes its copy.
 void leaveResponse() {
     const UniqueFd null(::open("/dev/null", O_WRONLY | O_CLOEXEC));
     if (!null || ::dup2(null.get(), STDOUT_FILENO) < 0)
         ::close(STDOUT_FILENO);
 }
 
-// As a process of its own, which ends with the last process of the command. These become its children even
-// when the shell has left them in the background.
+// Runs the command in a process of its own, which ends after the last process of the command. As subreaper it
+// is the parent of these processes even when the shell leaves them in the background.
 [[noreturn]] void becomeCleaner(const std::string& command, int lock) {
     leaveResponse();
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
@@ -54,6 +54,7 @@ void StagingArea::cleanUp(const std::string& command) const {
     if (!m_usable)
         return;
     std::fflush(stdout);
+    // The server has one second to take the body before the files are removed.
     std::this_thread::sleep_for(10 * std::chrono::microseconds(100000));
     const pid_t cleaner = ::fork();
     if (cleaner == 0)

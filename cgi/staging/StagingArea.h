@@ -5,11 +5,12 @@
 
 #include "cgi/staging/AreaLock.h"
 
-// One of the two places below /tmp where a delivery puts its files together: a directory that every request
-// fills and empties, and the archive made from it.
+// One of the two places below /tmp where a delivery collects its files: a directory that every request fills
+// and empties, and the archive made from it.
 //
-// Requests for the same area take turns: the constructor waits for the area's lock, which is free again when
-// this process and every command it started here have ended, also when the process was killed.
+// Requests for the same area take turns: the constructor waits for the lock of the area. The lock is free
+// again when this process and every command that it started in the area have ended, even when the process was
+// killed.
 class StagingArea {
 public:
     struct Places {
@@ -20,27 +21,29 @@ public:
 
     static constexpr std::chrono::seconds kLongestWait{30};
 
-    // longestWait: for one sign of life of the request that holds the area. A queue that moves is waited out.
+    // longestWait: the longest time without a sign of life from the holder of the area. While the queue
+    // moves, the wait has no limit.
     explicit StagingArea(Places places, std::chrono::milliseconds longestWait = kLongestWait);
 
     const Places& places() const { return m_places; }
 
-    // The area is held, and its directory is this user's own. Nothing may be run, emptied or sent otherwise.
+    // Whether the area is held and its directory is this user's own. Otherwise nothing may be run, removed or
+    // sent there.
     bool isUsable() const { return m_usable; }
-    // Nobody is there to take an answer.
+    // Whether the wait ended because nobody reads the answer any more.
     bool isAbandoned() const { return m_lock.isAbandoned(); }
 
-    // Removes what a killed request left: everything in the directory, and the archive. False when something
-    // stays.
+    // Removes the leftovers of a killed request: everything in the directory, and the archive. Returns false
+    // when something could not be removed.
     bool removeLeftovers() const;
 
-    // Runs a shell command that works on the area. Returns its status as shell::run does; kNoShell when the
-    // area is not usable.
+    // Runs a shell command in the area. Returns the same as shell::run, and kNoShell when the area is not
+    // usable.
     int run(const std::string& command) const;
 
-    // Gives the server a second to take the body, then runs the command that removes the files behind it. The
-    // request need not wait for that command: the area is held, and gives a sign of life, until its processes
-    // have ended.
+    // Gives the server one second to take the body, then runs the command that removes the files. The request
+    // does not wait for that command: a process of its own holds the area, with signs of life, until the
+    // command has ended.
     void cleanUp(const std::string& command) const;
 
 private:
