@@ -1,5 +1,6 @@
 // One process answers one request. The steps of a request, and the files that implement them:
 //
+//   CommandLine     answers --version for a person at a terminal
 //   Output          writes the response, which ends where a write fails
 //   StartUp         reads the configuration and scans the storage, in a thread that main waits for
 //   Request         reads the query: the action and the filter
@@ -34,6 +35,7 @@
 #include <string_view>
 
 #include "cgi/CFileManCGI.h"
+#include "cgi/CommandLine.h"
 #include "cgi/Output.h"
 #include "cgi/StartUp.h"
 #include "cgi/pages/CGICommonUtils.h"
@@ -144,8 +146,12 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
     prepareProcess();
+    if (asksForVersion(argc, argv)) {
+        writeVersion();
+        endProcess();
+    }
     ResultList results;
     const auto store = std::make_unique<CFileManager>();
     store->deferScan();

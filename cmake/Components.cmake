@@ -1,0 +1,53 @@
+# The list of what fileman.cgi and its browser side are made of, in the form of CycloneDX 1.5. Who links or ships a part
+# names it here, once, where it is found; the last line of the root's CMakeLists.txt writes the list.
+
+# Adds the part NAME with its licence (an expression of SPDX) and its version; an empty version is left out.
+function(fileman_component name version licence)
+  string(REPLACE "+" "%2B" encoded "${name}")
+  set(part "{ \"type\": \"library\", \"name\": \"${name}\",")
+  if(version)
+    string(APPEND part " \"version\": \"${version}\", \"purl\": \"pkg:generic/${encoded}@${version}\",")
+  endif()
+  string(APPEND part " \"licenses\": [ { \"expression\": \"${licence}\" } ] }")
+  set_property(GLOBAL APPEND PROPERTY FILEMAN_COMPONENTS "${part}")
+endfunction()
+
+# Sets OUT to the version that pkg-config knows; empty where there is no such file, as for some boards.
+function(fileman_pkg_version out package)
+  find_package(PkgConfig QUIET)
+  if(PKG_CONFIG_FOUND)
+    pkg_check_modules(FILEMAN_PKG_${package} QUIET ${package})
+  endif()
+  set(${out} "${FILEMAN_PKG_${package}_VERSION}" PARENT_SCOPE)
+endfunction()
+
+# Names the compiler's and the system's libraries, by what the compiler itself says.
+function(fileman_toolchain_components)
+  file(WRITE ${PROJECT_BINARY_DIR}/LibraryVersions.cpp "#include <features.h>\nVersion __GLIBC__ __GLIBC_MINOR__\n")
+  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -E -P ${PROJECT_BINARY_DIR}/LibraryVersions.cpp
+    OUTPUT_VARIABLE preprocessed ERROR_QUIET)
+  if(preprocessed MATCHES "Version ([0-9]+) ([0-9]+)")
+    fileman_component(glibc ${CMAKE_MATCH_1}.${CMAKE_MATCH_2} LGPL-2.1-or-later)
+  endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    fileman_component(libstdc++ ${CMAKE_CXX_COMPILER_VERSION} "GPL-3.0-or-later WITH GCC-exception-3.1")
+  endif()
+endfunction()
+
+# The grid of the browser side, as web/package-lock.json fixes it.
+function(fileman_grid_component)
+  file(READ ${PROJECT_SOURCE_DIR}/web/package-lock.json lock)
+  string(JSON version GET "${lock}" packages node_modules/slickgrid version)
+  fileman_component(slickgrid ${version} MIT)
+endfunction()
+
+# Writes fileman.cdx.json at the top of the build tree. It holds no date and no random number, so that the same sources
+# give the same bytes.
+function(fileman_write_components)
+  fileman_toolchain_components()
+  fileman_grid_component()
+  get_property(parts GLOBAL PROPERTY FILEMAN_COMPONENTS)
+  list(SORT parts)
+  list(JOIN parts ",\n    " FILEMAN_PARTS)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/fileman.cdx.json.in ${PROJECT_BINARY_DIR}/fileman.cdx.json @ONLY)
+endfunction()
