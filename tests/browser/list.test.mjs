@@ -72,6 +72,32 @@ test('typing narrows, marks, counts, and the address keeps it', async () => {
   assert.deepEqual(page.problems, []);
 });
 
+test('typed words stay with tabs, filters and a changed address; "/" and Down lead through', async () => {
+  const page = await instrument.open('fmtype=all');
+  const typed = () => page.getByRole('searchbox').inputValue();
+  await page.focus('#rsltgrid');
+  await page.keyboard.press('/');
+  await page.keyboard.type('today test:bert -port:SFP');
+  await page.keyboard.press('ArrowDown');
+  assert.equal(await page.getAttribute('#rsltgrid', 'aria-activedescendant'), 'fm-row-0');
+  assert.deepEqual([...new Set(await column(page, 'test'))], ['bert']);
+  assert.ok(!(await column(page, 'port')).includes('SFP'));
+  await page.getByRole('link', { name: 'Results' }).click();
+  await arrive(page, /fmtype=rslt#find=today/);
+  assert.equal(await typed(), 'today test:bert -port:SFP');
+  await page.goto(instrument.list('fmtype=rslt&module=10G'));
+  await settled(page);
+  assert.deepEqual([await typed(), new Set(await column(page, 'test'))], ['today test:bert -port:SFP', new Set(['bert'])]);
+  await page.evaluate(() => {
+    location.hash = '#find=yesterday';
+  });
+  await page.getByRole('heading', { name: 'Nothing matches “yesterday”' }).waitFor();
+  await page.goBack();
+  await page.waitForSelector('.slick-row');
+  assert.equal(await typed(), 'today test:bert -port:SFP');
+  assert.deepEqual(page.problems, []);
+});
+
 test('rows are chosen by box, shift, ctrl, Ctrl-A and keys, and the actions follow', async () => {
   const page = await instrument.open('fmtype=rslt&test=bert');
   const enabled = () => Promise.all(['View', 'PDF', 'Download'].map((name) => pressed(page, name).isEnabled()));

@@ -8,7 +8,9 @@ import { lacksOfDownload, lacksOfPdfs, membersOf } from '../../web/js/fileman/ar
 import { FIELDS } from '../../web/js/fileman/rows.js';
 import english from '../../web/js/languages/en.js';
 import { parsePrimary } from '../../web/js/fileman/options.js';
+import { dateAt } from '../../web/js/fileman/dates.js';
 import { naturalKey, orderBy } from '../../web/js/fileman/order.js';
+import { Query } from '../../web/js/fileman/query.js';
 import {
   escape,
   isSendable,
@@ -49,6 +51,99 @@ test('order is natural, and equal values keep their places', () => {
   assert.deepEqual(ordered(true), ['Öl', 'Oz', 'p1', 'P2', 'P02', 'P10']);
   assert.deepEqual(ordered(false), ['P10', 'P2', 'P02', 'p1', 'Oz', 'Öl']);
   assert.ok(naturalKey('99999999999999999999') < naturalKey('100000000000000000000'));
+});
+
+test('equal dates are ordered by name, whichever way the dates go', () => {
+  const entries = ['2 b10', '1 z', '2 a', '2 b9', '1 y'].map((text) => {
+    const [datetime, name] = text.split(' ');
+    return { datetime, name, text };
+  });
+  const ordered = (up) => Array.from(orderBy(entries, 'datetime', up), (i) => entries[i].text);
+  assert.deepEqual(ordered(true), ['1 y', '1 z', '2 a', '2 b9', '2 b10']);
+  assert.deepEqual(ordered(false), ['2 a', '2 b9', '2 b10', '1 y', '1 z']);
+});
+
+test('days and ranges are read as people write them', () => {
+  const now = new Date(2026, 10, 22, 15, 30); // a Sunday
+  const cases = [
+    ['today', '11-22', '11-23'],
+    ['Yesterday', '11-21', '11-22'],
+    ['this week', '11-16', '11-23'],
+    ['last  week', '11-09', '11-16'],
+    ['last month', '10-01', '11-01'],
+    ['last 3 days', '11-20', '11-23'],
+    ['last 2 hours', '11-22 13:30:00', '11-23'],
+    ['20.11.', '11-20', '11-21'],
+    ['20.11.26', '11-20', '11-21'],
+    ['20.-22.11.', '11-20', '11-23'],
+    ['20.11.-22.11.', '11-20', '11-23'],
+    ['20.11. to yesterday', '11-20', '11-22'],
+    ['2026-11-01..2026-11-03', '11-01', '11-04'],
+    ['since yesterday', '11-21', null],
+    ['20.11...', '11-20', null],
+    ['after 20.11.', '11-21', null],
+    ['before 2026-11-20', null, '11-20'],
+    ['until 20.11.', null, '11-21'],
+  ];
+  const day = (text) => text && (text.includes(':') ? `2026-${text}` : `2026-${text} 00:00:00`);
+  for (const [text, from, to] of cases) {
+    const range = dateAt(`x ${text} y`, 2, now);
+    assert.deepEqual(range, { from: day(from) ?? '', to: day(to) ?? '~', length: text.length }, text);
+  }
+  assert.equal(dateAt('30.12.', 0, now).from, '2025-12-30 00:00:00', 'the last one, not one to come');
+  assert.equal(dateAt('20.12.-10.1.26', 0, now).from, '2025-12-20 00:00:00');
+  for (const none of ['todays', '31.2.', '2026-11-20', '20.11', 'last', 'since', '10.10.10.5'])
+    assert.equal(dateAt(none, 0, now), null, none);
+});
+
+test('a query asks by word, phrase, column, exclusion and date', () => {
+  const entries = [
+    ['a', 'bert_north 1', 'bert', '10G P1', '/h/a.html', '2020-02-03'],
+    ['b', 'bert_south', 'bert', '10G P10', '/h/b.html', '2020-02-04'],
+    ['c', 'ping "x" north', 'ping', 'RJ45', '/h/c.pcap', '2020-02-05'],
+    ['d', 'north 1 d', 'latency', '', '/h/d.png', '2020-02-06'],
+  ].map(([letter, name, test, port, path, day]) => ({ letter, name, test, port, path, datetime: `${day} 10:00:00` }));
+  const found = (text) => {
+    const query = new Query(text);
+    return entries.filter((entry) => query.matches(entry)).map(({ letter }) => letter).join('');
+  };
+  const cases = [
+    ['', 'abcd'],
+    ['NORTH bert', 'a'],
+    ['"north 1"', 'ad'],
+    ['north -bert', 'cd'],
+    ['-"north 1" -ping', 'b'],
+    ['port:P1', 'a'],
+    ['port:10g', 'ab'],
+    ['port:"10G P1"', 'a'],
+    ['port:"P1"', ''],
+    ['port:""', 'd'],
+    ['test:ber,ping', 'abc'],
+    ['-test:bert,ping', 'd'],
+    ['kind:report', 'ab'],
+    ['kind:Picture,capture', 'cd'],
+    ['name:"ping ""x"" north"', 'c'],
+    ['name:north path:d', 'd'],
+    ['3.2.20-4.2.20 bert', 'ab'],
+    ['bert -3.2.20', 'b'],
+    ['port:', 'abcd'],
+    ['-', 'abcd'],
+    ['x:y', ''],
+    ['"no end', ''],
+  ];
+  for (const [text, letters] of cases) assert.equal(found(text), letters, text);
+  assert.deepEqual(new Query('bert -north name:so "a b"').words, ['bert', 'so', 'a b']);
+});
+
+test('a value is tapped into a query and out of it again', () => {
+  const toggle = (text, key, value) => new Query(text).toggled(key, value);
+  assert.equal(toggle('', 'port', '10G P1'), 'port:"10G P1"');
+  assert.equal(toggle('north port:P1 -x', 'port', 'a"b'), 'north -x port:P1,"a""b"');
+  assert.equal(toggle('north port:P1,"a""b" "c  d"', 'port', 'a"b'), 'north "c  d" port:P1');
+  assert.equal(toggle('port:"10g p1" north', 'port', '10G P1'), 'north');
+  const within = (text, other) => new Query(text).isWithin(new Query(other));
+  assert.ok(within('bert nor', 'bert no') && within('bert', '') && within('port:P1 ab', 'a port:P1'));
+  assert.ok(!within('be', 'bert') && !within('-bert', '-ber') && !within('port:P1', 'port:P'));
 });
 
 test('options are read from the page whatever their names hold', () => {

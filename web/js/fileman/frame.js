@@ -1,6 +1,6 @@
 /*
- * The fixed parts of the list page. `on` is what they call: showKind(kind), typed(), view(), fetchFiles(operation),
- * changeFilter(which), refresh(), clearChoice().
+ * The fixed parts of the list page. `on` is what they call: showKind(kind), typed(), leadToList(event), view(),
+ * fetchFiles(operation), changeFilter(which), refresh(), clearChoice().
  */
 import { button, el, icon } from './dom.js';
 import { TAB_TEXTS } from './listing.js';
@@ -71,7 +71,7 @@ function buildBar(on) {
     'aria-label': t('find'),
     autocomplete: 'off',
     spellcheck: 'false',
-    on: { input: on.typed },
+    on: { input: on.typed, keydown: on.leadToList },
   });
   const filter = button(t('filter'), { image: 'filter', class: 'fm-button', press: () => on.changeFilter('fpri') });
   const advanced = button(t('advanced'), {

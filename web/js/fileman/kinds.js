@@ -14,8 +14,9 @@ const KINDS = {
   pcapng: 'capture',
 };
 
-export function extension(entry) {
-  return /\.([^./]*)$/.exec(entry.path)?.[1].toLowerCase() ?? '';
+export function extension({ path }) {
+  const dot = path.lastIndexOf('.');
+  return dot < 0 || path.indexOf('/', dot) >= 0 ? '' : path.slice(dot + 1).toLowerCase();
 }
 
 /** 'report', 'picture', 'capture' or 'other', by the file's name; the viewer looks at the bytes as well. */

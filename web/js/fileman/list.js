@@ -10,10 +10,12 @@ import { announce, button, el, icon } from './dom.js';
 import { askFilter, fetchFilter } from './filters.js';
 import { buildFrame } from './frame.js';
 import { FileGrid } from './grid.js';
+import { hashOf, inHash } from './hash.js';
 import { TAB_TEXTS, addressOf } from './listing.js';
-import { keep, keepList, recall, recallList } from './memory.js';
-import { holdsWords, orderBy, wordsOf } from './order.js';
+import { keep, keepFind, keepList, recall, recallFind, recallList } from './memory.js';
+import { orderBy } from './order.js';
 import { dressPage } from './page.js';
+import { Query } from './query.js';
 import { fetchList, readOwnPage } from './source.js';
 import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
 import { size, t } from './texts.js';
@@ -31,7 +33,7 @@ let listing; // what is shown: kind, lists, texts
 let entries = []; // all rows of the list, in the instrument's order
 let lost = 0; // rows that could not be read
 let order = []; // indices of the entries in the order shown
-let words = []; // typed words that narrow the list
+let query = new Query(''); // what is typed to narrow the list
 let sort = recall('sort', { field: 'datetime', ascending: false });
 let loading = null; // stops what is being fetched
 
@@ -39,11 +41,14 @@ const count = () => countText(grid.view.length, entries.length);
 
 // ---- reading the list
 
+/** The address of a listing with what is typed. */
+const addressWith = (wanted) => `${addressOf(wanted)}${hashOf({ find: frame.find.value })}`;
+
 /**
  * Fetches another listing and shows it; the old list stays until the new one is there. `kept` is the state to show it in,
- * the one remembered for it unless given.
+ * the one remembered for it unless given; `find` what is to be typed there, the same as now unless given.
  */
-async function load(wanted, { push = true, kept = recallList(listingQuery(wanted)) } = {}) {
+async function load(wanted, { push = true, kept = recallList(listingQuery(wanted)), find = null } = {}) {
   loading?.abort();
   loading = new AbortController();
   const { signal } = loading;
@@ -57,12 +62,13 @@ async function load(wanted, { push = true, kept = recallList(listingQuery(wanted
   try {
     const list = await fetchList(addressOf(wanted), signal, showSize);
     listing = wanted;
-    if (push) history.pushState(null, '', addressOf(listing));
+    if (find !== null) frame.find.value = find;
+    if (push) history.pushState(null, '', addressWith(listing));
     takeList(list, kept);
     announce(`${t(TAB_TEXTS[listing.kind])}. ${count()}`);
   } catch (error) {
     if (error.name === 'AbortError') return;
-    if (error instanceof AnswerError) complain(error, () => load(wanted, { push, kept }));
+    if (error instanceof AnswerError) complain(error, () => load(wanted, { push, kept, find }));
     else throw error;
   } finally {
     if (loading?.signal === signal) showLoading(false);
@@ -95,22 +101,12 @@ function complain(error, retry) {
   banner.hidden = false;
 }
 
-/** The typed words that the address carries, or null. */
-function wordsInAddress() {
-  try {
-    return decodeURIComponent(/[#&]find=([^&]*)/.exec(location.hash)[1]);
-  } catch {
-    return null;
-  }
-}
-
 function takeList(list, kept) {
   ({ entries, lost } = list);
   order = orderBy(entries, sort.field, sort.ascending);
-  frame.find.value = wordsInAddress() ?? kept.find ?? '';
-  words = wordsOf(frame.find.value);
+  query = new Query(frame.find.value);
   showForms(frame, listing);
-  showTabs(frame, listing);
+  showTabs(frame, listing, addressWith);
   showChips(frame, listing, load);
   narrow();
   // By path: two files of one name share their id.
@@ -124,7 +120,6 @@ function takeList(list, kept) {
 
 function snapshot() {
   return {
-    find: frame.find.value,
     chosen: [...grid.chosen].slice(0, MOST_KEPT).map((entry) => entry.path),
     active: grid.activeEntry?.path,
     top: grid.top,
@@ -133,6 +128,7 @@ function snapshot() {
 
 function remember() {
   keepList(listingQuery(listing), snapshot());
+  keepFind(frame.find.value);
 }
 
 // ---- narrowing and order
@@ -141,29 +137,57 @@ const showState = () => showCounts(frame, grid, { all: entries.length, lost });
 
 function narrow() {
   const shown = [];
-  for (const i of order) if (!words.length || holdsWords(entries[i], words)) shown.push(entries[i]);
-  grid.show(shown, words);
+  for (const i of order) if (query.isEmpty || query.matches(entries[i])) shown.push(entries[i]);
+  grid.show(shown, query.words);
   showEmpty(frame, listing, { all: entries.length, isEmpty: !shown.length, load, clearFind });
   showState();
 }
 
-let typing;
+/** Narrows by what is typed now; the address follows. */
+function applyFind() {
+  clearTimeout(typing);
+  typing = null;
+  query = new Query(frame.find.value);
+  narrow();
+  grid.top = 0;
+  announce(count());
+  showTabs(frame, listing, addressWith);
+  history.replaceState(history.state, '', addressWith(listing));
+}
+
+let typing = null; // runs until a person pauses
 function typed() {
   clearTimeout(typing);
-  typing = setTimeout(() => {
-    const { value } = frame.find;
-    words = wordsOf(value);
-    narrow();
-    grid.top = 0;
-    announce(count());
-    const hash = value ? `#find=${encodeURIComponent(value)}` : '';
-    history.replaceState(history.state, '', `${location.pathname}${location.search}${hash}`);
-  }, TYPING_PAUSE);
+  typing = setTimeout(applyFind, TYPING_PAUSE);
+}
+
+/** Narrows by a text as if it had been typed. */
+function findText(text) {
+  frame.find.value = text;
+  applyFind();
+}
+
+/** "/" leads to the search from anywhere but a field. */
+function leadToFind(event) {
+  const isField = event.target.closest?.('input:not([type=checkbox]), textarea, select, dialog');
+  if (event.key !== '/' || event.ctrlKey || event.metaKey || event.altKey || isField) return;
+  event.preventDefault();
+  frame.find.focus();
+  frame.find.select();
+}
+
+/** Down leads from the search into the list. */
+function leadToList(event) {
+  if (event.key !== 'ArrowDown') return;
+  event.preventDefault();
+  if (typing) applyFind();
+  if (!grid.view.length) return;
+  frame.host.focus();
+  grid.activate(Math.max(grid.active, 0));
 }
 
 function clearFind() {
-  frame.find.value = '';
-  typed();
+  findText('');
   frame.find.focus();
 }
 
@@ -234,6 +258,7 @@ function escape() {
 const handlers = {
   showKind: (kind) => load({ ...listing, kind }),
   typed,
+  leadToList,
   view: () => view(grid.targets()[0]),
   fetchFiles: (operation) => fetchFiles(operation, grid.targets()),
   changeFilter,
@@ -241,11 +266,21 @@ const handlers = {
   clearChoice,
 };
 
+/** Follows the address: Back and Forward, or an address that a person has changed behind its "#". */
+function takeAddress() {
+  const wanted = readListing(location.search);
+  const find = inHash('find') ?? '';
+  if (listingQuery(wanted) !== listingQuery(listing)) load(wanted, { push: false, find });
+  else if (find !== frame.find.value) findText(find);
+}
+
 export async function start() {
   dressPage();
   listing = readListing(location.search);
   const own = readOwnPage();
   frame = buildFrame(handlers);
+  frame.find.value = inHash('find') ?? recallFind();
+  history.replaceState(history.state, '', addressWith(listing));
   viewer = new Viewer(frame.aside, {
     closed: () => frame.host.focus(),
     step,
@@ -255,10 +290,8 @@ export async function start() {
   grid = new FileGrid(frame.host, { sort: sortBy, changed: showState, open: view, escape });
   grid.showSort(sort);
   addEventListener('pagehide', remember);
-  addEventListener('popstate', () => {
-    const wanted = readListing(location.search);
-    if (listingQuery(wanted) !== listingQuery(listing)) load(wanted, { push: false });
-  });
+  document.addEventListener('keydown', leadToFind);
+  addEventListener('popstate', takeAddress);
   const kept = recallList(listingQuery(listing));
   if (own) takeList(own, kept);
   else {

@@ -18,6 +18,10 @@ export function keep(name, value, store = () => localStorage) {
 
 const ofWindow = () => sessionStorage;
 
-/** State of one list: { find, chosen: [paths], top, active }. */
+/** State of one list: { chosen: [paths], top, active }. */
 export const recallList = (query) => recall(`list${query}`, {}, ofWindow);
 export const keepList = (query, state) => keep(`list${query}`, state, ofWindow);
+
+/** What is typed in the search; it holds for all lists of a window. */
+export const recallFind = () => recall('find', '', ofWindow);
+export const keepFind = (text) => keep('find', text, ofWindow);

@@ -4,7 +4,7 @@
  */
 import { button, el, icon, visible } from './dom.js';
 import { obstacle } from './kinds.js';
-import { TAB_TEXTS, addressOf, obeysFilter, unfiltered, without } from './listing.js';
+import { TAB_TEXTS, obeysFilter, unfiltered, without } from './listing.js';
 import { dressPage } from './page.js';
 import { t } from './texts.js';
 import { LIST_KEYS, TEXT_KEYS, isFiltered, toText } from './wire.js';
@@ -38,7 +38,8 @@ function showActions(frame, grid) {
   frame.download.disabled = !can('download');
 }
 
-export function showTabs(frame, listing) {
+/** `addressOf(listing)` is where a tab leads to. */
+export function showTabs(frame, listing, addressOf) {
   for (const [kind, link] of frame.tabs) {
     link.href = addressOf({ ...listing, kind });
     if (kind === listing.kind) link.setAttribute('aria-current', 'page');

@@ -32,6 +32,9 @@ export function t(key, values = {}) {
 /** A text out of a group of texts; empty when the group lacks it. */
 export const tIn = (group, key) => (TABLES[language][group] ?? TABLES.en[group])[key] ?? '';
 
+/** A group of texts in the person's language and in English, which is understood everywhere. */
+export const allTexts = (group) => [...new Set([TABLES[language], TABLES.en])].map((table) => table[group]);
+
 export const languageName = (tag) => TABLES[tag].language;
 
 /** A number of bytes as a person reads it. */

@@ -1,0 +1,133 @@
+/*
+ * Days and ranges as people write them: "yesterday", "20.11.", "last 3 days", "20.11.-22.11.", "since monday's date".
+ * The words come from the person's language and from English (js/languages). Weeks begin on Monday (ISO 8601). "Now" is
+ * the browser's clock: an instrument tells the time of its files, not its own.
+ */
+import { allTexts } from './texts.js';
+
+const DAY = 'day';
+/** The words for each point in time: the number of units back at which it begins and ends, counted from the unit's start. */
+const NAMED = {
+  today: [DAY, 0, -1],
+  yesterday: [DAY, 1, 0],
+  dayBefore: [DAY, 2, 1],
+  thisWeek: ['week', 0, -1],
+  lastWeek: ['week', 1, 0],
+  thisMonth: ['month', 0, -1],
+  lastMonth: ['month', 1, 0],
+  thisYear: ['year', 0, -1],
+  lastYear: ['year', 1, 0],
+};
+const COUNTED = { lastHours: 'hour', lastDays: DAY, lastWeeks: 'week', lastMonths: 'month' };
+
+/** The start of the unit that holds a moment, moved back by a number of units. */
+function startOf(unit, back, now) {
+  const [year, month, day] = [now.getFullYear(), now.getMonth(), now.getDate()];
+  if (unit === 'hour') return new Date(now.getTime() - back * 3600e3);
+  if (unit === DAY) return new Date(year, month, day - back);
+  if (unit === 'week') return new Date(year, month, day - ((now.getDay() + 6) % 7) - 7 * back);
+  if (unit === 'month') return new Date(year, month - back, 1);
+  return new Date(year - back, 0, 1);
+}
+
+const two = (number) => String(number).padStart(2, '0');
+
+/** A moment as the list writes it. */
+export function stamp(date) {
+  const day = `${date.getFullYear()}-${two(date.getMonth() + 1)}-${two(date.getDate())}`;
+  return `${day} ${two(date.getHours())}:${two(date.getMinutes())}:${two(date.getSeconds())}`;
+}
+
+/** A day that exists, or null; without a year the last such day that is not in the future. */
+function dayAt(year, month, day, now) {
+  const at = (some) => new Date(some, month - 1, day);
+  let date = at(year ?? now.getFullYear());
+  if (year === null && date > now) date = at(now.getFullYear() - 1);
+  return date.getDate() === day && date.getMonth() === month - 1 ? date : null;
+}
+
+const nextDay = (date) => new Date(date.getFullYear(), date.getMonth(), date.getDate() + 1);
+const fullYear = (text) => (text ? Number(text.length === 2 ? `20${text}` : text) : null);
+
+/** Alternatives of a word in all languages, longest first, so that "last week" is not read as "last". */
+function alternatives(key) {
+  const texts = new Set(allTexts('findWords').flatMap((words) => words[key].split('|')));
+  const escaped = [...texts].map((text) => text.replace(/[.*+?^${}()|[\]\\]/g, '\\$&').replace(/ /g, '\\s+'));
+  return escaped.sort((a, b) => b.length - a.length).join('|');
+}
+
+let patterns;
+
+/** The patterns of single points and of whole expressions, built when the first text is read. */
+function build() {
+  const named = Object.keys(NAMED).map((key) => [key, new RegExp(`^(?:${alternatives(key)})$`, 'i')]);
+  const counted = Object.keys(COUNTED).map((key) => {
+    const source = alternatives(key).replace(/#/g, '(\\d{1,4})');
+    return [key, new RegExp(`^(?:${source})$`, 'i')];
+  });
+  const words = [...Object.keys(NAMED), ...Object.keys(COUNTED)].map(alternatives).join('|').replace(/#/g, '\\d{1,4}');
+  const point = `(?:${words}|\\d{1,2}\\.\\d{1,2}\\.(?:\\d{4}|\\d{2})?|\\d{4}-\\d{2}-\\d{2})`;
+  const short = `(?:${point}|\\d{1,2}\\.)`; // "20." in "20.-22.11."
+  const to = `\\s*(?:\\.\\.|[-–]|\\s(?:${alternatives('to')})\\s)\\s*`;
+  const side = ['since', 'after', 'until', 'before'].map((key) => `(?<${key}>(?:${alternatives(key)})\\s+)`).join('|');
+  const whole = `(?<first>${short})${to}(?<last>${point})|(?:${side})(?<side>${point})|(?<open>${point})\\.\\.|\\.\\.(?<end>${point})|(?<only>${point})`;
+  return { named, counted, whole: new RegExp(`(?:${whole})(?=\\s|$)`, 'iy') };
+}
+
+/** A point's first moment and the first one after it, or null. */
+function readPoint(text, now) {
+  for (const [key, pattern] of patterns.named) {
+    if (!pattern.test(text)) continue;
+    const [unit, from, to] = NAMED[key];
+    return { from: startOf(unit, from, now), to: startOf(unit, to, now) };
+  }
+  for (const [key, pattern] of patterns.counted) {
+    const found = pattern.exec(text);
+    if (!found) continue;
+    const count = Number(found.slice(1).find(Boolean) ?? 1);
+    const unit = COUNTED[key];
+    // "last 3 days" are today and the two before; "last 2 hours" end now.
+    const from = unit === 'hour' ? startOf(unit, count, now) : startOf(DAY, { day: 1, week: 7, month: 30 }[unit] * count - 1, now);
+    return { from, to: startOf(DAY, -1, now) };
+  }
+  const german = /^(\d{1,2})\.(\d{1,2})\.(\d*)$/.exec(text);
+  const iso = /^(\d{4})-(\d{2})-(\d{2})$/.exec(text);
+  const date = german
+    ? dayAt(fullYear(german[3]), Number(german[2]), Number(german[1]), now)
+    : iso && dayAt(Number(iso[1]), Number(iso[2]), Number(iso[3]), now);
+  return date && { from: date, to: nextDay(date) };
+}
+
+function readRange(first, last, now) {
+  const end = readPoint(last, now);
+  if (!end) return null;
+  const month = end.from.getMonth() + 1;
+  const short = /^(\d{1,2})\.$/.exec(first);
+  const whole = short ? `${first}${month}.${end.from.getFullYear()}` : first;
+  // Without a year of its own the first day lies before the last one.
+  const start = readPoint(whole, /^\d{1,2}\.\d{1,2}\.$/.test(whole) ? end.from : now);
+  return start && { from: start.from, to: end.to };
+}
+
+/**
+ * The date or range that stands in a text at a place: { from, to, length }, the list's own way of writing, `to` being
+ * the first moment after it; null when there is none. One date in the list's own form is none: as a word it finds names, too.
+ */
+export function dateAt(text, at, now = new Date()) {
+  patterns ??= build();
+  patterns.whole.lastIndex = at;
+  const found = patterns.whole.exec(text);
+  if (!found) return null;
+  const { first, last, side, since, after, until, open, end, only } = found.groups;
+  let range = null;
+  if (last) range = readRange(first, last, now);
+  else if (only) range = /^\d{4}-/.test(only) ? null : readPoint(only, now);
+  else {
+    const point = readPoint(side ?? open ?? end, now);
+    if (!point) return null;
+    if (since || open) range = { from: point.from, to: null };
+    else if (after) range = { from: point.to, to: null };
+    else range = { from: null, to: until || end ? point.to : point.from };
+  }
+  return range && { from: range.from ? stamp(range.from) : '', to: range.to ? stamp(range.to) : '~', length: found[0].length };
+}

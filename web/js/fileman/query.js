@@ -1,0 +1,178 @@
+/*
+ * What a person types to find entries:
+ *
+ *   bert north            both words, anywhere in an entry         "two words"   as they stand
+ *   port:P1 test:bert     in this column, at the start of a word   port:"P1"     the whole value
+ *   test:bert,latency     one of them                              -word         none of that
+ *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (dates.js)
+ */
+import { dateAt } from './dates.js';
+import { kindOf } from './kinds.js';
+import { searchedText } from './order.js';
+import { allTexts, t } from './texts.js';
+
+export const KIND_TEXTS = { report: 'kindReport', picture: 'kindPicture', capture: 'kindCapture', other: 'kindOther' };
+
+/** What a key compares: the column's text, or all texts that name it, one in a line. */
+const VALUES = {
+  module: (entry) => entry.module,
+  mode: (entry) => entry.mode,
+  test: (entry) => entry.test,
+  port: (entry) => entry.port,
+  kind: (entry) => kindLines(kindOf(entry), entry.rsltype),
+  name: (entry) => entry.name,
+  path: (entry) => entry.path,
+};
+/** Keys of few different values: whether one matches is remembered. */
+const FEW = new Set(['module', 'mode', 'test', 'port', 'kind']);
+
+const kinds = new Map();
+function kindLines(kind, rsltype) {
+  const key = `${kind}\n${rsltype}`;
+  if (!kinds.has(key)) kinds.set(key, `${key}\n${t(KIND_TEXTS[kind])}`);
+  return kinds.get(key);
+}
+
+/** A key as it may be written in the person's language or in English, or undefined. */
+function keyNamed(text) {
+  const lower = text.toLowerCase();
+  return Object.keys(VALUES).find((key) =>
+    allTexts('findKeys').some((names) => key === lower || names[key].split('|').includes(lower)),
+  );
+}
+
+const plain = (text) => text.replace(/[.*+?^${}()|[\]\\/-]/g, '\\$&');
+
+/** "P1" begins a word and is not the start of "P10"; in quotes it is the whole value. */
+function valuePattern({ text, exact }) {
+  if (exact) return `^${plain(text)}$`;
+  return `(?<![\\p{L}\\p{N}])${plain(text)}${/\d$/.test(text) ? '(?!\\d)' : ''}`;
+}
+
+/** A quotation mark within quotes is written twice. */
+const WORD = /(-?)(?:(\p{L}+):)?((?:"(?:[^"]|"")*(?:"|$)|[^\s"])*)/uy;
+const VALUE = /"((?:[^"]|"")*)(?:"|$)|([^,"]+)/g;
+const unquoted = (text) => text.replace(/""/g, '"');
+const written = ({ text, exact }) => (exact ? `"${text.replace(/"/g, '""')}"` : text);
+
+function fieldClause(key, text) {
+  const values = Array.from(text.matchAll(VALUE), ([, quoted, bare]) =>
+    bare ? { text: bare, exact: false } : { text: unquoted(quoted), exact: true },
+  );
+  if (!values.length) return null; // "port:" is about to be typed
+  const pattern = new RegExp(values.map(valuePattern).join('|'), 'ium');
+  const valueOf = VALUES[key];
+  const known = new Map();
+  const test = (entry) => {
+    const value = valueOf(entry);
+    let fits = known.get(value);
+    if (fits === undefined) {
+      fits = pattern.test(value);
+      if (FEW.has(key)) known.set(value, fits);
+    }
+    return fits;
+  };
+  return { key, values, test };
+}
+
+function wordClause(text) {
+  const word = text.replace(/"/g, '').toLowerCase();
+  return word ? { key: 'word', word, test: (entry) => searchedText(entry).includes(word) } : null;
+}
+
+function dateClause({ from, to }) {
+  return { key: 'date', test: ({ datetime }) => datetime >= from && datetime < to };
+}
+
+/** The clause that begins at a place of the text, { ..., start, end }; its test is null where nothing is asked yet. */
+function clauseAt(text, start) {
+  const isNot = text[start] === '-' && start + 1 < text.length;
+  const date = dateAt(text, start + isNot);
+  let clause;
+  let end;
+  if (date) {
+    clause = dateClause(date);
+    end = start + isNot + date.length;
+  } else {
+    WORD.lastIndex = start;
+    const [whole, minus, name, rest] = WORD.exec(text);
+    const key = name && keyNamed(name);
+    end = start + whole.length;
+    clause = key ? fieldClause(key, rest) : wordClause(whole.slice(minus.length));
+  }
+  if (!clause) return { key: '', isNot, start, end, test: null };
+  const { test } = clause;
+  return { ...clause, isNot, start, end, test: isNot ? (entry) => !test(entry) : test };
+}
+
+/** Whether every entry that `clause` lets through passes one of the others, too. */
+const isImplied = (clause, others, text, otherText) =>
+  others.some((other) =>
+    clause.key === 'word' && other.key === 'word' && !clause.isNot && !other.isNot
+      ? other.word.includes(clause.word)
+      : text.slice(clause.start, clause.end) === otherText.slice(other.start, other.end),
+  );
+
+export class Query {
+  constructor(text) {
+    this.text = text;
+    this.clauses = [];
+    for (let at = 0; ; ) {
+      while (/\s/.test(text[at] ?? '')) at += 1;
+      if (at >= text.length) break;
+      const clause = clauseAt(text, at);
+      if (clause.test) this.clauses.push(clause);
+      at = Math.max(clause.end, at + 1);
+    }
+  }
+
+  get isEmpty() {
+    return !this.clauses.length;
+  }
+
+  /** Words to be marked in names. */
+  get words() {
+    return this.clauses.flatMap(({ key, isNot, word, values }) => {
+      if (isNot) return [];
+      return key === 'word' ? [word] : key === 'name' ? values.map((value) => value.text.toLowerCase()) : [];
+    });
+  }
+
+  matches(entry) {
+    for (const { test } of this.clauses) if (!test(entry)) return false;
+    return true;
+  }
+
+  /** Whether all entries that match this query are among those that match the other one. */
+  isWithin(other) {
+    return other.clauses.every((clause) => isImplied(clause, this.clauses, other.text, this.text));
+  }
+
+  /** Whether a key asks for this value. */
+  asksFor(key, value) {
+    return this.#valuesOf(key).some(({ text }) => text.toLowerCase() === value.toLowerCase());
+  }
+
+  #clausesOf(key) {
+    return this.clauses.filter((clause) => clause.key === key && !clause.isNot);
+  }
+
+  #valuesOf(key) {
+    return this.#clausesOf(key).flatMap(({ values }) => values);
+  }
+
+  /** The text with a value of a key asked for, or no longer asked for when it was. */
+  toggled(key, value) {
+    const others = this.#valuesOf(key).filter(({ text }) => text.toLowerCase() !== value.toLowerCase());
+    const values = this.asksFor(key, value) ? others : [...others, { text: value, exact: true }];
+    return this.#replaced(key, values.length ? `${key}:${values.map(written).join(',')}` : '');
+  }
+
+  /** The text with another clause in the place of a key's clauses. */
+  #replaced(key, clause) {
+    let rest = this.text;
+    for (const { start, end } of this.#clausesOf(key).reverse())
+      rest = `${rest.slice(0, start).trimEnd()} ${rest.slice(end).trimStart()}`;
+    return `${rest.trim()} ${clause}`.trim();
+  }
+}
