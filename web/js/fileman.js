@@ -45,10 +45,23 @@
     watch.disconnect();
     import(`${base}fileman/${kind}.js`)
       .then((page) => page.start())
-      .catch((error) => {
-        document.body.append(`The file manager could not start: ${error.message}`);
-        throw error;
-      });
+      .catch(tellBroken);
+  }
+
+  /** The texts of the other modules may be what is missing, so these two stand here. */
+  function tellBroken(error) {
+    const [text, again] = /^de\b/i.test(navigator.language)
+      ? ['Ein Teil dieser Seite konnte nicht geladen werden', 'Seite neu laden']
+      : ['A part of this page could not be loaded', 'Load the page again'];
+    const note = document.createElement('div');
+    note.className = 'fm-broken';
+    note.setAttribute('role', 'alert');
+    const button = document.createElement('button');
+    button.textContent = again;
+    button.addEventListener('click', () => location.reload());
+    note.append(`${text}: ${error.message} `, button);
+    document.body.prepend(note);
+    throw error;
   }
 
   window.fileman = { base, insertHead, start, page: 'filterpage' };

@@ -79,6 +79,10 @@ export async function isWholePdf(blob) {
 const pattern = (text) => text.replace(/[\\^$.*+?()[\]{}|/]/g, '\\$&').replace(/[^\0-\x7f]+/g, '.+');
 
 const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
+const baseOf = (path) => fileOf(path).split('.', 1)[0];
+
+/** The name of an entry's PDF. */
+export const pdfNameOf = ({ path }) => `${baseOf(path)}.pdf`;
 
 function groupBy(items, keyOf) {
   const groups = new Map();
@@ -132,8 +136,8 @@ export function lacksOfDownload(members, entries) {
 export async function lacksOfPdfs(blob, members, entries) {
   const missing = [];
   const shared = [];
-  for (const group of groupBy(entries, ({ path }) => fileOf(path).split('.', 1)[0])) {
-    const name = fileOf(group[0].path).split('.', 1)[0];
+  for (const group of groupBy(entries, ({ path }) => baseOf(path))) {
+    const name = baseOf(group[0].path);
     const member = members.find((one) => new RegExp(`^${pattern(name)}\\.pdf$`, 's').test(one.name));
     const content = member && (await unpack(blob, member).catch(() => null));
     if (!content || !(await isWholePdf(content))) missing.push(...group);

@@ -2,11 +2,11 @@
  * Download and PDF export: asks the instrument, shows how far it is, checks the answer and only then saves
  * it. A choice that is too long for one request goes in parts.
  */
-import { isWholePdf, lacksOfDownload, lacksOfPdfs, membersOf } from './archive.js';
-import { announce, button, el, visible } from './dom.js';
+import { isWholePdf, lacksOfDownload, lacksOfPdfs, membersOf, pdfNameOf } from './archive.js';
+import { announce, button, el, icon, visible } from './dom.js';
 import { obstacle } from './kinds.js';
 import { language, size, t } from './texts.js';
-import { AnswerError, deliveryQuery, escape, fetchPieces } from './wire.js';
+import { AnswerError, deliveryQuery, escape, fetchPieces, toText } from './wire.js';
 
 /** Bytes of ids that one request may carry; the demo's server takes 64 KiB of header lines, small ones 8 or 4. */
 const REQUEST_LIMITS = [56000, 7000, 3000];
@@ -14,6 +14,8 @@ const PIECES_IN_MEMORY = 8 << 20;
 const NAMES_TOLD = 3;
 const LOST_NAMES_TOLD = 20; // of what did not arrive
 const SAVED_STAYS = 12000;
+const STATE_ICONS = { done: 'done', partial: 'warn', cancelled: 'stopped', failed: 'failed' };
+const STATE_TEXTS = { done: 'stateDone', partial: 'statePartial', cancelled: 'stateCancelled', failed: 'stateFailed' };
 
 let limit = 0;
 let corner;
@@ -63,20 +65,25 @@ function task(title) {
         announce(detail.textContent);
       }
     },
-    /** Adds what the person must know; the task then stays in sight until it is closed. */
+    /** Adds what the person must know; the task then counts as done in part only. */
     note(text) {
       noted = true;
       node.insertBefore(el('span', { class: 'fm-task-note', text }), detail);
     },
-    /** `retry` is what a button offers to do again after a failure. */
-    end(text, { failed = false, retry = null } = {}) {
+    /**
+     * `state` is 'done', 'cancelled' or 'failed'. What is noted makes 'done' into 'partial'. Only what is done stays for
+     * a while; all else stays until it is closed. `retry` is what a button offers to do again.
+     */
+    end(text, { state = 'done', retry = null } = {}) {
+      const shown = state === 'done' && noted ? 'partial' : state;
       bar.remove();
       stop.remove();
       done.hidden = false;
-      head.textContent = title;
+      head.replaceChildren(icon(STATE_ICONS[shown]), `${title}: ${t(STATE_TEXTS[shown])}`);
       detail.textContent = text;
-      node.classList.add(failed ? 'is-failed' : 'is-done');
-      announce(text);
+      node.classList.add(`is-${shown}`);
+      node.setAttribute('aria-label', head.textContent);
+      announce(`${head.textContent}. ${text}`);
       if (retry) {
         const again = () => {
           node.remove();
@@ -84,9 +91,17 @@ function task(title) {
         };
         done.before(button(t('retry'), { class: 'fm-button', press: again }));
       }
-      if (!failed && !noted) setTimeout(() => node.remove(), SAVED_STAYS);
+      if (shown === 'done') setTimeout(() => node.remove(), SAVED_STAYS);
     },
   };
+}
+
+/** The name that an answer bears in its header, null without one: quoted, bare or encoded (RFC 6266, RFC 8187). */
+export function attachmentName(header) {
+  const encoded = /filename\*=UTF-8''([^;\s]+)/i.exec(header)?.[1];
+  if (encoded) return decodeURIComponent(encoded);
+  const plain = /filename=(?:"((?:[^"\\]|\\.)*)"|(.*))/i.exec(header);
+  return plain && toText(plain[1]?.replace(/\\(.)/g, '$1') ?? plain[2]);
 }
 
 /** Cuts ids into requests that fit the present limit. */
@@ -105,15 +120,22 @@ function parts(ids) {
   return groups;
 }
 
+/** What a single PDF lacks of the entries: it holds those whose name it bears, or one that cannot be told. */
+function lacksOfOnePdf(sentName, entries) {
+  const missing = entries.filter((entry) => pdfNameOf(entry) !== sentName);
+  if (missing.length < entries.length) return { missing, shared: [] };
+  return { missing: [], shared: entries.length > 1 ? entries : [] };
+}
+
 /**
  * Checks that an answer is what it claims to be and holds something of what was asked for. Returns its type, and the
  * entries that it lacks or may lack.
  */
-async function inspect(blob, operation, entries) {
-  // Also the answer when another request holds the place where archives are packed.
-  if (!blob.size) throw new AnswerError('errorEmpty');
+async function inspect({ blob, sentName }, operation, entries) {
   const isPdf = operation === 'pdf';
-  if (isPdf && (await isWholePdf(blob))) return { type: 'pdf', missing: [], shared: [] };
+  // All that the usual answers say when something fails; strict ones say what.
+  if (!blob.size) throw new AnswerError(isPdf ? 'errorEmptyPdf' : 'errorEmpty');
+  if (isPdf && (await isWholePdf(blob))) return { type: 'pdf', ...lacksOfOnePdf(sentName, entries) };
   const members = await membersOf(blob);
   if (!members) throw new AnswerError(isPdf ? 'errorNoPdf' : 'errorNoArchive');
   const lacks = isPdf ? await lacksOfPdfs(blob, members, entries) : lacksOfDownload(members, entries);
@@ -121,12 +143,17 @@ async function inspect(blob, operation, entries) {
   return { type: 'zip', ...lacks };
 }
 
+/** Fetches an answer: { blob, sentName }. */
 async function transfer(operation, ids, job) {
   const blobs = [];
+  let sentName = null;
   let pieces = [];
   let held = 0;
   const { received, total } = await fetchPieces(`fileman.cgi${deliveryQuery(operation, ids)}`, {
     signal: job.signal,
+    onStart: ({ headers }) => {
+      sentName = attachmentName(headers.get('content-disposition') ?? '');
+    },
     onPiece(piece, soFar, whole) {
       pieces.push(piece);
       held += piece.length;
@@ -140,7 +167,7 @@ async function transfer(operation, ids, job) {
     },
   });
   if (total && received !== total) throw new AnswerError('errorBroken', { received });
-  return new Blob([...blobs, ...pieces]);
+  return { blob: new Blob([...blobs, ...pieces]), sentName };
 }
 
 function save(blob, name) {
@@ -152,6 +179,7 @@ function save(blob, name) {
   setTimeout(() => URL.revokeObjectURL(address), 60000);
 }
 
+/** A name for what holds these entries. */
 function fileName(operation, entries, type, part) {
   const day = new Intl.DateTimeFormat('sv').format(new Date());
   const many = `${t('resultFiles')}${operation === 'pdf' ? '-pdf' : ''}-${day}-${entries.length}`;
@@ -194,7 +222,7 @@ function noteLacks(job, { missing, shared }) {
   }
 }
 
-/** Fetches and saves part after part. `todo.entries` always holds what is still to come. */
+/** Fetches and saves part after part. `todo` always holds what is still to come (entries) and what did not (missing). */
 async function fetchAll(operation, todo, list, job) {
   const title = operation === 'pdf' ? 'converting' : 'packing';
   let groups = parts([...new Set(todo.entries.map((entry) => entry.sent))]);
@@ -204,9 +232,9 @@ async function fetchAll(operation, todo, list, job) {
   while (at < groups.length) {
     const text = t(title, { n: groups[at].length });
     job.start(groups.length > 1 ? `${text} (${t('part', { i: at + 1, n: groups.length })})` : text);
-    let blob;
+    let sent;
     try {
-      blob = await transfer(operation, groups[at], job);
+      sent = await transfer(operation, groups[at], job);
     } catch (error) {
       // A server with a shorter limit says so or just hangs up: the rest goes in smaller parts.
       const next = REQUEST_LIMITS[limit + 1];
@@ -219,14 +247,17 @@ async function fetchAll(operation, todo, list, job) {
     const ids = new Set(groups[at]);
     const isAsked = (entry) => ids.has(entry.sent);
     // An entry that was not chosen comes too when it bears the same identity.
-    const sent = list.filter((entry) => isAsked(entry) && !obstacle(entry, operation));
-    const answer = await inspect(blob, operation, sent);
+    const meant = list.filter((entry) => isAsked(entry) && !obstacle(entry, operation));
+    const answer = await inspect(sent, operation, meant);
     noteLacks(job, answer);
-    const name = fileName(operation, todo.entries.filter(isAsked), answer.type, groups.length > 1 ? `-${at + 1}` : '');
-    save(blob, name);
+    const missing = new Set(answer.missing);
+    const held = todo.entries.filter((entry) => isAsked(entry) && !missing.has(entry));
+    const name = fileName(operation, held, answer.type, groups.length > 1 ? `-${at + 1}` : '');
+    save(sent.blob, name);
+    todo.missing.push(...todo.entries.filter((entry) => missing.has(entry)));
     todo.entries = todo.entries.filter((entry) => !isAsked(entry));
     names.push(name);
-    sum += blob.size;
+    sum += sent.blob.size;
     at += 1;
   }
   return t('saved', { name: names.join(', '), size: size(sum) });
@@ -242,19 +273,21 @@ export async function deliver(operation, entries, list) {
   const job = task(t(operation === 'pdf' ? 'pdf' : 'download'));
   leftOutTexts(bad, operation).forEach(job.note);
   if (!good.length) {
-    job.end(t('nothingLeft'), { failed: true });
+    job.end(t('nothingLeft'), { state: 'failed' });
     return;
   }
-  const todo = { entries: good };
+  const todo = { entries: good, missing: [] };
+  const again = () => deliver(operation, [...todo.missing, ...todo.entries], list);
   try {
-    job.end(await fetchAll(operation, todo, list, job));
+    const text = await fetchAll(operation, todo, list, job);
+    job.end(text, { retry: todo.missing.length ? again : null });
   } catch (error) {
     const isCancelled = error.name === 'AbortError';
-    const n = good.length - todo.entries.length;
+    const n = good.length - todo.entries.length - todo.missing.length;
     if (n) job.note(t('savedBefore', { n }));
     job.end(isCancelled ? t('cancelled') : wording(error), {
-      failed: !isCancelled,
-      retry: isCancelled ? null : () => deliver(operation, todo.entries, list),
+      state: isCancelled ? 'cancelled' : 'failed',
+      retry: again,
     });
   }
 }

@@ -61,6 +61,10 @@ async function load(wanted, { push = true, kept = recallList(listingQuery(wanted
   };
   try {
     const list = await fetchList(addressOf(wanted), signal, showSize);
+    if (list.early && entries.length && listingQuery(wanted) === listingQuery(listing)) {
+      showNotice(t('endedEarlyKept'), () => load(wanted, { push, kept, find }));
+      return;
+    }
     listing = wanted;
     if (find !== null) frame.find.value = find;
     if (push) history.pushState(null, '', addressWith(listing));
@@ -87,18 +91,29 @@ function say(error) {
   return wording(error);
 }
 
-function complain(error, retry) {
+const complain = (error, retry) => showNotice(say(error), retry);
+
+/** Tells something above the list that stays there until it is closed or done again. */
+function showNotice(text, retry) {
   const { banner } = frame;
   const close = () => {
     banner.hidden = true;
   };
   banner.replaceChildren(
     icon('warn'),
-    el('span', { text: say(error) }),
+    el('span', { text }),
     button(t('retry'), { class: 'fm-button', press: retry }),
     button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: close }),
   );
   banner.hidden = false;
+}
+
+/** A list that is not all of the storage is told as such; what it holds is shown. */
+function tellGaps({ early, incomplete }) {
+  const texts = [];
+  if (early) texts.push(t('endedEarly', { n: entries.length }));
+  if (incomplete) texts.push(t('incomplete', { n: incomplete }));
+  if (texts.length) showNotice(texts.join(' '), () => load(listing, { push: false, kept: snapshot() }));
 }
 
 function takeList(list, kept) {
@@ -114,6 +129,7 @@ function takeList(list, kept) {
   grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
   if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
   grid.top = kept.top ?? 0;
+  tellGaps(list);
 }
 
 // ---- what is remembered

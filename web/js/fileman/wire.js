@@ -5,6 +5,7 @@
  * character a byte) wherever it must return to the instrument unchanged, and turned into text only to
  * be shown.
  */
+import { errorSentence } from './answers.js';
 
 const encoder = new TextEncoder();
 const decoder = new TextDecoder();
@@ -96,6 +97,17 @@ export class AnswerError extends Error {
   }
 }
 
+const REFUSALS = { 404: 'errorNotFound', 413: 'errorTooLong', 414: 'errorTooLong', 431: 'errorTooLong', 503: 'errorBusy' };
+
+/** Why an answer is none: by its status, and by the sentence that a strict one holds. */
+async function refusal(response) {
+  const { status } = response;
+  const sentence = await errorSentence(response);
+  // A server refuses a long request with 400 as well; the program itself says what it found wrong.
+  if (status === 400 && !sentence) return new AnswerError('errorTooLong', { status });
+  return new AnswerError(REFUSALS[status] ?? (sentence ? 'errorSaid' : 'errorStatus'), { status, sentence });
+}
+
 /**
  * Fetches an answer piece by piece. `onPiece(bytes, received, total)` sees every piece (total is 0 when
  * it is not declared); returning false ends the transfer early. Throws AnswerError or AbortError.
@@ -108,10 +120,7 @@ export async function fetchPieces(url, { signal, onStart, onPiece }) {
     if (error.name === 'AbortError') throw error;
     throw new AnswerError('errorNetwork');
   }
-  if (!response.ok) {
-    const refused = [400, 413, 414, 431].includes(response.status);
-    throw new AnswerError(refused ? 'errorTooLong' : 'errorStatus', { status: response.status });
-  }
+  if (!response.ok) throw await refusal(response);
   onStart?.(response);
   const coded = response.headers.get('content-encoding');
   const total = coded ? 0 : Number(response.headers.get('content-length')) || 0;
@@ -133,23 +142,30 @@ export async function fetchPieces(url, { signal, onStart, onPiece }) {
   }
 }
 
-/** Fetches a whole answer into one array of bytes. */
-export async function fetchBytes(url, { signal, onProgress } = {}) {
-  const pieces = [];
-  const { received } = await fetchPieces(url, {
-    signal,
-    onPiece: (piece, soFar) => {
-      pieces.push(piece);
-      onProgress?.(soFar);
-    },
-  });
-  const bytes = new Uint8Array(received);
+function join(pieces) {
+  const bytes = new Uint8Array(pieces.reduce((sum, { length }) => sum + length, 0));
   let at = 0;
   for (const piece of pieces) {
     bytes.set(piece, at);
     at += piece.length;
   }
   return bytes;
+}
+
+/** Fetches a whole answer into one array of bytes. The error of an answer that broke off holds `bytes`: what has come. */
+export async function fetchBytes(url, { signal, onStart, onProgress } = {}) {
+  const pieces = [];
+  const onPiece = (piece, soFar) => {
+    pieces.push(piece);
+    onProgress?.(soFar);
+  };
+  try {
+    await fetchPieces(url, { signal, onStart, onPiece });
+  } catch (error) {
+    if (error.key === 'errorBroken') error.bytes = join(pieces);
+    throw error;
+  }
+  return join(pieces);
 }
 
 /** Page bytes as { text, raw }: text, or (raw) one character a byte when they are no UTF-8. */

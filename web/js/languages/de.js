@@ -155,11 +155,30 @@ export default {
   errorTooLong: 'Die Anfrage ist zu lang für das Messgerät. Weniger Einträge wählen.',
   errorBroken: 'Die Antwort brach nach {size} ab. Nichts wurde gespeichert.',
   errorEmpty:
-    'Das Messgerät sandte nichts: Es ist mit einer anderen Anfrage beschäftigt, oder die Dateien sind weg. Nichts wurde gespeichert.',
+    'Das Messgerät sandte nichts: Es ist mit einer anderen Anfrage beschäftigt, zum Packen fehlt Platz, oder die Dateien sind weg. Nichts wurde gespeichert.',
+  errorEmptyPdf:
+    'Das Messgerät sandte nichts: Die Umwandlung schlug fehl, es ist mit einer anderen Anfrage beschäftigt, es fehlt Platz, oder die Dateien sind weg. Nichts wurde gespeichert.',
+  errorNotFound: 'Das Messgerät findet das nicht mehr. Liste neu lesen.',
+  errorBusy: 'Das Messgerät ist mit einer anderen Anfrage beschäftigt. Gleich noch einmal versuchen.',
+  errorSaid: 'Das Messgerät konnte nicht antworten (Fehler {status}): „{sentence}“',
   errorNone: 'Die Antwort enthält keinen der gewählten Einträge ganz. Nichts wurde gespeichert.',
   errorNoArchive: 'Die Antwort ist kein vollständiges Archiv. Nichts wurde gespeichert.',
   errorNoPdf: 'Die Antwort ist kein vollständiges PDF. Nichts wurde gespeichert.',
   errorPage: 'Das Messgerät antwortete mit etwas anderem als der Liste.',
   errorGone: 'Das Messgerät sandte keinen Inhalt: Die Datei ist vielleicht entfernt.',
+  endedEarly: [
+    'Die Liste endete zu früh: {n} Eintrag ist angekommen, der Rest fehlt.',
+    'Die Liste endete zu früh: {n} Einträge sind angekommen, der Rest fehlt.',
+  ],
+  endedEarlyKept: 'Die Liste endete zu früh. Sie sehen die Liste von vorher.',
+  incomplete: [
+    'Das Messgerät konnte {n} Stelle seines Speichers nicht lesen; Einträge können fehlen.',
+    'Das Messgerät konnte {n} Stellen seines Speichers nicht lesen; Einträge können fehlen.',
+  ],
+  errorListBroken: 'Die Liste brach nach {size} ab, vor ihrem ersten Eintrag.',
+  stateDone: 'gespeichert',
+  statePartial: 'gespeichert, aber nicht alles',
+  stateCancelled: 'abgebrochen',
+  stateFailed: 'fehlgeschlagen',
   retry: 'Noch einmal',
 };

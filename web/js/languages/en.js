@@ -155,11 +155,31 @@ export default {
   errorModule: 'The instrument could not answer (error {status}). It may not know the module “{module}”.',
   errorTooLong: 'The request is too long for the instrument. Choose fewer entries.',
   errorBroken: 'The answer broke off after {size}. Nothing was saved.',
-  errorEmpty: 'The instrument sent nothing: it is busy with another request, or the files are gone. Nothing was saved.',
+  errorEmpty:
+    'The instrument sent nothing: it is busy with another request, it has no room for packing, or the files are gone. Nothing was saved.',
+  errorEmptyPdf:
+    'The instrument sent nothing: its converter failed, it is busy with another request, it has no room, or the files are gone. Nothing was saved.',
+  errorNotFound: 'The instrument does not find this any more. Read the list again.',
+  errorBusy: 'The instrument is busy with another request. Try again in a moment.',
+  errorSaid: 'The instrument could not answer (error {status}): “{sentence}”',
   errorNone: 'The answer holds none of the chosen entries whole. Nothing was saved.',
   errorNoArchive: 'The answer is no whole archive. Nothing was saved.',
   errorNoPdf: 'The answer is no whole PDF. Nothing was saved.',
   errorPage: 'The instrument answered with something else than the list.',
   errorGone: 'The instrument sent no content: the file may have been removed.',
+  endedEarly: [
+    'The list ended early: {n} entry has arrived, the rest is missing.',
+    'The list ended early: {n} entries have arrived, the rest is missing.',
+  ],
+  endedEarlyKept: 'The list ended early. You see the list from before.',
+  incomplete: [
+    'The instrument could not read {n} place of its storage, so entries may be missing.',
+    'The instrument could not read {n} places of its storage, so entries may be missing.',
+  ],
+  errorListBroken: 'The list broke off after {size}, before its first entry.',
+  stateDone: 'saved',
+  statePartial: 'saved, but not everything',
+  stateCancelled: 'cancelled',
+  stateFailed: 'failed',
   retry: 'Try again',
 };
