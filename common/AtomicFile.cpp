@@ -15,28 +15,28 @@
 
 namespace {
 
-constexpr auto kNoOwner = static_cast<uid_t>(-1); // leave it as it is
+constexpr auto kNoOwner = static_cast<uid_t>(-1); // fchown keeps the owner
 
 bool takeOverAttributes(int file, const std::string& from) {
     struct stat status = {};
     if (::stat(from.c_str(), &status) != 0)
         return false;
-    // Only root may give files away: another writer's file becomes the writer's, and keeps its group when the
-    // writer is a member of it. Before fchmod, since a change of owner clears the set-id bits.
+    // Only root may give files away. For any other writer, the new file belongs to the writer, and it keeps
+    // the old group if the writer is a member. fchown comes before fchmod, because it clears the set-id bits.
     if (::fchown(file, status.st_uid, status.st_gid) != 0 &&
         (errno != EPERM || (::fchown(file, kNoOwner, status.st_gid) != 0 && errno != EPERM)))
         return false;
     return ::fchmod(file, status.st_mode & 07777) == 0;
 }
 
-// Content, attributes and durability of the new file, before any name points at it.
+// Writes content and attributes of the new file to disk, before it gets its final name.
 bool fillNewFile(UniqueFd& file, const std::string& target, std::string_view content) {
     return takeOverAttributes(file.get(), target) && writeAll(file.get(), content) &&
            ::fsync(file.get()) == 0 && file.reset() == 0;
 }
 
-// Makes the file that bears the temporary name the target, and that durable. The directory is opened first:
-// what can fail should fail as long as the old file stands.
+// Renames the temporary file to the target and writes the directory to disk. The directory is opened first: a
+// step that can fail should fail while the old file is still in place.
 bool moveInto(const std::string& target, const std::string& temporary) {
     const std::string path = CCommUtils::absFilePath(target) + "/";
     const UniqueFd directory(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -60,7 +60,7 @@ bool replaceFile(const std::string& path, std::string_view content) {
     }
     if (!fillNewFile(file, target, content) || !moveInto(target, temporary)) {
         reportErrno("cannot replace", target, errno);
-        // No longer there when only the last step failed.
+        // The temporary name no longer exists when only the last step failed.
         ::unlink(temporary.c_str());
         return false;
     }

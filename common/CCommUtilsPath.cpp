@@ -11,10 +11,10 @@
 
 namespace {
 
-// The first line of the file, 127 bytes and no zero byte at most, or "".
+// Reads the first line of the file: at most 127 bytes, and up to a zero byte. Returns "" on failure.
 std::string readFirstLine(const std::string& path) {
     constexpr std::size_t kLongestLine = 127;
-    // Without O_NONBLOCK a FIFO in the file's place would hold the caller for ever.
+    // Without O_NONBLOCK the open of a FIFO would block for ever.
     const UniqueFd file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     std::array<char, kLongestLine> text{};
     std::size_t size = 0;

@@ -35,8 +35,8 @@ int CCommUtils::cgiUnescapeChars(char** out, const char* in, int length) {
     char* end = decoded;
     State state = State::Plain;
     int value = 0;
-    // Whatever stands in the two digit places counts as digits, '+' and '%' included. This is intentional:
-    // the decoder never refuses a request.
+    // The two bytes after '%' always count as digits, even '+' and '%'. This is intentional: the decoder
+    // never refuses a request.
     for (int i = 0; i < length; ++i) {
         const char c = in[i];
         if (state == State::FirstDigit) {

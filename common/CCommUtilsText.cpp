@@ -4,7 +4,8 @@
 
 namespace {
 
-// What tolower does here, since no program of ours leaves the "C" locale; lookups spend their time in it.
+// The same as tolower in the "C" locale, which none of our programs leaves. The lookups spend their time
+// here.
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

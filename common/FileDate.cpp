@@ -14,7 +14,7 @@ constexpr char kNoDateTime[] = "0000-00-00 00:00:00";
 
 constexpr char kTask[] = "tell the date of";
 
-// False with errno set after a failure.
+// Returns false with errno set on failure.
 bool askSystem(int directory, const char* path, std::time_t& time) {
     struct stat status;
     if (retryInterrupted([&] { return ::fstatat(directory, path, &status, AT_SYMLINK_NOFOLLOW); }) != 0)
@@ -23,7 +23,7 @@ bool askSystem(int directory, const char* path, std::time_t& time) {
     return true;
 }
 
-// Where the system fails, the library takes UTC for the zone and says nothing.
+// Reports a failure to read the time zone: the C library would silently use UTC.
 bool readZone() {
     errno = 0;
     ::tzset();
@@ -54,9 +54,9 @@ std::time_t changeTimeIn(const std::string& path, int directory, const char* fil
     return time;
 }
 
-// "%04d-%02d-%02d %02d:%02d:%02d", without the cost of printf: every listed file gets one.
+// The format is "%04d-%02d-%02d %02d:%02d:%02d". printf would be slower, and every listed file has a date.
 std::string formatDateTime(std::time_t time) {
-    // Read once; localtime would look at the zone again for every date.
+    // The zone is read once. localtime (unlike localtime_r) would read it again for every date.
     static const bool zoneIsRead = readZone();
     std::string text = kNoDateTime;
     std::tm local = {};

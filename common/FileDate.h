@@ -4,14 +4,15 @@
 #include <limits>
 #include <string>
 
-// Stands for a status-change time that nobody could tell.
+// The value for a status-change time that could not be read.
 inline constexpr std::time_t kUnknownTime = std::numeric_limits<std::time_t>::min();
 
-// When the status of the file itself last changed (lstat: a link is not followed); kUnknownTime when lstat
-// fails, with a line on standard error unless there is no such file.
+// Returns the status-change time of the file itself (lstat: a link is not followed). Returns kUnknownTime
+// when lstat fails, with a line on standard error unless the file is missing.
 std::time_t changeTime(const std::string& path);
-// The same for a file of the directory at path, which is open or, for AT_FDCWD, the working directory.
+// The same for a file in an open directory. path is the path of the directory, directory its descriptor or
+// AT_FDCWD.
 std::time_t changeTimeIn(const std::string& path, int directory, const char* fileName);
 
-// "YYYY-MM-DD hh:mm:ss" in local time, zeros in that shape for kUnknownTime.
+// Returns "YYYY-MM-DD hh:mm:ss" in local time. For kUnknownTime all digits are zero.
 std::string formatDateTime(std::time_t time);

@@ -1,7 +1,8 @@
 #pragma once
 
-// The paths that are part of the instrument's interface. They are fixed: nothing configures them, and tests
-// reach them through a private mount namespace. All are absolute, and none ends in a slash unless it says so.
+// The fixed paths that are part of the instrument's interface. No setting changes them; tests use them in a
+// private mount namespace. All are absolute unless the comment says otherwise. Only kStagingRoot ends in a
+// slash.
 namespace paths {
 
 inline constexpr char kHome[] = "/home";
@@ -27,21 +28,21 @@ inline constexpr char kCpriDir[] = "/home/cpri";
 inline constexpr char kCpriPort1Dir[] = "/home/cpri/p1";
 inline constexpr char kCpriPort2Dir[] = "/home/cpri/p2";
 
-// Below kHome, as configured directories are: the OTU3 ports of the 100G module.
+// Relative to kHome, like configured directories: the OTU3 ports of the 100G module.
 inline constexpr char kOtu3ResultsBelowHome[] = "fileman/100ge/ktw-rslt/otu3port";
 inline constexpr char kOtu3ProfilesBelowHome[] = "fileman/100ge/ktw-prof/otu3port";
 
-// Where deliveries put their files together, among those of everybody else.
+// The places where deliveries collect their files. Every user of the machine can write in /tmp.
 inline constexpr char kStagingRoot[] = "/tmp/";
 inline constexpr char kDownloadDir[] = "/tmp/download";
 inline constexpr char kDownloadArchive[] = "/tmp/tarn_download.zip";
-// The lock files lie outside the directories that a delivery empties.
+// The lock files are outside the directories that a delivery empties.
 inline constexpr char kDownloadLock[] = "/tmp/.tarn_download.lock";
 inline constexpr char kPdfDir[] = "/tmp/pdf";
 inline constexpr char kPdfArchive[] = "/tmp/tarn_pdf.zip";
 inline constexpr char kPdfLock[] = "/tmp/.tarn_pdf.lock";
 inline constexpr char kPdfTaskList[] = "/tmp/htm2pdf_task_list";
-// The task list until it is whole.
+// The task list has this name until it is complete.
 inline constexpr char kNewPdfTaskList[] = "/tmp/.htm2pdf_task_list.new";
 inline constexpr char kPdfConverter[] = "/usr/local/ktb/bin/htm2pdf";
 

@@ -12,8 +12,8 @@
 void report(std::string_view what, std::string_view subject, std::string_view why) {
     std::string line = "fileman: ";
     line.append(what).append(" ").append(withoutControlBytes(subject)).append(": ").append(why).append("\n");
-    // One write, so that the lines of processes that share a log do not mix; a log that refuses is no
-    // failure.
+    // One write call, so that the lines of processes that share a log do not mix. A failed write is ignored:
+    // there is no other place to report it.
     if (retryInterrupted([&] { return ::write(STDERR_FILENO, line.data(), line.size()); }) < 0)
         return;
 }

@@ -9,6 +9,6 @@ void report(std::string_view what, std::string_view subject, std::string_view wh
 // The same with the text of an errno value as the reason.
 void reportErrno(std::string_view what, std::string_view subject, int errorNumber);
 
-// The same, but in silence when the value says that nothing is there, or nothing that this user may see or
-// reach by that path: such places are skipped as a rule. True for the others, failures of the system.
+// The same, but writes nothing when the value says that the path is missing or not accessible to this user:
+// the program skips such places. Returns true for every other value, which is a failure of the system.
 bool reportUnlessAbsent(std::string_view what, std::string_view subject, int errorNumber);

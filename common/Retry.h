@@ -2,8 +2,7 @@
 
 #include <cerrno>
 
-// Makes a system call again as long as a signal interrupts it; returns what it returned, -1 with errno after
-// a failure.
+// Repeats a system call while a signal interrupts it (EINTR). Returns the result of the last call.
 template<typename Call>
 auto retryInterrupted(Call&& call) {
     auto result = call();

@@ -21,10 +21,11 @@ public:
     explicit operator bool() const { return m_fd >= 0; }
     int get() const { return m_fd; }
 
-    // Hands the descriptor over to the caller, who closes it.
+    // Returns the descriptor to the caller, who must close it.
     int release() { return std::exchange(m_fd, -1); }
 
-    // Returns what close(2) returned, 0 when nothing was open: a writer must look at it.
+    // Closes the descriptor. Returns the result of close(2), or 0 when nothing was open. A writer must check
+    // it.
     int reset() { return m_fd < 0 ? 0 : ::close(release()); }
 
 private:

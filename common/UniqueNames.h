@@ -8,8 +8,8 @@
 #include <unordered_set>
 #include <utility>
 
-// Names in the order first added, without duplicates. Indexed: what asks for a name on each directory of a
-// tree must not walk a list of thousands.
+// A list of names without duplicates, in the order in which they were first added. It has an index, because
+// some callers look for a name once for each directory of a tree, and the list may hold thousands.
 class UniqueNames {
 public:
     UniqueNames() = default;
@@ -18,14 +18,14 @@ public:
         for (const std::string& name : names)
             add(name);
     }
-    // The index points into the names.
+    // Not copied, because the index points into the names.
     UniqueNames(const UniqueNames&) = delete;
     UniqueNames& operator=(const UniqueNames&) = delete;
     UniqueNames(UniqueNames&&) = default;
     UniqueNames& operator=(UniqueNames&&) = default;
     ~UniqueNames() = default;
 
-    // False when the name stood there already.
+    // Returns false when the list already has the name.
     bool add(const std::string& name) {
         if (contains(name))
             return false;
@@ -46,9 +46,9 @@ public:
     void clear() { *this = UniqueNames(); }
 
 private:
-    // To walk so many costs less than one look-up in an index.
+    // A walk through this many names is faster than one lookup in the index.
     static constexpr std::size_t kFew = 8;
 
     std::list<std::string> m_names;
-    std::unordered_set<std::string_view> m_index; // empty as long as there are few
+    std::unordered_set<std::string_view> m_index; // empty up to kFew names
 };

@@ -20,7 +20,7 @@ bool writeAll(int fd, std::string_view text) {
         if (count > 0) {
             text.remove_prefix(static_cast<std::size_t>(count));
         } else if (count == 0) {
-            errno = EIO; // a device that takes nothing would be asked for ever
+            errno = EIO; // without this, a device that accepts no byte would cause an endless loop
             return false;
         } else if (!mayWriteAgain(fd, errno)) {
             return false;

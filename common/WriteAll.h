@@ -2,10 +2,10 @@
 
 #include <string_view>
 
-// Writes the whole text to a descriptor, however many write(2) calls it takes. False with errno set when the
-// system refuses.
+// Writes the whole text to a descriptor, with as many write(2) calls as needed. Returns false with errno set
+// on failure.
 bool writeAll(int fd, std::string_view text);
 
-// Whether a call that failed to write to the descriptor may be made again: it was interrupted, or the
-// descriptor was full and does not block; then it can take something now.
+// Whether a failed write to the descriptor may be repeated. True when the write was interrupted. When a
+// non-blocking descriptor was full, this function first waits until it accepts data, then returns true.
 bool mayWriteAgain(int fd, int errorNumber);
