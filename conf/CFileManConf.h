@@ -12,13 +12,14 @@
 class CompanionBudget;
 class TiXmlDocument;
 
-// The document that CFileManConf::loadConf keeps open; null when there is none.
+// The document that CFileManConf::loadConf keeps in memory; null when there is none.
 extern TiXmlDocument* g_pXmlDoc;
 
-// The instrument's result configuration: the document's vocabulary, what of it was found on disk, and the
-// document's stored filter state. Class-level operations only; the state is process-wide and not locked.
+// The instrument's result configuration. It holds the names that the document declares, the lists of names
+// that were found on disk, and the filter state that the document stores. All functions are static. Their
+// state belongs to the process and has no lock.
 //
-// "Lookups" compare without regard to letter case, walk in key order, and return "" when nothing matches.
+// A lookup ignores letter case, takes the first match in key order, and returns "" when nothing matches.
 class CFileManConf {
 public:
     // Sections of the primary filter. The numbers are part of the interface.
@@ -28,11 +29,11 @@ public:
 
     static std::string getConfPath();
     static std::string getConfFileName();
-    // Adds the document's entries to the vocabulary; the first entry of a key stays. False when there is no
-    // such document, it does not parse or has no filter element; what was read before stays.
+    // Adds the document's entries to the vocabulary. The first entry of a key stays. Returns false when the
+    // document is missing, does not parse or has no filter element; then the vocabulary does not change.
     static bool readConf(const std::string& path);
-    // Keeps the parsed document in g_pXmlDoc. True at once when one is kept already, else whether it parsed
-    // (it is kept even when it did not).
+    // Parses the document and keeps it in g_pXmlDoc. Returns whether it parsed; it is kept in both cases.
+    // Does nothing and returns true when a document is already kept.
     static bool loadConf(const std::string& path);
     static void releaseConf();
     // Whether value is exactly "true".
@@ -40,7 +41,7 @@ public:
 
     // --- lookups (ConfLookups.cpp) ---
 
-    // Mode whose result or profile directory this is. The exact word "ktr" gives the first mode.
+    // The mode whose result or profile directory has this name. The exact word "ktr" gives the first mode.
     // This is intentional.
     static std::string getModeName(const std::string& dirName);
     static std::string getTypeName(const std::string& typeKey);
@@ -50,19 +51,21 @@ public:
     static std::string portName2Label(const std::string& name);
     static std::string modeLabel2DirName(const std::string& label, bool isResult);
     static std::string typeLabel2DirName(const std::string& label, bool isResult);
-    // "10GE M2" gives "10gport" and "10GE M1" gives "10gport2": crossed on purpose. The flag is not used.
+    // "10GE M2" gives "10gport" and "10GE M1" gives "10gport2". This exchange is intentional. The flag is not
+    // used.
     static std::string portLabel2DirName(const std::string& label, bool isResult);
     static std::string modeLabel2ModeName(const std::string& label);
     static std::string typeLabel2Key(const std::string& label);
 
-    // Records by exact key. An unknown key throws std::out_of_range after a line on standard error.
+    // These find a record by its exact key. For an unknown key they write a line on standard error and throw
+    // std::out_of_range.
     static const _ModeInfo& getModeInfo(const std::string& name);
     static const _TypeInfo& getTypeInfo(const std::string& key);
     static const _PortInfo& getPortInfo(const std::string& name);
     static const _ClassInfo& getClassInfo(const std::string& name);
     static const ModuleInfo& getModuleInfo(const std::string& name);
 
-    // The whole maps; a caller that needs them to stay as they are copies them.
+    // The whole maps. They may change later; a caller that needs the present state copies them.
     static const std::map<std::string, _ModeInfo>& getModesInfo();
     static const std::map<std::string, _TypeInfo>& getTypesInfo();
     static const std::map<std::string, _PortInfo>& getPortsInfo();
@@ -71,11 +74,11 @@ public:
     static const std::map<std::string, CommonOptInfo>& getCommonModuleInfo();
     static const std::list<ExtraDirInfo>& getExtraDirList();
     static void getExtraDirList(std::list<ExtraDirInfo>& out);
-    // Those of one mode of a module, in list order; valid until the document is read again.
+    // The extra directories of one mode of a module, in list order. Valid until the document is read again.
     static const std::vector<const ExtraDirInfo*>& getExtraDirs(const std::string& module,
                                                                 const std::string& mode);
 
-    // These append the names or keys of the configuration, without those that the list holds already.
+    // These append the names or keys of the configuration, except those that the list already has.
     static void getAllModeNames(std::list<std::string>& out);
     static void getAllTypeNames(std::list<std::string>& out);
     static void getAllTypeKeys(std::list<std::string>& out);
@@ -84,21 +87,22 @@ public:
     // The same for the keys of all types of one name.
     static void getTypeKeys(std::list<std::string>& out, const std::string& typeName);
 
-    // Always "".
+    // Always returns "".
     static std::string getVerNum(const std::string& text);
 
-    // Port of a directory name: less its last four characters when it holds any of the letters p, o, r, t
-    // (not the word, which is intentional), looked up as a port key. "Unknown" for "".
+    // Returns the port of a directory name, or "Unknown" for "". If the name contains any of the letters p,
+    // o, r or t, its last four characters are removed; the rest is looked up as a port key. The test for
+    // single letters instead of the word is intentional.
     static std::string str2Port(const std::string& name);
-    // The same less the last n characters.
+    // The same, but always removes the last n characters.
     static std::string str2Port(const std::string& name, int n);
-    // Less the last n characters, no lookup. "Unknown" for "".
+    // Returns the name without its last n characters, or "Unknown" for "". It is not looked up.
     static std::string str2Type(const std::string& name, int n);
 
     // --- what was found on disk (ConfCurrent.cpp) ---
 
     static void addCurrentMode(const std::string& name);
-    // Also files the type under the mode added last.
+    // Also adds the type to the list of the mode that was added last.
     static void addCurrentType(const std::string& name);
     static void addCurrentPort(const std::string& name);
     static void addCurrentModule(const std::string& name);
@@ -108,35 +112,37 @@ public:
     static void getCurrentPort(std::list<std::string>& out);
     static void getCurrentModule(std::list<std::string>& out);
     static void getTypeByModeName(std::list<std::string>& out, const std::string& mode);
-    // Appends what the list does not hold yet.
+    // Appends the keys that the list does not have yet.
     static void getCurrentTypeKeys(std::list<std::string>& out);
-    // Whether the mode was found on disk; when none was, whether it is configured.
+    // Whether the mode was found on disk. When no mode was found, whether it is configured.
     static bool isCurrentMode(const std::string& name);
-    // True when types were added under the mode before and this one was not among them.
+    // Adds the type to the list of the mode. Does nothing and returns false when the mode has no list yet or
+    // its list already has the type.
     static bool addTypeToMode(const std::string& type, const std::string& mode);
     static void clearCurrentModes();
     static void clearCurrentTypes();
     static void clearCurrentPorts();
     static void clearCurrentModules();
-    // Modes, types and ports; modules stay.
+    // Clears modes, types and ports, but not modules.
     static void clearCurrentAll();
 
-    // Keeps the scan's record of a module; the first record of a module stays. For "40GE" the type lists
-    // stored before are merged into info, and only there.
+    // Stores what the scan found for a module. The first record of a module stays. For "40GE" the type lists
+    // of the stored record are merged into info, and only there.
     static void addScanModuleInfo(const std::string& module, ScanModuleToModeInfo& info);
     static const std::map<std::string, ScanModuleToModeInfo>& getScanModuleInfo();
 
-    // Writes title and items to standard output, for debugging.
+    // Writes title and items to standard output. For debugging.
     static void dump(const std::string& title, const std::list<std::string>& items);
 
     // --- check marks of the primary filter (ConfCheckState.cpp) ---
 
     static std::string checkState2Str(bool state);
-    // Changes the mark in memory and in the document, which is rewritten even when no entry has the name.
-    // False for an invalid type, and when the document cannot be parsed or replaced (memory has changed
-    // then).
+    // Changes the mark in memory and in the document. The document is rewritten even when no entry has the
+    // name. Returns false for an invalid type. Also returns false when the document cannot be parsed or
+    // replaced; the mark in memory has changed then.
     static bool setFilterChecked(FilterType type, const std::string& name, bool state);
-    // Every class, mode, type and port. False when the document cannot be parsed or replaced.
+    // The same for every class, mode, type and port. Returns false when the document cannot be parsed or
+    // replaced.
     static bool setAllFilterChecked(bool state);
     // These append.
     static void getCheckedClasses(std::list<std::string>& out);
@@ -146,7 +152,7 @@ public:
     static void getCheckedPorts(std::list<std::string>& out);
     static void getCheckedModules(std::list<std::string>& out);
     static bool isTypeChecked(const std::string& typeName);
-    // The slots of types and ports are crossed on purpose; nothing sets them.
+    // The slots of types and ports are exchanged. This is intentional; nothing sets them.
     static bool getAllChecked(FilterType type);
 
     // --- the filter of a request ---
@@ -155,13 +161,16 @@ public:
 
     // --- advanced information (ConfAdvance.cpp) ---
 
-    // What the file at path says about itself; info as it is when there is nothing to read.
+    // Reads the advanced information that the file at path stores. Returns info with these fields, or info
+    // unchanged when the file stores none.
     static _AdvanceInfo getAdvInfo(_AdvanceInfo info, const std::string& path);
-    // The same for one of many files, within the budget that they share.
+    // The same for one of many files, which share the budget.
     static _AdvanceInfo getAdvInfo(_AdvanceInfo info, const std::string& path, CompanionBudget& budget);
+    // Whether a file with this advanced information passes the filter.
     static bool advMatch(const _AdvanceInfo& filter, const _AdvanceInfo& file);
-    // The stored state of the advanced filter and the choices on offer.
+    // Reads the stored state of the advanced filter, and the choices that the document offers.
     static void getAdvanceInfo(_AdvanceInfo& info);
-    // 1 after the document was replaced, 0 when it could not be parsed or replaced.
+    // Stores the state of the advanced filter. Returns 1, or 0 when the document could not be parsed or
+    // replaced.
     static int saveAdvanceInfo(const _AdvanceInfo& info);
 };

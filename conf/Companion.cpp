@@ -14,13 +14,13 @@ namespace {
 
 constexpr char kTask[] = "read document";
 
-// To read and search a byte, for each unit of cost.
+// Reading and searching this many bytes costs one unit of the budget.
 constexpr std::size_t kBytesReadPerUnit = 8;
 
-// The parser takes hardly longer for so few than the search for the element's name.
+// For a file of this size or less, parsing takes hardly longer than the search for the element's name.
 constexpr std::size_t kFewBytes = 1024;
 
-// The content, when the parser has to look at it.
+// Returns the content if it may contain the element and must be parsed.
 std::optional<std::string> readCompanion(const std::string& path, CompanionBudget& budget,
                                          xml::Failure& failure) {
     std::optional<std::string> content = xml::readContent(path, xml::kLargestCompanion, failure);

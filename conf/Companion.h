@@ -6,15 +6,15 @@
 
 class TiXmlDocument;
 
-// The element, a child of the root, in which a file tells its advanced information. Letter case is ignored.
+// The child element of the root in which a file stores its advanced information. Letter case is ignored.
 inline constexpr char kStoredInfoElement[] = "ktb_advinfo";
 
-// What one request may spend on the files that it asks for their advanced information. 100,000 files of 4 kB
-// are within it; no storage tree makes a request read for more than some seconds.
+// Limits the work of one request on files that may store advanced information. 100,000 files of 4 kB are
+// within the limit. So no storage tree can make a request read for more than a few seconds.
 class CompanionBudget {
 public:
-    // False from the first time on that more is asked for than is left; that gets a line on standard error,
-    // in which path is the file that it is for. Costs are those of xml::parseCost.
+    // Takes cost, in units of xml::parseCost, from the budget for the file at path. Returns false when less
+    // is left, and in every later call. The first time it also writes a line on standard error.
     bool spend(std::size_t cost, const std::string& path);
 
 private:
@@ -24,7 +24,7 @@ private:
     bool m_isExhausted = false;
 };
 
-// The file at path, when it may tell advanced information; else null: when there is none in it, when it is no
-// document or one of more than 1 MiB, or when the budget is spent. In silence but for the latter and failures
-// of the system: any listed file can be asked.
+// Parses the file at path if it may store advanced information. Returns null when it stores none, is not an
+// XML document, has more than 1 MiB, or when the budget is spent. Only a spent budget and failures of the
+// system are reported: the caller may pass any listed file.
 std::unique_ptr<TiXmlDocument> loadCompanion(const std::string& path, CompanionBudget& budget);

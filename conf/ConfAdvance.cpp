@@ -35,8 +35,8 @@ void readStored(_AdvanceInfo& info, const TiXmlElement& element) {
     info.hasAdvance = !isBlank(info);
 }
 
-// Calls visit(element) for each advinfo element in the root's first child element, by position and not by
-// name. This is intentional, and unlike readConf.
+// Calls visit(element) for each advinfo element in the first child element of the root, whatever its name.
+// Unlike readConf, this goes by position. This is intentional.
 template<typename Visitor>
 void forEachAdvInfo(TiXmlDocument& document, Visitor&& visit) {
     TiXmlElement* const filter = document.RootElement()->FirstChildElement();
@@ -48,14 +48,14 @@ void forEachAdvInfo(TiXmlDocument& document, Visitor&& visit) {
     });
 }
 
-// What a chooser offers, each name once, and which of it is chosen.
+// The names that a chooser offers, without duplicates, and the chosen one.
 struct Choices {
     std::list<std::string>& names;
     std::string& chosen;
     UniqueNames known{names};
 };
 
-// The last one marked becomes chosen.
+// The last entry with a mark is the chosen one.
 void readChoices(const TiXmlElement& chooser, Choices& choices) {
     xml::forEachChild(chooser, [&](const TiXmlElement& entry) {
         const std::string name = attribute(entry, "name");
@@ -108,8 +108,8 @@ bool contains(const std::string& text, const std::string& part) {
     return part.empty() || CCommUtils::isContains(text, part);
 }
 
-// Only the word "None" restricts, and then the file's field has to contain it; a real choice lets every file
-// pass. This is the opposite of what one expects, and intentional.
+// Only the choice "None" restricts: the file's field must contain this word. With any other choice every file
+// passes. This is the opposite of what one expects, and intentional.
 bool passesChooser(const std::string& choice, const std::string& field) {
     return !isNone(choice) || CCommUtils::isContains(field, choice);
 }

@@ -14,7 +14,7 @@ namespace {
 constexpr CFileManConf::FilterType kCheckedTypes[] = {CFileManConf::FT_CLASS, CFileManConf::FT_MODE,
                                                       CFileManConf::FT_TYPE, CFileManConf::FT_PORT};
 
-// The document's section of a filter type; null for modules, whose marks nothing changes.
+// The document's section for a filter type. Null for modules, whose marks never change.
 const char* sectionOf(CFileManConf::FilterType type) {
     switch (type) {
     case CFileManConf::FT_CLASS:
@@ -41,8 +41,8 @@ void setChecked(std::map<std::string, Record>& map, const std::string& key, bool
 void setTypeChecked(const std::string& name, bool state) {
     std::list<std::string> names;
     CFileManConf::getAllTypeNames(names);
-    // The name has to stand exactly so in the vocabulary; the first type that equals it changes.
-    // This is intentional.
+    // The vocabulary must contain exactly this name. Then the first type whose name is equal without regard
+    // to case changes. This is intentional.
     if (!CCommUtils::isContains(names, name))
         return;
     auto& types = confState().s_confTypeMap;
@@ -68,8 +68,8 @@ void setMemory(CFileManConf::FilterType type, const std::string& name, bool stat
     }
 }
 
-// Calls visit(entry) for each entry of each section of that name. The sections stand in the root's first
-// child element, by position and not by name. This is intentional, and unlike readConf.
+// Calls visit(entry) for each entry of each section of that name. The sections are in the first child element
+// of the root, whatever its name. Unlike readConf, this goes by position. This is intentional.
 template<typename Visitor>
 void forEachEntry(TiXmlDocument& document, const char* section, Visitor&& visit) {
     TiXmlElement* const filter = document.RootElement()->FirstChildElement();
@@ -81,7 +81,7 @@ void forEachEntry(TiXmlDocument& document, const char* section, Visitor&& visit)
     });
 }
 
-// In memory, every type that has one of the names, which are in lower case.
+// Sets the mark in memory of every type that has one of these names, which are in lower case.
 void setEveryTypeChecked(const std::set<std::string>& names, bool state) {
     for (auto& [key, type] : confState().s_confTypeMap) {
         if (names.count(CCommUtils::lowerCase(type.name)) != 0)
@@ -89,7 +89,7 @@ void setEveryTypeChecked(const std::set<std::string>& names, bool state) {
     }
 }
 
-// Appends chosen(entry) of the checked entries whose current(entry) was found on disk.
+// Appends chosen(entry) for each checked entry whose current(entry) was found on disk.
 template<typename Record, typename Current, typename Chosen>
 void appendChecked(std::list<std::string>& out, const std::map<std::string, Record>& map,
                    const UniqueNames& found, Current&& current, Chosen&& chosen) {

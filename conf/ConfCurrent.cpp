@@ -114,8 +114,8 @@ void CFileManConf::addScanModuleInfo(const std::string& module, ScanModuleToMode
     auto& scanInfo = confState().s_scanInfo;
     if (CCommUtils::isEquals(module, "40GE")) {
         const auto stored = scanInfo.find("40GE");
-        // Only the type lists merge, and only in the caller's record: the stored modes would have to be
-        // inserted where entries already stand, which changes nothing. This is intentional.
+        // Only the type lists are merged, and only in the caller's record: emplace below does not change a
+        // stored record. This is intentional.
         if (stored != scanInfo.end()) {
             mergeInto(info.profTypes, stored->second.profTypes);
             mergeInto(info.rsltTypes, stored->second.rsltTypes);

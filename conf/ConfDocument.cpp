@@ -44,7 +44,7 @@ void readCommonOption(const TiXmlElement& entry) {
     confState().s_confCommonModuleMap.emplace(option.test_name, std::move(option));
 }
 
-// A later half of the same kind overwrites directory and flag and adds to the list.
+// A second half of the same kind replaces directory and flag, and adds to the list.
 void readHalf(ModeOptInfo& option, const TiXmlElement& half) {
     if (valueEquals(half, "test_name", "Profile")) {
         option.prof_dir_name = attribute(half, "dir_name");
@@ -103,9 +103,9 @@ void readExtraDir(const TiXmlElement& entry) {
          attribute(entry, "key"), valueEquals(entry, "test_name", "Result"), attribute(entry, "dir_name")});
 }
 
-// The sections of the filter element; a section is its entries, its own attributes are not read.
+// The sections of the filter element. The attributes of a section itself are not read.
 struct SectionReader {
-    const char* section; // matched with regard to letter case
+    const char* section; // the exact name, with its letter case
     void (*readEntry)(const TiXmlElement&);
 };
 constexpr SectionReader kSectionReaders[] = {
@@ -149,7 +149,8 @@ bool CFileManConf::readConf(const std::string& path) try {
     xml::forEachChild(*filter, readSection);
     return true;
 } catch (const std::string& why) {
-    // Part of the response by design: the page tells that it was made without the whole configuration.
+    // This line is part of the response. It is intentional: the page then says that the configuration is not
+    // complete.
     std::printf("Catch load xml exception:%s\n", why.c_str());
     return false;
 } catch (const std::bad_alloc&) {

@@ -14,7 +14,7 @@ std::string fieldOf(const Record* record, std::string Record::*field) {
     return record == nullptr ? std::string() : record->*field;
 }
 
-// std::map::at that tells the server's log which key it was: nobody catches the exception.
+// Like std::map::at, but it also writes the key to the log, because nothing catches the exception.
 template<typename Record>
 const Record& checked(const std::map<std::string, Record>& map, const std::string& key, const char* kind) {
     const auto found = map.find(key);
@@ -25,12 +25,12 @@ const Record& checked(const std::map<std::string, Record>& map, const std::strin
     return found->second;
 }
 
-// A negative count cuts nothing.
+// A negative count removes nothing.
 std::string cutLast(const std::string& name, int n) {
     return CCommUtils::cutLast(name, n < 0 ? 0 : static_cast<std::size_t>(n));
 }
 
-// Appends the map's keys but for those that stand there already.
+// Appends the keys of the map, except those that out already has.
 template<typename Record>
 void appendKeys(std::list<std::string>& out, const std::map<std::string, Record>& map) {
     const UniqueNames before(out);
@@ -47,7 +47,8 @@ constexpr char kUnknown[] = "Unknown";
 std::string CFileManConf::getModeName(const std::string& dirName) {
     ConfState& state = confState();
     const auto& modes = state.s_confModeMap;
-    // "ktr" directories belong to the first mode, whatever its configured directories. This is intentional.
+    // A directory "ktr" belongs to the first mode, whatever directories that mode declares. This is
+    // intentional.
     if (dirName == "ktr")
         return modes.empty() ? std::string() : modes.begin()->first;
     const _ModeInfo* const byResult = state.indices.modeByResultDir.find(modes, dirName);
@@ -88,7 +89,7 @@ std::string CFileManConf::typeLabel2DirName(const std::string& label, bool isRes
 }
 
 std::string CFileManConf::portLabel2DirName(const std::string& label, bool /*isResult*/) {
-    // Crossed on purpose: the second module's port has the plain directory name.
+    // This exchange is intentional: the port of the second module has the plain directory name.
     if (CCommUtils::isEquals(label, "10GE M2"))
         return "10gport";
     if (CCommUtils::isEquals(label, "10GE M1"))
@@ -202,7 +203,7 @@ std::string CFileManConf::str2Port(const std::string& name) {
     constexpr int kPortWordLength = 4;
     if (name.empty())
         return kUnknown;
-    // Any one of the letters counts, not the word. This is intentional.
+    // This tests for any of the four letters, not for the word. This is intentional.
     const bool cuts = name.find_first_of("port") != std::string::npos;
     return getPortName(cuts ? cutLast(name, kPortWordLength) : name);
 }

@@ -4,20 +4,21 @@
 #include <map>
 #include <string>
 
-// The entries of the configuration document. Field order is part of the interface; it is not the document's
-// order (the suffix pairs stand the other way round there).
+// The entries of the configuration document. The order of the fields is part of the interface. It is not the
+// order in the document, where the suffix pairs are the other way round.
 
 struct _ClassInfo {
     std::string name;
     bool checked = false;
 };
 
-// Where one test mode of one module stores its files: a profile half and a result half of the same shape.
+// The directories in which one test mode of one module stores its files. The profile half and the result half
+// have the same fields.
 struct ModeOptInfo {
     std::string mode_name;
     std::string prof_dir_name;        // below the storage root; empty when the mode has no profiles
-    bool prof_under_port_dir = false; // true: port directories below it; false: fixed ones or the files
-    std::list<std::string> prof_list; // directory names that the half accepts
+    bool prof_under_port_dir = false; // true: it has port directories; false: type directories or files
+    std::list<std::string> prof_list; // the directory names that the half accepts
     std::string rslt_dir_name;
     bool rslt_under_port_dir = false;
     std::list<std::string> rslt_list;
@@ -65,7 +66,7 @@ struct _PortInfo {
     bool checked = false;
 };
 
-// One further directory of results or profiles outside the regular tree.
+// One additional directory of results or profiles outside the regular tree.
 struct ExtraDirInfo {
     std::string module;
     std::string mode;

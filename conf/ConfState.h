@@ -11,7 +11,7 @@
 #include "conf/FieldIndex.h"
 #include "conf/ScanRecords.h"
 
-// For the lookups, which loops over directories and records use.
+// Indices for the lookups, which are called once for each directory or record.
 struct ConfIndices {
     FieldIndex<_ModeInfo> modeByName{&_ModeInfo::name};
     FieldIndex<_ModeInfo> modeByLabel{&_ModeInfo::label};
@@ -25,7 +25,7 @@ struct ConfIndices {
     ExtraDirIndex extraDirs;
 };
 
-// The state behind CFileManConf. Only sources of this folder include this header; everybody else asks the
+// The state behind CFileManConf. Only the sources of this folder include this header; all others call the
 // class.
 struct ConfState {
     // Filled by CFileManConf::readConf.
@@ -37,13 +37,13 @@ struct ConfState {
     std::map<std::string, _PortInfo> s_confPortMap;
     std::list<ExtraDirInfo> s_extraDirInfoList; // document order, duplicates kept
 
-    // Filled by the scans of the storage tree, in the order first found, without duplicates.
+    // Filled by the scans of the storage tree: without duplicates, in the order in which they were found.
     UniqueNames s_curModeList;
     UniqueNames s_curTypeList;
     UniqueNames s_curPortList;
     UniqueNames s_curModuleList;
     std::map<std::string, UniqueNames> s_modeTypeMap; // mode name to type names
-    std::string s_modeName;                           // the mode added last
+    std::string s_modeName;                           // the mode that was added last
     std::map<std::string, ScanModuleToModeInfo> s_scanInfo;
 
     std::array<bool, 5> s_allChecked{};
@@ -53,5 +53,5 @@ struct ConfState {
 
 ConfState& confState();
 
-// For tests that need a fresh process's state.
+// Restores the state of a new process. For tests.
 void resetConfState();

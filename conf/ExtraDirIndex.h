@@ -9,9 +9,9 @@
 #include "common/CCommUtils.h"
 #include "conf/ConfRecords.h"
 
-// Finds the extra directories of a module's mode, both without regard to letter case, in list order. Each
-// mode looks for its own, and a document may declare 100,000. The list may grow between two calls, but
-// nothing goes.
+// Finds the extra directories of a module's mode, in list order. Letter case of both names is ignored. An
+// index is needed because every mode looks for its own directories, and a document may declare 100,000.
+// Between two calls the list may grow, but no entry may be removed.
 class ExtraDirIndex {
 public:
     using Group = std::vector<const ExtraDirInfo*>;
@@ -26,7 +26,7 @@ public:
     }
 
 private:
-    // No value of the document holds the zero byte between the two.
+    // The zero byte separates the two names, because no value of a document contains one.
     static std::string keyOf(const std::string& module, const std::string& mode) {
         return CCommUtils::lowerCase(module).append(1, '\0').append(CCommUtils::lowerCase(mode));
     }
@@ -39,5 +39,5 @@ private:
     }
 
     std::unordered_map<std::string, Group> m_groups;
-    std::size_t m_indexed = 0; // how many directories the list had
+    std::size_t m_indexed = 0; // the length of the list when it was indexed
 };

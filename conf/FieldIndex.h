@@ -7,8 +7,8 @@
 
 #include "common/CCommUtils.h"
 
-// Finds the first record, in key order, one field of which equals a text without regard to letter case. The
-// map may grow between two calls, but nothing goes and the field of no record changes.
+// Finds the first record, in key order, whose field equals a text. Letter case is ignored. Between two calls
+// the map may grow, but no record may be removed and the field of no record may change.
 template<typename Record>
 class FieldIndex {
 public:
@@ -16,7 +16,7 @@ public:
 
     explicit FieldIndex(std::string Record::*field) : m_field(field) {}
 
-    // Null when no record has that text.
+    // Returns null when no record matches.
     const Record* find(const Map& map, const std::string& text) {
         if (m_indexed != map.size())
             index(map);
@@ -34,5 +34,5 @@ private:
 
     std::string Record::*m_field;
     std::unordered_map<std::string, const Record*> m_first; // by the field in lower case
-    std::size_t m_indexed = 0;                              // how many records the map had
+    std::size_t m_indexed = 0;                              // the size of the map when it was indexed
 };

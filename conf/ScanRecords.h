@@ -10,7 +10,8 @@ struct ScanModeToPortInfo {
     std::map<std::string, std::list<std::string>> rsltPorts;
 };
 
-// What one module has on disk: type keys without duplicates in the order found, and the ports of each mode.
+// What one module has on disk: its type keys, without duplicates, in the order in which they were found, and
+// the ports of each mode.
 struct ScanModuleToModeInfo {
     std::list<std::string> profTypes;
     std::list<std::string> rsltTypes;

@@ -23,11 +23,11 @@ namespace {
 
 constexpr char kTask[] = "rewrite document";
 
-// Ten seconds. A writer needs a few milliseconds: who waits longer waits for somebody who will not go.
+// The waits add up to ten seconds. A writer needs a few milliseconds, so after this time the lock is stuck.
 constexpr int kMostWaits = 2000;
 constexpr auto kWait = std::chrono::milliseconds(5);
 
-// 0, or an errno value: EWOULDBLOCK when the lock is still held by others.
+// Returns 0, or an errno value. It is EWOULDBLOCK when another process still holds the lock.
 int takeLock(int directory) {
     for (int waits = 0; retryInterrupted([&] { return ::flock(directory, LOCK_EX | LOCK_NB); }) != 0;
          ++waits) {
@@ -38,7 +38,7 @@ int takeLock(int directory) {
     return 0;
 }
 
-// None after a line on standard error.
+// Returns no descriptor, with a line on standard error, on failure.
 UniqueFd lockDirectory(const std::string& path) {
     UniqueFd directory(
         retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
@@ -52,7 +52,7 @@ UniqueFd lockDirectory(const std::string& path) {
     return {};
 }
 
-// What the parser made of it, to compare by.
+// The document as text, to compare two documents.
 std::string printed(const TiXmlDocument& document) {
     TiXmlPrinter printer;
     printer.SetStreamPrinting(); // without the indentation, which may be longer than the document
@@ -60,7 +60,8 @@ std::string printed(const TiXmlDocument& document) {
     return printer.Str();
 }
 
-// The content with the attribute values of document; nothing when it would not be read back as document.
+// Returns content with the attribute values of document, or nullopt when the result would not be read back as
+// document.
 std::optional<std::string> rewritten(const std::string& content, const TiXmlDocument& document) {
     TiXmlDocument before, after;
     xml::Failure failure;

@@ -11,8 +11,9 @@ namespace xml {
 struct Failure;
 }
 
-// A document while its attribute values are changed. Its directory is locked (flock) as long as this lives,
-// so that the changes of several processes follow one another; not the file, which each of them replaces.
+// Opens a document to change its attribute values. Its directory is locked (flock) during the lifetime of
+// this object, so that several processes make their changes one after the other. The file itself cannot be
+// locked, because each process replaces it.
 class XmlEdit {
 public:
     // Loads the file at path, which may be a link. Waits up to ten seconds for other writers.
@@ -21,13 +22,14 @@ public:
     XmlEdit& operator=(const XmlEdit&) = delete;
     ~XmlEdit();
 
-    // Null after a line on standard error: locked by others, refused, not well-formed, or without a root that
-    // the parser sees. Without a line when there is no file.
+    // Returns null when the document is locked by others, over a limit, not well-formed, or has no root that
+    // the parser sees; these are reported on standard error. Also returns null when there is no file.
     TiXmlDocument* document() const { return m_document.get(); }
 
-    // Gives the file the attribute values of the document, atomically; every other byte stays. False after a
-    // line on standard error, and the file is as it was: when it was changed by a writer that does not lock,
-    // when a value cannot stand in XML or would not be read back, and when the system refuses.
+    // Writes the attribute values of the document into the file, atomically. Every other byte stays. Returns
+    // false, with a line on standard error and the file unchanged, when a writer without the lock has changed
+    // the file, when a value is not allowed in XML or would be read back differently, or when the system
+    // fails.
     bool save();
 
 private:
@@ -35,6 +37,6 @@ private:
 
     std::string m_path; // links resolved
     UniqueFd m_lock;
-    std::string m_content; // of the file, as it was loaded or saved
+    std::string m_content; // the file's content when it was last loaded or saved
     std::unique_ptr<TiXmlDocument> m_document;
 };

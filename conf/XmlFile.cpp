@@ -20,10 +20,10 @@
 
 namespace {
 
-// The parser looks at so many bytes behind a text that breaks off within a UTF-8 character.
+// The parser reads up to this many bytes after the end of a text that ends inside a UTF-8 character.
 constexpr std::size_t kBytesBehind = 4;
 
-// False with errno set after a failure.
+// Returns false with errno set on failure.
 bool readBytes(int file, std::string& content) {
     std::size_t size = 0;
     while (size < content.size()) {
@@ -39,7 +39,7 @@ bool readBytes(int file, std::string& content) {
     return true;
 }
 
-// "\n" for "\r\n" and "\r", in place.
+// Replaces "\r\n" and "\r" by "\n", in place.
 void makeLineFeeds(std::string& text) {
     std::size_t size = text.find('\r');
     if (size == std::string::npos)
@@ -53,7 +53,7 @@ void makeLineFeeds(std::string& text) {
     text.resize(size);
 }
 
-// What the parser is to see: the text up to its first zero byte with line feeds for its line ends.
+// Prepares the text for the parser: it ends at the first zero byte, and every line ends in a line feed.
 void normalise(std::string& text) {
     text.resize(std::min(text.find('\0'), text.size()));
     makeLineFeeds(text);
@@ -63,11 +63,11 @@ void normalise(std::string& text) {
 } // namespace
 
 std::optional<std::string> xml::readContent(const std::string& path, off_t largest, Failure& failure) try {
-    // Without O_NONBLOCK a FIFO in the file's place would hold the request for ever.
+    // Without O_NONBLOCK the open of a FIFO would block for ever.
     const UniqueFd file(
         retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
     struct stat status = {};
-    // ENXIO: a socket, which open(2) refuses; status is that of no regular file then.
+    // open(2) refuses a socket with ENXIO. Then status is all zero, which is not the mode of a regular file.
     if ((!file && errno != ENXIO) || (file && ::fstat(file.get(), &status) != 0)) {
         failure.errorNumber = errno;
         return std::nullopt;
@@ -95,7 +95,7 @@ bool xml::parse(TiXmlDocument& document, std::string text, Failure& failure, Roo
         failure.why = limit;
         return false;
     }
-    document.SetTabSize(0); // nobody asks for lines and columns, which cost a tenth of the parser's time
+    document.SetTabSize(0); // no line and column numbers: they are not used and cost a tenth of the time
     document.Parse(text.c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
     if (document.Error())
         failure.why = std::string("it is not well-formed, ") + document.ErrorDesc();

@@ -9,40 +9,40 @@
 class TiXmlDocument;
 class TiXmlElement;
 
-// The one way to TinyXML. What the parser cannot cope with is refused before it sees it: anything but a
-// regular file, and what passes the limits of XmlLimits.h. A document for which memory runs out is refused
-// as well.
+// All documents reach TinyXML through these functions. They refuse what the parser cannot handle, before the
+// parser sees it: anything except a regular file, and any text over the limits of XmlLimits.h. They also
+// refuse a document when memory runs out.
 namespace xml {
 
-// Why there is no document: an errno value when the system refused, else what is wrong with the file.
+// The reason for a failure: an errno value when the system failed, otherwise a text about the file.
 struct Failure {
     int errorNumber = 0;
     std::string why;
 };
 
-// The content of the regular file at path, which has largest bytes at most.
+// Reads the regular file at path if it has at most largest bytes.
 std::optional<std::string> readContent(const std::string& path, off_t largest, Failure& failure);
 
-// Whether a document has to have a root element that the parser sees.
+// Whether a document must have a root element that the parser sees.
 enum class Root { Needed, Optional };
 
-// Parses text into document; false when it is refused, not well-formed or lacks a needed root (what was
-// parsed until then may stay in document).
+// Parses text into document. Returns false when the text is over a limit, not well-formed or lacks a needed
+// root. Then document may contain the part that was parsed before the failure.
 bool parse(TiXmlDocument& document, std::string text, Failure& failure, Root root = Root::Needed);
 
-// Both, for a file of 16 MiB at most. A failure gets one line on standard error, unless there is no file.
+// Reads and parses a file of at most 16 MiB. A failure is reported on standard error, except a missing file.
 bool parseFile(TiXmlDocument& document, const std::string& path, Root root = Root::Needed);
 
-// The same as a new document, or null.
+// The same with a new document as result, or null on failure.
 std::unique_ptr<TiXmlDocument> load(const std::string& path);
 
-// The line of parseFile, for whoever reads or uses a document in another way.
+// Writes the line that parseFile writes. For callers that read or use a document in another way.
 void reportFailure(const std::string& path, const Failure& failure);
 
-// The attribute's value; "" when the element lacks it.
+// Returns the value of an attribute, or "" when the element lacks it.
 std::string attribute(const TiXmlElement& element, const char* name);
 
-// Whether the element's name equals name without regard to letter case.
+// Whether the element has this name. Letter case is ignored.
 bool isNamed(const TiXmlElement& element, const char* name);
 
 // Calls visit(element) for each child element in document order.

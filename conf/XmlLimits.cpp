@@ -10,34 +10,35 @@
 namespace {
 
 constexpr int kDeepestNesting = 128;
-// Less than so many bytes cannot hold more start tags than that: most files that tell about results.
+// A text of fewer bytes cannot contain more start tags than that. Most companions are smaller.
 constexpr std::size_t kHarmless = kDeepestNesting * std::string_view("<x>").size();
 constexpr std::size_t kMostAttributes = 256;
 constexpr std::string_view kTooManyAttributes = "an element has more than 256 attributes";
-// All in one element, so many cost the parser a tenth of a second: they can be counted when it is done, which
-// is far cheaper than the walk along the tags.
+// With this many attributes in one element the parser takes a tenth of a second. So up to this number they
+// are counted after parsing, which is far cheaper than to walk along the tags before.
 constexpr std::size_t kFewAttributes = 4096;
-// Of the 64 MiB that a request may take; the rest is the program's own.
+// The part for a document in the 64 MiB that a request may use. The rest is for the program itself.
 constexpr std::size_t kMostMemory = std::size_t{56} * 1024 * 1024;
 
-// What one byte can cost at most in memory, copies in the records that are made of the document included.
-constexpr std::size_t kMemoryOfElement = 640;  // '<': an element, the text behind it, a record
+// The largest memory that one byte of the text can cause, with its copies in the records of the
+// configuration.
+constexpr std::size_t kMemoryOfElement = 640;  // '<': an element, the text after it, a record
 constexpr std::size_t kMemoryOfValue = 256;    // '=': an attribute; ',': an entry of a list
-constexpr std::size_t kMemoryOfReference = 16; // '&': no memory but time, which is short for 16 MiB of them
-constexpr std::size_t kMemoryOfText = 3;       // a text that grows is held three times for a moment
+constexpr std::size_t kMemoryOfReference = 16; // '&': time rather than memory; this bounds it
+constexpr std::size_t kMemoryOfText = 3;       // while a string grows, three copies of the text exist
 
 std::size_t count(const std::string& text, char byte) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), byte));
 }
 
-// An upper bound: it counts what looks like a tag, attribute or list, wherever it stands.
+// An upper bound: it counts every byte that looks like part of a tag, attribute or list.
 std::size_t mostMemory(const std::string& text) {
     return text.size() * kMemoryOfText + count(text, '<') * kMemoryOfElement +
            (count(text, '=') + count(text, ',')) * kMemoryOfValue + count(text, '&') * kMemoryOfReference;
 }
 
-// An upper bound of the elements that can be open at once: to open one, the parser has to stand at a '>', and
-// it never does so behind a '/'.
+// An upper bound of the number of elements that are open at the same time: the parser opens an element only
+// at a '>' without a '/' before it.
 int mostOpenElements(const std::string& text) {
     int open = 0;
     for (std::size_t end = text.find('>'); end != std::string::npos; end = text.find('>', end + 1))
@@ -52,7 +53,7 @@ std::string_view xml::passedLimit(const std::string& text) {
         return {};
     if (text.size() > kMostMemory / kMemoryOfElement && mostMemory(text) > kMostMemory)
         return "it needs too much memory";
-    // Most documents are so small that they cannot pass the other limits.
+    // Most documents are so small that they cannot exceed the other limits.
     if (mostOpenElements(text) < kDeepestNesting && count(text, '=') <= kFewAttributes)
         return {};
     XmlTags tags(text);

@@ -8,23 +8,24 @@
 
 class TiXmlElement;
 
-// What a document may hold. The text is tested before the parser sees it: the parser recurses with each
-// nested element, compares each attribute with all before it in its element, and holds as much as it is
-// given.
+// The limits of a document. The text is tested before the parser sees it, because the parser recurses for
+// each nested element, compares each attribute with all earlier ones of its element, and has no limit of
+// memory.
 namespace xml {
 
 // In bytes.
 inline constexpr off_t kLargestFile = off_t{16} * 1024 * 1024;
 inline constexpr off_t kLargestCompanion = off_t{1} * 1024 * 1024;
 
-// Why the parser must not see the text: which limit it passes. Nothing when it may.
+// Returns the limit that the text exceeds, as a text for a message, or "" when the parser may see the text.
 std::string_view passedLimit(const std::string& text);
 
-// The same for what the parser made of a text that it may see: a few attributes too many are found only here.
+// The same test on a parsed document. It finds an element with slightly too many attributes, which the test
+// of the text leaves to it.
 std::string_view passedLimit(const TiXmlElement& root);
 
-// An upper bound of the time that the parser takes for a text within the limits, in units of some 10 ns on a
-// processor of 2020.
+// Returns an upper bound of the parser's time for a text within the limits. The unit is about 10 ns on a
+// processor of the year 2020.
 std::size_t parseCost(const std::string& text);
 
 } // namespace xml

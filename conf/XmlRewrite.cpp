@@ -59,8 +59,8 @@ std::string quoted(std::string_view value) {
     return text + "\"";
 }
 
-// Appends to out the values of one start tag that differ, with the text before, between and behind them as it
-// stands; from is where out ends in the text. Returns where it ends then.
+// Appends the changed values of one start tag to out, and the unchanged text before and between them. from is
+// the position in text up to which out is complete. Returns the new position.
 std::size_t appendValues(std::string& out, std::size_t from, const std::string& text, const XmlTags& tags,
                          const TiXmlElement& before, const TiXmlElement& after) {
     const TiXmlAttribute* old = before.FirstAttribute();
@@ -75,7 +75,7 @@ std::size_t appendValues(std::string& out, std::size_t from, const std::string& 
     return from;
 }
 
-// Appends the attributes that the tag lacks, behind its last one or else in front of what ends it.
+// Appends the attributes that the tag lacks, after its last attribute or before the end of the tag.
 std::size_t appendNew(std::string& out, std::size_t from, const std::string& text, const XmlTags& tags,
                       const TiXmlElement& before, const TiXmlElement& after) {
     const bool isEmpty = text[tags.end() - 2] == '/';
@@ -105,14 +105,14 @@ std::ptrdiff_t attributeCount(const TiXmlElement& element) {
     return count;
 }
 
-// What a strict parser takes the document for: UTF-8 unless it declares another encoding.
+// Whether a strict parser reads the document as UTF-8: it does unless the document declares another encoding.
 bool isUtf8(const TiXmlDocument& document) {
     const TiXmlDeclaration* const declaration = document.FirstChild()->ToDeclaration();
     const std::string encoding = declaration == nullptr ? "" : declaration->Encoding();
     return encoding.empty() || CCommUtils::isEquals(encoding, "UTF-8");
 }
 
-// Whether the values of after that differ may stand in a document; else no strict parser would read it again.
+// Whether the changed values are allowed in XML. With other values no strict parser would read the document.
 bool holdsXmlText(const TiXmlElement& after, const TiXmlElement& before, bool isUtf8) {
     for (const TiXmlAttribute* now = after.FirstAttribute(); now != nullptr; now = now->Next()) {
         const char* const old = before.Attribute(now->Name());

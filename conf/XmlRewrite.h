@@ -5,9 +5,10 @@
 
 class TiXmlDocument;
 
-// The text from which before was parsed, with the attribute values in which after differs from before: a
-// value is replaced where it stands, a new attribute goes to the end of its tag, all other bytes stay. The
-// parser's own printer would lose what it does not know. Nothing when the three do not belong together, or
-// when a new value cannot stand in a document.
+// Returns text with the attribute values of after. text is what before was parsed from; after has the same
+// elements with other attribute values. A changed value is replaced in its place, a new attribute is added at
+// the end of its tag, and all other bytes stay. The parser's own printer would change line ends, blanks and
+// quotes, and would lose what the parser does not know. Returns nullopt when the three do not belong
+// together, or when a new value is not allowed in XML.
 std::optional<std::string> withAttributesOf(const TiXmlDocument& after, const TiXmlDocument& before,
                                             const std::string& text);

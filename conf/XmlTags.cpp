@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// How many bytes the parser takes for one UTF-8 character; whether they belong to it is not looked at.
+// How many bytes the parser takes for one UTF-8 character. It does not check the bytes after the first.
 std::size_t sequenceLength(char lead) {
     const auto byte = static_cast<unsigned char>(lead);
     if (byte < 0xC2 || byte > 0xF4)
@@ -30,7 +30,7 @@ bool XmlTags::isAt(std::size_t position, std::string_view word) const {
     return m_text.compare(position, word.size(), word) == 0;
 }
 
-// In UTF-8 three characters of three bytes are blanks for the parser.
+// In UTF-8 the parser also takes three characters of three bytes as blanks.
 bool XmlTags::isBlank(std::size_t position) const {
     if (std::isspace(static_cast<unsigned char>(m_text[position])) != 0)
         return true;
@@ -39,12 +39,12 @@ bool XmlTags::isBlank(std::size_t position) const {
 }
 
 bool XmlTags::isAtStartTag() const {
-    // The parser takes every byte from 0x7f on as a letter.
+    // The parser takes every byte from 0x7f up as a letter.
     const auto byte = static_cast<unsigned char>(m_position + 1 < m_text.size() ? m_text[m_position + 1] : 0);
     return byte >= 0x7f || byte == '_' || std::isalpha(byte) != 0;
 }
 
-// The position behind one character of text or of a quoted value, the text's end at most.
+// Returns the position after one character of text or of a quoted value.
 std::size_t XmlTags::characterEnd(std::size_t position) const {
     const char c = m_text[position];
     if (c == '&' && m_text[position + 1] == '#')
@@ -53,7 +53,7 @@ std::size_t XmlTags::characterEnd(std::size_t position) const {
     return std::min(position + length, m_text.size());
 }
 
-// Outside the root the parser stops at anything but blanks.
+// Outside the root the parser stops at any character that is not blank.
 void XmlTags::skipText() {
     while (m_position < m_text.size() && m_text[m_position] != '<') {
         if (m_depth == 0 && !isBlank(m_position))
@@ -68,7 +68,7 @@ void XmlTags::skipPast(std::size_t from, std::string_view end) {
     m_position = found == std::string::npos ? m_text.size() : found + end.size();
 }
 
-// Left to the parser: which of a declaration's values it reads as such depends on their names.
+// The parser itself reads a declaration, because the names in it decide which values it reads.
 void XmlTags::skipDeclaration() {
     TiXmlDeclaration declaration;
     const char* const begin = m_text.c_str();
@@ -91,7 +91,7 @@ XmlTag XmlTags::readEndTag() {
     return XmlTag::End;
 }
 
-// From behind the '=' to behind the value. Without quotes it ends at a blank, '/' or '>'.
+// Reads the value after a '='. Without quotes a value ends at a blank, '/' or '>'.
 void XmlTags::readValue() {
     while (m_position < m_text.size() && isBlank(m_position))
         m_position = characterEnd(m_position);
@@ -124,7 +124,7 @@ XmlTag XmlTags::readStartTag() {
             return isEmpty ? XmlTag::Empty : XmlTag::Start;
         }
     }
-    // The text breaks off here. The parser reads the attributes before it finds out.
+    // The text ends inside this tag. The parser reads the attributes before it notices that.
     return XmlTag::Start;
 }
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-// A part of a text: the offsets of its first byte and of the byte behind its last one.
+// A part of a text: the offset of its first byte, and the offset after its last byte.
 struct TextRange {
     std::size_t begin;
     std::size_t end;
@@ -14,20 +14,20 @@ struct TextRange {
 
 enum class XmlTag { Start, Empty, End };
 
-// The tags of a text where TinyXML sees them, without its recursion. The parser has readings of its own that
-// hide or show tags to a reader of plain bytes, so this one follows them: in UTF-8 a lead byte takes the
-// bytes behind it unseen, and "&#" takes everything up to the next ';'.
+// Finds the tags of a text exactly where TinyXML sees them, but without recursion. TinyXML differs from a
+// plain search for '<', and this class follows it: in UTF-8 a lead byte skips the bytes of its sequence
+// without a check, and "&#" skips everything up to the next ';'.
 class XmlTags {
 public:
-    // The text must outlive this.
+    // The text must live longer than this object.
     explicit XmlTags(const std::string& text);
 
-    // The next tag; nothing where the parser stops, at the end of the text at the latest. A start tag that
-    // the text breaks off in counts.
+    // Returns the next tag, or nullopt where the parser stops. A start tag that the end of the text cuts off
+    // counts.
     std::optional<XmlTag> next();
 
-    // Of the tag that next gave: the elements open behind it, where it ends, and its attributes' values with
-    // their quotes, in the order of the text.
+    // About the tag that next returned: the number of open elements after it, its end, and its attribute
+    // values with their quotes, in the order of the text.
     int depth() const { return m_depth; }
     std::size_t end() const { return m_position; }
     const std::vector<TextRange>& values() const { return m_values; }

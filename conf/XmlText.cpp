@@ -5,7 +5,7 @@
 
 namespace {
 
-// RFC 3629: the lead byte's fixed bits, the length, and the smallest character written so.
+// RFC 3629: the fixed bits of the lead byte, the length, and the smallest character of this form.
 struct Utf8Form {
     unsigned mask;
     unsigned lead;

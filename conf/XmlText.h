@@ -2,7 +2,6 @@
 
 #include <string_view>
 
-// Whether every character of the text may stand in a document, written as it is or as a reference: XML 1.0,
-// production Char. In UTF-8 the bytes have to be characters; in other encodings only the control characters
-// below the blank are looked at.
+// Whether XML allows every character of the text, as it is or as a reference (XML 1.0, production Char).
+// UTF-8 must be valid. In other encodings only the control characters below 0x20 are checked.
 bool isXmlText(std::string_view text, bool isUtf8);
