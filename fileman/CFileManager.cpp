@@ -32,7 +32,7 @@ void listDirectory(const std::string& path, std::list<std::string>& out) {
 
 } // namespace
 
-// Each part knows those above it only.
+// Each part uses only the parts above it.
 struct CFileManager::Parts {
     StorageTree tree{paths::kHome};
     StartUpScan scan{tree};
@@ -88,7 +88,7 @@ void CFileManager::loadResults(std::list<_ResultInfo*>& out) {
     getLoadedResults(out);
 }
 
-// The filter's flags say what is loaded, here as in loadResults.
+// The same as loadResults: in both the flags of the filter decide what is loaded.
 void CFileManager::loadProfiles(std::list<_ResultInfo*>& out) {
     loadResults(out);
 }
@@ -98,7 +98,7 @@ void CFileManager::loadScreenShots(std::list<_ResultInfo*>& out) {
     getLoadedResults(out);
 }
 
-// The modules come first: a missing one leaves everything as it is.
+// The modules are looked up first, so that a missing module changes nothing.
 void CFileManager::reload(bool results, bool profiles) {
     const LoadPipeline::Modules modules = m_parts->pipeline.modules();
     m_parts->filter.selectEverything(results, profiles);
@@ -171,7 +171,7 @@ int CFileManager::loadMtieResult() {
 
 void CFileManager::scanFilters() {
     finishScan();
-    // What is loaded points into the listings until its records are made.
+    // The loaded list points into the listings. So its records are made before the listings are forgotten.
     std::list<_ResultInfo*> records;
     getLoadedResults(records);
     m_parts->files.advanced().forget();

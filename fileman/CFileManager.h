@@ -17,16 +17,16 @@
 
 class CFileManager;
 
-// The one result store of the process, set by its constructor; null before.
+// The one result store of the process. Its constructor sets this pointer; before that it is null.
 extern CFileManager* g_FileMan;
 
-// The result store: scans the storage tree and loads what a filter selects into result records. This is its
-// interface; the work is done in load/, scan/, names/ and disk/.
+// The result store: scans the storage tree, and loads the records that a filter selects. This class is the
+// interface; the classes in load/, scan/, names/ and disk/ do the work.
 //
-// The store reads every directory at most once from one scanFilters to the next and takes later answers from
-// what it read: it is made for one request. Not for threads. Missing and unreadable directories are skipped
-// in silence at every level; failures of the system get a line on standard error. Records come in the order
-// of the directory listings and live until the process ends (the lists never own them).
+// The store serves one request. Between two calls of scanFilters it reads each directory at most once and
+// remembers it. It is not safe for use by several threads. A missing or unreadable directory is skipped
+// silently at every level; a failure of the system is reported on standard error. Records are in the order of
+// the directory listings. They live until the process ends; the lists do not own them.
 class CFileManager {
 public:
     CFileManager();
@@ -36,38 +36,38 @@ public:
 
     // --- loading (load/LoadPipeline.h) ---
 
-    // Everything that the configuration knows, whatever the filter said except for its modules.
+    // Loads everything that the configuration declares. Of the filter only the modules count.
     void loadAll(std::list<_ResultInfo*>& out);
-    // The same, but only the records whose identifier is chosen, and no dates of the others.
+    // The same, but keeps only the records whose identifier is chosen. Dates of the others are not read.
     void loadChosen(std::list<_ResultInfo*>& out, const std::function<bool(const std::string& id)>& isChosen);
     void loadAllResults(std::list<_ResultInfo*>& out);
     void loadAllProfiles(std::list<_ResultInfo*>& out);
-    // What the active filter selects.
+    // These load what the active filter selects.
     void loadResults(std::list<_ResultInfo*>& out);
     void loadProfiles(std::list<_ResultInfo*>& out);
-    // The screenshots, appended to what is loaded already.
+    // Adds the screenshots to the loaded list.
     void loadScreenShots(std::list<_ResultInfo*>& out);
-    // loadAllResults without a list, for callers that look at the rows by forEachLoaded.
+    // loadAllResults without a list. For callers that read the rows by forEachLoaded.
     void loadAllResults();
 
     void getFilter(_ResultFilter& filter) const;
     void setFilter(const _ResultFilter& filter);
 
-    // Reads the configuration and scans the storage tree: once, before anything else.
+    // Reads the configuration and scans the storage tree. Call it once, before anything else.
     void scanFilters();
-    // To be called before scanFilters: the scan waits until the store needs what it finds. Whoever looks at
-    // the current lists of CFileManConf then calls finishScan first. scan/StartUpScan.h says why.
+    // Call this before scanFilters to delay the scan until the store needs its result. Then finishScan must
+    // be called before the current lists of CFileManConf are read. scan/StartUpScan.h gives the reason.
     void deferScan();
     void finishScan();
 
-    // Empties the loaded list; the records stay.
+    // Clears the loaded list. The records stay in memory.
     void clearLoaded();
     // Copies the loaded list.
     void getLoadedResults(std::list<_ResultInfo*>& out) const;
-    // Shows each loaded record in order, without the memory that holding all of them takes.
+    // Calls visitor with the row of each loaded record, in order. It does not make the records in memory.
     void forEachLoaded(const RowVisitor& visitor) const;
-    // Throws std::out_of_range for a module that the configuration lacks, and changes nothing then. This is
-    // intentional: it ends the request.
+    // Loads what the active filter selects. Throws std::out_of_range, and changes nothing, for a module that
+    // the configuration lacks. This is intentional: it ends the request.
     void reloadResult();
     // These return the number of records added.
     int loadResult(LoadInfo& info);
@@ -81,19 +81,19 @@ public:
     // --- sources outside the regular tree (load/SpecialSources.h) ---
 
     int loadScreenShot();
-    // index: position in the configuration's list of extra directories; past its end stands an empty entry.
+    // index: position in the configuration's list of extra directories. Any other number is an empty entry.
     int loadExtraResult(int index);
     int loadFmonitorResult(const LoadInfo& info);
     int loadMtieResult();
 
     // --- scans (scan/ModuleScan.h, scan/VocabularyScan.h) ---
 
-    // Records per configured module which types and ports the disk holds.
+    // Records for each configured module which types and ports are on disk.
     void scanDir();
     void scanSubDir(LoadInfo& info, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan);
     void scanCommonDir();
     void scanOtu3In100geDir();
-    // Registers the modes, types and ports that the directory names below path stand for.
+    // Registers the modes, types and ports that the names of path and of all directories below it mean.
     void scanResultFilters(const std::string& path);
 
     // --- directory names (names/) ---
@@ -111,7 +111,7 @@ public:
     static bool isModeMatched(TestMode mode, const std::string& modeName);
     // The instrument's own saved last configuration, which is not listed.
     static bool isAntiFileName(std::string_view fileName);
-    // Appends every non-directory below dir, depth first in listing order.
+    // Appends every entry below dir that is not a directory, depth first, in listing order.
     void listDir(const char* dir, std::list<std::string>& out);
 
     // --- test families (load/FamilyLoader.h): each returns the number of records added ---

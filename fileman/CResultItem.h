@@ -4,11 +4,11 @@
 
 #include "fileman/ResultInfo.h"
 
-// Questions about one record. A null record is none of these and has no name.
+// Questions about one record. For a null record the answer is always false or "".
 class CResultItem {
 public:
-    // "[name]-[type label]-[port label]-[mode label]", 255 bytes at most: the directory that a download packs
-    // the record into.
+    // Returns "[name]-[type label]-[port label]-[mode label]", cut to 255 bytes. A download packs the record
+    // into a directory of this name.
     static std::string uniqueName(const _ResultInfo* info);
     static bool isPacketCapture(const _ResultInfo* info);
     static bool isOTDR(const _ResultInfo* info);

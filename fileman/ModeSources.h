@@ -5,10 +5,10 @@
 
 #include "conf/ConfRecords.h"
 
-// Where the files of one mode of one module may lie.
+// The directories that may contain files of one mode of one module.
 
-// Whether the module and mode are those of the MTIE measurements, which lie in a directory of their own.
+// Whether MTIE measurements belong to this module and mode. They have their own directory.
 bool isMtieMode(const std::string& module, const std::string& mode);
 
-// All of them, as full paths.
+// Returns all directories of the mode, as full paths.
 std::list<std::string> sourceDirs(const ModuleInfo& module, const ModeOptInfo& option);

@@ -6,14 +6,15 @@
 
 #include "fileman/ResultInfo.h"
 
-// The identifiers and readable names of records hold so many bytes at most; the rest is cut off. Both are
-// part of the interface: the browser side asks for records by identifier.
+// The longest identifier and readable name of a record, in bytes; the rest is cut off. The limit is part of
+// the interface: the browser side names records by identifier.
 inline constexpr std::size_t kLongestId = 255;
 
-// "mode_port_test_rsltype_": what the identifiers of all files of one source begin with.
+// Returns "mode_port_test_rsltype_". The identifiers of all files of one source begin with it.
 std::string idPrefix(const _ResultInfo& record);
 
-// Replaces what stands behind the prefix in id by the record's name, and cuts the whole to kLongestId.
+// Keeps the prefix of id, replaces the rest by name, and cuts the result to kLongestId.
 void putName(std::string& id, std::size_t prefixSize, std::string_view name);
 
+// Returns "mode_port_test_rsltype_name", cut to kLongestId.
 std::string makeId(const _ResultInfo& record);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Test families. The numbers are part of the interface; 0 and everything above 8 name no family.
+// Test families. The numbers are part of the interface. No other number is a family.
 enum TestMode : int {
     TM_ETHERNET = 1,
     TM_FIBER_CHANNEL = 2,

@@ -9,7 +9,7 @@
 
 namespace {
 
-// A file whose full path is too long has no date, whatever a relative name could tell.
+// A file whose full path is too long must have no date, although the system could read it by a relative name.
 bool mayBeTooLong(const std::string& directory) {
     return directory.size() + 1 + NAME_MAX >= PATH_MAX;
 }
@@ -21,7 +21,7 @@ DateReader::DateReader(const std::string& directory, int descriptor)
     if (mayBeTooLong(directory)) {
         m_descriptor = -1;
     } else if (m_descriptor < 0) {
-        // Without it the full paths do as well.
+        // If this open fails, full paths are used.
         m_own = UniqueFd(::open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         m_descriptor = m_own.get();
     }

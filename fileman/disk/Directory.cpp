@@ -13,7 +13,7 @@
 
 namespace {
 
-// Up to some fifty entries a walk through the listing is cheaper than to make an index.
+// In bytes, about fifty entries. Up to this size a walk through the listing is cheaper than an index.
 constexpr std::size_t kShortListing = 2048;
 
 EntryType entryType(unsigned char listed) {
@@ -76,8 +76,8 @@ std::string entryPath(std::string_view directory, std::string_view name) {
     return path.append(directory).append("/").append(name);
 }
 
-// By getdents64 itself: opendir adds a stat, a buffer from the heap and a second look at the descriptor, as
-// much as it costs to read a small directory.
+// This calls getdents64 itself. opendir would add a stat, a heap buffer and one more system call on the
+// descriptor, which together cost as much as reading a small directory.
 OpenedDirectory::OpenedDirectory(const std::string& path)
     : descriptor(retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); })) {
     if (!descriptor) {
@@ -90,7 +90,7 @@ OpenedDirectory::OpenedDirectory(const std::string& path)
     ssize_t size = 0;
     while ((size = retryInterrupted(readSome)) > 0)
         records.insert(records.end(), buffer.data(), buffer.data() + size);
-    if (size < 0 && errno != ENOENT) { // that one says that the directory was removed
+    if (size < 0 && errno != ENOENT) { // ENOENT: the directory was removed while it was open
         report("read directory", path, std::string("broken off, ") + std::strerror(errno));
         hasFailed = true;
     }

@@ -9,12 +9,12 @@
 
 #include "common/UniqueFd.h"
 
-// What a directory listing tells of one entry. No entry is ever stat'ed for its type: entries of unknown type
-// count as Other, like links, sockets and FIFOs.
+// The type of an entry as the directory listing gives it. The program never calls stat for the type: an entry
+// of unknown type counts as Other, like links, sockets and FIFOs.
 enum class EntryType : unsigned char { RegularFile, Directory, Other };
 
 struct DirEntry {
-    std::string_view name; // zero-terminated; lives as long as the directory
+    std::string_view name; // zero-terminated; valid as long as the Directory exists
     EntryType type;
 };
 
@@ -35,8 +35,8 @@ public:
         const char* m_end;
     };
 
-    // listing: the records of getdents64(2), one behind the other. They are kept as the system writes them:
-    // to unpack 100,000 of them costs 2 % of a list.
+    // listing: the records of getdents64(2), one after the other. They are kept in the form of the system,
+    // because unpacking 100,000 of them costs 2 % of the time of a list.
     explicit Directory(std::vector<char> listing) : m_listing(std::move(listing)) {}
 
     Iterator begin() const { return {m_listing.data(), m_listing.data() + m_listing.size()}; }
@@ -44,8 +44,8 @@ public:
         return {m_listing.data() + m_listing.size(), m_listing.data() + m_listing.size()};
     }
 
-    // The entry's type; nothing when there is none of that name. A long listing is indexed first, for callers
-    // that look for many names.
+    // Returns the type of the entry with this name, or nullopt without such an entry. The first call on a
+    // long listing makes an index, because callers look for many names.
     std::optional<EntryType> find(std::string_view name);
 
 private:
@@ -54,21 +54,21 @@ private:
     std::unique_ptr<Index> m_index; // made by the first find in a long listing
 };
 
-// directory + "/" + name.
+// Returns directory + "/" + name.
 std::string entryPath(std::string_view directory, std::string_view name);
 
-// A directory that was opened and read. Links are followed. When the system fails to open it or to read on, a
-// line on standard error says so, but a missing directory and one closed to this user are no failures.
+// Opens and reads a directory. Links are followed. If the system fails to open or read it, a line on standard
+// error says so. A missing directory, or one without permission for this user, is not a failure.
 struct OpenedDirectory {
     explicit OpenedDirectory(const std::string& path);
 
     UniqueFd descriptor;
-    std::optional<Directory> listing; // nothing when it could not be opened; else all that was read
+    std::optional<Directory> listing; // nullopt if it could not be opened; else all entries that were read
     bool hasFailed = false;
 };
 
-// The listing alone; the directory is closed again.
+// Returns only the listing, and closes the directory.
 std::optional<Directory> readDirectory(const std::string& path);
 
-// The same for callers that need every entry: nothing, too, when the reading breaks off.
+// The same for callers that need every entry. Also returns nullopt when reading stops before the end.
 std::optional<Directory> readWholeDirectory(const std::string& path);

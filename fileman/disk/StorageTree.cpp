@@ -14,7 +14,7 @@ StorageTree::Place& StorageTree::visit(const std::string& path) {
     Place& place = position->second;
     if (!isNew)
         return place;
-    // Before the next one is opened: one descriptor is enough.
+    // The last directory is closed before the next is opened, so that one descriptor is enough.
     m_openDescriptor.reset();
     OpenedDirectory opened(path);
     m_failures += opened.hasFailed ? 1 : 0;
@@ -61,8 +61,8 @@ bool StorageTree::isListedDirectory(const std::string& path) {
     return lookUp(path) == Answer::Directory;
 }
 
-// From path up to the first place that is known, and down again. Whatever passes through a link, a dot entry
-// or an empty component is left to the system, which alone knows what that means.
+// Goes from path up to the first known parent, and down again. If the path contains a link, a dot entry or an
+// empty component, the answer is AskSystem, because only the system can resolve it.
 StorageTree::Answer StorageTree::lookUp(const std::string& path) {
     if (path == m_root)
         return Answer::Directory;

@@ -7,41 +7,42 @@
 
 #include "fileman/disk/Directory.h"
 
-// The storage tree as one request sees it: each directory is read at most once, when it is first needed, and
-// stays open until the next one is, so that depth costs no descriptors.
+// The storage tree for one request. Each directory is read at most once, when it is first needed. It stays
+// open only until the next one is opened, so that a deep tree needs no more descriptors.
 class StorageTree {
 public:
-    // Questions about paths below root are answered from the listings of their parents where these can tell.
+    // Questions about paths below root are answered from the listings of their parents where this is
+    // possible.
     explicit StorageTree(std::string root) : m_root(std::move(root)) {}
 
-    // The directory at path, or null when it cannot be opened. Pointers stay valid until forget.
+    // Returns the directory at path, or null when it cannot be opened. The pointer is valid until forget.
     Directory* open(const std::string& path);
 
-    // The same for an entry that a listing of its parent shows as a directory.
+    // The same for a path that the listing of its parent shows as a directory.
     Directory* openListed(const std::string& path);
 
-    // The descriptor of a directory of this tree while it is open, -1 afterwards.
+    // Returns the descriptor of a directory of this tree while it is open, -1 afterwards.
     int descriptorOf(const Directory& directory) const;
 
-    // What access(path, F_OK) says.
+    // Whether the path exists; the same answer as access(path, F_OK).
     bool exists(const std::string& path);
 
-    // Whether a walk from root along the listed directories passes path; none that it passes is a link.
+    // Whether path is a directory, and each component below root too, according to the listings. A path with
+    // a link is none.
     bool isListedDirectory(const std::string& path);
 
-    // The next question reads the disk again.
+    // Forgets all listings: the next question reads the disk again.
     void forget();
 
-    // How often the system failed to open, read or look for a place that may well be there. Each time a line
-    // was written; a missing directory is no failure.
+    // How often the system failed to open, read or look for a directory. Each failure was reported on
+    // standard error. A missing directory is not a failure.
     std::size_t failures() const { return m_failures; }
 
 private:
     enum class Answer { Nothing, Directory, File, AskSystem };
-    // A directory that was opened. Listed: all names on the way to it are directories in the listings.
     struct Place {
-        std::optional<Directory> directory; // nothing when it cannot be opened
-        bool isListed = false;
+        std::optional<Directory> directory; // nullopt when it cannot be opened
+        bool isListed = false;              // all components of its path are directories in the listings
     };
     Place& visit(const std::string& path);
     Answer lookUp(const std::string& path);

@@ -5,20 +5,20 @@
 #include "common/UniqueNames.h"
 #include "conf/ResultFilter.h"
 
-// The filter that the store loads by, with its lists indexed: each is asked once for every directory.
+// The filter by which the store loads. Its lists have an index, because each is searched once per directory.
 class ActiveFilter {
 public:
     const _ResultFilter& fields() const { return m_fields; }
     void set(const _ResultFilter& filter);
 
-    // Everything that the configuration knows; the modules stay as they are.
+    // Selects everything that the configuration declares. The modules of the filter do not change.
     void selectEverything(bool results, bool profiles);
 
-    // Whether a list of the filter lets a name pass; an empty list restricts nothing.
+    // Whether a name passes a list of the filter. An empty list restricts nothing.
     bool passesTest(const std::string& typeKey) const { return passes(m_tests, typeKey); }
     bool passesPort(const std::string& port) const { return passes(m_ports, port); }
 
-    // Whether the filter names it, so that an empty list names nothing.
+    // Whether a list of the filter contains the name. An empty list contains nothing.
     bool namesTest(const std::string& typeKey) const { return m_tests.contains(typeKey); }
     bool namesMode(const std::string& mode) const { return m_modes.contains(mode); }
 

@@ -15,7 +15,7 @@ _AdvanceInfo named(std::string_view baseName) {
     return info;
 }
 
-// The criteria that need nothing but the name.
+// The criteria that need only the name.
 _AdvanceInfo nameCriteria(const _AdvanceInfo& criteria) {
     _AdvanceInfo ofName;
     ofName.prefix = criteria.prefix;

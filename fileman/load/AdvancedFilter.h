@@ -8,23 +8,22 @@
 #include "conf/ResultFilter.h"
 #include "fileman/load/ActiveFilter.h"
 
-// Tells whether an item passes the advanced part of the filter: its name, and what it says about itself. That
-// is read only when it can decide, and once for each place.
+// Decides whether a file passes the advanced part of the filter, by its name and by the information stored
+// about it. The stored information is read only when it can decide, and only once for each path.
 class AdvancedFilter {
 public:
     explicit AdvancedFilter(const ActiveFilter& filter) : m_filter(filter) {}
 
-    // Whether the filter restricts nothing, something that the name tells, or something that the stored
-    // information tells.
+    // What the filter needs for its decision: nothing, only the name, or also the stored information.
     enum class Needs { Nothing, Name, StoredInfo };
     Needs needs() const;
 
-    // By the base name alone, for an item about which nothing is stored.
+    // Decides by the base name alone. For a file without stored information.
     bool passesByName(std::string_view baseName) const;
-    // By the base name and by what is stored at path.
+    // Decides by the base name and by the information stored at path.
     bool passes(std::string_view baseName, const std::string& path);
 
-    // The next question reads the disk again.
+    // Forgets what was read: the next question reads the disk again.
     void forget() {
         m_stored.clear();
         m_budget = CompanionBudget();
@@ -32,6 +31,6 @@ public:
 
 private:
     const ActiveFilter& m_filter;
-    std::unordered_map<std::string, _AdvanceInfo> m_stored; // by path, as far as read
+    std::unordered_map<std::string, _AdvanceInfo> m_stored; // what was read so far, by path
     CompanionBudget m_budget;
 };

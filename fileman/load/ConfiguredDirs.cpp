@@ -11,7 +11,7 @@
 
 namespace {
 
-// The files of one type, still without a port.
+// Starts the source for the files of one type. It has no port yet.
 FileSource sourceOf(const LoadInfo& info, std::string path, const std::string& type) {
     FileSource source;
     source.dir = std::move(path);
@@ -59,7 +59,7 @@ int ConfiguredDirs::loadTree(const LoadInfo& info) {
     const UniqueNames knownPorts(ports::fromDirNames(info.subDirs));
     int count = 0;
     for (const DirEntry entry : *directory) {
-        // Once for each such entry, of whatever type. This is intentional.
+        // The files are loaded once for each such entry, even if it is a file. This is intentional.
         if (types::isFiberMonitor(entry.name)) {
             count += m_special.loadFiberMonitor(info);
             continue;
@@ -104,7 +104,7 @@ int ConfiguredDirs::loadCommonModule() {
     return count;
 }
 
-// The printed lines stand in the response, before its header. This is intentional.
+// The printed lines are part of the response, before its header. This is intentional.
 int ConfiguredDirs::loadCommonTree(const CommonOptInfo& option) {
     const _ResultFilter& filter = m_filter.fields();
     if (CCommUtils::isEquals(option.test_name, "Result") && filter.includeResults) {

@@ -8,15 +8,16 @@
 #include "fileman/load/FileLister.h"
 #include "fileman/load/SpecialSources.h"
 
-// Loads the directories that the configuration names, in the three shapes that they have: files, fixed type
-// directories, and a tree of port and type directories. Each load returns the number of records added.
+// Loads the directories that the configuration names. They have three shapes: files, fixed type directories,
+// or a tree of port and type directories. Each load returns the number of records added.
 class ConfiguredDirs {
 public:
     ConfiguredDirs(StorageTree& tree, const ActiveFilter& filter, FileLister& files, SpecialSources& special)
         : m_tree(tree), m_filter(filter), m_files(files), m_special(special) {}
 
     int load(const LoadInfo& info);
-    // All options of the module "Common". Those with port directories print how much they added.
+    // Loads all options of the module "Common". Each option with port directories prints its number of
+    // records.
     int loadCommonModule();
 
 private:

@@ -33,7 +33,7 @@ FileSource startSource(const std::string& mode, Half half, LastConfiguration las
     return source;
 }
 
-// Captures among the Ethernet results are the one kind of their own.
+// Captures among the Ethernet results are the only records with a rsltype of their own.
 bool isCapture(const FamilyRule& rule, const std::string& type) {
     return rule.family == TM_ETHERNET && rule.half == Half::Result && CCommUtils::isEquals(type, "pcap");
 }
@@ -161,7 +161,7 @@ int FamilyLoader::loadCommonResults(const _ModeInfo& mode) {
     return count;
 }
 
-// Type directories without a port level lie beside port directories.
+// Four type directories have no port level: they are beside the port directories.
 int FamilyLoader::loadCommonDir(const std::string& path, const std::string& name, const FileSource& started) {
     if (name == "opm" || name == "fiberscope" || name == "odm" || name == "wsa")
         return m_filter.passesTest(name) ? listType(started, path, name) : 0;
@@ -185,7 +185,7 @@ int FamilyLoader::loadOdu0Results(const _ModeInfo& mode) {
     return count;
 }
 
-// Directories of bit-error tests, which are ports by their own name, lie beside port directories.
+// Directories of bit-error tests are beside the port directories. Their own name gives the port.
 int FamilyLoader::loadOdu0Dir(const std::string& path, const std::string& name, const FileSource& started) {
     FileSource source = started;
     const bool isFirst = CCommUtils::isContains(name, "odu0p1-bert");

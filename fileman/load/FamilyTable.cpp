@@ -22,7 +22,7 @@ Keys strippedName(const std::string& dirName) {
     return sameKey(types::fromDirName(dirName));
 }
 
-// The filter is compared with one key and the record gets another. This is intentional.
+// The filter tests one key, and the record gets another. This is intentional.
 Keys fiberProfile(const std::string& dirName) {
     if (!types::isTypeDir(dirName))
         return std::nullopt;
@@ -43,7 +43,7 @@ Keys sdhProfile(const std::string& dirName) {
     return sameKey("bert");
 }
 
-// "-trace" stays while its neighbours are cut off. This is intentional.
+// "-trace" stays in the key, while "-setup" and "-mpeg" are cut off. This is intentional.
 Keys cableProfile(const std::string& dirName) {
     if (endsWith(dirName, suffix::kSetup))
         return sameKey(suffix::cut(dirName, suffix::kSetup));

@@ -34,7 +34,7 @@ bool FileLister::passes(const FileSource& source, Directory& directory, std::str
     if (m_advanced.needs() != AdvancedFilter::Needs::StoredInfo)
         return m_advanced.passesByName(base);
     const std::string stored = storedInfoName(source.storedInfo, fileName);
-    // Nobody has to look for a file that the listing lacks.
+    // If the listing lacks the file, there is no need to open it.
     return directory.find(stored) ? m_advanced.passes(base, entryPath(source.dir, stored))
                                   : m_advanced.passesByName(base);
 }

@@ -5,7 +5,8 @@
 #include "fileman/load/FileSource.h"
 #include "fileman/load/LoadedList.h"
 
-// The step that all sources share: adds the files of one directory that pass the filter to the loaded list.
+// The step that all sources share: adds the files of one directory to the loaded list if they pass the
+// filter.
 class FileLister {
 public:
     FileLister(StorageTree& tree, const ActiveFilter& filter, LoadedList& loaded)
@@ -14,10 +15,10 @@ public:
     // Returns the number of records added.
     int list(FileSource source);
 
-    // For a source whose items are no files.
+    // For a source whose records are not files.
     AdvancedFilter& advanced() { return m_advanced; }
 
-    // As long as it lives, dates stay unread, for whoever makes only few of the records.
+    // During its lifetime the lister reads no dates. For callers that keep only few of the records.
     class DatesLater {
     public:
         explicit DatesLater(FileLister& lister) : m_lister(lister) { m_lister.m_readsDates = false; }

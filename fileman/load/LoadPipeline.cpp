@@ -31,7 +31,7 @@ void LoadPipeline::load(const Modules& modules) {
     }
 }
 
-// A mode without anything to load may count as not accepted.
+// False also for a mode that has nothing to load: then the scan is not needed for the answer.
 bool LoadPipeline::isAccepted(const ModuleInfo& module, const ModeOptInfo& option) {
     if (!m_filter.fields().modes.empty())
         return m_filter.namesMode(option.mode_name);

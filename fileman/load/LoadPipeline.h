@@ -5,7 +5,8 @@
 #include "conf/ConfRecords.h"
 #include "fileman/load/ConfiguredDirs.h"
 
-// Walks the modules and modes that the filter names, or that are there, and loads what they store.
+// Walks through the modules and modes that the filter names and loads their files. If it names none, the walk
+// uses those that exist.
 class LoadPipeline {
 public:
     LoadPipeline(StorageTree& tree, const ActiveFilter& filter, ConfiguredDirs& dirs, SpecialSources& special,
@@ -13,8 +14,8 @@ public:
         : m_tree(tree), m_filter(filter), m_dirs(dirs), m_special(special), m_scan(scan) {}
 
     using Modules = std::vector<const ModuleInfo*>;
-    // The modules to visit: those that the filter names, else the current ones, else all. Throws
-    // std::out_of_range when the configuration lacks one; that ends the request, which is intentional.
+    // Returns the modules of the filter; if it names none, the current ones; if there are none, all. Throws
+    // std::out_of_range for a module that the configuration lacks. This is intentional: it ends the request.
     Modules modules() const;
 
     void load(const Modules& modules);

@@ -12,7 +12,7 @@ ListedRow rowOf(const _ResultInfo& record) {
             record.port, record.datetime, record.rsltype, record.path};
 }
 
-// Makes the rows of one batch of files, one after the other, in the same memory.
+// Makes the rows of one batch of files one after the other, always in the same memory.
 class LoadedList::RowMaker {
 public:
     explicit RowMaker(const Batch& batch)
@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    // Neighbours often have the same date.
+    // Files beside each other often have the same date.
     const std::string& dateText(std::time_t time) {
         if (m_date.empty() || m_time != time)
             m_date = formatDateTime(m_time = time);
@@ -57,7 +57,7 @@ private:
     }
 
     const _ResultInfo& m_common;
-    ListedRow m_row; // what all files have in common stands in it from the start
+    ListedRow m_row; // the common fields are set at the start
     std::string m_id;
     std::string m_path;
     std::string m_date;

@@ -12,7 +12,7 @@
 #include "common/FileDate.h"
 #include "fileman/ResultInfo.h"
 
-// What a page shows of one record. The texts are valid while the row is shown.
+// The fields of a record that a page shows. The texts are valid only during the call of the visitor.
 struct ListedRow {
     std::string_view id;
     std::string_view name;
@@ -29,44 +29,44 @@ using RowVisitor = std::function<void(const ListedRow&)>;
 
 ListedRow rowOf(const _ResultInfo& record);
 
-// Stands for the date of a listed file that nobody has read yet.
+// The value for a date that has not been read yet.
 inline constexpr std::time_t kDateNotRead = kUnknownTime + 1;
 
 struct ListedFile {
-    std::string_view name; // in the listing
+    std::string_view name; // points into the listing
     std::time_t changeTime;
 };
 
-// The records of the last load, in the order found.
+// The records of the last load, in the order in which they were found.
 //
-// A listed file is kept as a pointer into its directory's listing and a date, not as a record: a page shows
-// each row once, and 100,000 records of eleven strings cost more than reading the disk. A record is made when
-// somebody wants to hold it, and stays.
+// A listed file is kept as a pointer into the listing of its directory and a date, not as a record: a page
+// shows each row once, and 100,000 records of eleven strings cost more than reading the disk. A record is
+// made only when a caller needs to keep it, and then stays.
 class LoadedList {
 public:
     void clear();
     std::size_t size() const { return m_size; }
 
     void add(_ResultInfo* record);
-    // Adds the files of one directory, which have the fields of common in common. Their names stand in the
-    // directory's listing, which lives as long as the list.
+    // Adds the files of one directory. common contains their common fields. Their names point into the
+    // listing of the directory, which must live as long as this list.
     void addFiles(_ResultInfo common, const std::string& directory, std::vector<ListedFile> files);
 
-    // Shows the rows in order.
+    // Calls visitor with each row, in order.
     void visit(const RowVisitor& visitor) const;
-    // Shows the paths of the files that the last addFiles added.
+    // Calls visitor with the paths of the files that the last addFiles added.
     void visitNewestPaths(const std::function<void(const std::string& path)>& visitor) const;
 
-    // Drops the records whose identifier is not chosen; reads the dates of the others where they are missing.
+    // Removes the records whose identifier is not chosen. Reads the missing dates of the others.
     void keepOnly(const std::function<bool(const std::string& id)>& isChosen);
 
-    // Replaces out by all records; the same ones at each call.
+    // Replaces out by all records. Every call returns the same records.
     void getRecords(std::list<_ResultInfo*>& out);
 
 private:
-    // Neighbours of one kind: files of one directory, or records.
+    // Consecutive entries of one kind: the files of one directory, or records.
     struct Batch {
-        _ResultInfo common; // of the files; id is the prefix of theirs, path their directory with its '/'
+        _ResultInfo common; // of the files; id is the prefix of their ids, path their directory and '/'
         std::vector<ListedFile> files;
         std::vector<_ResultInfo*> records;
     };

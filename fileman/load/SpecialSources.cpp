@@ -39,7 +39,7 @@ int SpecialSources::loadExtraDir(const ExtraDirInfo& extra) {
     const _ResultFilter& filter = m_filter.fields();
     if (!(extra.isResult ? filter.includeResults : filter.includeProfiles))
         return 0;
-    // Only a directory without a port is left out by a port filter; one with a port never is. This is
+    // A port filter leaves out every directory without a port, but never one with a port. This is
     // intentional.
     if (extra.port.empty() && !filter.ports.empty())
         return 0;
@@ -56,14 +56,14 @@ int SpecialSources::loadExtraDir(const ExtraDirInfo& extra) {
     const int count = m_files.list(std::move(source));
     if (count == 0)
         return 0;
-    // These lines stand in the response, before its header. This is intentional.
+    // These lines are part of the response, before its header. This is intentional.
     m_loaded.visitNewestPaths(
         [](const std::string& path) { std::printf("Find at:%s\n", withoutControlBytes(path).c_str()); });
     return count;
 }
 
 int SpecialSources::loadFiberMonitor(const LoadInfo& info) {
-    // Unlike elsewhere an empty list passes nothing. This is intentional.
+    // Unlike in other sources, an empty list selects nothing here. This is intentional.
     if (!m_filter.namesTest("fmonitor"))
         return 0;
     FileSource source;
@@ -78,7 +78,7 @@ int SpecialSources::loadFiberMonitor(const LoadInfo& info) {
 }
 
 int SpecialSources::loadMtie() {
-    // As for the fiber monitor an empty list passes nothing.
+    // As for the fiber monitor, an empty list selects nothing.
     if (!m_filter.namesTest("mtie"))
         return 0;
     const std::string root = paths::kMtieDir;
@@ -96,8 +96,8 @@ int SpecialSources::loadMtie() {
         const std::string measurement = entryPath(root, entry.name);
         if (entry.type != EntryType::Directory || !m_tree.exists(entryPath(measurement, "mtie")))
             continue;
-        // The name stands there twice, and nobody looks whether the file exists. This is intentional: the
-        // item is the measurement, not a file.
+        // The path contains the name twice, and there is no test that such a file exists. This is
+        // intentional: the record is the measurement, not a file.
         const std::string item = entryPath(measurement, entry.name);
         if (!m_files.advanced().passes(entry.name, item))
             continue;

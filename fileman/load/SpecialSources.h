@@ -16,11 +16,11 @@ public:
     int loadScreenShots();
     int loadExtraDir(const ExtraDirInfo& extra);
     int loadFiberMonitor(const LoadInfo& info);
-    // The MTIE measurements: a record stands for a measurement's directory, not for a file.
+    // Loads the MTIE measurements. Each record is the directory of one measurement, not a file.
     int loadMtie();
 
 private:
-    // Whether screenshots were found on disk, or nothing was.
+    // Whether the scan found screenshots, or no type at all.
     bool isScreenTypeCurrent(const std::string& dir);
 
     StorageTree& m_tree;

@@ -2,16 +2,16 @@
 
 #include <string_view>
 
-// Which file names are listed at all.
+// Rules for the names of listed files.
 namespace listed {
 
-// Whether the name ends in an extension of result files.
+// Whether the name has one of the extensions of result files.
 bool hasExtension(std::string_view fileName);
 
-// The instrument's own saved last configuration, which most lists leave out.
+// Whether it is the instrument's own saved last configuration, which most lists leave out.
 bool isLastConfiguration(std::string_view fileName);
 
-// The name up to its first dot.
+// Returns the name up to its first dot.
 inline std::string_view baseName(std::string_view fileName) {
     return fileName.substr(0, fileName.find('.'));
 }

@@ -6,13 +6,13 @@
 
 namespace {
 
-// A directory name, or its end, and the label that stands for it.
+// A directory name, or the end of one, and its label.
 struct PortLabel {
     const char* pattern;
     const char* label;
 };
 constexpr PortLabel kDualPortLabels[] = {{"p1", "M1"}, {"p2", "M2"}};
-// Crossed on purpose, and unlike fromDirName: the plain name is the second module.
+// The plain name belongs to the second module, unlike in fromDirName. This exchange is intentional.
 constexpr PortLabel k10gLabels[] = {{"10gport", "10G M2"}, {"10gport2", "10G M1"}};
 
 template<std::size_t Count>
@@ -39,8 +39,8 @@ std::string ports::fromDirName(const std::string& dirName, int suffixLength) {
     if (suffixLength >= 0)
         return CFileManConf::getPortName(
             CCommUtils::cutLast(dirName, static_cast<std::size_t>(suffixLength)));
-    // A name that does not end in "port" loses the length of "port2", whatever it ends in. This is
-    // intentional: the loaders have tested the name.
+    // A name that does not end in "port" is cut by the length of "port2", even if it ends in something else.
+    // This is intentional: the loaders have tested the name.
     const bool isPlain = CCommUtils::isEndsWith(dirName, suffix::kPort);
     return CFileManConf::getPortName(suffix::cut(dirName, isPlain ? suffix::kPort : suffix::kPort2));
 }
@@ -80,7 +80,7 @@ bool ports::showsLabel(TestMode family, const std::string& dirName) {
     case TM_ODU0:
     case TM_OTUX:
     case TM_SDH:
-        // This covers "10gport", too.
+        // "10g" also covers "10gport".
         return CCommUtils::isContains(dirName, "2g5") || CCommUtils::isContains(dirName, "10g");
     case TM_FIBER_CHANNEL:
         return CCommUtils::isContains(dirName, "10gport");

@@ -5,8 +5,8 @@
 
 #include "common/CCommUtils.h"
 
-// The endings of port directories and type directories. A rule often cuts the length of one ending from a
-// name that has another one: each such place says so.
+// The endings of port directories and type directories. Some rules cut the length of one ending from a name
+// that has another ending; a comment there says so.
 namespace suffix {
 
 inline constexpr std::string_view kPort = "port";
@@ -20,10 +20,10 @@ inline constexpr std::string_view kRslt = "-rslt";
 inline constexpr std::string_view kProf = "-prof";
 inline constexpr std::string_view kRtd = "-rtd";
 
-// The companion directories of reports, which hold their pictures.
+// The companion directories of reports, which contain their pictures.
 inline constexpr std::string_view kFiles = "_files";
 
-// The name less as many bytes as the suffix has, whatever the name ends in.
+// Returns the name without its last bytes, as many as the suffix has. It does not compare the ending.
 inline std::string cut(const std::string& name, std::string_view suffix) {
     return CCommUtils::cutLast(name, suffix.size());
 }

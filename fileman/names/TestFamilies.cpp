@@ -9,12 +9,12 @@ namespace {
 
 struct FamilyRoots {
     TestMode family;
-    std::array<const char*, 2> results; // null behind the last one
+    std::array<const char*, 2> results; // null after the last one
     std::array<const char*, 2> profiles;
 };
 
-// Ethernet and Fiber Channel share their directories, and so do Common and Cable. This is intentional: type
-// and mode tell their files apart.
+// Ethernet and Fiber Channel share their directories, and so do Common and Cable. This is intentional: their
+// files differ in type and mode.
 constexpr FamilyRoots kFamilyRoots[] = {
     {TM_ETHERNET, {paths::k1geDir, paths::k10gDir}, {paths::k1geDir, paths::k10gDir}},
     {TM_FIBER_CHANNEL, {paths::k1geDir, paths::k10gDir}, {paths::k1geDir, paths::k10gDir}},

@@ -5,10 +5,10 @@
 
 #include "fileman/TestMode.h"
 
-// Test families: where each stores its files, and which configured modes belong to it.
+// Test families: the directories of each family, and the configured modes that belong to it.
 namespace families {
 
-// Appends the family's first-level directories; nothing for a number that is no family.
+// Appends the first-level directories of the family. Appends nothing for a number that is not a family.
 void appendRoots(std::list<std::string>& out, TestMode family, bool isResult);
 
 bool hasMode(TestMode family, const std::string& modeName);

@@ -43,7 +43,7 @@ std::string types::fromDirName(const std::string& dirName, int suffixLength) {
         return "Unknown";
     if (suffixLength >= 0)
         return CCommUtils::cutLast(dirName, static_cast<std::size_t>(suffixLength));
-    // The other endings stay, and their types have the empty key here. This is intentional.
+    // A name with another ending gives the empty key here. This is intentional.
     for (const std::string_view suffix : {suffix::kResult, suffix::kSetup}) {
         if (CCommUtils::isEndsWith(dirName, suffix))
             return suffix::cut(dirName, suffix);

@@ -3,26 +3,27 @@
 #include <string>
 #include <string_view>
 
-// Type directories: how their names are recognised, and which type key each stands for.
+// The names of type directories: how they are recognised, and which type key belongs to each.
 namespace types {
 
 // Whether the name ends in one of the endings of type directories.
 bool isTypeDir(const std::string& dirName);
 
-// The type key: the name less its last suffixLength bytes. A negative length cuts "-result" or "-setup";
-// then the key of a name with another ending is empty. "Unknown" for an empty name.
+// Returns the type key: the name without its last suffixLength bytes. A negative length cuts "-result" or
+// "-setup" instead; then a name with another ending gives "". An empty name gives "Unknown".
 std::string fromDirName(const std::string& dirName, int suffixLength);
 inline std::string fromDirName(const std::string& dirName) {
     return fromDirName(dirName, -1);
 }
 
-// The type key of a configured directory: its name, except for the CPRI layers.
+// Returns the type key of a configured directory. It is the name of the directory, except for the CPRI
+// layers.
 std::string fromConfiguredDir(const std::string& dirName);
 
-// The one type of a mode whose files lie in the mode's directory itself; "" for every other mode.
+// Returns the only type of a mode whose files are in the mode's directory itself, or "" for other modes.
 std::string ofFlatMode(const std::string& mode);
 
-// Whether an entry beside the port directories stands for the fiber monitor.
+// Whether an entry beside the port directories belongs to the fiber monitor.
 bool isFiberMonitor(std::string_view entryName);
 
 } // namespace types

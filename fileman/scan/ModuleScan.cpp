@@ -18,8 +18,8 @@ namespace {
 using Names = std::list<std::string>;
 using PortTypes = std::map<std::string, Names>;
 
-// Names are gathered as they come and sorted out at the end: to look through the list for each of 100,000
-// takes a minute.
+// Removes duplicates after all names were collected: a search in the list for each of 100,000 names would
+// take a minute.
 void keepFirstOfEach(Names& list) {
     std::unordered_set<std::string_view> seen;
     list.remove_if([&](const std::string& name) { return !seen.insert(name).second; });
@@ -39,7 +39,7 @@ void keepFirstOfEach(ScanModuleToModeInfo& scan) {
         keepFirstOfEach(mode);
 }
 
-// Hands the finished record of a module over.
+// Passes the finished record of a module to CFileManConf.
 void record(const std::string& module, ScanModuleToModeInfo& scan) {
     keepFirstOfEach(scan);
     CFileManConf::addScanModuleInfo(module, scan);
@@ -53,8 +53,8 @@ PortTypes& portsOf(ScanModeToPortInfo& scan, bool isResult) {
     return isResult ? scan.rsltPorts : scan.profPorts;
 }
 
-// Adds the types of a port directory. Each name loses the length of the half's usual ending, whatever it ends
-// in. This is intentional: the filter pages of the instrument know the types so.
+// Adds the types of a port directory. Each name is cut by the length of the half's usual ending, even if it
+// has another ending. This is intentional: the filter pages of the instrument use these names.
 void scanPortDir(const Directory& portDir, bool isResult, Names& types) {
     for (const DirEntry entry : portDir) {
         const std::string name(entry.name);
@@ -96,13 +96,13 @@ void scanTree(StorageTree& tree, const std::string& path, const LoadInfo& info, 
     const UniqueNames known(ports::fromDirNames(info.subDirs));
     forEachPortDir(tree, path, [&](const std::string& name, const Directory& portDir) {
         const std::string port = ports::fromDirName(name);
-        // Two directories of one port share its entry.
+        // Two directories of the same port share one entry.
         if (!types::isFiberMonitor(name) && known.contains(port))
             scanPortDir(portDir, info.isResult != 0, found[port]);
     });
 }
 
-// Notes an extra directory that exists: under its port, or with the module's types when it has none.
+// Records an extra directory that exists: under its port, or among the types of the module if it has no port.
 void noteExtraDir(const ExtraDirInfo& extra, ScanModuleToModeInfo& moduleScan, ScanModeToPortInfo& modeScan) {
     if (extra.port.empty())
         typesOf(moduleScan, extra.isResult).push_back(extra.key);
@@ -206,8 +206,8 @@ void ModuleScan::scanCommonOption(const CommonOptInfo& option, ScanModuleToModeI
                    [&](const std::string& dirName, const Directory& portDir) {
                        Names types;
                        scanPortDir(portDir, isResult, types);
-                       // Of two directories of one port the first stays, unlike in the tree scan. This is
-                       // intentional.
+                       // If two directories have the same port, the first one stays, unlike in the tree scan.
+                       // This is intentional.
                        portsOf(modeScan, isResult).emplace(ports::fromDirName(dirName), std::move(types));
                    });
 }

@@ -5,28 +5,27 @@
 #include "fileman/scan/ModuleScan.h"
 #include "fileman/scan/VocabularyScan.h"
 
-// The scan of the whole storage tree that belongs to the start of a request, and which a request may defer.
+// The scan of the whole storage tree. It belongs to the start of a request, but a request may delay it.
 //
-// Few requests need its outcome: the filter pages, and a list that names no modes. Running it only for them
-// saves the others from reading directories that they do not list (figures: docs/performance.md). Whoever
-// looks at the current lists of CFileManConf calls finish first.
+// Few requests need its result: the filter pages, and a list that names no modes. All others save the time
+// for directories that they do not list (figures: docs/performance.md). finish must be called before the
+// current lists of CFileManConf are read.
 //
-// A list that names no modes asks, mode by mode, whether the scan finds the mode. The scan passes every
-// directory below the storage root that a listing shows as one, and registers a mode by the name of each. So
-// the names on the way to a mode's own directory predict the answer, as a rule with yes, and only where they
-// do not, the scan runs.
+// A list that names no modes asks, mode by mode, whether the scan would find the mode. The scan visits every
+// directory below the storage root that a listing shows, and registers a mode by its name. So the names on
+// the path of a mode's own directory usually predict the answer yes. Where they do not, the scan runs.
 class StartUpScan {
 public:
     explicit StartUpScan(StorageTree& tree) : m_tree(tree), m_modules(tree), m_vocabulary(tree) {}
 
-    // From now on start leaves the work to finish.
+    // From now on, start only marks the scan as pending.
     void deferNext() { m_defers = true; }
     void start();
-    // Runs the scan that was left; nothing when there is none.
+    // Runs the pending scan, if there is one.
     void finish();
 
-    // Whether a scan that was left is bound to find the mode, or the type of the screenshots, because it
-    // passes the directory at path. False where only the scan can tell.
+    // Whether the pending scan will certainly find the mode, or the type of the screenshots, because it
+    // visits the directory at path. False when only the scan can answer, or when none is pending.
     bool willFindMode(const std::string& path, const std::string& mode) const;
     bool willFindScreenType(const std::string& path) const;
 

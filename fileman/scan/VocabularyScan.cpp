@@ -43,7 +43,7 @@ void addTypeToMode(const std::string& typeKey, const std::string& modeKey) {
     CFileManConf::addTypeToMode(CFileManConf::getTypeName(typeKey), CFileManConf::getModeName(modeKey));
 }
 
-// Directories of the SDH family that lie below a port without a mode directory of their own.
+// Whether it is a directory of the SDH family. These are below a port and have no mode directory above them.
 bool isSdhDir(const std::string& name, const std::string& path) {
     static constexpr std::string_view kPrefixes[] = {"ktp-", "sdh10g-", "sdh2g5-"};
     static constexpr std::string_view kNames[] = {"bert", "isdn", "jit", "jtf", "mjt", "pulse", "wan"};
@@ -55,7 +55,8 @@ bool isSdhDir(const std::string& name, const std::string& path) {
                        [&](std::string_view word) { return equals(name, word); });
 }
 
-// The test results of a CPRI layer, which lie beside the modes of their module; null for other names.
+// Returns the type key for the results of a CPRI layer, which are beside the modes of their module. Returns
+// null for other names.
 const char* cpriLayerOf(const std::string& name) {
     if (startsWith(name, "2g5-cpril1"))
         return "cpril1";
@@ -66,7 +67,7 @@ bool isSuffixedDir(const std::string& name) {
     return endsWith(name, suffix::kRslt) || endsWith(name, suffix::kProf);
 }
 
-// The configured directory name of the mode for which a directory stands; "" when it stands for none.
+// Returns the configured directory name of the mode that a directory means, or "" when it means none.
 std::string modeKeyOf(const std::string& name, const std::string& path) {
     if (isSdhDir(name, path))
         return "ktp-rslt";
@@ -100,7 +101,7 @@ void addPort(const std::string& name, std::string_view suffix, const char* portO
         startsWith(name, "10g") ? portOf10g : CFileManConf::getPortName(suffix::cut(name, suffix)));
 }
 
-// The port that a directory of this name stands for as a whole.
+// Adds the port whose directory has exactly this name.
 void addPortOf(const std::string& name) {
     if (equals(name, "p1"))
         CFileManConf::addCurrentPort("P1");
@@ -117,7 +118,7 @@ void registerPortDir(const std::string& name) {
         addPortOf(name);
 }
 
-// The companions of reports hold pictures only, and "usbd" is a foreign medium.
+// The companion directories of reports contain only pictures, and "usbd" is an external medium.
 bool isScannedName(const std::string& name) {
     return name != "usbd" && !endsWith(name, suffix::kFiles);
 }
@@ -150,7 +151,7 @@ bool VocabularyScan::registersMode(const std::string& root, const std::string& p
     return false;
 }
 
-// What a directory stands for follows from its name, its parent's, and for the SDH family its path.
+// The meaning of a directory follows from its name, the name of its parent, and for the SDH family its path.
 void VocabularyScan::registerDirectory(const std::string& path) {
     const std::string name = CCommUtils::dirName(path);
     const std::string parent = CCommUtils::upDirName(path);
@@ -175,7 +176,7 @@ void VocabularyScan::registerSdhDir(const std::string& name, const std::string& 
     addTypeToMode(key, mode);
 }
 
-// Mode directories that are known by their whole name or its start; false for every other name.
+// Registers a mode directory that has a fixed name or a fixed beginning. Returns false for any other name.
 bool VocabularyScan::registerModeDir(const std::string& name, const std::string& parent,
                                      const std::string& mode) {
     if (equals(name, "ktr")) {
@@ -207,8 +208,8 @@ void VocabularyScan::registerSuffixedModeDir(const std::string& name, const std:
         addTypeToMode(layer, "cpri");
         return;
     }
-    // The flag holds for everything that is scanned from here on, later siblings included, until another
-    // rule sets it.
+    // The flag applies to everything that is scanned from here on, also to later siblings, until another rule
+    // sets it. This is intentional.
     typePrefixFlag = startsWith(name, "kts-");
     addMode(mode);
 }
@@ -220,7 +221,8 @@ void VocabularyScan::registerTypeOrPortDir(const std::string& name, const std::s
             return addType(typePrefixFlag && !key.empty() ? key.substr(1) : key);
         }
     }
-    // The whole name, unlike the other endings. This is intentional: the types are named so.
+    // The key is the whole name, unlike for the other endings. This is intentional: these types have such
+    // keys.
     if (endsWith(name, suffix::kTrace))
         return addType(name);
     if (endsWith(name, suffix::kMpeg))

@@ -4,17 +4,17 @@
 
 #include "fileman/disk/StorageTree.h"
 
-// Registers the modes, types and ports that the directory names of the storage tree stand for in the current
+// Registers the modes, types and ports that the directory names of the storage tree mean, in the current
 // lists of CFileManConf. The filter pages offer only these.
 class VocabularyScan {
 public:
     explicit VocabularyScan(StorageTree& tree) : m_tree(tree) {}
 
-    // Registers what path stands for, then all directories below it.
+    // Registers the directory at path, then all directories below it.
     void scan(const std::string& path);
 
-    // Whether a scan from root that passes the directory at path registers the mode on the way. False also
-    // where the names do not tell.
+    // Whether a scan from root to the directory at path registers the mode on its way. Also false when the
+    // names do not give the answer.
     static bool registersMode(const std::string& root, const std::string& path, const std::string& mode);
 
 private:
@@ -25,7 +25,6 @@ private:
     void registerTypeOrPortDir(const std::string& name, const std::string& mode);
 
     StorageTree& m_tree;
-    // Whether the scan is behind a "kts-" mode directory, whose type directories have one more letter in
-    // front.
+    // Set after a mode directory "kts-...", whose type directories have one more letter at the beginning.
     bool typePrefixFlag = false;
 };
