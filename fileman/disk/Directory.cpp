@@ -76,10 +76,15 @@ std::string entryPath(std::string_view directory, std::string_view name) {
     return path.append(directory).append("/").append(name);
 }
 
+OpenedDirectory::OpenedDirectory(const std::string& path)
+    : OpenedDirectory(UniqueFd(retryInterrupted(
+                          [&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); })),
+                      path) {}
+
 // This calls getdents64 itself. opendir would add a stat, a heap buffer and one more system call on the
 // descriptor, which together cost as much as reading a small directory.
-OpenedDirectory::OpenedDirectory(const std::string& path)
-    : descriptor(retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); })) {
+OpenedDirectory::OpenedDirectory(UniqueFd directory, const std::string& path)
+    : descriptor(std::move(directory)) {
     if (!descriptor) {
         hasFailed = reportUnlessAbsent("open directory", path, errno);
         return;

@@ -61,6 +61,9 @@ std::string entryPath(std::string_view directory, std::string_view name);
 // error says so. A missing directory, or one without permission for this user, is not a failure.
 struct OpenedDirectory {
     explicit OpenedDirectory(const std::string& path);
+    // The same for a directory that was just opened for reading, or could not be: then errno says why. path
+    // is for the messages.
+    OpenedDirectory(UniqueFd directory, const std::string& path);
 
     UniqueFd descriptor;
     std::optional<Directory> listing; // nullopt if it could not be opened; else all entries that were read
