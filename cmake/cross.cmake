@@ -1,4 +1,4 @@
-# Toolchain of a cross build: CROSS_TRIPLET names Debian's compiler, CROSS_ROOT the place with that machine's TinyXML.
+# Toolchain of a cross build: CROSS_TRIPLET names Debian's compiler, CROSS_ROOT the place with that machine's libraries.
 # scripts/cross-build sets both.
 
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES CROSS_TRIPLET CROSS_ROOT)

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "cgi/archive/RecordFiles.h"
 #include "cgi/staging/CopiedTree.h"
 #include "cgi/staging/PlainFiles.h"
 #include "cgi/staging/RemoveTree.h"
@@ -15,15 +16,6 @@ std::string quoted(const std::string& text) {
     return "'" + text + "'";
 }
 
-// These belong to a record: its page and data (NAME.*), a file or directory NAME, and the directory
-// NAME_files with the pictures of the page.
-bool belongsTo(const std::string& name, std::string_view entry) {
-    if (entry.substr(0, name.size()) != name)
-        return false;
-    const std::string_view rest = entry.substr(name.size());
-    return rest.empty() || rest.front() == '.' || rest == "_files";
-}
-
 // Returns the entries that cp should have copied, in the order of the listing; nullopt without a listing.
 std::optional<std::vector<DirEntry>> companions(const std::optional<Directory>& listing,
                                                 const std::string& name) {
@@ -31,7 +23,7 @@ std::optional<std::vector<DirEntry>> companions(const std::optional<Directory>& 
         return std::nullopt;
     std::vector<DirEntry> found;
     for (const DirEntry entry : *listing) {
-        if (belongsTo(name, entry.name))
+        if (belongsToRecord(name, entry.name))
             found.push_back(entry);
     }
     return found;
