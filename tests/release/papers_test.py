@@ -59,5 +59,26 @@ class Components(unittest.TestCase):
             self.assertIn(name, notices)
 
 
+class ManualPages(unittest.TestCase):
+    PAGES = sorted(os.listdir("man"))
+
+    def test_the_formatter_finds_no_fault(self):
+        self.assertEqual(self.PAGES, ["fileman-check.1", "fileman.cgi.8", "fileman.conf.5"])
+        for page in self.PAGES:
+            done = subprocess.run(["mandoc", "-T", "lint", "-W", "style", "man/" + page], text=True, capture_output=True,
+                                  check=False)
+            # References to the pages of other packages are no fault.
+            faults = [line for line in done.stdout.splitlines() if "referenced manual not found" not in line]
+            self.assertEqual(faults, [])
+
+    def test_they_name_every_option_and_every_section(self):
+        usage = subprocess.run([BUILD + "/fileman-check", "--help"], text=True, capture_output=True, check=True).stdout
+        page = text("man/fileman-check.1")
+        for option in set(re.findall(r"--([a-z-]+)", usage)):
+            self.assertIn(f".It Fl Fl {option}", page)
+        for section in re.findall(r"element ([a-zA-Z]+) ", text("docs/configuration.rnc")):
+            self.assertRegex(text("man/fileman.conf.5"), rf"\.(It )?Ic {section}\b")
+
+
 if __name__ == "__main__":
     unittest.main(verbosity=2)
