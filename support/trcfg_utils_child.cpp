@@ -24,7 +24,7 @@ constexpr int kLastGraceMicros = 20000;
 constexpr long long kLookMicros = 5000;
 constexpr const char* kKillWait = "tr_proc_killwait";
 
-// A process that was reaped elsewhere is gone too; one that is alive but no child of ours is not.
+// Also true for a process that was reaped elsewhere. False for a living process that is not our child.
 bool reapIfGone(pid_t pid) {
     const pid_t reaped = ::waitpid(pid, nullptr, WNOHANG);
     if (reaped == pid)
@@ -53,7 +53,7 @@ long long microsUntil(const timeval& deadline) {
     return seconds * kMicrosPerSecond + (deadline.tv_usec - now.tv_usec);
 }
 
-// The whole time, whatever signals arrive.
+// Sleeps the whole time, even if signals arrive.
 void sleepMicros(long long micros) {
     timespec rest = {};
     rest.tv_sec = static_cast<time_t>(micros / kMicrosPerSecond);
@@ -62,8 +62,8 @@ void sleepMicros(long long micros) {
     }
 }
 
-// Looks often, so that nobody waits for a child that has ended. True as soon as it is gone, false after the
-// whole time.
+// Checks often, so that the caller does not wait for a child that has ended. Returns true as soon as the
+// child is gone, false after the whole time.
 bool goneWithin(pid_t pid, int micros) {
     const timeval deadline = deadlineAfter(micros);
     while (!reapIfGone(pid)) {
@@ -75,7 +75,7 @@ bool goneWithin(pid_t pid, int micros) {
     return true;
 }
 
-// True when the child is gone.
+// Returns true if the child is gone.
 bool waitAWhile(int level, pid_t pid, long long left) {
     if (left >= kMicrosPerSecond) {
         TARN_LOG_AS(kProcSource, kKillWait, level, "wait process(pid=%d) by sleep(1) ...", pid);
@@ -86,7 +86,7 @@ bool waitAWhile(int level, pid_t pid, long long left) {
     return goneWithin(pid, micros);
 }
 
-// SIGSEGV, not SIGKILL, is intentional: it leaves a core dump of the program that would not end.
+// SIGSEGV instead of SIGKILL is intentional: it leaves a core dump of the program that did not end.
 void killHard(int level, pid_t* pid) {
     ::kill(*pid, SIGSEGV);
     TARN_LOG_AS(kProcSource, kKillWait, level, "kill process(pid=%d) by SIGSEGV.", *pid);
@@ -106,7 +106,7 @@ void waitUntilGone(int level, pid_t* pid, bool doKill, const timeval& deadline) 
         }
         gone = waitAWhile(level, *pid, left);
     }
-    // The text is the same for a child that ended by itself: log readers know it.
+    // The text is the same for a child that ended by itself, because readers of the log know this text.
     TARN_LOG_AS(kProcSource, kKillWait, level, "process(pid=%d) were killed by SIGTERM!", *pid);
     *pid = 0;
 }
@@ -154,7 +154,7 @@ HeapText joinCommandLine(const char* app, const char* args) {
     return line;
 }
 
-// Cuts `line` into pieces in place. A base name with blanks falls apart too. That is intentional: the started
+// Splits `line` in place at blanks, even inside the base name of the program. This is intentional: the
 // programs have always been called like this.
 Arguments splitAtBlanks(char* line) {
     const std::size_t mostPieces = std::strlen(line) / 2 + 1;
@@ -208,13 +208,13 @@ bool isKept(int fd, int keepCount, va_list kept) {
     return found;
 }
 
-// Above standard error, whose reader would otherwise miss what the child has to say.
+// Starts above standard error, so that messages of the child still reach its reader.
 void closeUnlessKept(int fd, int keepCount, va_list kept) {
     if (fd > STDERR_FILENO && !isKept(fd, keepCount, kept))
         ::close(fd);
 }
 
-// Asks /proc for the open ones: the descriptor limit may be in the millions.
+// Reads the open descriptors from /proc, because the descriptor limit may be in the millions.
 bool closeListed(int keepCount, va_list kept) {
     const DirStream listing(::opendir("/proc/self/fd"));
     if (!listing)
@@ -229,16 +229,16 @@ bool closeListed(int keepCount, va_list kept) {
     return true;
 }
 
-// Where there is no /proc, or the table is so full that it cannot be listed.
+// For a system without /proc, or when the descriptor table is so full that /proc cannot be listed.
 void closeUpToLimit(int keepCount, va_list kept) {
     const long limit = ::sysconf(_SC_OPEN_MAX);
     for (int fd = 0; fd < limit; ++fd)
         closeUnlessKept(fd, keepCount, kept);
 }
 
-// Returns the number of the step that failed, 0 when none did.
+// Returns the number of the failed step, or 0.
 int cleanDescriptors(int keepCount, va_list kept) {
-    // Not close-on-exec: it may itself be standard input or output when these were closed.
+    // Not close-on-exec: if standard input or output was closed, this descriptor takes its number.
     const int null = ::open("/dev/null", O_RDWR);
     if (null < 0)
         return 11;

@@ -15,8 +15,8 @@
 
 namespace {
 
-// Without search permission is intentional: the instrument's own programs run as root and rely on nobody else
-// getting in.
+// The missing search permission is intentional: the programs of the instrument run as root, and no other user
+// should get in.
 constexpr mode_t kParentMode = 0644;
 
 constexpr std::size_t kCopyBlock = 4096;
@@ -25,13 +25,13 @@ bool isMissing(const char* text) {
     return text == nullptr || *text == '\0';
 }
 
-// Links to directories count: the directory behind them is there.
+// Also true for a link to a directory.
 bool isDirectory(const char* path) {
     struct stat status = {};
     return ::stat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// False for paths that can only be directories; they must fail before anything is removed in their name.
+// False for a path that can only be a directory. Such a call must fail before anything is removed.
 bool canNameFile(const char* path) {
     if (isMissing(path))
         return false;
@@ -39,7 +39,7 @@ bool canNameFile(const char* path) {
     return *name != '\0' && !isDotEntry(name);
 }
 
-// "/" for the root directory's entries, "." where the path has no directory, null without memory.
+// Returns "/" for an entry of the root directory, "." for a path without a slash, and null without memory.
 HeapText parentOf(const char* path) {
     std::size_t length = std::strlen(path);
     const auto dropSlashes = [&] {
@@ -53,17 +53,17 @@ HeapText parentOf(const char* path) {
     return HeapText(length == 0 ? ::strdup(".") : ::strndup(path, length));
 }
 
-// Returns the number of the step that failed, 0 when none did; `made` tells whether there was anything to do.
+// Returns the number of the failed step, or 0. `made` is set if the directory was made by this call.
 int makeDirectory(const char* path, mode_t mode, bool* made) {
     if (isDirectory(path))
         return 0;
     if (::strnlen(path, PATH_MAX) == PATH_MAX)
-        return 21;               // mkdir would refuse it as well; the limit also bounds the recursion
-    removeUnlessDirectory(path); // what cannot be removed makes mkdir fail
+        return 21;               // mkdir would fail too; the limit also bounds the recursion
+    removeUnlessDirectory(path); // if this fails, mkdir fails too
     if (tr_mkdir_parent(path, mode) != 0)
         return 11;
     *made = ::mkdir(path, mode) == 0;
-    // Another process, or an "a/.." whose a has just been made, may have been first.
+    // Another process may have made it first, or the path ends in "a/.." and a was just made.
     return *made || isDirectory(path) ? 0 : 21;
 }
 
@@ -89,7 +89,7 @@ int makeLink(const char* target, const char* link) {
     return ::symlink(target, link) == 0 ? 0 : 21;
 }
 
-// Neither blocks on a FIFO nor takes anything but a regular file.
+// Opens only a regular file, and never blocks on a FIFO.
 UniqueFd openRegular(const char* path, int flags, mode_t mode) {
     UniqueFd file(::open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, mode));
     struct stat status = {};
@@ -120,8 +120,8 @@ bool flushAndClose(UniqueFd& file) {
     return ::fsync(file.get()) == 0 && file.reset() == 0;
 }
 
-// A file that is written beside its place and renamed into it, so that nobody finds half of it there. Unless
-// that happens, it is removed again.
+// A file that is written under a temporary name in the same directory, then renamed, so that no reader finds
+// a part of it. If it is not renamed, it is removed again.
 class NewFile {
 public:
     explicit NewFile(const char* place) : m_place(place) {}
@@ -132,7 +132,7 @@ public:
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
 
-    // An empty descriptor when the directory is not there or may not be written.
+    // Returns no descriptor if the directory is missing or not writable.
     UniqueFd create(mode_t mode) {
         const HeapText parent = parentOf(m_place);
         m_directory = UniqueFd(parent ? ::open(parent.get(), O_PATH | O_DIRECTORY | O_CLOEXEC) : -1);
@@ -147,7 +147,7 @@ public:
         return file;
     }
 
-    // A directory tree in the place is removed first, anything else is replaced in one step.
+    // A directory tree at the final path is removed first; rename replaces anything else in one step.
     bool putIntoPlace() {
         struct stat status = {};
         const char* name = baseNameOf(m_place);

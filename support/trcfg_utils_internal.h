@@ -1,5 +1,5 @@
-// What the sources of the support library share. They get by without exceptions, operator new and the C++
-// run-time library, so that a C program links with its C compiler.
+// Functions that the sources of the support library share. They use no exceptions, no operator new and no
+// part of the C++ run-time library, so that a C compiler can link a program with this library.
 #pragma once
 
 #include <dirent.h>
@@ -30,29 +30,30 @@ inline const char* printable(const char* text) {
     return text == nullptr ? "(null)" : text;
 }
 
-// What stands behind the last slash; empty behind a trailing one.
+// Returns the part of path after its last slash. It is empty if path ends in a slash.
 const char* baseNameOf(const char* path);
 
 inline bool isDotEntry(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
-// Reads until the end or `size` bytes, over interruptions. Returns how many; -1 if the first read fails.
+// Reads at most `size` bytes, up to the end of the file. Repeats a read that a signal interrupts. Returns the
+// number of bytes, or -1 if the first read fails.
 ssize_t readUpTo(int fd, void* buffer, std::size_t size);
 
-// False unless everything was written.
+// Returns true if everything was written.
 bool writeAll(int fd, const void* data, std::size_t size);
 
-// A pseudo-random number, for names that nobody else is likely to take.
+// Returns a pseudo-random number, for names that other processes are unlikely to use.
 unsigned drawNumber();
 
-// Removes what stands at `path`, with `force` files too, and logs each object that stays. True when nothing
-// is left; `removed` (may be null) tells whether there was something.
+// Removes the directory tree at `path`; with `force` also files. Logs each object that stays. Returns true if
+// nothing is left. `removed` (may be null) is set if there was something to remove.
 bool removeTree(const char* path, bool force, bool* removed);
 
-// Removes what stands at `path` unless it is a directory; one that another process makes meanwhile stays.
-// Logs what cannot be removed.
+// Removes the object at `path` unless it is a directory, also one that another process makes at the same
+// time. Logs a failure.
 void removeUnlessDirectory(const char* path);
 
-// Gives up the descriptor of the system log, which the next entry opens again.
+// Closes the descriptor of the system log. The next entry opens it again.
 void releaseSyslogDescriptor();

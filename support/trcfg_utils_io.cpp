@@ -45,7 +45,7 @@ unsigned drawNumber() {
     unsigned number = 0;
     if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number))
         return number;
-    // Early at boot the pool may not be ready yet.
+    // Early at boot the random pool may not be ready yet.
     timespec now = {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
     return static_cast<unsigned>(now.tv_nsec) * 2654435761U ^ static_cast<unsigned>(::getpid());

@@ -27,7 +27,7 @@ constexpr int kHighestLevel = 8;
 constexpr std::size_t kMessageSize = 256;
 constexpr unsigned long kClockMask = 0xffffff;
 
-// openlog() keeps the pointer it is given, hence the copy.
+// A copy, because openlog() keeps the pointer that it gets.
 char s_ident[256] = "";
 int s_identOptions = 0;
 
@@ -50,12 +50,12 @@ void readClockSwitch() {
     tarnlog_with_clock = static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX));
 }
 
-// The last name serves both of the highest levels.
+// The two highest levels share the last name.
 const char* levelName(int level) {
     return __tarn_log_prefix[std::clamp(level, 0, kNameCount - 1)];
 }
 
-// "" or the clock stamp, which stands between the parenthesis and the message.
+// Returns "" or the clock stamp, which appears between the parenthesis and the message.
 void formatStamp(char (&stamp)[8]) {
     stamp[0] = '\0';
     if (tarnlog_with_clock != 0)
@@ -69,7 +69,8 @@ void writeLine(int level, const char* message) {
     const char* name = levelName(level);
     const char* file = printable(__tarn_log_file);
     const char* func = printable(__tarn_log_func);
-    // Priority "info" for every level is intentional: the instrument's log rules go by the name in the line.
+    // Priority "info" for every level is intentional: the log rules of the instrument use the name in the
+    // line.
     if (__tarn_use_syslog != 0)
         ::syslog(LOG_INFO, kLine, name, file, __tarn_log_line, func, stamp, message);
     else
@@ -124,5 +125,5 @@ void releaseSyslogDescriptor() {
     if (__tarn_use_syslog == 0)
         return;
     ::closelog();
-    openSystemLog(); // without LOG_NDELAY: connects with the next entry
+    openSystemLog(); // without LOG_NDELAY, so it connects at the next entry
 }

@@ -17,7 +17,7 @@
 
 namespace {
 
-// What the kernel appends to the link of an executable that was removed or replaced.
+// The kernel appends this to the link of an executable that was removed or replaced.
 constexpr char kDeleted[] = " (deleted)";
 
 constexpr int kProcPathSize = 64;
@@ -27,7 +27,7 @@ struct SetDeleter {
 };
 using DescriptorSet = std::unique_ptr<unsigned long, SetDeleter>;
 
-// A set with the one member `fd`. fd_set itself ends at FD_SETSIZE, select() does not.
+// A descriptor set that contains only `fd`. fd_set is limited to FD_SETSIZE, but select() is not.
 DescriptorSet makeSet(int fd) {
     constexpr std::size_t bitsPerWord = CHAR_BIT * sizeof(unsigned long);
     const auto bit = static_cast<std::size_t>(fd);
@@ -37,7 +37,7 @@ DescriptorSet makeSet(int fd) {
     return set;
 }
 
-// 1 readable, 0 after the time-out, -1 with errno.
+// Returns 1 if readable, 0 after the time-out, -1 with errno set on failure.
 int selectReadable(int fd, timeval rest) {
     while (true) {
         const DescriptorSet set = makeSet(fd);
@@ -46,7 +46,7 @@ int selectReadable(int fd, timeval rest) {
         const int ready = ::select(fd + 1, reinterpret_cast<fd_set*>(set.get()), nullptr, nullptr, &rest);
         if (ready >= 0 || errno != EINTR)
             return ready;
-        // Linux has left the time not slept in `rest`: go on with that.
+        // Linux stores the remaining time in `rest`; the next wait uses it.
     }
 }
 
@@ -75,7 +75,7 @@ bool readExeName(const char* pid, char (&name)[TR_BASENAME_SIZE]) {
     return count >= 0;
 }
 
-// Up to TR_ARGV_SIZE - 1 bytes and a NUL; -1 when there is no such process.
+// Reads at most TR_ARGV_SIZE - 1 bytes and adds a NUL. Returns -1 if there is no such process.
 ssize_t readCommandLine(const char* pid, char* buffer) {
     char path[kProcPathSize];
     std::snprintf(path, sizeof path, "/proc/%s/cmdline", pid);
@@ -88,7 +88,7 @@ ssize_t readCommandLine(const char* pid, char* buffer) {
     return count;
 }
 
-// A process that ends meanwhile, or hides its files, is none that runs the program.
+// False for a process that ends during the call or whose files are not readable.
 bool runsProgram(const char* pid, const char* name) {
     char exeName[TR_BASENAME_SIZE];
     if (readExeName(pid, exeName) && std::strcmp(exeName, name) == 0)
@@ -107,7 +107,7 @@ bool isProcessEntry(DIR* proc, const dirent& entry) {
            S_ISDIR(status.st_mode);
 }
 
-// Returns the number of the step that failed, 0 when none did.
+// Returns the number of the failed step, or 0.
 int findProcesses(const char* program, pid_t* out, int max, int* count) {
     if (program == nullptr || *program == '\0')
         return 1;
@@ -141,10 +141,10 @@ time_t tr_get_clock(struct timeval* out) {
 }
 
 int tr_read_wait(int fd, const struct timeval* timeout) {
-    // Asked first because select() takes no notice of numbers beyond the descriptor table.
+    // This test comes first because select() ignores numbers above the descriptor table.
     const bool isOpen = fd >= 0 && ::fcntl(fd, F_GETFD) >= 0;
-    // No time-out is a single poll, not an endless wait. That is intentional: the callers' loops have other
-    // work to do.
+    // A null time-out means one poll, not an endless wait. This is intentional: the loops of the callers have
+    // other work to do.
     const int ready = isOpen ? selectReadable(fd, timeout == nullptr ? timeval{} : *timeout) : -1;
     if (ready < 0)
         TARN_LOG_AS(kProcSource, __func__, kLogFailure, "wait for descriptor(%d) failed!(ret=%d)", fd,

@@ -1,6 +1,6 @@
-/* Leveled log, clock, waiting and processes, for the programs of the instrument that are not part of the
- * result manager. Usable from C99 and C++; link libtrcfg_utils.a. Functions report failure as -1 or a null
- * pointer and log it themselves. Nothing here is synchronised between threads. */
+/* A log with levels, a clock, waiting, and processes, for the programs of the instrument that are not part of
+ * the result manager. Usable from C99 and C++; link libtrcfg_utils.a. On failure a function returns -1 or a
+ * null pointer, and logs the failure. Nothing here is safe for use by several threads at once. */
 #pragma once
 
 #include <sys/time.h>
@@ -21,43 +21,45 @@ enum {
 
 /* ---- Log ---- */
 
-/* Highest level that is logged; a call above it, or below 0, writes nothing. At start 0: failures only. */
+/* The highest level that is logged. A call with a higher level, or below 0, writes nothing. The initial value
+ * is 0: only failures are logged. */
 extern int __tarn_log_level;
 /* Level names by number: "err", "wrn", "inf", "dbg0" to "dbg4". */
 extern const char* const __tarn_log_prefix[8];
-/* 1 from a trcfg_open that asked for the system log until trcfg_close. */
+/* 1 after a trcfg_open for the system log, until trcfg_close. */
 extern int __tarn_use_syslog;
-/* Non-zero: every line carries the low 24 bits of the processor clock. */
+/* If not 0, every line contains the low 24 bits of the processor clock. */
 extern int tarnlog_with_clock;
-/* Source file, function and line of the call being logged; set by the call site just before the call. */
+/* Source file, function and line of the call that is logged. The call site sets them just before the call. */
 extern const char* __tarn_log_file;
 extern const char* __tarn_log_func;
 extern int __tarn_log_line;
 
-/* With useSyslog non-zero sends the log to the system log, facility user, under `ident` (a copy is kept, of
- * at most 255 bytes) or, for a null ident, under an empty name and with the process id. In either case a
- * non-empty environment variable "tarnlog_with_clock" sets the flag of that name to its decimal value. */
+/* If useSyslog is not 0, sends the log to the system log (facility user) under the name `ident`, of which a
+ * copy of at most 255 bytes is kept. For a null ident the name is empty and the process id is added. With any
+ * useSyslog, a non-empty environment variable "tarnlog_with_clock" sets the flag of that name to its decimal
+ * value. */
 void trcfg_open(int useSyslog, const char* ident);
 
-/* Goes back from the system log to standard error. */
+/* Sends the log to standard error again. */
 void trcfg_close(void);
 
-/* Number of the level called `name` (exact match), -1 for a null or unknown name. */
+/* Returns the number of the level with exactly this name, or -1 for a null or unknown name. */
 int tarnlog_str2level(const char* name);
 
-/* Logs up to the level called `name` and returns its number; an unknown name gives -1 and silences the log.
- */
+/* Makes `name` the highest level that is logged, and returns its number. For an unknown name it returns -1,
+ * and nothing is logged any more. */
 int tarnlog_set_level(const char* name);
 
-/* Writes one line about the call site in the three variables above, whatever the current level. `level` is
- * clamped to 0..8, the message cut to 255 bytes. errno stays as it was. Call it through TARN_LOG. */
+/* Writes one line for the call site in the three variables above, at any level. `level` is limited to 0..8,
+ * and the message to 255 bytes. errno does not change. Call it through TARN_LOG. */
 void __tarnlog_internal(int level, const char* fmt, ...)
 #ifdef __GNUC__
     __attribute__((format(printf, 2, 3)))
 #endif
     ;
 
-/* The call site's half: true, with the three variables set, when `level` is to be logged. */
+/* The part at the call site: returns 1 and sets the three variables if `level` is logged. */
 static inline int tarnlog_enter(int level, const char* file, const char* func, int line) {
     if (level < 0 || level > __tarn_log_level)
         return 0;
@@ -67,65 +69,65 @@ static inline int tarnlog_enter(int level, const char* file, const char* func, i
     return 1;
 }
 
-/* Logs a printf message under a source and function name of the caller's choice. The arguments are evaluated
- * only when the level is logged. */
+/* Logs a printf message with the given source and function name. The arguments are evaluated only if the
+ * level is logged. */
 #define TARN_LOG_AS(source, func, level, ...)                                                                \
     do {                                                                                                     \
         if (tarnlog_enter((level), (source), (func), __LINE__))                                              \
             __tarnlog_internal((level), __VA_ARGS__);                                                        \
     } while (0)
 
-/* The same under the names of the place where it stands. */
+/* The same with the source and function name of the call. */
 #define TARN_LOG(level, ...) TARN_LOG_AS(__FILE__, __func__, level, __VA_ARGS__)
 
 /* ---- Time and input ---- */
 
-/* Reads the monotonic clock into `out` (may be null), in seconds and microseconds. Returns the seconds. */
+/* Reads the monotonic clock into `out` (may be null) as seconds and microseconds. Returns the seconds. */
 time_t tr_get_clock(struct timeval* out);
 
-/* Waits until `fd` (any number, above FD_SETSIZE too) is readable or at its end. A null time-out polls once.
- * Signals do not end the wait. Returns 1 when readable, 0 after the time-out, -1 for a descriptor that is not
- * open or a negative time-out. */
+/* Waits until `fd` (any number, also above FD_SETSIZE) is readable or at its end. With a null time-out it
+ * polls once. Signals do not end the wait. Returns 1 if readable, 0 after the time-out, -1 for a descriptor
+ * that is not open or a negative time-out. */
 int tr_read_wait(int fd, const struct timeval* timeout);
 
-/* Writes a name "/tmp/.tr_<number>" that no file has yet into `buf` (TR_TMPNAM_SIZE bytes). Nothing is
- * created: open it with O_EXCL. Returns `buf`, null for a null `buf`. */
+/* Writes an unused name "/tmp/.tr_<number>" into `buf` (TR_TMPNAM_SIZE bytes). It creates no file: open the
+ * name with O_EXCL. Returns `buf`, also if it is null. */
 char* tr_get_tmpnam(char* buf);
 
 /* ---- Processes ---- */
 
-/* Finds the processes whose executable, or whose first argument, has the base name of `program`. Executables
- * that were replaced or removed since count under their old name, those that may not be read only by the
- * first argument. Stores at most `max` ids and returns how many, -1 when there is no program name or no
- * /proc. */
+/* Finds the processes whose executable, or whose first argument, has the base name of `program`. An
+ * executable that was replaced or removed counts under its old name. If the executable is not readable, only
+ * the first argument counts. Stores at most `max` ids and returns their number. Returns -1 without a program
+ * name or without /proc. */
 int tr_get_pidarr(const char* program, pid_t* out, int max);
 
-/* The first of them, -1 if there is none. */
+/* Returns the first of them, or -1 if there is none. */
 pid_t tr_get_pidof(const char* program);
 
-/* Base name of the executable of a process into `buf` (TR_BASENAME_SIZE bytes). Returns 0, or -1 when there
- * is no such process or its executable may not be read. */
+/* Writes the base name of a process's executable into `buf` (TR_BASENAME_SIZE bytes). Returns 0. Returns -1
+ * if there is no such process or its executable is not readable. */
 int tr_pid2basename(int pid, char* buf);
 
-/* Arguments of a process, each with its NUL, and one more NUL into `buf` (TR_ARGV_SIZE bytes; what does not
- * fit is cut off). Returns the number of bytes before that last NUL (0 for a process that has none), -1 on
- * failure. */
+/* Writes the arguments of a process, each with its NUL, and one more NUL into `buf`. It writes at most
+ * TR_ARGV_SIZE bytes and cuts the rest off. Returns the number of bytes before the last NUL (0 for a process
+ * without arguments), or -1 on failure. */
 int tr_pid2argv(int pid, char* buf);
 
-/* Stops and reaps the child `*pid`: waits `timeoutUs` microseconds at most, after SIGTERM if `doKill`, and
- * then sends SIGSEGV if `doKill`. Logs at `level`. Returns 0 and sets `*pid` to 0 when the child is gone, -1
- * while it is there; 0 at once for a null pointer or an id below 1. Returns as soon as the child has ended;
- * the log has a line for each second of waiting. */
+/* Stops and reaps the child `*pid`. If `doKill` is set it first sends SIGTERM. Then it waits at most
+ * `timeoutUs` microseconds, and if `doKill` is set it then sends SIGSEGV. Returns 0 and sets `*pid` to 0 as
+ * soon as the child is gone, or -1 if it still runs. Returns 0 at once for a null pointer or an id below 1.
+ * Logs at `level`, with one line for each second of waiting. */
 int tr_proc_killwait(int level, pid_t* pid, int doKill, int timeoutUs);
 
-/* For a child after fork: becomes the program `app`, with its base name and the pieces of `args` (may be
- * null) between blanks as arguments; there is no quoting. Returns only on failure, with 0. Logs at `level`.
- */
+/* For a child after fork: runs the program `app`. Its arguments are its base name and the words of `args`
+ * (may be null), which are separated by blanks; there is no quoting. Returns only on failure, with 0. Logs at
+ * `level`. */
 int tr_proc_invoke(int level, const char* app, const char* args);
 
-/* For a child after fork: closes every descriptor but standard error and the `keepCount` int descriptors that
- * follow, and points standard input and output at /dev/null unless they are among these. The system log stays
- * usable. Returns 0, or -1 when /dev/null cannot be had. Logs at `level`. */
+/* For a child after fork: closes every descriptor except standard error and the `keepCount` int descriptors
+ * that follow. Redirects standard input and output to /dev/null unless they are among these. The system log
+ * can still be used. Returns 0, or -1 if /dev/null cannot be opened. Logs at `level`. */
 int tr_proc_clean(int level, int keepCount, ...);
 
 #ifdef __cplusplus

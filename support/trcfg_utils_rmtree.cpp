@@ -1,6 +1,6 @@
-// Removal of directory trees. The walk holds one directory open at a time and goes back up through "..", and
-// it names everything relative to that directory: neither the descriptor limit nor PATH_MAX bounds the depth,
-// and a directory that is exchanged for a symbolic link meanwhile leads nowhere else.
+// Removal of directory trees. The walk keeps one directory open at a time, goes up through "..", and uses
+// only names relative to the open directory. So neither the descriptor limit nor PATH_MAX limits the depth.
+// If another process replaces a directory by a symbolic link during the walk, the walk does not follow it.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kOpenDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-// Steps in the log.
+// The numbers of the steps in the log.
 constexpr int kNoPath = 1;
 constexpr int kRefusedPath = 2;
 constexpr int kFileKept = 11;
@@ -27,10 +27,11 @@ constexpr int kLostWay = 13;
 constexpr int kNoResources = 14;
 constexpr int kRmdirFailed = 101;
 
-// A growing buffer of bytes. Growing fails without memory, which every caller passes on.
+// A buffer of bytes that can grow. Without memory it cannot grow; every caller reports that to its own
+// caller.
 class Bytes {
 public:
-    // Adds `text` and its NUL behind the first `at` bytes.
+    // Adds `text` and its NUL after the first `at` bytes.
     bool put(std::size_t at, const char* text) {
         const std::size_t length = std::strlen(text) + 1;
         if (!reserve(at + length))
@@ -65,10 +66,10 @@ private:
 // A directory that the walk is in or below.
 struct Level {
     Level* above = nullptr;
-    std::size_t pathLength = 0; // of its own path
+    std::size_t pathLength = 0; // the length of its path
     dev_t device = 0;
     ino_t inode = 0;
-    Bytes subdirectories; // names, each with its NUL, still to be removed from `nextName` on
+    Bytes subdirectories; // names with a NUL each; those from `nextName` on are still to be removed
     std::size_t nextName = 0;
 };
 
@@ -87,7 +88,7 @@ public:
     TreeRemover(const TreeRemover&) = delete;
     TreeRemover& operator=(const TreeRemover&) = delete;
 
-    // Removes the directory `path`. True when nothing is left.
+    // Removes the directory `path`. Returns true if nothing is left.
     bool run(const char* path) {
         if (!m_path.put(0, path)) {
             logKept(path, kNoResources);
@@ -107,7 +108,7 @@ private:
         m_complete = false;
     }
 
-    // For what makes going on unsafe or impossible.
+    // For failures after which it is unsafe or impossible to continue.
     void giveUp(int step) {
         fail(step);
         m_gaveUp = true;
@@ -133,7 +134,7 @@ private:
         if (!extendPath(name))
             return giveUp(kNoResources);
         UniqueFd next(::openat(m_current.get(), name, kOpenDirectory));
-        // A directory without search permission can be opened but not worked in, nor left through "..".
+        // A directory without search permission can be opened, but its entries and ".." cannot be used.
         if (next && leadsBack(next.get(), *m_level)) {
             enter(std::move(next), m_level->pathLength + 1 + std::strlen(name));
             return;
@@ -148,7 +149,7 @@ private:
                status.st_ino == level.inode;
     }
 
-    // Goes to the directory above and removes the one just emptied from it.
+    // Goes to the parent directory and removes the directory that was just emptied.
     void ascend() {
         const Level* above = m_level->above;
         if (above == nullptr)
@@ -164,7 +165,7 @@ private:
         m_path.cut(m_level->pathLength);
     }
 
-    // ENOENT, here and below: another process was faster, and what was to go is gone.
+    // ENOENT, here and below, means that another process has already removed the object.
     void removeEmptied(int directory, const char* name) {
         if (::unlinkat(directory, name, AT_REMOVEDIR) != 0 && errno != ENOENT)
             fail(kRmdirFailed);
@@ -219,7 +220,7 @@ private:
         fail(m_force ? kUnlinkFailed : kFileKept);
     }
 
-    // With `force` a file is removed here; without, it stays unless another process removes it.
+    // With `force` a file is removed here. Without `force` it stays unless another process removes it.
     [[nodiscard]] bool isGone(const char* name) const {
         if (m_force)
             return ::unlinkat(m_current.get(), name, 0) == 0 || errno == ENOENT;
@@ -238,12 +239,12 @@ private:
     const bool m_force;
     bool m_complete = true;
     bool m_gaveUp = false;
-    Bytes m_path; // of the directory, or of the entry that is being treated
+    Bytes m_path; // the path of the directory or of the current entry
     UniqueFd m_current;
     Level* m_level = nullptr;
 };
 
-// Without the slashes at the end, behind which a link would be followed.
+// Removes the slashes at the end: with them a link would be followed.
 HeapText withoutTrailingSlashes(const char* path) {
     std::size_t length = std::strlen(path);
     while (length > 1 && path[length - 1] == '/')
@@ -251,13 +252,14 @@ HeapText withoutTrailingSlashes(const char* path) {
     return HeapText(::strndup(path, length));
 }
 
-// The root directory, and names under which a directory cannot be removed though its content could.
+// True for the root directory, and for names like "x/.": there the content could be removed, but not the
+// directory.
 bool mustStay(const char* path) {
     const char* name = baseNameOf(path);
     return *name == '\0' || isDotEntry(name);
 }
 
-// What stands at `path` is no directory. Returns the number of the step that failed, 0 when none did.
+// Removes an object that is not a directory. Returns the number of the failed step, or 0.
 int removeFile(const char* path, bool force) {
     if (!force)
         return kFileKept;
@@ -269,7 +271,7 @@ int removeFile(const char* path, bool force) {
 void removeUnlessDirectory(const char* path) {
     const HeapText name = withoutTrailingSlashes(path);
     struct stat status = {};
-    // unlink() refuses a directory that another process makes after the look.
+    // If another process makes a directory here after this test, unlink() refuses to remove it.
     if (!name || ::lstat(name.get(), &status) != 0 || S_ISDIR(status.st_mode) || ::unlink(name.get()) == 0)
         return;
     if (errno != ENOENT && errno != EISDIR)
