@@ -14,11 +14,6 @@ namespace {
 
 using xml::attribute;
 
-// The choosers' word for no choice.
-bool isNone(const std::string& choice) {
-    return CCommUtils::isEquals(choice, "None");
-}
-
 bool isBlank(const _AdvanceInfo& info) {
     const auto unchosen = [](const std::string& choice) { return choice.empty() || isNone(choice); };
     return info.jobId.empty() && info.account.empty() && unchosen(info.locator) && unchosen(info.type) &&
@@ -115,6 +110,10 @@ bool passesChooser(const std::string& choice, const std::string& field) {
 }
 
 } // namespace
+
+bool isNone(const std::string& choice) {
+    return CCommUtils::isEquals(choice, "None");
+}
 
 _AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path) {
     CompanionBudget budget;

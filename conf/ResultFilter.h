@@ -17,6 +17,9 @@ struct _AdvanceInfo {
     bool hasAdvance = false; // whether any field restricts; only readers of stored information set it
 };
 
+// Whether the choice of a locator or type is "None", in any letter case: no choice.
+bool isNone(const std::string& choice);
+
 // The filter of a request. An empty list restricts nothing.
 struct _ResultFilter {
     std::list<std::string> modules;

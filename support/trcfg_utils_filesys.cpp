@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/DotEntry.h"
 #include "common/UniqueFd.h"
 #include "support/trcfg_utils_internal.h"
 #include "support/trcfg_utils_proc.h"

@@ -33,10 +33,6 @@ inline const char* printable(const char* text) {
 // Returns the part of path after its last slash. It is empty if path ends in a slash.
 const char* baseNameOf(const char* path);
 
-inline bool isDotEntry(const char* name) {
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
 // Reads at most `size` bytes, up to the end of the file. Repeats a read that a signal interrupts. Returns the
 // number of bytes, or -1 if the first read fails.
 ssize_t readUpTo(int fd, void* buffer, std::size_t size);

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "common/DotEntry.h"
 #include "common/UniqueFd.h"
 #include "support/trcfg_utils_internal.h"
 #include "support/trcfg_utils_proc.h"

@@ -1,13 +1,8 @@
 #include "fileman/load/AdvancedFilter.h"
 
-#include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
 
 namespace {
-
-bool isNone(const std::string& choice) {
-    return CCommUtils::isEquals(choice, "None");
-}
 
 _AdvanceInfo named(std::string_view baseName) {
     _AdvanceInfo info;
