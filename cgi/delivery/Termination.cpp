@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <csignal>
 
+#include "common/SignalHandler.h"
+
 namespace {
 
 constexpr std::array<int, 3> kSignals = {SIGTERM, SIGINT, SIGHUP};
@@ -21,24 +23,20 @@ void passOn(int signalNumber) {
     errno = saved;
 }
 
-void setHandler(void (*handler)(int)) {
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    // Without SA_RESTART output would be lost: stdio does not continue a write after EINTR.
-    action.sa_flags = SA_RESTART;
+void setHandlers(void (*handler)(int)) {
     for (const int signalNumber : kSignals)
-        ::sigaction(signalNumber, &action, nullptr);
+        setSignalHandler(signalNumber, handler);
 }
 
 } // namespace
 
 TerminationDeferral::TerminationDeferral() {
     g_signal = 0;
-    setHandler(&passOn);
+    setHandlers(&passOn);
 }
 
 TerminationDeferral::~TerminationDeferral() {
-    setHandler(SIG_DFL);
+    setHandlers(SIG_DFL);
 }
 
 void TerminationDeferral::passOnTo(pid_t child) {

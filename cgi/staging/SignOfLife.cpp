@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <csignal>
 
+#include "common/SignalHandler.h"
+
 namespace {
 
 // The descriptor for the handler, or -1. It is set only while the timer runs.
@@ -28,11 +30,7 @@ void setTimer(std::chrono::seconds interval) {
 SignOfLife::SignOfLife(int lock) {
     g_lock = lock;
     touch(0);
-    struct sigaction action = {};
-    action.sa_handler = &touch;
-    // Without SA_RESTART output would be lost: stdio does not continue a write after EINTR.
-    action.sa_flags = SA_RESTART;
-    ::sigaction(SIGALRM, &action, nullptr);
+    setSignalHandler(SIGALRM, &touch);
     sigset_t signals;
     ::sigemptyset(&signals);
     ::sigaddset(&signals, SIGALRM);
