@@ -37,15 +37,33 @@
   insertHead('meta', { name: 'viewport', content: 'width=device-width, initial-scale=1' });
   insertHead('meta', { name: 'color-scheme', content: 'light dark' });
   insertHead('meta', { name: 'referrer', content: 'same-origin' });
-  insertHead('link', { rel: 'icon', type: 'image/svg+xml', href: new URL('../css/icon.svg', base).href });
+  insertHead('link', { rel: 'icon', href: 'data:image/svg+xml;base64,@ICON@' });
+
+  // scripts/build-web lists the modules; the first one starts the pages.
+  const modules = '@MODULES@'.split(' ').map((name) => `${base}${name}`);
+  for (const href of modules) insertHead('link', { rel: 'modulepreload', href });
 
   function start(kind) {
     if (started) return;
     started = true;
     watch.disconnect();
-    import(`${base}fileman/${kind}.js`)
-      .then((page) => page.start())
+    import(modules[0])
+      .catch(renewOnce)
+      .then((pages) => pages[kind]())
       .catch(tellBroken);
+  }
+
+  /**
+   * Browsers keep this script for a while. When it names modules that an update of the instrument has replaced, it is
+   * fetched anew, and the page with it; a second failure has another cause.
+   */
+  async function renewOnce(error) {
+    if (sessionStorage.getItem('fileman.renewed')) throw error;
+    sessionStorage.setItem('fileman.renewed', 'yes');
+    const named = ['../css/fileman.css', 'fileman.js', 'homepage.js'];
+    await Promise.all(named.map((name) => fetch(new URL(name, base), { cache: 'reload' })));
+    location.reload();
+    return new Promise(() => {}); // this page is on its way out
   }
 
   /** The texts of the other modules may be what is missing, so these two stand here. */

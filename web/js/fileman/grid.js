@@ -4,6 +4,7 @@
  * carry their place and choice for assistive software, headers are buttons, and on a narrow screen one
  * column shows an entry in two lines.
  */
+import { SlickGrid } from 'slickgrid';
 import { Columns, hasOwnWidths, keepWidths } from './columns.js';
 import { t } from './texts.js';
 
@@ -36,7 +37,7 @@ export class FileGrid {
   #create() {
     const { host } = this;
     this.narrow = host.clientWidth < NARROW;
-    this.grid = new window.Slick.Grid(
+    this.grid = new SlickGrid(
       host,
       {
         getLength: () => this.view.length,

@@ -302,7 +302,6 @@ export async function start() {
     step,
     download: (entry) => fetchFiles('download', [entry]),
   });
-  await window.fileman.grid;
   grid = new FileGrid(frame.host, { sort: sortBy, changed: showState, open: view, escape });
   grid.showSort(sort);
   addEventListener('pagehide', remember);
