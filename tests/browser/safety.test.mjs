@@ -185,8 +185,7 @@ test('busybox httpd serves the list by way of the wrapper', async () => {
   try {
     const page = await server.newPage();
     await openList(page, server.home);
-    await page.waitForSelector('.slick-row');
-    await page.locator('.slick-row').first().dblclick();
+    await page.locator('.slick-row', { has: page.locator('.fm-icon-report') }).first().dblclick();
     await page.locator('.fm-picture, .fm-report').first().waitFor();
     assert.deepEqual(page.problems, []);
     const packed = answer({ QUERY_STRING: 'fmtype=all', HTTP_ACCEPT_ENCODING: 'gzip' });
