@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "common/CCommUtils.h"
 #include "common/DotEntry.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
@@ -43,6 +44,7 @@ struct CFileManager::Parts {
     ConfiguredDirs dirs{tree, filter, files, special};
     LoadPipeline pipeline{tree, filter, dirs, special, scan};
     FamilyLoader families{tree, filter, files, scan};
+    bool isConfigurationBroken = false;
 };
 
 CFileManager::CFileManager() : m_parts(std::make_unique<Parts>()) {
@@ -140,6 +142,10 @@ void CFileManager::forEachLoaded(const RowVisitor& visitor) const {
     m_parts->loaded.visit(visitor);
 }
 
+std::size_t CFileManager::unreadPlaces() const {
+    return m_parts->tree.failures() + (m_parts->isConfigurationBroken ? 1 : 0);
+}
+
 void CFileManager::addResultInfo(_ResultInfo* info) {
     info->id = makeUniqueId(info);
     m_parts->loaded.add(info);
@@ -176,7 +182,8 @@ void CFileManager::scanFilters() {
     getLoadedResults(records);
     m_parts->files.advanced().forget();
     m_parts->tree.forget();
-    CFileManConf::readConf(CFileManConf::getConfFileName());
+    const std::string document = CFileManConf::getConfFileName();
+    m_parts->isConfigurationBroken = !CFileManConf::readConf(document) && CCommUtils::isFileExists(document);
     m_parts->scan.start();
 }
 

@@ -66,6 +66,9 @@ public:
     void getLoadedResults(std::list<_ResultInfo*>& out) const;
     // Calls visitor with the row of each loaded record, in order. It does not make the records in memory.
     void forEachLoaded(const RowVisitor& visitor) const;
+    // Returns how many places of the storage could not be read so far, the configuration document included. A
+    // missing place is not counted.
+    std::size_t unreadPlaces() const;
     // Loads what the active filter selects. Throws std::out_of_range, and changes nothing, for a module that
     // the configuration lacks. This is intentional: it ends the request.
     void reloadResult();

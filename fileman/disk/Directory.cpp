@@ -86,6 +86,7 @@ OpenedDirectory::OpenedDirectory(const std::string& path)
 OpenedDirectory::OpenedDirectory(UniqueFd directory, const std::string& path)
     : descriptor(std::move(directory)) {
     if (!descriptor) {
+        isClosed = errno == EACCES;
         hasFailed = reportUnlessAbsent("open directory", path, errno);
         return;
     }

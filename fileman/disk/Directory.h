@@ -68,6 +68,7 @@ struct OpenedDirectory {
     UniqueFd descriptor;
     std::optional<Directory> listing; // nullopt if it could not be opened; else all entries that were read
     bool hasFailed = false;
+    bool isClosed = false; // to this user
 };
 
 // Returns only the listing, and closes the directory.

@@ -17,7 +17,7 @@ StorageTree::Place& StorageTree::visit(const std::string& path) {
     // The last directory is closed before the next is opened, so that one descriptor is enough.
     m_openDescriptor.reset();
     OpenedDirectory opened(path);
-    m_failures += opened.hasFailed ? 1 : 0;
+    m_failures += opened.hasFailed || opened.isClosed ? 1 : 0;
     place.directory = std::move(opened.listing);
     m_openDirectory = place.directory ? &*place.directory : nullptr;
     m_openDescriptor = std::move(opened.descriptor);

@@ -34,8 +34,9 @@ public:
     // Forgets all listings: the next question reads the disk again.
     void forget();
 
-    // How often the system failed to open, read or look for a directory. Each failure was reported on
-    // standard error. A missing directory is not a failure.
+    // How many places could not be opened, read or looked for, although they may exist: either the system
+    // failed, which was reported on standard error, or the directory is closed to this user. A missing
+    // directory is not a failure.
     std::size_t failures() const { return m_failures; }
 
 private:
