@@ -1,11 +1,12 @@
 #include "fileman/load/ConfiguredDirs.h"
 
-#include <cstdio>
+#include <string>
 #include <utility>
 
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
+#include "fileman/load/Diagnostics.h"
 #include "fileman/names/PortNames.h"
 #include "fileman/names/TypeNames.h"
 
@@ -104,17 +105,16 @@ int ConfiguredDirs::loadCommonModule() {
     return count;
 }
 
-// The printed lines are part of the response, before its header. This is intentional.
 int ConfiguredDirs::loadCommonTree(const CommonOptInfo& option) {
     const _ResultFilter& filter = m_filter.fields();
     if (CCommUtils::isEquals(option.test_name, "Result") && filter.includeResults) {
         const int count = load(portTreeInfo("Common", "", option.dir_name, option.list, Half::Result));
-        std::printf("Common port result: %d.\n", count);
+        diagnostics::write("Common port result: " + std::to_string(count) + ".");
         return count;
     }
     if (CCommUtils::isEquals(option.test_name, "Profile") && filter.includeProfiles) {
         const int count = load(portTreeInfo("Common", "", option.dir_name, option.list, Half::Profile));
-        std::printf("Common profile: %d.\n", count);
+        diagnostics::write("Common profile: " + std::to_string(count) + ".");
         return count;
     }
     return 0;

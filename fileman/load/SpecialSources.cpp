@@ -1,6 +1,5 @@
 #include "fileman/load/SpecialSources.h"
 
-#include <cstdio>
 #include <memory>
 
 #include "common/CCommUtils.h"
@@ -8,6 +7,7 @@
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
 #include "fileman/RecordId.h"
+#include "fileman/load/Diagnostics.h"
 
 bool SpecialSources::isScreenTypeCurrent(const std::string& dir) {
     if (m_scan.willFindScreenType(dir))
@@ -56,9 +56,8 @@ int SpecialSources::loadExtraDir(const ExtraDirInfo& extra) {
     const int count = m_files.list(std::move(source));
     if (count == 0)
         return 0;
-    // These lines are part of the response, before its header. This is intentional.
     m_loaded.visitNewestPaths(
-        [](const std::string& path) { std::printf("Find at:%s\n", withoutControlBytes(path).c_str()); });
+        [](const std::string& path) { diagnostics::write("Find at:" + withoutControlBytes(path)); });
     return count;
 }
 
