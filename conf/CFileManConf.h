@@ -64,6 +64,8 @@ public:
     static const _PortInfo& getPortInfo(const std::string& name);
     static const _ClassInfo& getClassInfo(const std::string& name);
     static const ModuleInfo& getModuleInfo(const std::string& name);
+    // Whether getModuleInfo knows the name.
+    static bool hasModule(const std::string& name);
 
     // The whole maps. They may change later; a caller that needs the present state copies them.
     static const std::map<std::string, _ModeInfo>& getModesInfo();

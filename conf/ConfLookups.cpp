@@ -125,6 +125,10 @@ const ModuleInfo& CFileManConf::getModuleInfo(const std::string& name) {
     return checked(confState().s_confModuleMap, name, "module");
 }
 
+bool CFileManConf::hasModule(const std::string& name) {
+    return confState().s_confModuleMap.count(name) != 0;
+}
+
 const std::map<std::string, _ModeInfo>& CFileManConf::getModesInfo() {
     return confState().s_confModeMap;
 }
