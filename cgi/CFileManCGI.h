@@ -3,6 +3,7 @@
 #include <functional>
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "conf/ResultFilter.h"
@@ -42,6 +43,11 @@ public:
 
     // Splits the decoded query into m_queryInfo. A repeated key keeps its first value. Always returns 1.
     int parseQueryInfo(const char* query);
+    // The same of the encoded query for strict answers, which cut before they decode; false when an escape is
+    // malformed.
+    bool readQuery(const char* encoded);
+    // The pieces of a key's value between its commas; nothing without the key.
+    std::optional<std::list<std::string>> getQueryList(const std::string& key) const;
     // Adds one "key=value" piece to m_queryInfo. Returns false when the piece is empty or has no '='.
     bool parseKeyValue(const std::string& pair);
     // Returns an ActionType. The key "filter" is tried first, then "fmtype", then "opertype". An unknown
@@ -111,4 +117,7 @@ public:
 
 private:
     int writeForms();
+
+    std::map<std::string, std::list<std::string>>
+        m_queryLists; // by readQuery: the pieces, decoded one by one
 };

@@ -1,6 +1,9 @@
 #include <array>
+#include <optional>
+#include <utility>
 
 #include "cgi/CFileManCGI.h"
+#include "cgi/Query.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
@@ -96,6 +99,26 @@ bool CFileManCGI::parseKeyValue(const std::string& pair) {
     return CCommUtils::parseKeyValue(m_queryInfo, pair);
 }
 
+bool CFileManCGI::readQuery(const char* encoded) {
+    std::optional<Query> query = Query::read(encoded);
+    if (!query)
+        return false;
+    m_queryInfo = std::move(query->values);
+    m_queryLists = std::move(query->lists);
+    return true;
+}
+
+std::optional<std::list<std::string>> CFileManCGI::getQueryList(const std::string& key) const {
+    if (const auto cut = m_queryLists.find(key); cut != m_queryLists.end())
+        return cut->second;
+    const std::string* const value = findValue(m_queryInfo, key.c_str());
+    if (value == nullptr)
+        return std::nullopt;
+    std::list<std::string> pieces;
+    CCommUtils::split(pieces, ",", *value);
+    return pieces;
+}
+
 unsigned CFileManCGI::getFileManType() const {
     for (const ActionWord& word : kActionWords) {
         const std::string* const value = findValue(m_queryInfo, word.key);
@@ -111,16 +134,19 @@ std::string CFileManCGI::getFileManTypeString() const {
 }
 
 std::function<bool(const std::string& id)> CFileManCGI::getChooser() const {
-    return
-        [ids = ChosenIds::ofRequest(m_queryInfo)](const std::string& id) { return ids && ids->contains(id); };
+    return [ids = ChosenIds::of(getQueryList("rsltid"))](const std::string& id) {
+        return ids && ids->contains(id);
+    };
 }
 
 void CFileManCGI::getFilterFromRequest(_ResultFilter& filter) {
     if (const std::string* const value = findValue(m_queryInfo, "fmtype"))
         readSources(filter, *value);
     for (const ListKey& row : kListKeys) {
-        if (const std::string* const value = findValue(m_queryInfo, row.key))
-            CCommUtils::split(filter.*row.field, ",", *value);
+        if (std::optional<std::list<std::string>> names = getQueryList(row.key)) {
+            std::list<std::string>& field = filter.*row.field;
+            field.splice(field.end(), *names);
+        }
     }
     for (const TextKey& row : kTextKeys) {
         if (const std::string* const value = findValue(m_queryInfo, row.key))

@@ -1,9 +1,12 @@
 // One process answers one request. The steps of a request, and the files that implement them:
 //
 //   CommandLine     answers --version for a person at a terminal
+//   Answers         decides which kind of answers this process gives, and what differs between the two
 //   Output          writes the response, which ends where a write fails
+//   Header          writes the header of strict answers; ErrorPage refuses a request in words;
+//                   ContentType, Disposition: lines of the header; Escape: values in pages
 //   StartUp         reads the configuration and scans the storage, in a thread that main waits for
-//   Request         reads the query: the action and the filter
+//   Request         reads the query: the action and the filter; Query: the way strict answers read it
 //   pages/          writes HTML
 //     ListPage        the grid page                  CFileManager loads what it lists
 //     FilterPages     the two filter dialogs
@@ -34,18 +37,32 @@
 #include <new>
 #include <string_view>
 
+#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
 #include "cgi/CommandLine.h"
+#include "cgi/ErrorPage.h"
 #include "cgi/Output.h"
 #include "cgi/StartUp.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "common/CCommUtils.h"
 #include "common/WriteAll.h"
+#include "conf/CFileManConf.h"
 #include "fileman/CFileManager.h"
+#include "fileman/load/Diagnostics.h"
 
 namespace {
 
+using Names = std::list<std::string>;
 using ResultList = std::list<_ResultInfo*>;
+
+bool isDelivery(unsigned action) {
+    return action == CFileManCGI::ACTION_VIEW || action == CFileManCGI::ACTION_PDF ||
+           action == CFileManCGI::ACTION_DOWNLOAD;
+}
+
+bool isFilteredList(unsigned action) {
+    return action == CFileManCGI::ACTION_LIST_RESULTS || action == CFileManCGI::ACTION_LIST_PROFILES;
+}
 
 // If a standard descriptor is closed, a file opened later would get its number, and the response or the log
 // would be written into that file. Where /dev/null cannot be opened (a root without devices), an O_PATH
@@ -67,6 +84,9 @@ void openStandardDescriptors() {
 
 void prepareProcess() {
     openStandardDescriptors();
+    Answers::decide();
+    if (Answers::current().areStrict())
+        diagnostics::sendToStandardError();
     std::set_new_handler(&endWithoutMemory);
     output::open();
 #ifdef __GLIBC__
@@ -76,14 +96,39 @@ void prepareProcess() {
 #endif
 }
 
-// The decoded query is never freed: the process needs it until it ends.
-void readQuery(CFileManCGI& request) {
+// Returns false when a strict answer cannot take the query. The default answers take every query.
+bool readQuery(CFileManCGI& request) {
     const char* const variable = std::getenv("QUERY_STRING");
     const char* const query = variable == nullptr ? "" : variable;
+    if (Answers::current().areStrict())
+        return request.readQuery(query);
+    // The decoded query is never freed: the process needs it until it ends.
     char* decoded = nullptr;
     if (CCommUtils::cgiUnescapeChars(&decoded, query, static_cast<int>(std::strlen(query))) != 0)
         endWithoutMemory();
     request.parseQueryInfo(decoded);
+    return true;
+}
+
+// What a strict answer refuses before anything is loaded. In default answers a delivery without ids is empty,
+// and a module that the configuration lacks ends the process.
+bool refuses(const CFileManCGI& request, const _ResultFilter& filter) {
+    if (!Answers::current().areStrict())
+        return false;
+    const unsigned action = request.getFileManType();
+    if (isDelivery(action) && request.getQueryList("rsltid").value_or(Names()).empty()) {
+        writeErrorPage(Status::BadRequest, "The request names no result: rsltid is missing or empty.");
+        return true;
+    }
+    if (!isFilteredList(action))
+        return false;
+    for (const std::string& module : filter.modules) {
+        if (CFileManConf::hasModule(module))
+            continue;
+        writeErrorPage(Status::BadRequest, "The configuration knows no module \"" + module + "\".");
+        return true;
+    }
+    return false;
 }
 
 // These two start commands, which would inherit an ignored SIGPIPE and go on after their reader is gone. The
@@ -140,8 +185,23 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
 // Ends without freeing the records: freeing 100,000 of them would take longer than writing them, and the
 // kernel takes all memory back at once.
 [[noreturn]] void endProcess() {
+    diagnostics::flush();
     std::fflush(stdout);
     ::_exit(EXIT_SUCCESS);
+}
+
+// From the query to the whole answer.
+void serve(CFileManager& store) {
+    const auto request = std::make_unique<CFileManCGI>();
+    ResultList results;
+    if (!readQuery(*request)) {
+        writeErrorPage(Status::BadRequest, "The query holds a malformed escape.");
+        return;
+    }
+    _ResultFilter filter;
+    request->getFilterFromRequest(filter);
+    if (!refuses(*request, filter))
+        answer(*request, store, filter, results);
 }
 
 } // namespace
@@ -152,15 +212,13 @@ int main(int argc, char** argv) {
         writeVersion();
         endProcess();
     }
-    ResultList results;
+    if (Answers::current().isMethodRefused()) {
+        writeErrorPage(Status::MethodNotAllowed, "Only GET and HEAD are answered.");
+        endProcess();
+    }
     const auto store = std::make_unique<CFileManager>();
     store->deferScan();
     runStartUpThread();
-
-    const auto request = std::make_unique<CFileManCGI>();
-    readQuery(*request);
-    _ResultFilter filter;
-    request->getFilterFromRequest(filter);
-    answer(*request, *store, filter, results);
+    serve(*store);
     endProcess();
 }

@@ -1,17 +1,13 @@
 #include "cgi/delivery/ChosenIds.h"
 
 #include <algorithm>
+#include <iterator>
 
-#include "common/CCommUtils.h"
-
-std::optional<ChosenIds> ChosenIds::ofRequest(const std::map<std::string, std::string>& query) {
-    const auto value = query.find("rsltid");
-    if (value == query.end())
+std::optional<ChosenIds> ChosenIds::of(const std::optional<std::list<std::string>>& ids) {
+    if (!ids)
         return std::nullopt;
-    std::list<std::string> ids;
-    CCommUtils::split(ids, ",", value->second);
     ChosenIds chosen;
-    chosen.m_ids.insert(ids.begin(), ids.end());
+    chosen.m_ids.insert(ids->begin(), ids->end());
     return chosen;
 }
 

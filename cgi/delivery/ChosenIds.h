@@ -1,7 +1,6 @@
 #pragma once
 
 #include <list>
-#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -11,9 +10,10 @@
 // The ids that a request names in its key "rsltid". They choose the records that the request is about.
 class ChosenIds {
 public:
-    // Returns nullopt for a request without the key.
-    static std::optional<ChosenIds> ofRequest(const std::map<std::string, std::string>& query);
+    // ids: the pieces of the key's value. Returns nullopt for a request without the key.
+    static std::optional<ChosenIds> of(const std::optional<std::list<std::string>>& ids);
 
+    bool isEmpty() const { return m_ids.empty(); }
     bool contains(const std::string& id) const { return m_ids.count(id) != 0; }
     // Returns the chosen records in the order of results.
     std::list<const _ResultInfo*> choose(const std::list<_ResultInfo*>& results) const;

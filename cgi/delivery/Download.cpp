@@ -66,7 +66,7 @@ bool prepare(const StagingArea& area, const std::list<const _ResultInfo*>& chose
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 void CFileManCGI::downloadResults(std::list<_ResultInfo*> results) {
-    const auto ids = ChosenIds::ofRequest(m_queryInfo);
+    const auto ids = ChosenIds::of(getQueryList("rsltid"));
     if (!ids)
         return;
     const StagingArea area({paths::kDownloadDir, paths::kDownloadArchive, paths::kDownloadLock});

@@ -72,7 +72,7 @@ std::string makePdfs(const StagingArea& area, const PathList& documents) {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
-    const auto ids = ChosenIds::ofRequest(m_queryInfo);
+    const auto ids = ChosenIds::of(getQueryList("rsltid"));
     if (!ids)
         return;
     const std::list<const _ResultInfo*> chosen = ids->choose(results);

@@ -21,7 +21,7 @@ void sendInline(const std::string& path) {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 void CFileManCGI::viewResults(std::list<_ResultInfo*> results) {
-    const auto ids = ChosenIds::ofRequest(m_queryInfo);
+    const auto ids = ChosenIds::of(getQueryList("rsltid"));
     if (!ids)
         return;
     std::list<std::string> paths;

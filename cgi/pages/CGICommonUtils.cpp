@@ -6,6 +6,9 @@
 #include <cstring>
 #include <memory>
 
+#include "cgi/Answers.h"
+#include "cgi/Header.h"
+#include "cgi/pages/PageLine.h"
 #include "common/CCommUtils.h"
 
 namespace {
@@ -40,8 +43,14 @@ int writeCells(const std::string& cells) {
     return CGICommonUtils::writeHTMLine("\t</tr>");
 }
 
-int writeVariable(const char* format, const char* variable) {
-    return writeCells(CGICommonUtils::createHTMLine(format, std::getenv(variable)));
+int writeVariable(const char* name, const std::string& stored) {
+    return writeCells(CGICommonUtils::createHTMLine(
+        page::either(R"(<th width="30%%">%s</th><td>%s</td>)", "<th>%s</th><td>%s</td>"), name,
+        page::value(stored).c_str()));
+}
+
+int writeVariable(const char* name) {
+    return writeVariable(name, orNull(std::getenv(name)));
 }
 
 // Returns CONTENT_LENGTH as a 64-bit decimal number; 0 when it is unset or not a number.
@@ -53,11 +62,12 @@ std::string contentLength() {
 } // namespace
 
 int CGICommonUtils::writeCGIHeader() {
-    return std::puts("Content-type:text/html;charset=utf-8\n");
+    writePageHeader();
+    return 0;
 }
 
 int CGICommonUtils::writeHTMLBeginNode() {
-    return std::puts("<html>");
+    return std::puts(Answers::current().areStrict() ? "<!DOCTYPE html>\n<html lang=\"en\">" : "<html>");
 }
 
 int CGICommonUtils::writeHTMLEndNode() {
@@ -100,15 +110,18 @@ int CGICommonUtils::writeDebugInfo(const char* text) {
 int CGICommonUtils::writeRequestInfo() {
     writeCGIHeader();
     writeHTMLBeginNode();
-    writeHTMLine(R"(<table border="1" cellpadding="0" cellspacing="0" align="center" width="40%">)");
-    writeCells(createHTMLine(R"(<th width="30%%">CONTENT_LENGTH</th><td>%s</td>)", contentLength().c_str()));
-    writeVariable(R"(<th width="30%%">QUERY_STRING</th><td>%s</td>)", "QUERY_STRING");
-    writeVariable(R"(<th width="30%%">CONTENT_TYPE</th><td>%s</td>)", "CONTENT_TYPE");
-    writeVariable(R"(<th width="30%%">REMOTE_ADDR</th><td>%s</td>)", "REMOTE_ADDR");
-    writeVariable(R"(<th width="30%%">REQUEST_METHOD</th><td>%s</td>)", "REQUEST_METHOD");
-    writeVariable(R"(<th width="30%%">PATH_INFO</th><td>%s</td>)", "PATH_INFO");
-    writeVariable(R"(<th width="30%%">PATH_TRANSLATED</th><td>%s</td>)", "PATH_TRANSLATED");
+    page::strictLine(0, "<head>");
+    page::writeMeta();
+    page::strictLine(0, "</head>");
+    page::strictLine(0, "<body>");
+    writeHTMLine(page::either(
+        R"(<table border="1" cellpadding="0" cellspacing="0" align="center" width="40%">)", "<table>"));
+    writeVariable("CONTENT_LENGTH", contentLength());
+    for (const char* const name :
+         {"QUERY_STRING", "CONTENT_TYPE", "REMOTE_ADDR", "REQUEST_METHOD", "PATH_INFO", "PATH_TRANSLATED"})
+        writeVariable(name);
     writeHTMLine("</table>");
+    page::strictLine(0, "</body>");
     return writeHTMLEndNode();
 }
 

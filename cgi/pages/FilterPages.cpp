@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "cgi/CFileManCGI.h"
+#include "cgi/Escape.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "cgi/pages/PageLine.h"
 #include "common/UniqueNames.h"
@@ -9,7 +10,10 @@
 
 namespace {
 
+using page::defaultLine;
+using page::either;
 using page::line;
+using page::value;
 using Html = CGICommonUtils;
 using NameList = std::list<std::string>;
 
@@ -32,19 +36,28 @@ constexpr std::array<FieldRule, 4> kFieldRules = {{
 }};
 
 constexpr char kOptionFormat[] = R"(<div style="margin:5 0 5 5;width:120px;float:left;font-size:14px;"><input type="checkbox" id="%s" value="%s" %s>%s</input></div>)";
+constexpr char kStrictOptionFormat[] = R"(<div><label><input type="checkbox" id="%s" value="%s" %s />%s</label></div>)";
 // The page only shows whether the list holds results and profiles; the user cannot change these two here.
 constexpr char kDisabledOptionFormat[] = R"(<div style="margin:5 0 5 5;width:120px;float:left;font-size:14px;"><input type="checkbox" id="%s" value="%s" %s disabled>%s</input></div>)";
+constexpr char kStrictDisabledOptionFormat[] = R"(<div><label><input type="checkbox" id="%s" value="%s" %s disabled />%s</label></div>)";
 
 void writeFieldBegin(const char* id, const char* legend) {
-    line(0, Html::createHTMLine(R"(<fieldset id="%s" style="margin:10px; border:1px solid gray;font-size:14px;">)", id));
+    line(0, Html::createHTMLine(either(R"(<fieldset id="%s" style="margin:10px; border:1px solid gray;font-size:14px;">)", R"(<fieldset id="%s">)"), id));
     line(1, Html::createHTMLine("<legend>%s</legend>", legend));
 }
 // clang-format on
 
-void writeOption(const char* format, CFileManCGI::FilterType type, const std::string& option, bool checked) {
+// HTML allows no blank in an id, so that a strict page holds it percent-encoded.
+std::string optionId(CFileManCGI::FilterType type, const std::string& option) {
     const std::string id = CFileManCGI::getOptionId(type, option);
+    return Answers::current().areStrict() ? escape::percentEncoded(id, "_-./") : id;
+}
+
+void writeOption(const char* format, CFileManCGI::FilterType type, const std::string& option, bool checked) {
+    const std::string id = optionId(type, option);
     const std::string state = CFileManCGI::checkStat2String(checked);
-    line(1, Html::createHTMLine(format, id.c_str(), option.c_str(), state.c_str(), option.c_str()));
+    const std::string name = value(option);
+    line(1, Html::createHTMLine(format, id.c_str(), name.c_str(), state.c_str(), name.c_str()));
 }
 
 void writeFieldEnd() {
@@ -54,8 +67,10 @@ void writeFieldEnd() {
 void writeResultTypeField(const _ResultFilter& filter) {
     constexpr auto kType = CFileManCGI::FIELD_RESULT_TYPE;
     writeFieldBegin("field_rslt_type", "Result/Profile");
-    writeOption(kDisabledOptionFormat, kType, "Result", filter.includeResults);
-    writeOption(kDisabledOptionFormat, kType, "Profile", filter.includeProfiles);
+    writeOption(either(kDisabledOptionFormat, kStrictDisabledOptionFormat), kType, "Result",
+                filter.includeResults);
+    writeOption(either(kDisabledOptionFormat, kStrictDisabledOptionFormat), kType, "Profile",
+                filter.includeProfiles);
     writeFieldEnd();
 }
 
@@ -65,7 +80,7 @@ void writeField(const FieldRule& rule, const _ResultFilter& filter) {
     const UniqueNames checked(filter.*rule.checked);
     writeFieldBegin(rule.id, rule.legend);
     for (const std::string& option : options)
-        writeOption(kOptionFormat, rule.type, option, checked.contains(option));
+        writeOption(either(kOptionFormat, kStrictOptionFormat), rule.type, option, checked.contains(option));
     writeFieldEnd();
 }
 
@@ -76,49 +91,53 @@ void writePageBegin(const char* initCall) {
     Html::writeCGIHeader();
     Html::writeHTMLBeginNode();
     line(0, "<head>");
+    page::writeMeta();
     line(1, R"(<link href="../css/fileman.css" rel="stylesheet" type="text/css" />)");
     line(1, R"(<script src="../js/fileman.js" type="text/javascript"></script>)");
-    line(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-all.css" rel="stylesheet" type="text/css" />)");
-    line(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-form.css" rel="stylesheet" type="text/css" />)");
-    line(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Tab/css/form.css" rel="stylesheet" type="text/css" />)");
-    line(1, R"(<script src="../LigerUI/lib/jquery/jquery-1.3.2.min.js" type="text/javascript"></script>)");
-    line(1, R"(<script src="../LigerUI/lib/ligerUI/js/core/base.js" type="text/javascript"></script>)");
-    line(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerForm.js" type="text/javascript"></script>)");
-    line(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerComboBox.js" type="text/javascript"></script>)");
-    line(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerCheckBox.js" type="text/javascript"></script>)");
-    line(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerButton.js" type="text/javascript"></script>)");
-    line(1, R"(<script src="../LigerUI/lib/ligerUI/js/ligerui.all.js" type="text/javascript"></script>)");
-    line(1, R"(<script type="text/javascript">)");
-    line(2, "$(function() {");
-    line(3, initCall);
-    line(2, "});");
-    line(1, "</script>");
+    defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-all.css" rel="stylesheet" type="text/css" />)");
+    defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-form.css" rel="stylesheet" type="text/css" />)");
+    defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Tab/css/form.css" rel="stylesheet" type="text/css" />)");
+    defaultLine(1, R"(<script src="../LigerUI/lib/jquery/jquery-1.3.2.min.js" type="text/javascript"></script>)");
+    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/core/base.js" type="text/javascript"></script>)");
+    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerForm.js" type="text/javascript"></script>)");
+    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerComboBox.js" type="text/javascript"></script>)");
+    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerCheckBox.js" type="text/javascript"></script>)");
+    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerButton.js" type="text/javascript"></script>)");
+    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/ligerui.all.js" type="text/javascript"></script>)");
+    defaultLine(1, R"(<script type="text/javascript">)");
+    defaultLine(2, "$(function() {");
+    defaultLine(3, initCall);
+    defaultLine(2, "});");
+    defaultLine(1, "</script>");
     line(0, "</head>");
     line(0, "<body>");
+    page::writeIncompleteNotice();
 }
 
 void writeButtonRow(const char* okId, const char* cancelId) {
     line(3, "<tr>");
-    line(4, R"(<td colspan="3" align="center" class="l-table-edit-td">)");
-    line(4, Html::createHTMLine(R"(<input type="button" id="%s" value="OK" style="width:100px;" />)", okId));
-    line(4, Html::createHTMLine(R"(<input type="button" id="%s" value="Cancel" style="width:100px; margin-left:50px;" />)", cancelId));
+    line(4, either(R"(<td colspan="3" align="center" class="l-table-edit-td">)", R"(<td class="l-table-edit-td">)"));
+    line(4, Html::createHTMLine(either(R"(<input type="button" id="%s" value="OK" style="width:100px;" />)", R"(<input type="button" id="%s" value="OK" />)"), okId));
+    line(4, Html::createHTMLine(either(R"(<input type="button" id="%s" value="Cancel" style="width:100px; margin-left:50px;" />)", R"(<input type="button" id="%s" value="Cancel" />)"), cancelId));
     line(4, "</td>");
     line(3, "</tr>");
     line(2, "</table>");
 }
-// clang-format on
 
-void writeTextRow(const char* labelCell, const char* inputFormat, const std::string& value) {
+void writeTextRow(const char* label, const char* id, const std::string& stored) {
     line(3, "<tr>");
-    line(4, labelCell);
-    line(4, Html::createHTMLine(inputFormat, value.c_str()));
-    line(4, R"(<td align="left"></td>)");
+    line(4, Html::createHTMLine(either(R"(<td align="right" class="l-table-edit-td">%s:</td>)", R"(<td class="l-table-edit-td">%s:</td>)"), label));
+    line(4, Html::createHTMLine(either(R"(<td align="left" class="l-table-edit-td"><input name="%s" type="text" id="%s" ltype="text" value="%s" /></td>)",
+                                     R"(<td class="l-table-edit-td"><input name="%s" type="text" id="%s" value="%s" /></td>)"),
+                                id, id, value(stored).c_str()));
+    line(4, either(R"(<td align="left"></td>)", "<td></td>"));
     line(3, "</tr>");
 }
+// clang-format on
 
 void writePageEnd() {
     line(1, "</form>");
-    line(1, R"(<div style="display:none;"></div>)");
+    defaultLine(1, R"(<div style="display:none;"></div>)");
     line(0, "</body>");
     Html::writeHTMLEndNode();
 }
@@ -135,7 +154,7 @@ void CFileManCGI::writePriFilterPage() {
     writeOptionField(FIELD_MODE);
     writeOptionField(FIELD_TEST);
     writeOptionField(FIELD_PORT);
-    line(2, R"(<table align="center" height="50" cellpadding="0" cellspacing="0" class="l-table-edit" style="margin-bottom:0px;">)");
+    line(2, either(R"(<table align="center" height="50" cellpadding="0" cellspacing="0" class="l-table-edit" style="margin-bottom:0px;">)", R"(<table class="l-table-edit">)"));
     writeButtonRow("pri_btn_ok", "pri_btn_cancel");
     writePageEnd();
 }
@@ -144,22 +163,12 @@ void CFileManCGI::writeAdvFilterPage() {
     const _AdvanceInfo& advance = m_filter.advanceInfo;
     writePageBegin("initAdvFilter();");
     line(1, R"(<form name="adv_form" id="adv_form">)");
-    line(2, R"(<table align="center" height="400" cellpadding="0" cellspacing="0" class="l-table-edit" >)");
-    writeTextRow(R"(<td align="right" class="l-table-edit-td">Job ID:</td>)",
-                 R"(<td align="left" class="l-table-edit-td"><input name="adv_jobid" type="text" id="adv_jobid" ltype="text" value="%s" /></td>)",
-                 advance.jobId);
-    writeTextRow(R"(<td align="right" class="l-table-edit-td">Account:</td>)",
-                 R"(<td align="left" class="l-table-edit-td"><input name="adv_account" type="text" id="adv_account" ltype="text" value="%s" /></td>)",
-                 advance.account);
-    writeTextRow(R"(<td align="right" class="l-table-edit-td">File Name:</td>)",
-                 R"(<td align="left" class="l-table-edit-td"><input name="adv_file_name" type="text" id="adv_file_name" ltype="text" value="%s" /></td>)",
-                 advance.fileName);
-    writeTextRow(R"(<td align="right" class="l-table-edit-td">Prefix:</td>)",
-                 R"(<td align="left" class="l-table-edit-td"><input name="adv_prefix" type="text" id="adv_prefix" ltype="text" value="%s" /></td>)",
-                 advance.prefix);
-    writeTextRow(R"(<td align="right" class="l-table-edit-td">Suffix:</td>)",
-                 R"(<td align="left" class="l-table-edit-td"><input name="adv_suffix" type="text" id="adv_suffix" ltype="text" value="%s" /></td>)",
-                 advance.suffix);
+    line(2, either(R"(<table align="center" height="400" cellpadding="0" cellspacing="0" class="l-table-edit" >)", R"(<table class="l-table-edit">)"));
+    writeTextRow("Job ID", "adv_jobid", advance.jobId);
+    writeTextRow("Account", "adv_account", advance.account);
+    writeTextRow("File Name", "adv_file_name", advance.fileName);
+    writeTextRow("Prefix", "adv_prefix", advance.prefix);
+    writeTextRow("Suffix", "adv_suffix", advance.suffix);
     writeButtonRow("adv_btn_ok", "adv_btn_cancel");
     writePageEnd();
 }

@@ -9,7 +9,7 @@
 
 ListedRow rowOf(const _ResultInfo& record) {
     return {record.id,   record.name,     record.module,  record.mode, record.test,
-            record.port, record.datetime, record.rsltype, record.path};
+            record.port, record.datetime, record.rsltype, record.path, true};
 }
 
 // Makes the rows of one batch of files one after the other, always in the same memory.
@@ -37,6 +37,12 @@ public:
         return m_row;
     }
 
+    const ListedRow& nextRow(const ListedFile& file) {
+        m_row.startsSource = m_isNew;
+        m_isNew = false;
+        return rowOf(file);
+    }
+
     // The record lives until the process ends.
     _ResultInfo* newRecord(const ListedFile& file) {
         const ListedRow& row = rowOf(file);
@@ -62,6 +68,7 @@ private:
     std::string m_path;
     std::string m_date;
     std::time_t m_time = kUnknownTime;
+    bool m_isNew = true;
 };
 
 void LoadedList::clear() {
@@ -87,7 +94,7 @@ void LoadedList::visit(const RowVisitor& visitor) const {
     for (const Batch& batch : m_batches) {
         RowMaker rows(batch);
         for (const ListedFile& file : batch.files)
-            visitor(rows.rowOf(file));
+            visitor(rows.nextRow(file));
         for (const _ResultInfo* const record : batch.records)
             visitor(::rowOf(*record));
     }

@@ -23,6 +23,9 @@ struct ListedRow {
     std::string_view datetime;
     std::string_view rsltype;
     std::string_view path;
+    // False when this row comes from the directory of the row before: then the two differ in name, date and
+    // what is made of the name only.
+    bool startsSource = true;
 };
 
 using RowVisitor = std::function<void(const ListedRow&)>;

@@ -1,0 +1,79 @@
+#include "cgi/Escape.h"
+
+#include <gtest/gtest.h>
+
+#include "cgi/ContentType.h"
+#include "cgi/Disposition.h"
+
+namespace {
+
+struct Row {
+    std::string_view stored;
+    std::string_view escaped;
+};
+
+// Bytes that are no UTF-8: a tail alone, a cut character, an overlong form, a surrogate, beyond U+10FFFF.
+TEST(Escape, JsonOfEveryKindOfByte) {
+    constexpr Row kRows[] = {
+        {"plain name_1.html", "plain name_1.html"},
+        {"a\"b\\c", R"(a\"b\\c)"},
+        {"</script><!--&", R"(\u003c/script\u003e\u003c!--\u0026)"},
+        {"\x01\t\n\r\x7F", R"(\u0001\u0009\u000a\u000d\u007f)"},
+        {"\xC2\x85\xC2\xA0", "\\u0085\xC2\xA0"},
+        {"\xE2\x80\xA7\xE2\x80\xA8\xE2\x80\xA9", "\xE2\x80\xA7\\u2028\\u2029"},
+        {"\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80", "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
+        {"\xFF\x80x", R"(\udcff\udc80x)"},
+        {"\xE4\xB8", R"(\udce4\udcb8)"},
+        {"\xE4\xB8<", R"(\udce4\udcb8\u003c)"},
+        {"\xC0\xAF\xE0\x9F\xBF", R"(\udcc0\udcaf\udce0\udc9f\udcbf)"},
+        {"\xED\x9F\xBF\xED\xA0\x80", "\xED\x9F\xBF\\udced\\udca0\\udc80"},
+        {"\xF4\x8F\xBF\xBF\xF4\x90\x80\x80", "\xF4\x8F\xBF\xBF\\udcf4\\udc90\\udc80\\udc80"},
+    };
+    for (const Row& row : kRows) {
+        std::string found;
+        escape::appendJson(found, row.stored);
+        EXPECT_EQ(row.escaped, found);
+        // What is plain stands as it is, never the other way round.
+        EXPECT_TRUE(!escape::isPlainInJson(row.stored) || found == row.stored) << row.stored;
+    }
+}
+
+TEST(Escape, HtmlOfEveryKindOfByte) {
+    constexpr Row kRows[] = {
+        {"<b>&\"'", "&lt;b&gt;&amp;&quot;&#39;"},
+        {"a\tb\nc", "a\tb\nc"},
+        {"\x01\r\x7F\xC2\x85", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"\xC3\xA9\xFF\xE4\xB8", "\xC3\xA9\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
+    };
+    for (const Row& row : kRows)
+        EXPECT_EQ(row.escaped, escape::forHtml(row.stored));
+}
+
+TEST(Disposition, NamesThatAreNotPlainAscii) {
+    constexpr Row kRows[] = {
+        {"lab 1.html", "filename=\"lab 1.html\""},
+        {"a\"b.png", "filename=\"a_b.png\"; filename*=UTF-8''a%22b.png"},
+        {"50%.png", "filename=\"50_.png\"; filename*=UTF-8''50%25.png"},
+        {"\xC3\xA9.pdf", "filename=\"__.pdf\"; filename*=UTF-8''%C3%A9.pdf"},
+        {"a\r\nb\xFF", "filename=\"a__b_\"; filename*=UTF-8''a__b%EF%BF%BD"},
+    };
+    for (const Row& row : kRows) {
+        EXPECT_EQ("attachment; " + std::string(row.escaped), attachmentDisposition(row.stored));
+        EXPECT_EQ("inline; " + std::string(row.escaped), inlineDisposition(row.stored));
+    }
+}
+
+TEST(ContentType, ByTheLastEndingInAnyCase) {
+    constexpr Row kRows[] = {
+        {"/home/a.b/x.HTML", "text/html"},
+        {"x.tar.png", "image/png"},
+        {"x.PCAPng", "application/vnd.tcpdump.pcap"},
+        {"/home/a.png/x", "application/octet-stream"},
+        {"x.sor", "application/octet-stream"},
+        {"x", "application/octet-stream"},
+    };
+    for (const Row& row : kRows)
+        EXPECT_EQ(row.escaped, contentTypeOf(row.stored)) << row.stored;
+}
+
+} // namespace
