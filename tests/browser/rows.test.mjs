@@ -91,5 +91,18 @@ test('bytes that are no UTF-8 return to the instrument unchanged', () => {
   const { text, raw } = decodePage(bytes);
   const [entry] = toEntries(parsePage(text), raw);
   assert.equal(entry.name, 'caf\ufffd \ufffd');
-  assert.equal(deliveryQuery('view', [entry.sent]), '?opertype=view&rsltid=SDH/PDH_P1_bert_Result_caf%E9+%FF');
+  assert.equal(deliveryQuery('view', [entry.sent]), '?opertype=view&rsltid=SDH/PDH_P1_bert_Result_caf%E9%20%FF');
+});
+
+test('strict rows are lines of JSON, whatever the names hold', () => {
+  const names = ['"\\', "' },\n\t\t{ id: '", '\udcff\udcfe', '\u2028</script><!--', '\t\t];\n</script>\n</head>\n', ''];
+  const rows = names.map((name) => Array.from({ length: 9 }, (_, i) => `${name} ${i}`));
+  const line = (row) => `\t\t${JSON.stringify(Object.fromEntries(row.map((value, i) => [`k${i}`, value])))}`;
+  const list = (end) => `<script>\n\tvar griddata = [\n${rows.map(line).join(',\n')}${end}`.replace(/<(?=[/!])/g, '\\u003c');
+  const whole = parsePage(`${list('\n\t\t];\n')}</script>\n</head>\n`);
+  assert.deepEqual([whole.rows, whole.whole, whole.lost], [rows, true, 0]);
+  const cut = parsePage(list(',\n\t\t{"k0":"cut o'));
+  assert.deepEqual([cut.rows, cut.whole], [rows, false]);
+  const { id, sent } = toEntries(whole, false)[2];
+  assert.deepEqual([id, sent], ['\ufffd\ufffd 0', '\xff\xfe 0']);
 });

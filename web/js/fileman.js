@@ -31,9 +31,12 @@
   const watch = new MutationObserver((records) => {
     for (const record of records) record.addedNodes.forEach(disarm);
   });
-  watch.observe(document, { childList: true, subtree: true });
-
-  insertHead('meta', { 'http-equiv': 'Content-Security-Policy', content: POLICY });
+  // Strict answers have no script that could run, and bring the program's own policy.
+  const isStrict = document.head.querySelector('meta[name=fileman-answers]')?.content === 'strict';
+  if (!isStrict) {
+    watch.observe(document, { childList: true, subtree: true });
+    insertHead('meta', { 'http-equiv': 'Content-Security-Policy', content: POLICY });
+  }
   insertHead('meta', { name: 'viewport', content: 'width=device-width, initial-scale=1' });
   insertHead('meta', { name: 'color-scheme', content: 'light dark' });
   insertHead('meta', { name: 'referrer', content: 'same-origin' });

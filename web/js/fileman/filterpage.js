@@ -7,7 +7,7 @@ import { t } from './texts.js';
 import { listingQuery, parseQuery, readListing } from './wire.js';
 
 export async function start() {
-  const which = (parseQuery(location.search).get('filter') ?? '').toLowerCase() === 'fadv' ? 'fadv' : 'fpri';
+  const which = parseQuery(location.search).text('filter').toLowerCase() === 'fadv' ? 'fadv' : 'fpri';
   const listing = readListing(location.search);
   dressPage(t(which === 'fadv' ? 'advancedTitle' : 'filterTitle'));
   const main = el('main', { class: 'fm-filter-page' }, el('p', { text: t('opening') }));

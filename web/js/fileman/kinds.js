@@ -1,4 +1,5 @@
 /* What an entry's file is, and what stands in the way of delivering it. */
+import { isStrict } from './answers.js';
 import { isSendable } from './wire.js';
 
 const KINDS = {
@@ -27,15 +28,15 @@ const CONTROL = /[\0-\x1f\x7f]/;
 const SPECIAL = /[ |&;<>()$`\\"'*?[\]{}]/;
 
 /**
- * Why an entry cannot be delivered by 'view', 'download' or 'pdf': the key of a text, or null. Archives are
- * packed by shell commands that cannot carry every name; the instrument leaves such entries out, so the
- * person is told beforehand.
+ * Why an entry cannot be delivered by 'view', 'download' or 'pdf': the key of a text, or null. For default answers
+ * archives are packed by shell commands that cannot carry every name; the instrument leaves such entries out, so
+ * the person is told beforehand.
  */
 export function obstacle(entry, operation) {
   if (!isSendable(entry.id)) return 'whyId';
   const folder = entry.path.slice(0, entry.path.lastIndexOf('/'));
   const file = entry.path.slice(folder.length + 1);
-  if (operation === 'download') {
+  if (operation === 'download' && !isStrict()) {
     if (!entry.name || entry.name.startsWith('-') || entry.name.includes("'") || CONTROL.test(entry.name))
       return 'whyName';
     if (SPECIAL.test(folder) || CONTROL.test(folder)) return 'whyPlace';

@@ -2,7 +2,8 @@
  * Reads the two filter pages from their text: what they offer stands unescaped in attributes, so the
  * document that a browser builds from them cannot be trusted to hold the names as they are.
  */
-import { toBinary, toText } from './wire.js';
+import { isStrict } from './answers.js';
+import { toBinary, toText, unescape } from './wire.js';
 
 const GROUPS = [
   { key: 'module', fieldset: 'field_module', prefix: 'id_module_opt_' },
@@ -42,6 +43,12 @@ function readOptions(field, prefix) {
   return names;
 }
 
+/** The names in one fieldset of a strict answer: each option's id holds its bytes percent-encoded. */
+function readStrictOptions(field, prefix) {
+  const ids = field.matchAll(/<input type="checkbox" id="([^"]*)"/g);
+  return [...ids].map(([, id]) => unescape(id).slice(prefix.length));
+}
+
 /**
  * The primary page's groups: [{ key, options: [{ value (binary), text }] }]. An option without a name is
  * left out: it could not be told from "no choice". Null when the text is no primary filter page.
@@ -50,9 +57,10 @@ export function parsePrimary({ text, raw }) {
   if (!text.includes('id="pri_form"')) return null;
   return GROUPS.map(({ key, fieldset, prefix }) => {
     const field = between(text, `<fieldset id="${fieldset}"`, '</fieldset>') ?? '';
-    const options = readOptions(field, prefix)
+    const names = isStrict() ? readStrictOptions(field, prefix) : readOptions(field, prefix);
+    const options = names
       .filter(Boolean)
-      .map((name) => (raw ? { value: name, text: toText(name) } : { value: toBinary(name), text: name }));
+      .map((name) => (raw || isStrict() ? { value: name, text: toText(name) } : { value: toBinary(name), text: name }));
     return { key, options };
   });
 }

@@ -11,11 +11,14 @@
  *
  * A row is taken when there is exactly one way to read it that leaves a way to read its neighbours. Any other row is
  * lost, and the lost rows are counted.
+ *
+ * None of this is needed in strict answers, where each row is one line of JSON.
  */
 import { toBinary, toText } from './wire.js';
 
 export const FIELDS = ['id', 'name', 'module', 'mode', 'test', 'port', 'datetime', 'rsltype', 'path'];
 
+const STRICT_ROW_START = '\t\t{"';
 const LIST_START = '\tvar griddata = [\n';
 const ROW_START = "\t\t{ id: '";
 const ROW_END = "' },\n";
@@ -199,13 +202,22 @@ function readRows(text, whole) {
   }
 }
 
+/** Reads the rows of a strict answer: one to a line. The last line of a list that was cut off is no row. */
+function readStrictRows(text, whole) {
+  const lines = text.split('\n').slice(0, -1);
+  const rows = lines.map((line) => Object.values(JSON.parse(line.replace(/,$/, ''))));
+  return { rows, lost: 0, whole, sure: true, steps: lines.length };
+}
+
+const readAll = (text, whole) => (text.startsWith(STRICT_ROW_START) ? readStrictRows : readRows)(text, whole);
+
 /** Parses a list page as the instrument sends it; null when it holds no list. */
 export function parsePage(text) {
   const start = text.indexOf(LIST_START);
   if (start < 0) return null;
   const from = start + LIST_START.length;
   const end = text.indexOf(PAGE_LIST_END, from);
-  return readRows(text.slice(from, end < 0 ? text.length : end), end >= 0);
+  return readAll(text.slice(from, end < 0 ? text.length : end), end >= 0);
 }
 
 /** Parses the text of the script that holds a page's list; null when it holds none. */
@@ -213,7 +225,7 @@ export function parseScript(text) {
   const start = text.indexOf(LIST_START);
   if (start < 0) return null;
   const whole = text.endsWith(LIST_END);
-  return readRows(text.slice(start + LIST_START.length, whole ? -LIST_END.length : text.length), whole);
+  return readAll(text.slice(start + LIST_START.length, whole ? -LIST_END.length : text.length), whole);
 }
 
 /**
@@ -221,11 +233,12 @@ export function parseScript(text) {
  * earlier entry of the list bears the same one.
  */
 export function toEntries({ rows }, raw) {
-  const show = raw ? toText : (value) => value;
+  // A lone surrogate of a strict answer stands for a byte that is no text.
+  const show = raw ? toText : (value) => (/[\udc80-\udcff]/u.test(value) ? toText(toBinary(value)) : value);
   const seen = new Set();
   return rows.map((values) => {
     const [id, name, module, mode, test, port, datetime, rsltype, path] = values.map(show);
-    const sent = raw ? values[0] : toBinary(id);
+    const sent = raw ? values[0] : toBinary(values[0]);
     const twin = seen.has(sent);
     seen.add(sent);
     return { id, name, module, mode, test, port, datetime, rsltype, path, sent, twin, searched: null };

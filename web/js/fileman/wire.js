@@ -5,7 +5,7 @@
  * character a byte) wherever it must return to the instrument unchanged, and turned into text only to
  * be shown.
  */
-import { errorSentence } from './answers.js';
+import { errorSentence, isStrict } from './answers.js';
 
 const encoder = new TextEncoder();
 const decoder = new TextDecoder();
@@ -16,10 +16,19 @@ export const TEXT_KEYS = ['jobid', 'account', 'locator', 'type', 'fname', 'prefi
 /** The lists that a person can open; only 'rslt' and 'prof' obey the filter. */
 export const KINDS = ['all', 'rslt', 'prof', 'screen'];
 
-/** Text to its UTF-8 bytes, one character a byte. */
+/**
+ * Text to its UTF-8 bytes, one character a byte. A lone surrogate U+DC80 to U+DCFF stands for the byte 0x80 to 0xFF that
+ * belongs to no UTF-8, as strict answers write it.
+ */
 export function toBinary(text) {
   if (/^[\0-\x7f]*$/.test(text)) return text;
-  return Array.from(encoder.encode(text), (byte) => String.fromCharCode(byte)).join('');
+  return text.replace(/[^\0-\x7f]+/g, (part) =>
+    part.replace(/[\udc80-\udcff]|[^\udc80-\udcff]+/gu, (piece) =>
+      /^[\udc80-\udcff]$/u.test(piece)
+        ? String.fromCharCode(piece.charCodeAt(0) - 0xdc00)
+        : Array.from(encoder.encode(piece), (byte) => String.fromCharCode(byte)).join(''),
+    ),
+  );
 }
 
 /** Bytes to text; what is no UTF-8 shows as replacement characters. */
@@ -31,42 +40,62 @@ export function toText(binary) {
 /** Percent-encodes a binary string; commas of a list are added by the caller. */
 export function escape(binary) {
   return binary.replace(/[^A-Za-z0-9\-_.~:/@()!*]/g, (char) =>
-    char === ' ' ? '+' : `%${char.charCodeAt(0).toString(16).toUpperCase().padStart(2, '0')}`,
+    `%${char.charCodeAt(0).toString(16).toUpperCase().padStart(2, '0')}`,
   );
 }
 
 /**
- * Whether a value survives the way: the instrument decodes the whole query first and cuts it at "&" and (lists)
- * at "," afterwards, so an escaped one is a separator too; a zero byte ends the query. Any "=" after a key's own
- * stays in the value.
+ * Whether a value survives the way. For default answers the instrument decodes the whole query first and cuts it at
+ * "&" and (lists) at "," afterwards, so an escaped one is a separator too; a zero byte ends the query. Any "=" after a
+ * key's own stays in the value. For strict answers it cuts first.
  */
 export function isSendable(value, inList = true) {
+  if (isStrict()) return !value.includes('\0');
   return inList ? !/[,&\0]/.test(value) : !/[&\0]/.test(value);
 }
 
-/** Decodes a query by the instrument's rules: whole string first, then pairs; the first of equal keys stays. */
-export function parseQuery(search) {
-  const plain = search.replace(/^\?/, '').replace(/\+|%(.?)(.?)/gs, (escape2, high, low) => {
+/** Decodes as the instrument does for default answers: any two characters after "%" count as digits. */
+function unescapeLoosely(text) {
+  return text.replace(/\+|%(.?)(.?)/gs, (escape2, high, low) => {
     if (escape2 === '+') return ' ';
     if (!low) return '';
     const digit = (char) => (/[0-9a-f]/i.test(char) ? parseInt(char, 16) : 0);
     return String.fromCharCode(digit(high) * 16 + digit(low));
   });
+}
+
+/** Undoes what escape() does. */
+export const unescape = (text) => text.replace(/%([0-9a-f]{2})/gi, (_, digits) => String.fromCharCode(parseInt(digits, 16)));
+
+/** Cuts a query into keys and values; the first of equal keys stays. */
+function cutQuery(text) {
   const values = new Map();
-  for (const piece of plain.split('\0', 1)[0].split('&')) {
+  for (const piece of text.split('&')) {
     const at = piece.indexOf('=');
     if (at >= 0 && !values.has(piece.slice(0, at))) values.set(piece.slice(0, at), piece.slice(at + 1));
   }
   return values;
 }
 
+/**
+ * A query by the instrument's rules: { text(key), list(key) }. Default answers decode it as a whole before it is cut,
+ * strict ones cut it first.
+ */
+export function parseQuery(search) {
+  const query = search.replace(/^\?/, '');
+  const values = cutQuery(isStrict() ? query : unescapeLoosely(query).split('\0', 1)[0]);
+  const read = isStrict() ? unescape : (value) => value;
+  const raw = (key) => values.get(key) ?? '';
+  return { text: (key) => read(raw(key)), list: (key) => raw(key).split(',').filter(Boolean).map(read) };
+}
+
 /** The listing that a query names: { kind, lists: {module: [...] ...}, texts: {jobid: '' ...} }, all binary. */
 export function readListing(search) {
   const query = parseQuery(search);
-  const asked = (query.get('fmtype') ?? '').toLowerCase();
+  const asked = query.text('fmtype').toLowerCase();
   const listing = { kind: KINDS.includes(asked) ? asked : 'all', lists: {}, texts: {} };
-  for (const key of LIST_KEYS) listing.lists[key] = (query.get(key) ?? '').split(',').filter(Boolean);
-  for (const key of TEXT_KEYS) listing.texts[key] = query.get(key) ?? '';
+  for (const key of LIST_KEYS) listing.lists[key] = query.list(key);
+  for (const key of TEXT_KEYS) listing.texts[key] = query.text(key);
   return listing;
 }
 
