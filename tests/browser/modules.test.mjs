@@ -20,7 +20,7 @@ import {
   toBinary,
   toText,
 } from '../../web/js/fileman/wire.js';
-import { sniff, stripLead } from '../../web/js/fileman/viewer.js';
+import { sniff, stripLead } from '../../web/js/fileman/stored.js';
 
 const bytesOf = (binary) => Uint8Array.from(binary, (char) => char.charCodeAt(0));
 

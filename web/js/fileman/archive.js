@@ -1,4 +1,7 @@
-/* Looks into a zip archive, so that a person learns what is missing before the archive is opened elsewhere. */
+/*
+ * Looks into a zip archive, so that a person learns what is missing before the archive is opened elsewhere. It may hold
+ * gigabytes, so it is read in place: a library for browsers would take all of it into memory.
+ */
 import { toBinary, toText } from './wire.js';
 
 const END = 0x06054b50;
@@ -78,7 +81,10 @@ export async function isWholePdf(blob) {
 /** A pattern's source for a name. Archives keep what is not ASCII in more than one way, so that part may be anything. */
 const pattern = (text) => text.replace(/[\\^$.*+?()[\]{}|/]/g, '\\$&').replace(/[^\0-\x7f]+/g, '.+');
 
-const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
+/** Whether a member's name, as text, is this name. */
+export const nameMatches = (name, found) => found === name || new RegExp(`^${pattern(name)}$`, 's').test(found);
+
+export const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
 const baseOf = (path) => fileOf(path).split('.', 1)[0];
 
 /** The name of an entry's PDF. */

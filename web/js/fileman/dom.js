@@ -11,6 +11,8 @@ const ICONS = {
   eye: 'M2 12s4-7 10-7 10 7 10 7-4 7-10 7S2 12 2 12M12 9a3 3 0 1 1 0 6 3 3 0 0 1 0-6',
   pdf: 'M6 3h8l5 5v13H6zM14 3v5h5M9 13h7M9 17h5',
   download: 'M12 4v11M7 11l5 5 5-5M4 20h16',
+  print: 'M7 9V3h10v6M7 17H4V9h16v8h-3M7 14h10v7H7z',
+  copy: 'M9 9h11v11H9zM15 9V4H4v11h5',
   close: 'M6 6l12 12M18 6 6 18',
   done: 'M12 3a9 9 0 1 1 0 18 9 9 0 0 1 0-18M8 12.5l3 3 5-6',
   stopped: 'M12 3a9 9 0 1 1 0 18 9 9 0 0 1 0-18M9 9h6v6H9z',
@@ -52,18 +54,22 @@ export function icon(name) {
   return svg;
 }
 
-/** A button with an icon and a text; the text stays readable by assistive software when `bare` hides it. */
-export function button(text, { image, press, bare = false, ...rest } = {}) {
+/**
+ * A button with an icon and a text. The text stays readable by assistive software when `bare` hides it, or when a `short`
+ * one is shown in its place.
+ */
+export function button(text, { image, press, bare = false, short = null, ...rest } = {}) {
   return el(
     'button',
     {
       type: 'button',
-      title: bare ? text : null,
+      title: bare || short ? text : null,
       ...rest,
       on: { click: press },
     },
     image && icon(image),
-    el('span', { class: bare ? 'fm-hidden' : 'fm-label', text }),
+    short && el('span', { class: 'fm-label', 'aria-hidden': 'true', text: short }),
+    el('span', { class: bare || short ? 'fm-hidden' : 'fm-label', text }),
   );
 }
 

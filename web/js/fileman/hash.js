@@ -17,5 +17,5 @@ export function inHash(key, hash = location.hash) {
 /** The text behind "#" for these values, "#" included; empty when there are none. */
 export function hashOf(values) {
   const pieces = Object.entries(values).filter(([, value]) => value);
-  return pieces.length ? `#${pieces.map(([key, value]) => `${key}=${encodeURIComponent(value)}`).join('&')}` : '';
+  return pieces.length ? `#${pieces.map(([key, value]) => `${key}=${encodeURIComponent(value).replace(/%2F/g, '/')}`).join('&')}` : '';
 }

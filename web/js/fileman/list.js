@@ -4,9 +4,10 @@
  *
  * What is shown is kept here and nowhere else. The other modules get what they need as arguments.
  */
+import { copyText } from './clipboard.js';
 import { columnText } from './columns.js';
 import { deliver, wording } from './deliver.js';
-import { announce, button, el, icon } from './dom.js';
+import { announce, button, el, icon, visible } from './dom.js';
 import { askFilter, fetchFilter } from './filters.js';
 import { buildFrame } from './frame.js';
 import { FileGrid } from './grid.js';
@@ -44,6 +45,12 @@ const count = () => countText(grid.view.length, entries.length);
 /** The address of a listing with what is typed. */
 const addressWith = (wanted) => `${addressOf(wanted)}${hashOf({ find: frame.find.value })}`;
 
+/** The address of what is shown, the viewed entry included. */
+function addressShown() {
+  const view = viewer.isOpen ? viewer.entry.path : '';
+  return `${addressOf(listing)}${hashOf({ find: frame.find.value, view })}`;
+}
+
 /**
  * Fetches another listing and shows it; the old list stays until the new one is there. `kept` is the state to show it in,
  * the one remembered for it unless given; `find` what is to be typed there, the same as now unless given.
@@ -67,7 +74,10 @@ async function load(wanted, { push = true, kept = recallList(listingQuery(wanted
     }
     listing = wanted;
     if (find !== null) frame.find.value = find;
-    if (push) history.pushState(null, '', addressWith(listing));
+    if (push) {
+      viewer.hide();
+      history.pushState(null, '', addressWith(listing));
+    }
     takeList(list, kept);
     announce(`${t(TAB_TEXTS[listing.kind])}. ${count()}`);
   } catch (error) {
@@ -130,6 +140,7 @@ function takeList(list, kept) {
   if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
   grid.top = kept.top ?? 0;
   tellGaps(list);
+  takeView(inHash('view'));
 }
 
 // ---- what is remembered
@@ -168,7 +179,7 @@ function applyFind() {
   grid.top = 0;
   announce(count());
   showTabs(frame, listing, addressWith);
-  history.replaceState(history.state, '', addressWith(listing));
+  history.replaceState(history.state, '', addressShown());
 }
 
 let typing = null; // runs until a person pauses
@@ -226,17 +237,72 @@ function command(operation, targets) {
   setField(frame.commandForm, 'rsltid', targets.map((entry) => entry.id).join(','));
 }
 
+const placeOf = (entry) => ({ at: grid.view.indexOf(entry), count: grid.view.length });
+
+/** Opens an entry's view. It has a place of its own in the history, which the next entries share. */
 function view(entry) {
   if (!entry) return;
+  const change = viewer.isOpen ? 'replaceState' : 'pushState';
   command('view', [entry]);
-  viewer.open(entry, entry.twin);
+  viewer.open(entry, placeOf(entry));
+  history[change]({ viewing: true }, '', addressShown());
 }
 
+/** Shows the view that the address names; null is none. */
+function takeView(path) {
+  const entry = path === null ? null : entries.find((one) => one.path === path);
+  if (!entry) {
+    if (viewer.isOpen) viewer.hide();
+    if (path === null || !entries.length) return;
+    history.replaceState(null, '', addressShown());
+    showNotice(t('viewGone', { path: visible(path) }), handlers.refresh);
+  } else if (viewer.isOpen && viewer.entry.path === path) viewer.renew(entry, placeOf(entry));
+  else {
+    const { at } = placeOf(entry);
+    if (at >= 0) grid.activate(at);
+    viewer.open(entry, placeOf(entry));
+  }
+}
+
+let isLeaving = false; // on the way out of a view's place in the history
+
+/** Closes the view, and leaves its place in the history when it has one of its own. */
+function closeView() {
+  isLeaving = Boolean(history.state?.viewing);
+  if (isLeaving) history.back();
+  hideView();
+}
+
+function hideView() {
+  viewer.hide();
+  frame.host.focus();
+  // What was typed during the view stays.
+  if (!isLeaving) history.replaceState(history.state, '', addressShown());
+}
+
+/** Views the next entry (1), the one before (-1) or the same again (0). The choice goes along when it was only that entry. */
 function step(by) {
   const at = grid.view.indexOf(viewer.entry) + by;
   if (at < 0 || at >= grid.view.length) return;
+  const isChoice = grid.chosen.size === 1 && grid.chosen.has(viewer.entry);
   grid.activate(at);
+  if (isChoice) grid.choose([grid.view[at]]);
   view(grid.view[at]);
+}
+
+/** Left and right step through the views from the list, too. */
+function stepByKey(event) {
+  const by = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
+  if (!by || !viewer.isOpen || event.target !== frame.host || event.altKey || event.ctrlKey || event.metaKey) return;
+  event.preventDefault();
+  step(by);
+}
+
+/** What a menu offers to copy of an entry. */
+function copies(entry) {
+  const link = new URL(`${addressOf(listing)}${hashOf({ view: entry.path })}`, location.href).href;
+  const item = (what, text) => ({ text: what, press: () => copyText(text, what) });
+  return [item(t('copyName'), entry.name), item(t('copyPath'), entry.path), item(t('copyLink'), link)];
 }
 
 function fetchFiles(operation, targets) {
@@ -267,7 +333,7 @@ function clearChoice() {
 /** Escape in the list closes the view first. */
 function escape() {
   if (!viewer.isOpen) return false;
-  viewer.close();
+  closeView();
   return true;
 }
 
@@ -286,8 +352,15 @@ const handlers = {
 function takeAddress() {
   const wanted = readListing(location.search);
   const find = inHash('find') ?? '';
+  const path = inHash('view');
   if (listingQuery(wanted) !== listingQuery(listing)) load(wanted, { push: false, find });
-  else if (find !== frame.find.value) findText(find);
+  else if (path === null && (isLeaving || viewer.isOpen)) {
+    isLeaving = false;
+    hideView();
+  } else {
+    if (find !== frame.find.value && !history.state?.viewing) findText(find);
+    takeView(path);
+  }
 }
 
 export async function start() {
@@ -296,16 +369,18 @@ export async function start() {
   const own = readOwnPage();
   frame = buildFrame(handlers);
   frame.find.value = inHash('find') ?? recallFind();
-  history.replaceState(history.state, '', addressWith(listing));
+  history.replaceState(history.state, '', addressOf(listing) + hashOf({ find: frame.find.value, view: inHash('view') }));
   viewer = new Viewer(frame.aside, {
-    closed: () => frame.host.focus(),
+    close: closeView,
     step,
-    download: (entry) => fetchFiles('download', [entry]),
+    deliver: (operation, entry) => fetchFiles(operation, [entry]),
+    copies,
   });
   grid = new FileGrid(frame.host, { sort: sortBy, changed: showState, open: view, escape });
   grid.showSort(sort);
   addEventListener('pagehide', remember);
   document.addEventListener('keydown', leadToFind);
+  frame.host.addEventListener('keydown', stepByKey);
   addEventListener('popstate', takeAddress);
   const kept = recallList(listingQuery(listing));
   if (own) takeList(own, kept);

@@ -6,7 +6,7 @@ import { button, el, icon, visible } from './dom.js';
 import { obstacle } from './kinds.js';
 import { TAB_TEXTS, obeysFilter, unfiltered, without } from './listing.js';
 import { dressPage } from './page.js';
-import { t } from './texts.js';
+import { number, t } from './texts.js';
 import { LIST_KEYS, TEXT_KEYS, isFiltered, toText } from './wire.js';
 
 const MOST_EXAMINED = 200; // entries whose names are looked at before an action is offered
@@ -29,10 +29,22 @@ export function showCounts(frame, grid, { all, lost }) {
   showActions(frame, grid);
 }
 
+/** Has the toolbar say how many entries it acts on. */
+function sayTargets(frame, grid, count) {
+  const what = grid.chosen.size ? t('actsOnChosen', { n: count }) : t('actsOnActive');
+  for (const action of [frame.view, frame.pdf, frame.download]) action.title = count ? what : t('actsOnNone');
+  for (const action of [frame.pdf, frame.download]) {
+    const badge = action.querySelector('.fm-count') ?? el('span', { class: 'fm-count', 'aria-hidden': 'true' });
+    badge.textContent = count ? number(count) : '';
+    action.append(badge);
+  }
+}
+
 function showActions(frame, grid) {
   const count = grid.chosen.size || (grid.activeEntry ? 1 : 0);
   const some = count && count <= MOST_EXAMINED ? grid.targets() : null;
   const can = (operation) => (some ? some.some((entry) => !obstacle(entry, operation)) : count > 0);
+  sayTargets(frame, grid, count);
   frame.view.disabled = count !== 1;
   frame.pdf.disabled = !can('pdf');
   frame.download.disabled = !can('download');

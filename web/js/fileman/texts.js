@@ -29,6 +29,9 @@ export function t(key, values = {}) {
   });
 }
 
+/** A number as a person reads it. */
+export const number = (n) => numbers.format(n);
+
 /** A text out of a group of texts; empty when the group lacks it. */
 export const tIn = (group, key) => (TABLES[language][group] ?? TABLES.en[group])[key] ?? '';
 

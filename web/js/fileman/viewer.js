@@ -1,200 +1,144 @@
 /*
- * Shows one stored file beside the list. The instrument sends every file as text/html with four bytes in
- * front, and most servers cut its last four; so the bytes decide what it is, pictures go through a blob,
- * and a report is built in a frame whose document (js/report.html) lets nothing run or load.
+ * Shows one stored file beside the list, with what belongs to it: once a view has rested, the entry's archive is read for
+ * the pictures of a report, the packets of a capture and the advanced information.
  */
-import { announce, button, el, icon, visible } from './dom.js';
 import { wording } from './deliver.js';
+import { announce, button, el, icon, visible } from './dom.js';
+import { Facts } from './facts.js';
 import { extension, kindOf, obstacle } from './kinds.js';
+import { menuButton } from './menu.js';
+import { showReport } from './report.js';
+import { fetchFile, sniff } from './stored.js';
 import { t } from './texts.js';
-import { AnswerError, deliveryQuery, fetchPieces } from './wire.js';
+import { AnswerError } from './wire.js';
 
-const MOST_BYTES = 64 << 20;
-const MAGIC = [
-  ['image/png', '\x89PNG'],
-  ['image/jpeg', '\xff\xd8\xff'],
-  ['image/gif', 'GIF8'],
-  ['image/bmp', 'BM'],
-];
-
-/** What the program says while it reads the storage; all there is when it sends no file. */
-const DIAGNOSTICS = /^(?:(?:Find at|Common port result|Common profile):[^\n]*\n)+$/;
-
-/** The type that a file's first bytes show: that of a picture, 'text/html', or '' for anything else. */
-export function sniff(bytes) {
-  const head = String.fromCharCode(...bytes.subarray(0, 512));
-  const picture = MAGIC.find(([, magic]) => head.startsWith(magic));
-  if (picture) return picture[0];
-  return /^(?:\xef\xbb\xbf)?\s*<[!?a-z]/i.test(head) ? 'text/html' : '';
-}
-
-/** Removes the line ends that the view header leaves before the file's first byte. */
-export function stripLead(bytes) {
-  const lead = [13, 10, 13, 10];
-  return lead.every((byte, i) => bytes[i] === byte) ? bytes.subarray(lead.length) : bytes;
-}
-
-async function fetchFile(entry, signal) {
-  const pieces = [];
-  const { received } = await fetchPieces(`fileman.cgi${deliveryQuery('view', [entry.sent])}`, {
-    signal,
-    onPiece(piece, soFar, total) {
-      if (Math.max(soFar, total) > MOST_BYTES) throw new AnswerError('tooLarge');
-      pieces.push(piece);
-    },
-  });
-  const bytes = stripLead(new Uint8Array(await new Blob(pieces).arrayBuffer()));
-  if (!received || !bytes.length || (bytes.length < 65536 && DIAGNOSTICS.test(new TextDecoder().decode(bytes))))
-    throw new AnswerError('errorGone');
-  return bytes;
-}
-
-function decodeReport(bytes) {
-  const head = new TextDecoder('latin1').decode(bytes.subarray(0, 2048));
-  const label = /<meta[^>]+charset\s*=\s*["']?([\w-]+)/i.exec(head)?.[1] ?? 'utf-8';
-  try {
-    return new TextDecoder(label).decode(bytes);
-  } catch {
-    return new TextDecoder().decode(bytes);
-  }
-}
-
-/**
- * A report's document without what would run, load or lead away. Its own pictures lie outside the interface.
- * `Parser` is the frame's own: the list's policy would complain about the report's styles while they are read.
- */
-function calmReport(text, Parser) {
-  // The frame runs no handlers. Renamed ones do not make the browser report that, either.
-  const quiet = text.replace(/<[a-z][^>]*>/gi, (tag) => tag.replace(/(\s)on(?=\w+\s*=)/gi, '$1data-on'));
-  const report = new Parser().parseFromString(quiet, 'text/html');
-  report
-    .querySelectorAll('script, base, meta[http-equiv], link, iframe, frame, object, embed, audio, video, form[action]')
-    .forEach((node) => (node.localName === 'form' ? node.removeAttribute('action') : node.remove()));
-  for (const picture of report.querySelectorAll('img, input[type=image]')) {
-    const source = picture.getAttribute('src') ?? '';
-    picture.removeAttribute('srcset');
-    if (/^data:image\//i.test(source)) continue;
-    const name = picture.getAttribute('alt') || source.slice(source.lastIndexOf('/') + 1);
-    const note = report.createElement('span');
-    note.setAttribute(
-      'style',
-      'display:inline-block;padding:.5em .8em;border:1px dashed #888;border-radius:4px;color:#555;font:13px sans-serif',
-    );
-    note.textContent = t('pictureMissing', { name: visible(name) });
-    picture.replaceWith(note);
-  }
-  for (const node of report.querySelectorAll('*')) {
-    for (const { name, value } of [...node.attributes]) {
-      const leads = (name === 'href' || name.endsWith(':href')) && !value.startsWith('#');
-      if (
-        name.startsWith('on') ||
-        leads ||
-        ['background', 'action', 'formaction', 'ping', 'poster', 'target'].includes(name)
-      )
-        node.removeAttribute(name);
-      else if (name === 'style') node.setAttribute(name, withoutUrls(value));
-    }
-  }
-  report.querySelectorAll('style').forEach((style) => {
-    style.textContent = withoutUrls(style.textContent);
-  });
-  return report;
-}
-
-function withoutUrls(css) {
-  return css.replace(/@import[^;]*;?/gi, '').replace(/url\((?!\s*["']?data:)[^)]*\)/gi, 'none');
-}
-
-function reportFrame(entry, text, onEscape) {
-  // Without allow-scripts nothing runs in the frame; same origin only lets us fill it.
-  const frame = el('iframe', {
-    class: 'fm-report',
-    title: t('reportTitle', { name: visible(entry.name) }),
-    sandbox: 'allow-same-origin',
-    src: `${window.fileman.base}report.html`,
-  });
-  frame.addEventListener(
-    'load',
-    () => {
-      const target = frame.contentDocument;
-      const report = calmReport(text, frame.contentWindow.DOMParser);
-      target.head.append(...target.adoptNode(report.head).childNodes);
-      target.body.replaceWith(target.adoptNode(report.body));
-      target.addEventListener('keydown', (event) => {
-        if (event.key === 'Escape') onEscape();
-      });
-      target.documentElement.lang = report.documentElement.lang || 'en';
-    },
-    { once: true },
-  );
-  return frame;
-}
+const REST = 500; // milliseconds after which a view has rested
 
 export class Viewer {
-  /** `events`: closed(), step(by), download(entry). */
+  /** `events`: close(), step(by), deliver(operation, entry), copies(entry) that gives what a menu offers to copy. */
   constructor(host, events) {
     this.host = host;
     this.events = events;
-    this.title = el('h2', { id: 'fm-viewer-title' });
+    this.title = el('h2', { id: 'fm-viewer-title', tabindex: '-1' });
+    this.place = el('span', { class: 'fm-viewer-place' });
+    this.facts = new Facts();
     this.body = el('div', { class: 'fm-viewer-body', 'aria-live': 'off' });
     host.setAttribute('aria-labelledby', this.title.id);
-    this.wide = button(t('wide'), {
-      image: 'wide',
-      bare: true,
+    host.append(this.#head(), this.facts.node, this.body);
+    host.addEventListener('keydown', (event) => this.#key(event));
+    addEventListener('resize', () => this.#cover());
+  }
+
+  #head() {
+    const tool = (text, image, press, rest = {}) => button(text, { image, class: 'fm-quiet', press, ...rest });
+    const bare = { bare: true };
+    this.previous = tool(t('previous'), 'back', () => this.events.step(-1), bare);
+    this.next = tool(t('next'), 'next', () => this.events.step(1), bare);
+    this.pdf = tool(t('pdfThis'), 'pdf', () => this.events.deliver('pdf', this.entry), { short: t('pdf') });
+    this.download = tool(t('downloadThis'), 'download', () => this.events.deliver('download', this.entry), {
+      short: t('download'),
+    });
+    this.printer = tool(t('print'), 'print', () => this.print(), { short: t('print') });
+    const copy = menuButton(t('copy'), () => this.events.copies(this.entry), {
+      image: 'copy',
       class: 'fm-quiet',
-      'aria-pressed': 'false',
-      press: () => this.#widen(),
+      short: t('copy'),
     });
-    const tools = el(
+    this.wide = tool(t('wide'), 'wide', () => this.#widen(), { ...bare, 'aria-pressed': 'false' });
+    const close = tool(t('close'), 'close', () => this.events.close(), bare);
+    const group = (name, ...tools) => el('div', { class: `fm-viewer-tools ${name}` }, tools);
+    return el(
       'div',
-      { class: 'fm-viewer-tools' },
-      button(t('previous'), { image: 'back', bare: true, class: 'fm-quiet', press: () => events.step(-1) }),
-      button(t('next'), { image: 'next', bare: true, class: 'fm-quiet', press: () => events.step(1) }),
-      button(t('download'), {
-        image: 'download',
-        bare: true,
-        class: 'fm-quiet',
-        press: () => events.download(this.entry),
-      }),
-      this.wide,
-      button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: () => this.close() }),
+      { class: 'fm-viewer-head' },
+      group('fm-viewer-steps', this.previous, this.place, this.next),
+      this.title,
+      group('fm-viewer-actions', this.pdf, this.download, this.printer, copy),
+      group('fm-viewer-ends', this.wide, close),
     );
-    host.append(el('div', { class: 'fm-viewer-head' }, this.title, tools), this.body);
-    host.addEventListener('keydown', (event) => {
-      if (event.key === 'Escape') this.close();
-    });
+  }
+
+  #key(event) {
+    const by = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
+    if (event.ctrlKey || event.metaKey || event.altKey) {
+      if (event.key.toLowerCase() !== 'p' || event.altKey) return;
+      this.print();
+    } else if (event.key === 'Escape') this.events.close();
+    else if (by && !scrollsSideways(event.target)) this.events.step(by);
+    else return;
+    event.preventDefault();
   }
 
   #widen() {
     const on = this.host.classList.toggle('is-wide');
     this.wide.setAttribute('aria-pressed', on);
+    this.#cover();
+  }
+
+  /** While the view lies over the list, the keyboard and assistive software find nothing behind it. */
+  #cover() {
+    const isOver = this.isOpen && getComputedStyle(this.host).position === 'fixed';
+    const behind = [...this.host.parentNode.children, ...document.body.children];
+    for (const node of behind) {
+      const isSeen = node === this.host || node.contains(this.host) || node.matches('.fm-tasks, .fm-menu, [role=status]');
+      if (!isSeen) node.inert = isOver;
+    }
+    if (isOver && !this.host.contains(document.activeElement)) this.title.focus();
   }
 
   get isOpen() {
     return !this.host.hidden;
   }
 
-  close() {
+  /** Takes the view away. */
+  hide() {
     this.#drop();
     this.host.hidden = true;
-    this.events.closed();
+    this.#cover();
   }
 
   #drop() {
     this.pending?.abort();
+    clearTimeout(this.timer);
     if (this.address) URL.revokeObjectURL(this.address);
     this.address = null;
+    this.report = null;
   }
 
-  /** Shows an entry; `twin` says that an earlier entry of the list bears the same identity. */
-  async open(entry, twin) {
+  /** The same entry in a list that was read again. */
+  renew(entry, place) {
+    this.entry = entry;
+    this.#showPlace(place);
+  }
+
+  #showPlace(place) {
+    const { at, count } = place;
+    this.at = place;
+    this.place.textContent = at < 0 ? '' : t('place', { at: at + 1, count });
+    this.previous.disabled = at <= 0;
+    this.next.disabled = at < 0 || at >= count - 1;
+  }
+
+  /** Shows an entry; `place` is { at, count } of the rows shown, with -1 for an entry that is not among them. */
+  async open(entry, place) {
+    if (this.body.contains(document.activeElement)) this.title.focus();
     this.#drop();
     this.entry = entry;
     this.host.hidden = false;
     this.title.textContent = visible(entry.name);
-    this.title.title = visible(entry.path);
+    this.title.title = visible(entry.name);
+    this.#showPlace(place);
+    for (const operation of ['pdf', 'download']) this[operation].disabled = Boolean(obstacle(entry, operation));
+    this.facts.show(entry);
     this.#fill(el('p', { class: 'fm-wait', text: t('opening') }));
+    this.#cover();
     announce(`${t('opening')} ${visible(entry.name)}`);
+    const pending = new AbortController();
+    this.pending = pending;
+    await this.#load(entry, pending.signal);
+    if (!pending.signal.aborted) this.timer = setTimeout(() => this.#lookInside(entry, pending.signal), REST);
+  }
+
+  async #load(entry, signal) {
     const why = obstacle(entry, 'view');
     if (why) {
       this.#fill(this.#message(t('cannotDeliver', { why: t(why) })));
@@ -204,18 +148,53 @@ export class Viewer {
       this.#fill(this.#offer(entry));
       return;
     }
-    const pending = new AbortController();
-    this.pending = pending;
     try {
-      const bytes = await fetchFile(entry, pending.signal);
-      this.#fill(
-        ...(twin ? [el('p', { class: 'fm-notice', text: t('firstOfSame') })] : []),
-        this.#content(entry, bytes),
-      );
+      const content = this.#content(entry, await fetchFile(entry, signal));
+      if (entry.twin) this.#fill(el('p', { class: 'fm-notice', text: t('firstOfSame') }), content);
+      else this.#fill(content);
+      await this.report?.ready;
     } catch (error) {
       if (error.name === 'AbortError') return;
-      this.#fill(error.key === 'tooLarge' ? this.#offer(entry, t('tooLarge')) : this.#message(wording(error)));
+      if (error.key === 'tooLarge') this.#fill(this.#offer(entry, t('tooLarge')));
+      else this.#fill(this.#message(wording(error), () => this.open(entry, this.at)));
     }
+  }
+
+  /** Reads the entry's archive and fills in what it holds. */
+  async #lookInside(entry, signal) {
+    const why = obstacle(entry, 'download');
+    if (why) {
+      this.facts.say(t('insidesNever', { why: t(why) }));
+      return;
+    }
+    this.facts.say(t('insidesWait'));
+    try {
+      const { fetchInsides } = await import('./insides.js');
+      const insides = await fetchInsides(entry, signal);
+      await this.report?.fill(...(await insides.references(this.report.paths())));
+      const packets = kindOf(entry) === 'capture' && (await packetsOf(insides.own()));
+      const advanced = insides.advanced();
+      if (signal.aborted) return;
+      if (packets) this.#fill(packets);
+      this.facts.showAdvanced(advanced);
+      this.facts.say('');
+    } catch (error) {
+      if (signal.aborted) return;
+      if (!(error instanceof AnswerError)) throw error;
+      this.facts.say(t('insidesFailed', { why: wording(error) }), () => this.#lookInside(entry, signal));
+    }
+  }
+
+  /** Prints what is looked at, without the page around it. */
+  print() {
+    if (this.report) {
+      this.report.frame.contentWindow.print();
+      return;
+    }
+    const { classList } = document.documentElement;
+    classList.add('prints-view');
+    addEventListener('afterprint', () => classList.remove('prints-view'), { once: true });
+    print();
   }
 
   #fill(...nodes) {
@@ -224,7 +203,10 @@ export class Viewer {
 
   #content(entry, bytes) {
     const type = sniff(bytes);
-    if (type === 'text/html') return reportFrame(entry, decodeReport(bytes), () => this.close());
+    if (type === 'text/html') {
+      this.report = showReport(entry, bytes, (event) => this.#key(event));
+      return this.report.frame;
+    }
     if (!type) return this.#offer(entry);
     this.address = URL.createObjectURL(new Blob([bytes], { type }));
     const picture = el('img', { src: this.address, alt: t('pictureAlt', { name: visible(entry.name) }) });
@@ -232,8 +214,14 @@ export class Viewer {
     return el('div', { class: 'fm-picture', tabindex: '0', role: 'group', 'aria-label': t('viewer') }, picture);
   }
 
-  #message(text) {
-    return el('div', { class: 'fm-empty', role: 'alert' }, icon('warn'), el('p', { text }));
+  #message(text, retry = null) {
+    return el(
+      'div',
+      { class: 'fm-empty', role: 'alert' },
+      icon('warn'),
+      el('p', { text }),
+      retry && button(t('retry'), { class: 'fm-button', press: retry }),
+    );
   }
 
   #offer(entry, title = t('noPreview')) {
@@ -246,8 +234,21 @@ export class Viewer {
       button(t('download'), {
         image: 'download',
         class: 'fm-button fm-primary',
-        press: () => this.events.download(entry),
+        press: () => this.events.deliver('download', entry),
       }),
     );
   }
+}
+
+async function packetsOf(bytes) {
+  const { showCapture } = await import('./capture.js');
+  return bytes && showCapture(bytes);
+}
+
+/** Whether the left and right arrows have something to scroll at a place. */
+function scrollsSideways(target) {
+  for (let node = target; node?.nodeType === Node.ELEMENT_NODE; node = node.parentNode)
+    if (node.scrollWidth > node.clientWidth + 1 && /auto|scroll/.test(getComputedStyle(node).overflowX)) return true;
+  const { scrollingElement } = target.ownerDocument;
+  return target.ownerDocument !== document && scrollingElement.scrollWidth > scrollingElement.clientWidth + 1;
 }

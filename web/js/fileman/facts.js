@@ -1,0 +1,56 @@
+/* What is known of the entry that is looked at: its row, and the advanced information from its archive. */
+import { button, el, visible } from './dom.js';
+import { keep, recall } from './memory.js';
+import { t } from './texts.js';
+
+const OF_ROW = [
+  ['colDatetime', 'datetime'],
+  ['colTest', 'test'],
+  ['colPort', 'port'],
+  ['colModule', 'module'],
+  ['colMode', 'mode'],
+  ['colRsltype', 'rsltype'],
+  ['colPath', 'path'],
+];
+const ADVANCED = ['jobid', 'account', 'locator', 'type'];
+const LOW = 560; // a window too low for showing the details without being asked
+
+const fact = (title, value) =>
+  el('div', {}, el('dt', { text: title }), el('dd', { text: visible(value), title: visible(value) }));
+
+export class Facts {
+  constructor() {
+    this.brief = el('span', { class: 'fm-facts-brief' });
+    this.list = el('dl');
+    this.state = el('p', { class: 'fm-facts-state', hidden: true });
+    const open = recall('details', innerHeight >= LOW);
+    this.node = el(
+      'details',
+      { class: 'fm-facts', open },
+      el('summary', {}, el('span', { text: t('details') }), this.brief),
+      this.list,
+      this.state,
+    );
+    this.node.addEventListener('toggle', () => keep('details', this.node.open));
+  }
+
+  show(entry) {
+    const facts = OF_ROW.filter(([, key]) => entry[key]);
+    this.list.replaceChildren(...facts.map(([title, key]) => fact(t(title), entry[key])));
+    this.brief.textContent = '';
+    this.say('');
+  }
+
+  /** Adds the advanced information; null when there is none. */
+  showAdvanced(found) {
+    const known = ADVANCED.filter((key) => found?.[key]);
+    this.list.prepend(...known.map((key) => fact(t(key), found[key])));
+    this.brief.textContent = known.map((key) => visible(found[key])).join(' · ');
+  }
+
+  /** Says how reading the rest goes; `retry` is offered. An empty text takes it away. */
+  say(text, retry = null) {
+    this.state.hidden = !text;
+    this.state.replaceChildren(text, ...(retry ? [button(t('retry'), { class: 'fm-link', press: retry })] : []));
+  }
+}
