@@ -12,6 +12,9 @@
 // inherited it have ended.
 class AreaLock {
 public:
+    // How long a request waits without a sign of life from the holder.
+    static constexpr std::chrono::seconds kLongestWait{30};
+
     // Waits for the turn. The wait fails, with a line on standard error, when a holder gives no sign of life
     // for longestWait, when the file is not this user's own, or when nobody reads standard output any more.
     AreaLock(const std::string& path, std::chrono::milliseconds longestWait);

@@ -19,11 +19,9 @@ public:
         std::string lock;
     };
 
-    static constexpr std::chrono::seconds kLongestWait{30};
-
     // longestWait: the longest time without a sign of life from the holder of the area. While the queue
     // moves, the wait has no limit.
-    explicit StagingArea(Places places, std::chrono::milliseconds longestWait = kLongestWait);
+    explicit StagingArea(Places places, std::chrono::milliseconds longestWait = AreaLock::kLongestWait);
 
     const Places& places() const { return m_places; }
 
