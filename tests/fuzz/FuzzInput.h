@@ -8,7 +8,7 @@
 #include <iterator>
 #include <string>
 
-// A promise that every input has to keep; the fuzzer and the replay end with the process.
+// Checks a condition that must hold for every input. A failure ends the process, fuzzer or replay.
 inline void require(bool holds, const char* promise) {
     if (holds)
         return;
@@ -16,7 +16,7 @@ inline void require(bool holds, const char* promise) {
     std::abort();
 }
 
-// Input bytes as text: leading lines tell what to do, the rest is what to do it with.
+// The input as text: the first lines are parameters, the rest is the data.
 class FuzzInput {
 public:
     FuzzInput(const std::uint8_t* data, std::size_t size) : m_rest(data, data + size) {}
@@ -33,7 +33,7 @@ private:
     std::string m_rest;
 };
 
-// Only behind the storage runner: the fixed paths are private there, and lie in memory.
+// Refuses to run outside private storage, where the fixed paths are private and in memory.
 inline void writeFuzzFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
 }

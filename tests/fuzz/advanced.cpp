@@ -1,6 +1,6 @@
-// Advanced information: a file's own, a filter that asks for it, and the filter's state in the configuration
-// document. Input: six lines for the filter (job id, account, file name, prefix, suffix, locator), then the
-// document.
+// Tests the advanced information of a file, a filter that needs it, and the state of the filter in the
+// configuration document. Input: six lines for the filter (job id, account, file name, prefix, suffix,
+// locator), then the document.
 
 #include <filesystem>
 #include <string>
@@ -91,7 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FuzzInput input(data, size);
     _AdvanceInfo filter;
     for (const Field field : kFields) {
-        // Requests cannot name a zero byte.
+        // A request cannot contain a zero byte.
         const std::string line = input.line();
         filter.*field = line.substr(0, line.find('\0'));
     }

@@ -1,4 +1,4 @@
-// What is let through to the XML parser, against what the parser makes of it.
+// Compares the limits that are tested before parsing with what the XML parser finds.
 
 #include <tinyxml.h>
 
@@ -37,7 +37,7 @@ std::string printed(const TiXmlDocument& document) {
     return printer.Str();
 }
 
-// So little that no limit can be near.
+// So small that it is far from every limit.
 bool isSmall(const std::string& text) {
     return std::count(text.begin(), text.end(), '<') < kDeepestNesting &&
            std::count(text.begin(), text.end(), '=') < kMostAttributes;
@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     if (!isSmall(text))
         return 0;
-    // A text ends at its first zero byte, which the parser oversees within a character.
+    // A text ends at its first zero byte. The parser does not notice a zero byte inside a UTF-8 sequence.
     writeFuzzFile(kPath, text.substr(0, text.find('\0')) + std::string(4, '\0'));
     TiXmlDocument alone;
     const bool isParsed = alone.LoadFile(kPath) && alone.RootElement() != nullptr;

@@ -1,4 +1,4 @@
-// Directory and file names: what they stand for, alone and on the disk. Input: a path below the storage root,
+// Tests the meaning of directory and file names, alone and on disk. Input: a path below the storage root,
 // a file name, then the directory name that the configuration gives a mode.
 
 #include <filesystem>
@@ -53,7 +53,7 @@ std::string quoted(const std::string& text) {
     return value + "'";
 }
 
-// The components of a path that can be made: four at most, no dots, no longer than a name may be.
+// Returns the components of a path that can be made: at most four, no dot entries, none longer than NAME_MAX.
 std::vector<std::string> componentsOf(const std::string& path) {
     std::list<std::string> pieces;
     CCommUtils::split(pieces, "/", path.substr(0, path.find('\0')));
@@ -65,7 +65,7 @@ std::vector<std::string> componentsOf(const std::string& path) {
     return components;
 }
 
-// Both shapes of storage for modes that each is known by another directory name.
+// Both shapes of storage, for modes with different directory names.
 void configure(const std::vector<std::string>& path, const std::string& modeDir) {
     std::string modes, options;
     for (const std::string& dir : {modeDir, std::string("ktp-rslt"), std::string("ktb-rslt"),
@@ -86,7 +86,7 @@ void configure(const std::vector<std::string>& path, const std::string& modeDir)
                       "<port><e name='GE' key='ge'/></port></filter></c>");
 }
 
-// What an unfiltered list holds, with the scan of the vocabulary deferred or already done.
+// Returns the list without a filter, with the vocabulary scan delayed or already done.
 std::list<std::string> listed(bool isScanned) {
     resetConfState();
     Store store;

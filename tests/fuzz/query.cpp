@@ -1,4 +1,4 @@
-// A request's query: decoded, cut into pairs, classified, made into a filter.
+// Tests the query of a request: it is percent-decoded, split into pairs, classified and made into a filter.
 
 #include <memory>
 #include <set>
@@ -12,7 +12,7 @@ namespace {
 
 using QueryMap = std::map<std::string, std::string>;
 
-// From a buffer of exactly that size: the decoder must not look behind it.
+// The buffer has exactly this size, because the decoder must not read after its end.
 std::string decoded(const std::string& query) {
     const std::unique_ptr<char[]> bytes(new char[query.size()]);
     query.copy(bytes.get(), query.size());
@@ -56,7 +56,7 @@ void checkFilter(CFileManCGI& request) {
             "the request keeps the filter");
     std::list<std::string> again;
     CCommUtils::split(again, ",", CCommUtils::join(filter.modes, ","));
-    // An empty piece at the end is lost, as an empty list and a list of one empty name look the same.
+    // An empty piece at the end is lost: an empty list and a list with one empty name look the same.
     while (!filter.modes.empty() && filter.modes.back().empty())
         filter.modes.pop_back();
     while (!again.empty() && again.back().empty())

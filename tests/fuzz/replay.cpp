@@ -1,5 +1,5 @@
-// replay DIRECTORY: gives a target each file of its corpus, and each beginning of it, as a broken-off
-// transfer would leave it.
+// replay DIRECTORY: runs a target with each file of its corpus, and with each beginning of such a file, like
+// the rest of an interrupted transfer.
 
 #include <filesystem>
 
@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
     }
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
-        // Named first: the last line tells which input failed.
+        // Printed before the run, so that the last line names the input that failed.
         std::printf("%s\n", entry.path().c_str());
         std::fflush(stdout);
         replay(readFuzzFile(entry.path()));

@@ -1,5 +1,5 @@
-// One attribute of a document is given another value, and the file is rewritten. Input: which attribute (a
-// letter) and element (a digit), the value up to the line's end, then the document.
+// Changes the value of one attribute and rewrites the file. Input: the attribute (a letter), the element (a
+// digit), the value up to the end of the line, then the document.
 
 #include <tinyxml.h>
 
@@ -41,7 +41,7 @@ TiXmlElement* elementAt(TiXmlDocument& document, std::size_t index) {
     return index < elements.size() ? elements[index] : nullptr;
 }
 
-// The file after the change; nothing when there is nothing to change or the change was refused.
+// Returns the file after the change, or nullopt if there was nothing to change or the change was refused.
 std::optional<std::string> rewritten(const std::string& text, const Change& change) {
     writeFuzzFile(kPath, text);
     XmlEdit edit(kPath);
@@ -73,7 +73,7 @@ std::size_t commonEnd(const std::string& a, const std::string& b) {
     return commonStart(std::string(a.rbegin(), a.rend()), std::string(b.rbegin(), b.rend()));
 }
 
-// Two changes of the same value show where it stands; before and behind it the text is the old one.
+// Two changes of the same value show its place. The text before and after it must be the old one.
 void checkSurroundings(const std::string& text, Change change) {
     change.value = "qvq1";
     const std::optional<std::string> one = rewritten(text, change);

@@ -18,7 +18,7 @@ TEST_F(Filesys, DirectoriesAreMadeFromTheTop) {
     link("nowhere", "dangling");
     const Lines lines = logOf([&] {
         EXPECT_EQ(0, tr_mkdir(at("a/b//c/").c_str(), 0750));
-        for (const char* name : {"a/b", "link/y", "dangling", "new/../other"}) // the first is there
+        for (const char* name : {"a/b", "link/y", "dangling", "new/../other"}) // the first one exists
             EXPECT_EQ(0, tr_mkdir(at(name).c_str(), 0755));
         EXPECT_EQ(0, tr_mkdir_parent(at("file/x").c_str(), 0755));
     });
@@ -52,7 +52,7 @@ TEST_F(Filesys, RootDirectoryStays) {
     EXPECT_EQ("d755 stays none", kind("dir/sub") + " " + read("dir/file") + " " + kind("root"));
 }
 
-TEST_F(Filesys, FailuresNameTheStepAndTakeNothingAway) {
+TEST_F(Filesys, FailuresNameTheStepAndRemoveNothing) {
     makeTree("dir/x");
     write("dir/src", "source");
     write("dst", "old");
@@ -141,7 +141,7 @@ TEST_F(Filesys, RemovalNeverFollowsLinks) {
     EXPECT_EQ("none none stays", kind("tree") + " " + kind("link") + " " + read("outside/file"));
 }
 
-TEST_F(Filesys, RemovalIsNotBoundByDescriptorsOrPathLength) {
+TEST_F(Filesys, RemovalIsNotLimitedByDescriptorsOrPathLength) {
     EXPECT_EQ(0, exitOf([&] {
                   const std::string name(200, 'd');
                   bool made = ::mkdir(at("deep").c_str(), 0755) == 0 && ::chdir(at("deep").c_str()) == 0;
@@ -154,7 +154,7 @@ TEST_F(Filesys, RemovalIsNotBoundByDescriptorsOrPathLength) {
     EXPECT_EQ("none", kind("deep"));
 }
 
-TEST_F(Filesys, RemovalGivesUpWhereGoingOnIsUnsafe) {
+TEST_F(Filesys, RemovalStopsWhereItIsUnsafeToContinue) {
     makeTree("tree/a/b");
     makeTree("beside");
     write("tree/a/b/file", "");
@@ -185,7 +185,7 @@ TEST_F(Filesys, RemovalGivesUpWhereGoingOnIsUnsafe) {
     EXPECT_EQ("d755 d755", kind("tree/a") + " " + kind("tree/b"));
 }
 
-TEST_F(Filesys, WhatCannotBeRemovedDoesNotHoldUpTheRest) {
+TEST_F(Filesys, RemovalContinuesAfterAFailure) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs a second user";
     makeTree("tree/a/locked");
@@ -193,7 +193,7 @@ TEST_F(Filesys, WhatCannotBeRemovedDoesNotHoldUpTheRest) {
     write("tree/a/locked/file", "");
     for (const char* name : {"tree", "tree/a", "tree/z", "tree/a/locked"})
         ASSERT_EQ(0, ::chown(at(name).c_str(), 65534, 65534));
-    ::chmod(at("tree/a/locked").c_str(), 0644); // may be read, but neither worked in nor left through ".."
+    ::chmod(at("tree/a/locked").c_str(), 0644); // readable, but its entries and ".." cannot be used
     const Lines lines = logOf(
         [&] { EXPECT_EQ(0, exitInOwnRoot([] { return becomeNobody() && tr_rmdir("tree", 1) == -1; })); });
     const std::string kept = "err(trcfg_utils_filesys tr_rmdir) remove storage path(full_name=tree";
@@ -207,7 +207,7 @@ TEST_F(Filesys, MissingParentsGetNoSearchPermission) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can fill such directories";
     write("src", "x");
-    makeTree("p/q/fifo/tree"); // in the way
+    makeTree("p/q/fifo/tree"); // this object is in the way
     ::chmod(at("p/q").c_str(), 0700);
     EXPECT_EQ(0, tr_mkfifo(at("p/q/fifo").c_str(), 0600));
     EXPECT_EQ(0, tr_mksymlink("some target", at("s/link").c_str()));
@@ -219,7 +219,7 @@ TEST_F(Filesys, MissingParentsGetNoSearchPermission) {
 }
 
 TEST_F(Filesys, InstallCopiesEverySize) {
-    link("src", "dst"); // is replaced, not written through
+    link("src", "dst"); // the link is replaced; its target is not written
     for (const std::size_t size : {0, 1, 4095, 4096, 4097, 20000}) {
         std::string content(size, '\0');
         for (std::size_t index = 0; index < size; ++index)

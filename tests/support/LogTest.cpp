@@ -15,7 +15,7 @@ const char* s_given = nullptr;
 
 std::function<void()> g_atNextSystemLog = [] {};
 
-// These two stand in for the C library's own, so that no system log is needed.
+// These two replace the functions of the C library, so that no system log is needed.
 extern "C" void openlog(const char* ident, int option, int) {
     s_given = ident;
     s_system += "open " + std::to_string(option) + " ";

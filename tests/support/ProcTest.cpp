@@ -10,7 +10,7 @@ namespace {
 
 class Proc : public SupportTest {
 protected:
-    // A child that runs `body`; the call returns once it has, or has become another program.
+    // Starts a child that runs `body`. Returns after `body` has ended or has become another program.
     static pid_t child(const std::function<void()>& body) {
         int ready[2];
         EXPECT_EQ(0, ::pipe2(ready, O_CLOEXEC));
@@ -29,7 +29,7 @@ protected:
         return pid;
     }
 
-    // A child that runs a copy of sleep(1) called `program`, with `name` as its first argument.
+    // Starts a child that runs a copy of sleep(1) named `program`, with `name` as its first argument.
     pid_t sleeper(const std::string& program, const std::string& name, const std::string& more = "0") const {
         std::filesystem::copy_file("/bin/sleep", at(program), std::filesystem::copy_options::skip_existing);
         return child([&] { ::execl(at(program).c_str(), name.c_str(), "30", more.c_str(), nullptr); });
@@ -43,8 +43,8 @@ protected:
         return pid;
     }
 
-    // Stops a child that ignores these signals: the signals in the log, the result, whether its id is kept,
-    // and whether it is there.
+    // Stops a child that ignores these signals. Returns the signals in the log, the result, whether the id is
+    // kept, and whether the child still runs.
     std::string stopped(const std::vector<int>& ignored, int doKill, int timeoutUs) const {
         const pid_t pid = child([&] {
             limit(RLIMIT_CORE, 0);
@@ -85,7 +85,7 @@ TEST_F(Proc, ReadWait) {
     ASSERT_EQ(1, ::write(filled[1], "x", 1));
     ::close(ended[1]);
     limit(RLIMIT_NOFILE, 3000);
-    const int high = ::dup2(filled[0], 2500); // beyond what an fd_set holds
+    const int high = ::dup2(filled[0], 2500); // above FD_SETSIZE
     const timeval shortly = {0, 30000};
     const timeval negative = {-1, 0};
     // clang-format off
@@ -129,7 +129,7 @@ TEST_F(Proc, FoundByExecutableOrFirstArgument) {
     EXPECT_EQ(0, tr_get_pidarr("tr_exe_name", found, 0) + tr_get_pidarr("tr_exe_name", nullptr, 3));
     EXPECT_EQ(first, tr_get_pidof("tr_arg_name"));
     EXPECT_EQ(-3, tr_get_pidof("tr_exe_nam") + tr_get_pidof(nullptr) + tr_get_pidof("/bin/"));
-    EXPECT_EQ(0, exitOf([&] { // who may not read root's links
+    EXPECT_EQ(0, exitOf([&] { // this user may not read the links of root
                   return !becomeNobody() ||
                          (tr_get_pidof("tr_exe_name") == -1 && tr_get_pidof("tr_arg_name") == first);
               }));
@@ -166,7 +166,7 @@ TEST_F(Proc, ArgumentsWithTheirNuls) {
     stop(dead);
 }
 
-TEST_F(Proc, KillWaitGoesFromTheFriendlySignalToTheHardOne) {
+TEST_F(Proc, KillWaitSendsSigtermThenSigsegv) {
     // clang-format off
     const struct { std::vector<int> ignored; int doKill, timeoutUs; const char* steps; } rows[] = {
         {{}, 1, 100000, "SIGTERM. SIGTERM! 0 0 0"},
@@ -224,7 +224,7 @@ TEST_F(Proc, InvokeSplitsAtBlanks) {
                   return false;
               }));
     EXPECT_EQ(std::string("cat\0/proc/self/cmdline\0/dev/null\0", 33), read("out"));
-    // As many pieces as a line can have: the end of the list needs a place behind them.
+    // The largest possible number of words: the null pointer after them needs a place too.
     link("/bin/echo", "e");
     for (const std::string args : {"1", "1 2", "1 2 3 4"}) {
         EXPECT_EQ(0, exitOf([&] {
@@ -237,13 +237,13 @@ TEST_F(Proc, InvokeSplitsAtBlanks) {
     const Lines lines = logOf([&] {
         EXPECT_EQ(0, tr_proc_invoke(2, nullptr, "x"));
         EXPECT_EQ(0, tr_proc_invoke(2, at("none").c_str(), nullptr));
-        EXPECT_EQ(0, tr_proc_invoke(-1, "/bin", nullptr)); // may be searched, not run
+        EXPECT_EQ(0, tr_proc_invoke(-1, "/bin", nullptr)); // a directory: it can be searched, but not run
     });
     const std::string start = "inf(trcfg_utils_proc tr_proc_invoke) running app";
     EXPECT_EQ((Lines{start + " not specified!", start + "(none) doesn't exist!"}), lines);
 }
 
-// A character each for the descriptors asked for: '-' closed, '0' on /dev/null, '+' anything else.
+// One character for each descriptor: '-' closed, '0' on /dev/null, '+' anything else.
 std::string state(const std::vector<int>& descriptors) {
     std::string text;
     for (const int fd : descriptors) {
@@ -273,7 +273,7 @@ TEST_F(Proc, CleanKeepsTheNamedDescriptors) {
                       limit(RLIMIT_NOFILE, 40);
                       while (::dup(STDERR_FILENO) >= 0) {
                       }
-                      ::close(39); // /dev/null takes it, which leaves none for listing the others
+                      ::close(39); // /dev/null gets this number, so none is left to list the others
                       return tr_proc_clean(0, 1, 20) == 0 && state({0, 1, 2, 19, 20, 39}) == "00+-+-";
                   }))
             << "a full table";

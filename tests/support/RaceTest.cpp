@@ -1,4 +1,4 @@
-// Several processes at one place at once. Rounds and time are bounded.
+// Several processes work on one path at the same time. Rounds and time are limited.
 #include <sched.h>
 #include <sys/mman.h>
 
@@ -15,7 +15,7 @@ std::function<void()> s_afterLook = [] {};
 
 } // namespace
 
-// Stands in for the C library's own, so that a case can do at its next call what another process might do.
+// Replaces the function of the C library, so that a test can act like another process at the next call.
 extern "C" int lstat(const char* path, struct stat* status) noexcept {
     std::exchange(s_beforeLook, [] {})();
     const int result = ::fstatat(AT_FDCWD, path, status, AT_SYMLINK_NOFOLLOW);
@@ -39,15 +39,15 @@ protected:
     }
     ~Race() override { ::munmap(m_shared, sizeof(Shared)); }
 
-    // Runs `body` (round, process) in so many processes, which begin and end each round together. Returns how
-    // many calls were false.
+    // Runs `body` (round, process) in this number of processes, which begin and end each round together.
+    // Returns the number of calls that returned false.
     int failuresOf(int processes, const std::function<bool(int, int)>& body) const {
         const time_t end = tr_get_clock(nullptr) + kSeconds;
         std::vector<pid_t> racers;
         for (int process = 0; process < processes; ++process) {
             racers.push_back(::fork());
             if (racers.back() == 0) {
-                ::alarm(4 * kSeconds); // whatever happens to the others
+                ::alarm(4 * kSeconds); // also if the others hang
                 race(process, processes, end, body);
                 ::_exit(0);
             }
@@ -90,7 +90,7 @@ private:
     Shared* m_shared;
 };
 
-TEST_F(Race, WhatOthersMakeMeanwhileStays) {
+TEST_F(Race, ObjectsMadeByOthersStay) {
     for (const bool inTheWay : {false, true}) {
         const std::string place = inTheWay ? "b" : "a";
         const auto act = [&] {

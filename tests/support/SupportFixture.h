@@ -22,17 +22,17 @@
 
 using Lines = std::vector<std::string>;
 
-// Runs once, with the next entry in the system log: a way to do something in the middle of a call.
+// Runs once, at the next entry in the system log. So a test can act in the middle of a call.
 extern std::function<void()> g_atNextSystemLog;
 
-// A directory of its own for every case, and the log lines of what runs in it.
+// Gives each test its own directory, and collects log lines.
 class SupportTest : public testing::Test {
 protected:
     SupportTest() {
         const char* base = std::getenv("TMPDIR");
         std::string name = std::string(base == nullptr ? "." : base) + "/support.XXXXXX";
         m_dir = std::filesystem::absolute(::mkdtemp(name.data())).lexically_normal();
-        ::chmod(m_dir.c_str(), 0777); // for what runs as another user
+        ::chmod(m_dir.c_str(), 0777); // for processes of other users
         ::umask(022);
         tarnlog_set_level("dbg4");
     }
@@ -40,8 +40,8 @@ protected:
 
     std::string at(const std::string& name) const { return m_dir + "/" + name; }
 
-    // What `action` writes to standard error, with paths relative to the directory and no line or process
-    // numbers.
+    // Returns what `action` writes to standard error. Paths are relative to the directory; line numbers and
+    // process ids are removed.
     Lines logOf(const std::function<void()>& action) const {
         const int saved = ::dup(STDERR_FILENO);
         const int file = ::open(m_dir.c_str(), O_TMPFILE | O_RDWR | O_APPEND, 0600);
@@ -60,7 +60,7 @@ protected:
         return lines;
     }
 
-    // Exit status of a child that runs `body`: 0 when it returned true.
+    // Returns the exit status of a child that runs `body`: 0 if `body` returned true.
     static int exitOf(const std::function<bool()>& body) {
         const pid_t pid = ::fork();
         if (pid == 0)
@@ -70,8 +70,8 @@ protected:
         return status;
     }
 
-    // The same with the case's directory as the root directory, and as the working directory. A fault can
-    // reach nothing else there, and another user can work there whoever owns the directories above it.
+    // The same, with the directory of the test as root directory and working directory. So a fault can damage
+    // nothing else, and another user can work there although the directories above belong to others.
     int exitInOwnRoot(const std::function<bool()>& body) const {
         return exitOf([&] { return enterOwnRoot() && body(); });
     }
@@ -99,7 +99,7 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    // Type and permissions as in "d755", "-644", "p600"; "l" or "none".
+    // Returns type and permissions, for example "d755", "-644" or "p600"; "l" for a link; "none".
     std::string kind(const std::string& name) const {
         struct stat status = {};
         if (::lstat(at(name).c_str(), &status) != 0)

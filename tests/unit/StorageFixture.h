@@ -23,10 +23,11 @@ inline Names sorted(Names names) {
     return names;
 }
 
-// An empty storage tree, and the configuration as a new process has it. Only behind the storage runner.
-class StoreTest : public testing::Test {
+// Starts each test with an empty storage tree and with the configuration state of a new process. It refuses
+// to run outside private storage.
+class PreparedStorage : public testing::Test {
 protected:
-    StoreTest() { reset(); }
+    PreparedStorage() { reset(); }
 
     static void reset() {
         const char* const isPrivate = std::getenv("FILEMAN_PRIVATE_STORAGE");
@@ -46,13 +47,14 @@ protected:
         for (const std::string name : names)
             std::filesystem::create_directories("/home/" + name);
     }
-    // Writes the document and reads it, as a request does.
+    // Writes the document and reads it like a request.
     static void configure(const std::string& sections) {
         writeFile(CFileManConf::getConfFileName(), "<config><filter>" + sections + "</filter></config>");
         ASSERT_TRUE(CFileManConf::readConf(CFileManConf::getConfFileName()));
     }
 
-    // What load adds to a new store with the filter, in no promised order: one line per record, sorted.
+    // Calls load on a new store with the filter. Returns one line per added record, sorted, because the order
+    // of a directory is not fixed.
     static Rows load(const std::function<int(CFileManager&)>& load, const _ResultFilter& filter = {}) {
         CFileManager store;
         store.setFilter(filter);

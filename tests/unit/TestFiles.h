@@ -11,7 +11,7 @@
 #include "conf/CFileManConf.h"
 #include "conf/ConfState.h"
 
-// Files for tests: made with their directories, read whole.
+// Helpers for test files. writeFile also makes the directories; readFile reads the whole file.
 inline std::string writeFile(const std::string& path, const std::string& content) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path, std::ios::binary) << content;
@@ -23,7 +23,7 @@ inline std::string readFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A directory of its own for each test, and the configuration as a new process has it.
+// Gives each test its own directory and the configuration state of a new process.
 class FilesTest : public testing::Test {
 protected:
     FilesTest() {

@@ -49,7 +49,7 @@ TEST_F(Delivery, HeadersAndBodiesOfEveryKindOfFile) {
     };
     for (const int flags : {0, O_APPEND}) // sendfile refuses the second kind of output
         EXPECT_EQ(attachment("a b.tar.gz", content.size()) + content, sent(path, flags));
-    // Below /tmp only plain files of this user's own are sent.
+    // Below /tmp only regular files of this user are sent.
     fs::create_symlink(path, at("link"));
     EXPECT_EQ(attachment("link", 0), sent(at("link"), 0));
     EXPECT_EQ(attachment("fifo", 0), sent(at("fifo"), 0));
@@ -59,7 +59,7 @@ TEST_F(Delivery, HeadersAndBodiesOfEveryKindOfFile) {
     EXPECT_EQ(attachment("a b.tar.gz", 0), sent(path, 0));
 }
 
-TEST(LeftOut, DownloadsWhoseCommandsCannotCarryTheRecord) {
+TEST(LeftOut, DownloadsOfRecordsThatAreNotSafeInACommand) {
     const auto refused = [](const std::string& name, const std::string& directory,
                             const std::string& destination) {
         DownloadPlaces places;
@@ -80,14 +80,14 @@ TEST(LeftOut, DownloadsWhoseCommandsCannotCarryTheRecord) {
     EXPECT_FALSE(refused("a", "/home/-d.~#!=%,:@^+\xe9", "/tmp/ $x"));
 }
 
-TEST(LeftOut, PdfsWhoseTaskOrArchiveCannotCarryThePath) {
+TEST(LeftOut, PdfsOfPathsThatAreNotSafeInACommand) {
     for (const char* const path : {"/home/a b's/x.html", "/home/-d/x", "/home/a/.html", "/home/$(x)/y-"})
         EXPECT_EQ(nullptr, pdfObstacle(path)) << path;
     for (const char* const path : {"/home/a/-x.html", "/home/a\nb/x", "/home/a/x.ht\x7fml"})
         EXPECT_NE(nullptr, pdfObstacle(path)) << path;
 }
 
-TEST_F(Delivery, LeftoversGoWithoutFollowingLinks) {
+TEST_F(Delivery, LeftoversAreRemovedWithoutFollowingLinks) {
     writeFile("kept/file", "kept");
     writeFile("area/old/deep/er/file", "");
     writeFile("area/.hidden", "");
@@ -102,7 +102,7 @@ TEST_F(Delivery, LeftoversGoWithoutFollowingLinks) {
     EXPECT_EQ("kept", readFile("kept/file"));
 }
 
-TEST_F(Delivery, PlantedThingsAreReplaced) {
+TEST_F(Delivery, PlantedLinksAndDirectoriesAreReplaced) {
     writeFile("kept/file", "kept");
     fs::create_directory_symlink(at("kept"), at("area"));
     writeFile("area.zip/in/the/way", "");
@@ -133,8 +133,8 @@ TEST_F(Delivery, LockOutlivesItsHolderUntilTheBackgroundCommandEnds) {
     EXPECT_TRUE(isFree(5000));
 }
 
-// Who holds the area shows it until its clean-up has ended, however long that takes; stopped, it does not.
-TEST_F(Delivery, HolderIsWaitedForAsLongAsItGivesASignOfLife) {
+// The holder of the area gives signs of life until its clean-up has ended. A stopped holder gives none.
+TEST_F(Delivery, RequestWaitsWhileTheHolderGivesSignsOfLife) {
     using std::chrono::milliseconds;
     const auto startHolder = [&] {
         const pid_t holder = ::fork();

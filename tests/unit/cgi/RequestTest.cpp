@@ -46,7 +46,7 @@ TEST(StrictQuery, IsCutBeforeItIsDecoded) {
 }
 
 TEST(RequestFilter, SourcesOfEachListType) {
-    // The flags are set before: an absent key leaves them, a value that is none of the four clears both.
+    // The flags are set first. Without the key they do not change; an unknown value clears both.
     const std::tuple<const char*, bool, bool> rows[] = {
         {"fmtype=All", true, true},    {"fmtype=prof", false, true}, {"fmtype=rslt", true, false},
         {"fmtype=Screen", true, true}, {"fmtype=x", false, false},   {"", true, true},

@@ -105,7 +105,7 @@ TEST_F(FilesTest, DateIsTheStatusChangeOfTheLinkItself) {
     EXPECT_FALSE(Utils::isDirExists(file + "/x") || Utils::isFileExists(at("dangling")));
 }
 
-TEST(Query, EscapesAreConsumedWhateverTheyHold) {
+TEST(Query, TwoBytesAfterPercentAlwaysCountAsDigits) {
     const std::pair<std::string, std::string> rows[] = {
         {"a+b%2Bc%e9%E9", "a b+c\xE9\xE9"},  {"%4Gx", "@x"}, {"%+1%zz!", std::string("\x01\0!", 3)},
         {"%%41", std::string("\x04") + "1"}, {"a%", "a"},    {"a%4", "a"}};

@@ -78,7 +78,7 @@ TEST_F(FilesTest, ModuleHalvesAndCommonEntries) {
     EXPECT_TRUE(Conf::getCommonModuleInfo().at("Result").list.empty());
 }
 
-TEST_F(FilesTest, UnusableDocumentsLeaveWhatWasRead) {
+TEST_F(FilesTest, UnusableDocumentsDoNotChangeTheVocabulary) {
     ASSERT_TRUE(readSections("<mode><e name='kept'/></mode>"));
     for (const char* const document :
          {"", " ", "<r><fil", "<r/>", "<r><filters/></r>", "<!-- none -->", "<r><filter></r>", "\xFE\xFF",
@@ -129,7 +129,7 @@ TEST_F(FilesTest, LimitsHoldWhereTheParserSeesTags) {
                               "<r/>" + std::string(16 * 1024 * 1024 - 4, '\n')};
     const std::string out[] = {nested(129), attributes(257), "<r>" + nested(127) + nested(128) + "</r>",
                                "<r>" + repeated(20, attributes(256)) + attributes(257) + "</r>",
-                               // What hides tags from the parser must not let it recurse.
+                               // Texts that hide tags from the parser must not let it recurse.
                                utf8 + repeated(60000, "<x>\xC3</x>"), repeated(60000, "<x>&#x</x>x41;"),
                                utf8 + "<a b=\"\xC3\" c=\">" + repeated(60000, "<x>") + "\">"};
     for (const std::string& text : in)
@@ -138,7 +138,8 @@ TEST_F(FilesTest, LimitsHoldWhereTheParserSeesTags) {
         EXPECT_EQ(nullptr, xml::load(write(text))) << text.substr(0, 60);
 }
 
-// What the parser would hold, or work at, counts wherever it stands. Each row: the most that passes, roughly.
+// Everything that costs memory or time counts, in any place. Each row has about the largest number that
+// passes.
 TEST(Limits, DocumentsThatNeedTooMuchMemoryDoNotReachTheParser) {
     const std::tuple<const char*, int> rows[] = {
         {"<x/>", 90000}, {"<x></x>", 45000}, {"<!---->", 88000},        {"<![CDATA[]]>", 86000},
@@ -152,7 +153,7 @@ TEST(Limits, DocumentsThatNeedTooMuchMemoryDoNotReachTheParser) {
     }
 }
 
-TEST_F(FilesTest, DocumentThatDoesNotLoadIsNamedWithWhy) {
+TEST_F(FilesTest, UnusableDocumentIsReportedWithTheReason) {
     std::string brokenOff = "<r";
     for (int i = 0; i < 20000; ++i)
         brokenOff += " a" + std::to_string(i) + "=''";
@@ -163,7 +164,8 @@ TEST_F(FilesTest, DocumentThatDoesNotLoadIsNamedWithWhy) {
         {"<r><filters/></r>", "its root has no filter element"},
         {nested(129), "it is nested deeper than 128 elements"},
         {attributes(257), "an element has more than 256 attributes"},
-        // Its attributes would take the parser seconds before it finds that the tag has no end.
+        // Without the limit the parser would need seconds for the attributes before it misses the end of the
+        // tag.
         {brokenOff, "an element has more than 256 attributes"},
     };
     const auto said = [](const std::string& path) {
@@ -209,7 +211,7 @@ TEST_F(FilesTest, SavingChangesNothingButTheValues) {
     text.replace(text.find("\"A\" new=x"), 9,
                  "\"&lt;&amp;#x41;&quot;'&#x0A;\xC3\xA9&gt;\" new=x checked=\"true\"");
     EXPECT_EQ(text, readFile(at("file")));
-    // A strict parser reads none of these again, however they are written.
+    // No strict parser accepts these values in any form.
     for (const std::string broken : {"caf\xC3", "\xC3&", "\xE9t\xE9", "\x1B[0m", "\xED\xA0\x80", "\xC0\xAF",
                                      "\xEF\xBF\xBF", "\xF4\x90\x80\x80", "\xFF"}) {
         entry->SetAttribute("name", broken);
@@ -237,8 +239,8 @@ TEST_F(FilesTest, NewValuesFollowTheEncodingOfTheDocument) {
     }
 }
 
-// What the parser stops at in front of the root would be answered with "stored".
-TEST_F(FilesTest, NothingIsStoredWhereTheParserSeesNoRoot) {
+// If the parser stops before the root, a save must not report success.
+TEST_F(FilesTest, DocumentWithoutAVisibleRootIsNotOpened) {
     for (const char* const document :
          {"<!DOCTYPE r [ <!ELEMENT r ANY> ]><r/>", "<?php if (a > b) ?><r/>", "<!-- none -->", "text <r/>"})
         EXPECT_EQ(nullptr, XmlEdit(write(document)).document()) << document;

@@ -7,7 +7,7 @@ namespace {
 
 using Conf = CFileManConf;
 
-// Marks stand in the first element of the root, whatever its name; what the store does not know stays.
+// The marks are in the first element of the root, which may have any name. Unknown elements must stay.
 constexpr char kDocument[] = R"(<?xml version="1.0"?>
 <!-- kept -->
 <config>
@@ -27,7 +27,7 @@ constexpr char kDocument[] = R"(<?xml version="1.0"?>
 </config>
 )";
 
-class Document : public StoreTest {
+class Document : public PreparedStorage {
 protected:
     Document() { start(); }
 
@@ -42,7 +42,7 @@ protected:
         }
     }
 
-    // The document with each change made once, from the top.
+    // Returns the document after these changes, each made once, from the top.
     static std::string changed(std::initializer_list<std::pair<const char*, const char*>> changes) {
         std::string text = kDocument;
         std::size_t from = 0;
@@ -64,7 +64,8 @@ protected:
 TEST_F(Document, MarksOfOneNameChangeInMemoryAndOnDisk) {
     ASSERT_EQ("c1 - - -", inMemory());
     const std::tuple<Conf::FilterType, const char*, bool, const char*, std::string> rows[] = {
-        // In memory by the exact key, on disk by the name in any case; types by their first one.
+        // In memory the key must be exact; on disk the name may have any case. Of the types the first
+        // changes.
         {Conf::FT_CLASS, "C1", false, "c1 - - -",
          changed({{"\"true\"", "\"false\""}, {"'C1'", "'C1' checked=\"false\""}})},
         {Conf::FT_MODE, "m1", true, "c1 m1 - -", changed({{"false\" name=\"m1", "true\" name=\"m1"}})},
@@ -86,7 +87,7 @@ TEST_F(Document, MarksOfOneNameChangeInMemoryAndOnDisk) {
         EXPECT_FALSE(Conf::setFilterChecked(static_cast<Conf::FilterType>(type), "c1", false));
 }
 
-TEST_F(Document, AllMarksButThoseOfModules) {
+TEST_F(Document, AllMarksChangeExceptThoseOfModules) {
     EXPECT_TRUE(Conf::setAllFilterChecked(true));
     EXPECT_EQ("c1 m1 a,b p1", inMemory());
     EXPECT_EQ(changed({{"'C1'", "'C1' checked=\"true\""}, {"false", "true"}, {"false", "true"}}), onDisk());
@@ -129,7 +130,7 @@ TEST_F(Document, AdvancedStateIsReadAndWritten) {
     EXPECT_EQ(saved, onDisk());
 }
 
-// Each process changes a mark of its own, and finds it as it left it however many others write.
+// Each process changes its own mark, and later finds it unchanged although many others write.
 TEST_F(Document, WritersDoNotLoseEachOthersChanges) {
     constexpr int kWriters = 8, kChanges = 12;
     std::string ports;

