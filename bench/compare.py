@@ -25,8 +25,8 @@ FILTERS = {
     "file-name prefix (a fifth)": "fmtype=rslt&prefix=lab",
     "job id (every 24th; every eighth tells one)": "fmtype=rslt&jobid=JOB-1",
 }
-# What the web server is asked for on the sample instrument. The lists are those without the diagnostic lines before the
-# header, which wrk does not take.
+# The requests to the web server on the sample instrument. Only lists without diagnostic lines before the header, because
+# wrk refuses such lines.
 SERVED = {
     "the screenshots": "fmtype=screen",
     "the results of five modules": "fmtype=rslt&module=1GE,40GE,100G,Cable,OSA",
@@ -35,7 +35,7 @@ BASE_MEMORY = 2 * 1024 * 1024
 
 
 class Figures:
-    """What measure tells of one rival."""
+    """The result of measure for one rival."""
 
     def __init__(self, fields):
         self.cpu, self.wall, self.least, resident, self.faults, self.bytes = map(int, fields)
@@ -43,7 +43,7 @@ class Figures:
 
 
 class Rivals:
-    """Programs to be run in turn, each with the tree that lies on /home meanwhile."""
+    """Programs that run one after the other, each with its tree mounted on /home."""
 
     def __init__(self):
         self.words = []
@@ -53,7 +53,7 @@ class Rivals:
         self.words += ["--", *words] if self.words else words
 
     def add_lists(self, count):
-        """All that lists everything on the tree of so many results."""
+        """Adds all rivals that list everything, on the tree with this number of results."""
         place = tree(count)
         size = len(answer("fmtype=all", place))
         self.add(f"floor {count}", place, FLOOR, "/home", str(count), str(size))
@@ -74,7 +74,7 @@ def say(text):
 
 
 def tree(count):
-    """The tree of so many results; 0 has none and no configuration either."""
+    """Makes the tree with this number of results. For 0 it is empty, without a configuration."""
     place = f"{TREES}/{count}"
     if not os.path.isdir(place):
         say(f"laying out {count} results")
@@ -85,7 +85,7 @@ def tree(count):
 
 
 def unused_document():
-    """An instrument with a configuration, on which nothing is stored yet."""
+    """Makes an instrument with a configuration but without stored files."""
     place = f"{TREES}/document"
     os.makedirs(f"{place}/.resultmanager")
     shutil.copy("sample/result-config-ktd.xml", f"{place}/.resultmanager/")
@@ -113,7 +113,7 @@ def answer(query, place):
 
 
 def check_same_files(count):
-    """All rivals list as many files as the tree holds."""
+    """Checks that every rival lists all files of the tree."""
     rows = answer("fmtype=all", tree(count)).count(b"\n\t\t{ id: ")
     with on_home(tree(count)):
         found = subprocess.run(("/usr/bin/find", *WALK), check=True, stdout=subprocess.PIPE).stdout.count(b"\n")
@@ -167,7 +167,7 @@ def requests_a_second(port, path, seconds):
 
 
 def serve(place, queries, rounds, seconds):
-    """Medians of the requests a second, hello's and those of each query, asked for in turn."""
+    """Returns the medians of requests per second: for hello, and for each query. They are measured in turn."""
     paths = ["hello.cgi", *(f"fileman.cgi?{query}" for query in queries)]
     told = {path: [] for path in paths}
     with on_home(place), web_server() as port:

@@ -1,5 +1,5 @@
-# What everything of ours is compiled and linked with. These are options of our directories, so that a program that
-# links our libraries keeps its own.
+# Compiler and linker options for our own code. They belong to our directories, so that a program that links our
+# libraries keeps its own options.
 
 add_compile_options(
   -Wall -Wextra -Wshadow -Wconversion
@@ -22,7 +22,7 @@ else()
   add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie>)
 endif()
 
-# What callers of our libraries have to share: 64-bit sizes and times on 32-bit boards too, for results above 2 GiB and
-# dates beyond 2038.
+# Options that callers of our libraries must share: 64-bit sizes and times also on 32-bit boards, for results above 2 GiB
+# and dates after 2038.
 add_library(fm_options INTERFACE)
 target_compile_definitions(fm_options INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)

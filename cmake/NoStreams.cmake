@@ -1,7 +1,7 @@
-# Whether cgi/NoStreams.cpp can stand in for the library's stream initialiser: only in a static program, and only where
-# compiler and library agree with it. Elsewhere the option switches itself off and the program starts a little slower.
+# Tests whether cgi/NoStreams.cpp can replace the stream initialiser of the C++ library: only in a static program, and only
+# if compiler and library accept it. Otherwise the option turns itself off, and the program starts a little slower.
 
-# std::cin, cout, cerr, clog: a program that mentions one of them finds no such symbol.
+# std::cin, cout, cerr and clog: a program that mentions one of them does not link.
 set(FILEMAN_REFUSE_STREAMS)
 foreach(stream IN ITEMS 3cin 4cout 4cerr 4clog)
   list(APPEND FILEMAN_REFUSE_STREAMS -Wl,--wrap=_ZSt${stream})

@@ -15,7 +15,7 @@ _INDEX = {name: index for index, name in enumerate(COLOURS)}
 _GREYS = 64
 _PALETTE = list(COLOURS.values()) + [(g * 255 // (_GREYS - 1),) * 3 for g in range(_GREYS)]
 
-# A glyph is seven rows of five pixels, each row one digit to the base 32, top row first.
+# A glyph has seven rows of five pixels. Each row is one digit of base 32; the top row is the first.
 _GLYPHS = {
     "A": "EHHVHHH", "B": "UHHUHHU", "C": "EHGGGHE", "D": "UHHHHHU", "E": "VGGUGGV", "F": "VGGUGGG", "G": "EHGNHHE",
     "H": "HHHVHHH", "I": "E44444E", "J": "72222IC", "K": "HIKOKIH", "L": "GGGGGGV", "M": "HRLLHHH", "N": "HPPLJJH",
@@ -46,7 +46,7 @@ class Canvas:
             self.rows[y][x] = len(COLOURS) + round(min(max(level, 0), 1) * (_GREYS - 1))
 
     def line(self, points, colour):
-        """A line of two pixels' thickness through the points."""
+        """Draws a line through the points, two pixels thick."""
         for (x0, y0), (x1, y1) in zip(points, points[1:]):
             steps = max(abs(x1 - x0), abs(y1 - y0), 1)
             for step in range(steps + 1):
@@ -173,7 +173,7 @@ def instrument_screen(title, rows, curve, passed):
 
 
 def fiber_end(rng, size=200):
-    """What a fiber scope sees: cladding, core and a few specks."""
+    """Draws the picture of a fiber scope: cladding, core and a few specks."""
     picture = Canvas(size, size)
     middle = size / 2
     specks = [(rng.uniform(0.2, 0.8) * size, rng.uniform(0.2, 0.8) * size, rng.uniform(1, 4)) for _ in range(9)]

@@ -24,7 +24,7 @@ svg, img { max-width: 100% }
 
 
 def _frames(columns, unit, values):
-    """A table with a row a frame size; values(rng, rate, size) yields the cells' texts and the charted number."""
+    """A table with one row per frame size. values(rng, rate, size) gives the cells' texts and the charted number."""
     def rows(rng, rate):
         cells = [(size, *values(rng, rate, size)) for size in FRAME_SIZES]
         return ([[f"{size} bytes", *texts] for size, texts, _ in cells], [(str(size), n) for size, _, n in cells])
@@ -95,7 +95,7 @@ _KIND = {
 
 
 def table_of(test):
-    """Columns, chart unit and row maker of a test; what has no table of its own is a bit error test."""
+    """Columns, chart unit and row maker of a test. A test without its own table is shown as a bit error test."""
     return _TABLES.get(_KIND.get(test, test), _TABLES["bert"])
 
 
@@ -153,7 +153,7 @@ def profile(title, facts):
 
 
 def advanced_information(job, account, locator, kind):
-    """The document that says under which job a result was saved."""
+    """Returns the advanced information of a result, with its job."""
     return (f'<?xml version="1.0" encoding="UTF-8"?>\n<result>\n  <ktb_advinfo job_id="{html.escape(job)}" '
             f'account_id="{html.escape(account)}" locator="{html.escape(locator)}" advtype="{html.escape(kind)}" '
             f'prefix="" suffix=""/>\n</result>\n').encode()

@@ -27,7 +27,7 @@ from storage import BERT, Tree, environment  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 CONVERTER = b"""#!/bin/sh
-# Stands in for the converter: a "PDF" is the word and the file's text.
+# Replaces the converter: its "PDF" is the mark and the text of the file.
 mkdir -p /tmp/pdf
 while IFS= read -r task; do
   { echo %PDF; cat "${task% -> *}"; } >"/tmp/pdf/${task##* -> }"
@@ -84,7 +84,7 @@ class Instrument:
         return finish(self.start(*what, **how))
 
     def left_in_tmp(self):
-        """What stays behind although the removal in the background has had its time."""
+        """Returns the files that are left although the background removal had enough time."""
         for _ in range(100):
             left = subprocess.check_output(["find", self.path("tmp"), "-mindepth", "1", "-not", "-regex", KEPT])
             if not left:
@@ -97,9 +97,9 @@ class Instrument:
 
 
 def finish(process):
-    """Attachment's name, body and messages of a request that has to end well."""
+    """Returns name, body and messages of an attachment. The request must succeed."""
     out, messages = process.communicate(timeout=120)
-    # Loading names the files of extra directories in front of the header.
+    # Loading prints the files of extra directories before the header.
     out = re.sub(rb"\A(Find at:.*\n)+", b"", out)
     name = re.match(rb"Content-Disposition:attachment;filename=(.*)\r\n", out)[1].decode()
     head, _, body = out.partition(b"\r\n\r\n")
@@ -108,7 +108,7 @@ def finish(process):
 
 
 def entries(archive):
-    """Files by name; zip writes the name's bytes, which Python takes for those of an old PC."""
+    """Returns the files by name. zip writes the bytes of the name; Python decodes them as code page 437."""
     with zipfile.ZipFile(io.BytesIO(archive)) as opened:
         return {info.filename.encode("utf-8" if info.flag_bits & 0x800 else "cp437").decode(errors="replace"):
                 opened.read(info) for info in opened.infolist() if not info.is_dir()}
@@ -129,7 +129,7 @@ def same(found, wanted):
 
 
 def nothing_was_run():
-    """What some names try is to leave a file where the program was started."""
+    """Some names try to make a file in the directory where the program was started."""
     same(subprocess.run(["rm", ROOT + "/canary"], stderr=subprocess.DEVNULL, check=False).returncode, 1)
 
 
@@ -230,7 +230,7 @@ def killed_requests_leave_nothing_to_the_next(instrument):
 
 
 def full_tmp_gives_an_honest_answer(instrument):
-    """One report does not fit at all; of the other the copy does, but not the archive."""
+    """One report does not fit at all. Of the other one the copy fits, but not the archive."""
     script = """mount -t tmpfs -o size=400k tmpfs /tmp && "$0" && sleep 0.5
                 echo left: $(ls -A /tmp/download /tmp/*.zip) >&2"""
     instrument.reports("small")
@@ -255,7 +255,7 @@ def planted_links_and_fifos_lead_nowhere(instrument):
 
 
 def foreign_areas_are_left_alone(instrument):
-    """The program's user cannot remove what another has put into /tmp; nothing is run there, and nothing sent."""
+    """The user cannot remove files of another user in /tmp. Then no command runs there and no file is sent."""
     before = ("setpriv", "--reuid=1001", "--regid=1001", "--clear-groups")
     instrument.reports("one")
     instrument.tool("ktb/bin/htm2pdf", stub("echo converted >&2"))
@@ -338,7 +338,7 @@ def failing_commands_leave_no_hollow_archive(instrument):
 
 
 def more_companions_than_a_command_takes(instrument):
-    """The limit of a command's arguments is a quarter of that of the stack."""
+    """The limit for the arguments of a command is a quarter of the stack limit."""
     instrument.reports("one", "two")
     names = [f"one.{number}{'x' * 200}" for number in range(1000)]
     for name in names:
@@ -373,7 +373,7 @@ def half_pdfs_are_not_sent(instrument):
 
 
 def converter_ends_with_its_request(instrument):
-    """All of it, also what does not listen to the signal and what it leaves behind when it ends by itself."""
+    """All processes of the converter end: those that ignore the signal, and those it leaves when it ends."""
     stray = "(trap '' TERM; for i in $(seq 500); do echo >>/tmp/pdf/stray; sleep 0.02; done) & sleep 0.2"
     instrument.reports("one")
     for rest in ("echo started >&2; sleep 60", "exit 0"):
@@ -389,7 +389,7 @@ def converter_ends_with_its_request(instrument):
 
 
 def abandoned_request_leaves_the_queue(instrument):
-    """One whose reader has gone, and one that the server ends."""
+    """Two requests that wait: the reader of one is gone, and the server ends the other."""
     with open(instrument.path("tmp/.tarn_download.lock"), "wb") as lock:
         os.fchmod(lock.fileno(), 0o600)
         fcntl.flock(lock, fcntl.LOCK_EX)
@@ -406,7 +406,7 @@ def abandoned_request_leaves_the_queue(instrument):
 
 
 def server_or_reader_that_leaves_early_leaves_nothing(instrument):
-    """Web servers end the program by SIGTERM as soon as the announced bytes are there; the removal has yet to come."""
+    """Web servers end the program by SIGTERM as soon as they have all bytes, before the removal."""
     instrument.tree.write(f"{BERT}/large.html", random.randbytes(4 << 20))
     for operation, server_leaves in (("download", True), ("pdf", True), ("download", False)):
         with instrument.start(operation, ("large",)) as process:
@@ -445,7 +445,7 @@ CASES = (
 
 
 def run(case, program):
-    """What went wrong, or nothing."""
+    """Returns the report of a failure, or None."""
     # In memory a hole costs nothing, on a disk's file system every page of it does.
     in_memory = case is view_of_3_gib_needs_no_memory and os.access("/dev/shm", os.W_OK)
     directory = tempfile.mkdtemp(prefix="fileman-delivery-", dir="/dev/shm" if in_memory else None)

@@ -72,7 +72,7 @@ def answer(program, query, prefix=(), said="", **more):
 
 
 def own_date(row):
-    """The row with its date replaced, once that is known to be the file's change time in local time."""
+    """Replaces the date of the row, after a test that it is the file's change time in local time."""
     try:
         seconds = os.lstat(row[2]).st_ctime_ns // 10 ** 9
     except FileNotFoundError:
@@ -83,7 +83,7 @@ def own_date(row):
 
 
 def sorted_runs(pattern, response, group=lambda piece: None):
-    """Neighbouring pieces of a group come in directory order, which no file system promises."""
+    """Sorts the pieces of each group: they are in directory order, which differs between file systems."""
     def in_order(run):
         groups = itertools.groupby(re.findall(pattern, run[0], re.S), group)
         return b"".join(piece for _, pieces in groups for piece in sorted(pieces))
@@ -139,7 +139,7 @@ def rows_come_in_listing_order(program):
 
 
 def dates_follow_the_zone(program):
-    """One of the first two has daylight saving time today, whatever the day; neighbours differ by a second."""
+    """Zones: on any day, one of the first two has daylight saving time. Neighbours differ by one second."""
     time.sleep(1.1)
     os.chmod(f"/home/{BERT}/line_2.html", 0o600)
     for zone in ("NOR-1SUM,M3.5.0,M10.5.0/3", "SOU3SUM,M10.1.0/0,M3.3.0/0", "", ZONE):
@@ -150,7 +150,7 @@ def dates_follow_the_zone(program):
 
 
 def storage_may_change_meanwhile(program):
-    """Directories and files that come and go: a whole page every time."""
+    """Directories and files appear and disappear during requests: every page must be whole."""
     stop = threading.Event()
 
     def churn():
@@ -188,7 +188,7 @@ def run_all(program, update, names):
         if laid_out != case[1] or case[2] == b"several":
             laid_out = case[1]
             Tree().make(laid_out)
-        # Of cases that share an expected file the first writes it.
+        # If cases share an expected file, the first case writes it.
         more = (True,) if update and check is check_case and case[0] not in updated else ()
         updated.add(case[0])
         try:

@@ -12,7 +12,7 @@ import subprocess
 HERE = os.path.dirname(os.path.abspath(__file__))
 CONFIGURATION = ".resultmanager/result-config-ktd.xml"
 BERT = "1ge/kte-rslt/sfpport/bert-result"
-# A zone with daylight saving time that needs no zone files.
+# A time zone with daylight saving time that needs no zone files.
 ZONE = "CET-1CEST,M3.5.0,M10.5.0/3"
 NO_ROOT_RIGHTS = ("setpriv", "--bounding-set=-dac_override,-dac_read_search",
                   "--inh-caps=-dac_override,-dac_read_search")
@@ -29,7 +29,7 @@ def plain(text):
 
 
 def environment(query, **more):
-    """What the program may see, and how a sanitizer's report ends it; a query of None leaves the variable unset."""
+    """The environment of the program, with the exit status for a sanitizer report. A query of None is not set."""
     values = {"PATH": "/usr/bin:/bin", "TZ": ZONE, "ASAN_OPTIONS": "exitcode=86", **more}
     return values if query is None else {**values, "QUERY_STRING": query}
 
@@ -55,7 +55,7 @@ class Tree:
         self.write(CONFIGURATION, change(read("basic.xml")))
 
     def make(self, name):
-        """Lays out the named tree in the place of whatever is there."""
+        """Replaces the storage by the named tree."""
         subprocess.run(["find", self.home, "-mindepth", "1", "-delete"], check=True)
         kind, _, document = name.partition(":")
         if document:
@@ -89,7 +89,7 @@ class Tree:
             os.chmod(place, int(kind, 8))
 
     def make_deep(self, name, count):
-        """Directories in each other until no path can name them."""
+        """Makes nested directories until their path is too long."""
         here = os.open(self.home, os.O_RDONLY)
         for _ in range(count):
             os.mkdir(name, dir_fd=here)
@@ -120,7 +120,7 @@ def long_row(tree):
         tree.write(f"2g5/mtie-results/{name}/mtie/x")
 
 
-# What stands in the configuration document's place: at first what configures nothing.
+# Objects at the path of the configuration document. The first ones configure nothing.
 DOCUMENTS = {
     "missing": lambda tree: None, "unreadable": unreadable, "truncated": changed(lambda text: text[:-200]),
     "beyond-16-mib": changed(lambda text: text + b" " * ((16 << 20) + 1 - len(text))),

@@ -20,7 +20,7 @@ NOT_HERE = {"./test", "./demo"}
 
 
 def blocks(page):
-    """(language, text) of each fenced block; the rest of the page comes with the language None."""
+    """Returns (language, text) of each fenced block. The rest of the page has the language None."""
     with open(os.path.join(ROOT, page), encoding="utf-8") as file:
         parts = re.split(r"^```(.*)\n((?:.*\n)*?)^```\n", file.read(), flags=re.M)
     for plain, language, text in zip(parts[::3], parts[1::3] + [None], parts[2::3] + [None]):
@@ -35,7 +35,7 @@ def run(script):
 
 
 def masked(text):
-    """Without what differs from day to day."""
+    """Removes the parts that differ from day to day."""
     return re.sub(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d", "<date>", text)
 
 
@@ -95,7 +95,7 @@ class Commands(unittest.TestCase):
 
 
 class Linking(unittest.TestCase):
-    """What docs/linking.md promises beyond its commands, which have installed the archive by then."""
+    """Tests the other promises of docs/linking.md. Its commands have installed the archive before."""
 
     @classmethod
     def setUpClass(cls):

@@ -24,12 +24,12 @@ READING = ("open", "openat", "getdents64", "read", "fstatat", "fstat", "access",
 STAGING = ("stat", "lstat", "sendfile", "flock", "futimens", "mkdir", "rmdir", "unlink", "rename", "chmod", "dup2",
            "close", "remove", "opendir", "readdir", "realpath", "system", "fork", "waitpid")
 ERRORS = (errno.EIO, errno.EMFILE, errno.ENOMEM, errno.ENOSPC)
-SHORT = 0  # the write does half of what it was asked for
+SHORT = 0  # the write writes only half of the bytes
 HEADER = b"\r\n\r\n"
 
 
 def run(query, call="", number=0, error=0):
-    """The finished process, and whether the call came to pass."""
+    """Returns the finished process, and whether the call was reached."""
     mark = f"/tmp/mark-{call}-{number}-{error}"
     done = subprocess.run(f"{BUILD}/dev/fileman.cgi", stdin=subprocess.DEVNULL, capture_output=True, timeout=60,
                           check=False, env=storage.environment(
@@ -54,7 +54,7 @@ def stored():
 
 
 def packed(answer):
-    """What an answer to a download holds: files with checksums, None when it is visibly none."""
+    """Returns the files of a download with checksums, or None for an answer that is visibly not a download."""
     head, _, body = answer.partition(HEADER)
     length = [int(line.split(b":")[1]) for line in head.splitlines() if line.startswith(b"Content-Length:")]
     if not length or length[0] == 0 or len(body) < length[0]:
@@ -81,7 +81,7 @@ def download_fault(healthy, done, _call, _error):
 
 
 def faults(query, judge, healthy, call, step, errors):
-    """What is wrong when the calls number 1, 1 + step, ... fail, each with each of the errors."""
+    """Returns what goes wrong if the calls number 1, 1 + step, ... fail, each with each of the errors."""
     before = list(stored())
     for number in itertools.count(1, step):
         hit = False
@@ -124,7 +124,7 @@ def main():
     assert healthy[LIST].stdout.endswith(b"</html>\n") and healthy[LIST].stdout.count(b"{ id: ") > 9
     assert len(packed(healthy[DOWNLOAD].stdout)) > 2, healthy[DOWNLOAD]
     found = []
-    # Lists disturb nobody; downloads share their staging area.
+    # Lists can run at the same time; downloads share their staging area.
     for query, workers in ((LIST, 4), (DOWNLOAD, 1)):
         with concurrent.futures.ThreadPoolExecutor(workers) as pool:
             for lines in pool.map(lambda work: list(faults(work[0], work[1], healthy[work[0]], *work[2:])),

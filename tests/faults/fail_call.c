@@ -1,5 +1,6 @@
-// Preloaded into the program: makes the call number FAULT_NUMBER of the C library's FAULT_CALL fail with
-// FAULT_ERROR, and leaves the file FAULT_MARK as a sign that it came to that. Children are left alone.
+// A library to preload into the program. It makes call number FAULT_NUMBER of the C library function
+// FAULT_CALL fail with FAULT_ERROR, and then makes the file FAULT_MARK as a sign. Calls of child processes do
+// not fail.
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -22,7 +23,7 @@
 static const char* failing_call;
 static long calls_left;
 static int error_number;
-static int is_short; // the call does half of its work instead of failing
+static int is_short; // the call does half of its work and does not fail
 
 __attribute__((constructor)) static void read_environment(void) {
     const char *number = getenv("FAULT_NUMBER"), *error = getenv("FAULT_ERROR");
@@ -41,7 +42,7 @@ static int fails(const char* name) {
     return 1;
 }
 
-// The calls that know of large files have a second name, under which this file is compiled.
+// Calls with large-file support have a second name. This file is compiled with that name.
 #define REAL(name, symbol) ((__typeof__(&(name)))dlsym(RTLD_NEXT, symbol))
 #define WRAP_AS(symbol, name, result, failure, parameters, arguments)                                        \
     result name parameters {                                                                                 \
@@ -107,7 +108,7 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
                : REAL(pthread_create, "pthread_create")(thread, attributes, start, argument);
 }
 
-// A delivery pauses before it tidies up; nobody reads here meanwhile.
+// No pause: a delivery waits before its clean-up, but here nobody reads in that time.
 int clock_nanosleep(clockid_t clock, int flags, const struct timespec* time, struct timespec* rest) {
     (void)clock, (void)flags, (void)time, (void)rest;
     return 0;

@@ -106,8 +106,8 @@ class Large(unittest.TestCase):
 
 class VeryMuch(unittest.TestCase):
     def test_no_list_is_walked_once_for_each_entry_of_another(self):
-        """As much of everything as a document may hold: a second is enough, unless a list is walked for each entry of
-        another."""
+        """The largest allowed number of everything in a document. One second is enough, unless the program walks one
+        list for each entry of another."""
         count = range(7000)
         ports = ",".join(f"x{number}port" for number in count)
         sections = {
