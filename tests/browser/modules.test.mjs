@@ -5,6 +5,7 @@ import fs from 'node:fs';
 import path from 'node:path';
 import { test } from 'node:test';
 import { lacksOfDownload, lacksOfPdfs, membersOf } from '../../web/js/fileman/archive.js';
+import { align, change, differingCells } from '../../web/js/fileman/differences.js';
 import { FIELDS } from '../../web/js/fileman/rows.js';
 import english from '../../web/js/languages/en.js';
 import { parsePrimary } from '../../web/js/fileman/options.js';
@@ -163,6 +164,22 @@ test('a value is tapped into a query and out of it again', () => {
   const within = (text, other) => new Query(text).isWithin(new Query(other));
   assert.ok(within('bert nor', 'bert no') && within('bert', '') && within('port:P1 ab', 'a port:P1'));
   assert.ok(!within('be', 'bert') && !within('-bert', '-ber') && !within('port:P1', 'port:P'));
+});
+
+test('what belongs together is found in order, and what differs is told by name or place', () => {
+  const pairs = (a, b) => align(a.length, b.length, (i, j) => (a[i] === b[j] ? 1 : 0));
+  assert.deepEqual(pairs('axbc', 'abyc').filter(([i, j]) => i >= 0 && j >= 0), [[0, 0], [2, 1], [3, 3]]);
+  assert.deepEqual(pairs('', 'a'), [[-1, 0]]);
+  assert.deepEqual(differingCells(['a', '1', '2'], ['a', '2'], ['n', 'x', 'y'], ['n', 'y']), [[1, -1]]);
+  assert.deepEqual(differingCells(['a', '1'], ['a', '1', '2'], null, null), [[-1, 2]]);
+  for (const [a, b, wanted] of [
+    ['1,000.5 ms', '1,001 ms', '+0.5 ms'],
+    ['3', '1E-3', '-2.999'],
+    ['5 %', '5 ms', ''],
+    ['1GE', '40GE', ''],
+    ['PASS', 'FAIL', ''],
+  ])
+    assert.equal(change(a, b), wanted);
 });
 
 test('options are read from the page whatever their names hold', () => {

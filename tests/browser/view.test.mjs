@@ -169,3 +169,45 @@ test('printing a view prints what is looked at alone', async () => {
   await inViewer(page, 'Print').click();
   assert.equal(await calls, 'report');
 });
+
+test('two reports are shown side by side, aligned, with what differs marked and listed', async () => {
+  const report = (verdict, rows) =>
+    `<style>body { margin: 8px } td { padding: 4px }</style><h1>Loss</h1><span class="x">${verdict}</span>` +
+    `<table><tr><td>File</td><td>${verdict}</td></tr></table>` +
+    `<table><tr><th>Size</th><th>Lost</th></tr>${rows.map((row) => `<tr><td>${row.join('<td>')}`).join('')}</table>`;
+  fs.writeFileSync(`${DIR}/pair1.html`, report('PASS', [['64 bytes', '0 ms'], ['128 bytes', '1,001.5 ms'], ['512 bytes', '3']]));
+  fs.writeFileSync(`${DIR}/pair2.html`, report('FAIL', [['64 bytes', '0 ms'], ['128 bytes', '1,000 ms'], ['256 bytes', '7'], ['512 bytes', '3']]));
+  try {
+    const page = await instrument.open('fmtype=rslt&test=bert&fname=pair');
+    await page.getByRole('button', { name: 'Name', exact: true }).click();
+    await row(page, 0).click();
+    assert.equal(await pressed(page, 'Compare').count(), 0);
+    await row(page, 1).click({ modifiers: ['Control'] });
+    await pressed(page, 'Compare').click();
+    const frame = page.frameLocator('.fm-report');
+    await frame.getByText('4 differences').click();
+    assert.deepEqual(await frame.locator('.list tbody tr').allInnerTexts(), [
+      '\tPASS\tFAIL\t',
+      'File\tPASS\tFAIL\t',
+      '128 bytes, Lost\t1,001.5 ms\t1,000 ms\t-1.5 ms',
+      '256 bytes\t(absent)\t7\t',
+    ]);
+    const tops = await frame.locator('.side').evaluateAll((sides) =>
+      sides.map((side) =>
+        [...side.lastElementChild.shadowRoot.querySelectorAll('tr')].map((one) => one.getBoundingClientRect().top),
+      ),
+    );
+    assert.equal(tops[0].length, 6);
+    assert.deepEqual(tops[0], tops[1]);
+    assert.equal(await frame.locator('.fm-differs').count(), 8);
+    const both = await saved(page, () => inViewer(page, 'Download this entry').click());
+    assert.match(both.suggestedFilename(), /-2\.zip$/);
+    await page.reload();
+    await frame.getByText('4 differences').waitFor();
+    await page.goBack();
+    await viewer(page).waitFor({ state: 'hidden' });
+    assert.deepEqual(page.problems, []);
+  } finally {
+    for (const name of ['pair1', 'pair2']) fs.rmSync(`${DIR}/${name}.html`);
+  }
+});

@@ -47,8 +47,8 @@ const addressWith = (wanted) => `${addressOf(wanted)}${hashOf({ find: frame.find
 
 /** The address of what is shown, the viewed entry included. */
 function addressShown() {
-  const view = viewer.isOpen ? viewer.entry.path : '';
-  return `${addressOf(listing)}${hashOf({ find: frame.find.value, view })}`;
+  const [view, other] = viewer.isOpen ? viewer.entries.map(({ path }) => path) : [];
+  return `${addressOf(listing)}${hashOf({ find: frame.find.value, view, with: other })}`;
 }
 
 /**
@@ -140,7 +140,7 @@ function takeList(list, kept) {
   if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
   grid.top = kept.top ?? 0;
   tellGaps(list);
-  takeView(inHash('view'));
+  takeView();
 }
 
 // ---- what is remembered
@@ -239,28 +239,36 @@ function command(operation, targets) {
 
 const placeOf = (entry) => ({ at: grid.view.indexOf(entry), count: grid.view.length });
 
-/** Opens an entry's view. It has a place of its own in the history, which the next entries share. */
-function view(entry) {
-  if (!entry) return;
+/** Opens the view of an entry, or of two side by side. It has a place in the history, which the next views share. */
+function view(...targets) {
+  if (!targets.length) return;
   const change = viewer.isOpen ? 'replaceState' : 'pushState';
-  command('view', [entry]);
-  viewer.open(entry, placeOf(entry));
+  command('view', targets);
+  openView(targets);
   history[change]({ viewing: true }, '', addressShown());
 }
 
-/** Shows the view that the address names; null is none. */
-function takeView(path) {
-  const entry = path === null ? null : entries.find((one) => one.path === path);
-  if (!entry) {
+function openView(targets) {
+  if (targets.length > 1) viewer.compare(targets);
+  else viewer.open(targets[0], placeOf(targets[0]));
+}
+
+/** Shows the view that an address names behind its "#", if any. */
+function takeView(hash = location.hash) {
+  const paths = [inHash('view', hash), inHash('with', hash)].filter((path) => path !== null);
+  const targets = paths.map((path) => entries.find((entry) => entry.path === path));
+  const gone = targets.indexOf(undefined);
+  if (!targets.length || gone >= 0) {
     if (viewer.isOpen) viewer.hide();
-    if (path === null || !entries.length) return;
+    if (gone < 0 || !entries.length) return;
     history.replaceState(null, '', addressShown());
-    showNotice(t('viewGone', { path: visible(path) }), handlers.refresh);
-  } else if (viewer.isOpen && viewer.entry.path === path) viewer.renew(entry, placeOf(entry));
-  else {
-    const { at } = placeOf(entry);
+    showNotice(t('viewGone', { path: visible(paths[gone]) }), handlers.refresh);
+  } else if (viewer.isOpen && viewer.entries.map(({ path }) => path).join('\n') === paths.join('\n')) {
+    viewer.renew(targets, placeOf(targets[0]));
+  } else {
+    const { at } = placeOf(targets[0]);
     if (at >= 0) grid.activate(at);
-    viewer.open(entry, placeOf(entry));
+    openView(targets);
   }
 }
 
@@ -282,6 +290,7 @@ function hideView() {
 
 /** Views the next entry (1), the one before (-1) or the same again (0). The choice goes along when it was only that entry. */
 function step(by) {
+  if (viewer.entries.length > 1) return;
   const at = grid.view.indexOf(viewer.entry) + by;
   if (at < 0 || at >= grid.view.length) return;
   const isChoice = grid.chosen.size === 1 && grid.chosen.has(viewer.entry);
@@ -298,11 +307,13 @@ function stepByKey(event) {
   step(by);
 }
 
-/** What a menu offers to copy of an entry. */
-function copies(entry) {
-  const link = new URL(`${addressOf(listing)}${hashOf({ view: entry.path })}`, location.href).href;
+/** What a menu offers to copy of one entry or of two. */
+function copies(some) {
+  const [view, other] = some.map(({ path }) => path);
+  const link = new URL(`${addressOf(listing)}${hashOf({ view, with: other })}`, location.href).href;
   const item = (what, text) => ({ text: what, press: () => copyText(text, what) });
-  return [item(t('copyName'), entry.name), item(t('copyPath'), entry.path), item(t('copyLink'), link)];
+  const lines = (field) => some.map((entry) => entry[field]).join('\n');
+  return [item(t('copyName'), lines('name')), item(t('copyPath'), lines('path')), item(t('copyLink'), link)];
 }
 
 function fetchFiles(operation, targets) {
@@ -341,7 +352,7 @@ const handlers = {
   showKind: (kind) => load({ ...listing, kind }),
   typed,
   leadToList,
-  view: () => view(grid.targets()[0]),
+  view: () => view(...grid.targets()),
   fetchFiles: (operation) => fetchFiles(operation, grid.targets()),
   changeFilter,
   refresh: () => load(listing, { push: false, kept: snapshot() }),
@@ -358,8 +369,9 @@ function takeAddress() {
     isLeaving = false;
     hideView();
   } else {
+    const { hash } = location; // changes with what is found
     if (find !== frame.find.value && !history.state?.viewing) findText(find);
-    takeView(path);
+    takeView(hash);
   }
 }
 
@@ -369,11 +381,11 @@ export async function start() {
   const own = readOwnPage();
   frame = buildFrame(handlers);
   frame.find.value = inHash('find') ?? recallFind();
-  history.replaceState(history.state, '', addressOf(listing) + hashOf({ find: frame.find.value, view: inHash('view') }));
+  history.replaceState(history.state, '', addressOf(listing) + hashOf({ find: frame.find.value, view: inHash('view'), with: inHash('with') }));
   viewer = new Viewer(frame.aside, {
     close: closeView,
     step,
-    deliver: (operation, entry) => fetchFiles(operation, [entry]),
+    deliver: fetchFiles,
     copies,
   });
   grid = new FileGrid(frame.host, { sort: sortBy, changed: showState, open: view, escape });

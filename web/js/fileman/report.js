@@ -8,7 +8,7 @@ import { t } from './texts.js';
 const UNSAFE = 'script, base, meta[http-equiv], link, iframe, frame, object, embed, audio, video, source';
 const LEADING = ['background', 'action', 'formaction', 'ping', 'poster', 'target', 'srcset'];
 
-function decodeReport(bytes) {
+export function decodeReport(bytes) {
   const head = new TextDecoder('latin1').decode(bytes.subarray(0, 2048));
   const label = /<meta[^>]+charset\s*=\s*["']?([\w-]+)/i.exec(head)?.[1] ?? 'utf-8';
   try {
@@ -146,36 +146,43 @@ export function calmReport(text, Parser) {
   return { report, slots: slots.filter(({ paths }) => paths.length) };
 }
 
-/**
- * Shows a report: { frame, ready, fill }. `ready` resolves with the frame's document, `paths` lists what the report
- * lacks, and `fill(addressOf, textOf)` puts the files in that these know by their paths.
- */
-export function showReport(entry, bytes, onKey) {
+/** A frame for reports, { frame, ready }: `ready` resolves with its empty document. */
+export function reportShell(title, onKey) {
   // Without allow-scripts nothing runs in the frame; same origin lets us fill it, and modals let us print it.
   const frame = el('iframe', {
     class: 'fm-report',
-    title: t('reportTitle', { name: visible(entry.name) }),
+    title,
     sandbox: 'allow-same-origin allow-modals',
     src: `${window.fileman.base}report.html`,
   });
-  let slots = [];
   const ready = new Promise((resolve) => {
     const take = () => {
-      const target = frame.contentDocument;
-      const calm = calmReport(decodeReport(bytes), frame.contentWindow.DOMParser);
-      ({ slots } = calm);
-      target.head.append(...target.adoptNode(calm.report.head).childNodes);
-      target.body.replaceWith(target.adoptNode(calm.report.body));
-      target.addEventListener('keydown', onKey);
-      target.documentElement.lang = calm.report.documentElement.lang || 'en';
-      target.title = visible(entry.name);
-      resolve(target);
+      frame.contentDocument.addEventListener('keydown', onKey);
+      resolve(frame.contentDocument);
     };
     frame.addEventListener('load', take, { once: true });
   });
+  return { frame, ready };
+}
+
+/**
+ * Shows a report: { frame, ready, paths, fill }. `ready` resolves when it is shown, `paths()` are those of the files that
+ * it lacks, and `fill(addressOf, textOf)` puts in the files that these know by their paths.
+ */
+export function showReport(entry, bytes, onKey) {
+  const { frame, ready } = reportShell(t('reportTitle', { name: visible(entry.name) }), onKey);
+  let slots = [];
+  const shown = ready.then((target) => {
+    const calm = calmReport(decodeReport(bytes), frame.contentWindow.DOMParser);
+    ({ slots } = calm);
+    target.head.append(...target.adoptNode(calm.report.head).childNodes);
+    target.body.replaceWith(target.adoptNode(calm.report.body));
+    target.documentElement.lang = calm.report.documentElement.lang || 'en';
+    target.title = visible(entry.name);
+  });
   return {
     frame,
-    ready,
+    ready: shown,
     paths: () => new Set(slots.flatMap((slot) => slot.paths)),
     fill: (addressOf, textOf) => slots.forEach((slot) => slot.fill(addressOf, textOf)),
   };

@@ -2,6 +2,7 @@
  * A stored file as the instrument sends it. The usual answer calls every file text/html and puts four bytes in front of
  * it, and most servers cut its last four; so the bytes decide what it is.
  */
+import { isStrict } from './answers.js';
 import { AnswerError, deliveryQuery, fetchPieces } from './wire.js';
 
 const MOST_BYTES = 64 << 20;
@@ -42,10 +43,12 @@ export async function fetchBlob(operation, entry, signal) {
   return new Blob(pieces);
 }
 
-/** The bytes of an entry's file. */
+/** The bytes of an entry's file; a strict answer holds exactly these. */
 export async function fetchFile(entry, signal) {
   const blob = await fetchBlob('view', entry, signal);
-  const bytes = stripLead(new Uint8Array(await blob.arrayBuffer()));
+  const sent = new Uint8Array(await blob.arrayBuffer());
+  if (isStrict()) return sent;
+  const bytes = stripLead(sent);
   if (!bytes.length || (bytes.length < 65536 && DIAGNOSTICS.test(new TextDecoder().decode(bytes))))
     throw new AnswerError('errorGone');
   return bytes;

@@ -3,7 +3,7 @@
  * `frame` holds the page's parts (frame.js).
  */
 import { button, el, icon, visible } from './dom.js';
-import { obstacle } from './kinds.js';
+import { kindOf, obstacle } from './kinds.js';
 import { TAB_TEXTS, obeysFilter, unfiltered, without } from './listing.js';
 import { dressPage } from './page.js';
 import { number, t } from './texts.js';
@@ -45,7 +45,9 @@ function showActions(frame, grid) {
   const some = count && count <= MOST_EXAMINED ? grid.targets() : null;
   const can = (operation) => (some ? some.some((entry) => !obstacle(entry, operation)) : count > 0);
   sayTargets(frame, grid, count);
-  frame.view.disabled = count !== 1;
+  const isPair = some?.length === 2 && some.every((entry) => kindOf(entry) === 'report' && !obstacle(entry, 'view'));
+  frame.view.disabled = count !== 1 && !isPair;
+  frame.view.querySelector('.fm-label').textContent = t(isPair ? 'compare' : 'view');
   frame.pdf.disabled = !can('pdf');
   frame.download.disabled = !can('download');
 }

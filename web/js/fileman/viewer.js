@@ -15,7 +15,7 @@ import { AnswerError } from './wire.js';
 const REST = 500; // milliseconds after which a view has rested
 
 export class Viewer {
-  /** `events`: close(), step(by), deliver(operation, entry), copies(entry) that gives what a menu offers to copy. */
+  /** `events`: close(), step(by), deliver(operation, entries), copies(entries) that gives what a menu offers to copy. */
   constructor(host, events) {
     this.host = host;
     this.events = events;
@@ -34,12 +34,12 @@ export class Viewer {
     const bare = { bare: true };
     this.previous = tool(t('previous'), 'back', () => this.events.step(-1), bare);
     this.next = tool(t('next'), 'next', () => this.events.step(1), bare);
-    this.pdf = tool(t('pdfThis'), 'pdf', () => this.events.deliver('pdf', this.entry), { short: t('pdf') });
-    this.download = tool(t('downloadThis'), 'download', () => this.events.deliver('download', this.entry), {
+    this.pdf = tool(t('pdfThis'), 'pdf', () => this.events.deliver('pdf', this.entries), { short: t('pdf') });
+    this.download = tool(t('downloadThis'), 'download', () => this.events.deliver('download', this.entries), {
       short: t('download'),
     });
     this.printer = tool(t('print'), 'print', () => this.print(), { short: t('print') });
-    const copy = menuButton(t('copy'), () => this.events.copies(this.entry), {
+    const copy = menuButton(t('copy'), () => this.events.copies(this.entries), {
       image: 'copy',
       class: 'fm-quiet',
       short: t('copy'),
@@ -104,9 +104,15 @@ export class Viewer {
     this.report = null;
   }
 
-  /** The same entry in a list that was read again. */
-  renew(entry, place) {
+  /** The entries that are looked at: one, or two that are compared. */
+  get entries() {
+    return this.other ? [this.entry, this.other] : [this.entry];
+  }
+
+  /** The same entries in a list that was read again. */
+  renew([entry, other = null], place) {
     this.entry = entry;
+    this.other = other;
     this.#showPlace(place);
   }
 
@@ -120,22 +126,46 @@ export class Viewer {
 
   /** Shows an entry; `place` is { at, count } of the rows shown, with -1 for an entry that is not among them. */
   async open(entry, place) {
+    const { signal } = this.#begin([entry], place);
+    this.facts.show(entry);
+    await this.#load(entry, signal);
+    if (!signal.aborted) this.timer = setTimeout(() => this.#lookInside(entry, signal), REST);
+  }
+
+  /** Shows two reports side by side. */
+  async compare(entries) {
+    const { signal } = this.#begin(entries, { at: -1, count: 0 });
+    try {
+      const contents = [];
+      for (const entry of entries) contents.push(await fetchFile(entry, signal));
+      if (contents.some((bytes) => sniff(bytes) !== 'text/html')) throw new AnswerError('notComparable');
+      const { showComparison } = await import('./compare.js');
+      this.report = showComparison(entries, contents, (event) => this.#key(event));
+      this.#fill(this.report.frame);
+      announce(t('differ', { n: await this.report.ready }));
+    } catch (error) {
+      if (error.name === 'AbortError') return;
+      this.#fill(this.#message(wording(error), () => this.compare(entries)));
+    }
+  }
+
+  #begin(entries, place) {
     if (this.body.contains(document.activeElement)) this.title.focus();
     this.#drop();
-    this.entry = entry;
+    [this.entry, this.other = null] = entries;
     this.host.hidden = false;
-    this.title.textContent = visible(entry.name);
-    this.title.title = visible(entry.name);
+    this.host.classList.toggle('is-pair', entries.length > 1);
+    this.facts.node.hidden = entries.length > 1;
+    this.title.textContent = entries.map(({ name }) => visible(name)).join(' ↔ ');
+    this.title.title = this.title.textContent;
     this.#showPlace(place);
-    for (const operation of ['pdf', 'download']) this[operation].disabled = Boolean(obstacle(entry, operation));
-    this.facts.show(entry);
+    for (const operation of ['pdf', 'download'])
+      this[operation].disabled = entries.every((entry) => obstacle(entry, operation));
     this.#fill(el('p', { class: 'fm-wait', text: t('opening') }));
     this.#cover();
-    announce(`${t('opening')} ${visible(entry.name)}`);
-    const pending = new AbortController();
-    this.pending = pending;
-    await this.#load(entry, pending.signal);
-    if (!pending.signal.aborted) this.timer = setTimeout(() => this.#lookInside(entry, pending.signal), REST);
+    announce(`${t('opening')} ${this.title.textContent}`);
+    this.pending = new AbortController();
+    return this.pending;
   }
 
   async #load(entry, signal) {
@@ -234,7 +264,7 @@ export class Viewer {
       button(t('download'), {
         image: 'download',
         class: 'fm-button fm-primary',
-        press: () => this.events.deliver('download', entry),
+        press: () => this.events.deliver('download', [entry]),
       }),
     );
   }
