@@ -19,6 +19,9 @@
 //     Converter       makes PDFs; PdfFiles: which of them are whole
 //     Attachment      sends the answer; FileStream: the bytes of a file
 //     Termination     lets the clean-up finish when the server ends the request early
+//   archive/        writes archives of strict answers straight to the response
+//     StreamedDownload  what goes in, and what is missing; RecordFiles: the files of a record
+//     ArchiveStream     the archive; EntryNames: the names in it
 //   staging/        the shared directories below /tmp
 //     StagingArea     one of them; AreaLock, SignOfLife: whose turn it is
 //     OwnPlace        names in /tmp that another user may have taken

@@ -40,15 +40,15 @@ bool isPacked(std::string_view name) {
     });
 }
 
-// The format's field has 32 bits without a sign, and the library's time_t may have only 32, too: this file is
-// compiled with the platform's own time_t, as the library was, and not with ours.
+// The field in the archive has 32 bits without a sign. time_t may have only 32 bits, too: this file is
+// compiled with the time_t of the platform, as the library was, and all others with one of 64 bits.
 std::time_t entryTime(std::int64_t time) {
     constexpr std::int64_t kLatest = std::min<std::int64_t>(std::numeric_limits<std::uint32_t>::max(),
                                                             std::numeric_limits<std::time_t>::max());
     return static_cast<std::time_t>(std::clamp<std::int64_t>(time, 0, kLatest));
 }
 
-// By way of the response's buffer, so that many small files do not make many small writes.
+// Writes through the buffer of the response, so that many small files do not make many small writes.
 la_ssize_t writeSome(archive* /*archive*/, void* /*stream*/, const void* data, std::size_t size) {
     return std::fwrite(data, 1, size, stdout) == size && !output::isStopped() ? static_cast<la_ssize_t>(size)
                                                                               : -1;
@@ -56,7 +56,7 @@ la_ssize_t writeSome(archive* /*archive*/, void* /*stream*/, const void* data, s
 
 } // namespace
 
-ArchiveStream::ArchiveStream(std::function<bool()> begin)
+ArchiveStream::ArchiveStream(std::function<void()> begin)
     : m_begin(std::move(begin)), m_archive(nullptr, &::archive_write_free),
       m_entry(nullptr, &::archive_entry_free) {}
 
@@ -66,16 +66,16 @@ ArchiveStream::~ArchiveStream() {
         ::archive_write_fail(m_archive.get());
 }
 
-// The library and the locale are taken up here: a request that packs nothing does not pay for them.
+// The library and the locale are set up here, so a request that packs nothing does not pay for them.
 bool ArchiveStream::start() {
     if (m_hasBegun)
         return !m_hasEnded;
     m_hasBegun = true;
-    if (!m_begin() || output::isStopped()) {
-        m_hasEnded = true;
+    m_begin();
+    m_hasEnded = output::isStopped();
+    if (m_hasEnded)
         return false;
-    }
-    // The library marks names as UTF-8 by the locale. No names are converted, nor anything else.
+    // In this locale the library marks names as UTF-8. It converts nothing.
     if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr)
         return breakOff("the archive", "no locale for UTF-8");
     m_chunk.resize(kChunk);
@@ -83,7 +83,7 @@ bool ArchiveStream::start() {
     m_entry.reset(::archive_entry_new());
     if (!m_archive || !m_entry)
         return breakOff("the archive", "out of memory");
-    // No option is set by its name: that would link every format that the library knows.
+    // Options are not set by name: that would link every format of the library.
     if (::archive_write_set_format_zip(m_archive.get()) != ARCHIVE_OK ||
         ::archive_write_set_bytes_per_block(m_archive.get(), 0) != ARCHIVE_OK ||
         ::archive_write_open(m_archive.get(), nullptr, nullptr, &writeSome, nullptr) != ARCHIVE_OK)
@@ -108,7 +108,7 @@ bool ArchiveStream::startEntry(const std::string& name, unsigned type, long long
         ::archive_write_zip_set_compression_deflate(m_archive.get());
     if (::archive_write_header(m_archive.get(), entry) != ARCHIVE_OK)
         return breakOffArchive(name);
-    // A reader sees at once that the download has begun, however long the first file takes.
+    // The reader sees at once that the download has begun, however long the first file takes.
     if (isFirst)
         std::fflush(stdout);
     return true;
@@ -171,7 +171,7 @@ bool ArchiveStream::breakOff(const std::string& name, std::string_view why) {
     return false;
 }
 
-// A response that could not be written has told so already.
+// A response that cannot be written has been reported already.
 bool ArchiveStream::breakOffArchive(const std::string& name) {
     const char* const why = m_archive ? ::archive_error_string(m_archive.get()) : nullptr;
     if (!output::isStopped())

@@ -10,27 +10,27 @@
 struct archive;
 struct archive_entry;
 
-// A zip archive that is written to standard output while it is made: nothing is held back but the buffer of
-// the response, and each entry's name for the list at the end. An archive that cannot be whole breaks off: it
-// has no end record, a line on standard error says why, and nothing follows in the response.
+// A zip archive that is written to standard output while it is made. Memory holds the buffer of the response
+// and, for the list at the end of the archive, the name of each entry. An archive that cannot be whole breaks
+// off: it has no end record, a line on standard error says why, and nothing follows in the response.
 //
-// Sizes and sums stand behind an entry's data (the format's bit 3), large ones in 64 bits; the date is the
-// file's modification time, also in local time.
+// Size and check sum of an entry follow its data (bit 3 of the format), with 64 bits where they need them.
+// The date is the time of the last modification, in local time too.
 class ArchiveStream {
 public:
-    // begin: writes the response's header. It is called once, just before the first byte of the archive, and
-    // tells whether the request wants a body.
-    explicit ArchiveStream(std::function<bool()> begin);
+    // begin writes the header of the response. It is called once, just before the first byte of the archive.
+    // A response that it stops, because only the header is wanted, gets no archive.
+    explicit ArchiveStream(std::function<void()> begin);
     ~ArchiveStream();
     ArchiveStream(const ArchiveStream&) = delete;
     ArchiveStream& operator=(const ArchiveStream&) = delete;
 
-    // Each of the following is false, now and ever after, when the response has ended: it broke off, its
-    // reader has gone, or it wants no body.
+    // The following return false when the response has ended: the archive broke off, the reader has gone, or
+    // only the header is wanted. From then on they write nothing.
 
-    // So many bytes of an open regular file, which was last modified at time (seconds since 1970). A file
-    // that cannot be read so far, because it has become shorter or a medium fails, breaks the archive off.
-    // Pictures and packed files are stored as they are, the rest is deflated.
+    // Adds size bytes of an open regular file, last modified at time (seconds since 1970). A file that cannot
+    // be read so far, because it has become shorter or the medium fails, breaks the archive off. Pictures and
+    // packed files are stored as they are, all others are deflated.
     bool addFile(const std::string& name, int file, long long size, std::int64_t time);
     bool addDirectory(const std::string& name, std::int64_t time);
     bool addText(const std::string& name, std::string_view text, std::int64_t time);
@@ -50,7 +50,7 @@ private:
     bool breakOff(const std::string& name, std::string_view why);
     bool breakOffArchive(const std::string& name);
 
-    std::function<bool()> m_begin;
+    std::function<void()> m_begin;
     std::unique_ptr<archive, int (*)(archive*)> m_archive;
     std::unique_ptr<archive_entry, void (*)(archive_entry*)> m_entry;
     std::vector<char> m_chunk;

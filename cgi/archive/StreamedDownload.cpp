@@ -9,6 +9,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "cgi/archive/ArchiveStream.h"
@@ -22,22 +23,25 @@
 
 namespace {
 
-// A directory open at each level; a process may have 1,024 descriptors as a rule.
+// Each level holds a descriptor, of which a process usually has 1,024.
 constexpr int kDeepest = 200;
-// What readers of archives take for a path.
+// Longer paths cannot be made when an archive is unpacked.
 constexpr std::size_t kLongestEntry = 4095;
 
-// Without blocking: a FIFO without a writer would hold the request for ever.
+// O_NONBLOCK: a FIFO without a writer would hold the request for ever.
 constexpr int kReadFile = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 constexpr int kReadDirectory = O_RDONLY | O_DIRECTORY;
 
-constexpr char kMissingHead[] = "Not in this archive, although it was chosen:\n\n";
+constexpr char kMissingHead[] = "This was chosen and is not in this archive:\n\n";
+
+enum class IsStored { No, Yes };
 
 class Download {
 public:
-    explicit Download(std::function<bool()> begin) : m_archive(std::move(begin)), m_root(paths::kHome) {}
+    explicit Download(std::function<void()> begin) : m_archive(std::move(begin)), m_root(paths::kHome) {}
 
     void addRecord(const _ResultInfo& record);
+    void leaveOut(const std::string& subject, std::string_view why, IsStored isStored = IsStored::Yes);
     Streamed finish();
     bool hasEnded() const { return m_archive.hasEnded(); }
 
@@ -50,16 +54,14 @@ private:
     void addDirectory(UniqueFd opened, const std::string& path, const std::string& place, int depth);
     bool isTooLong(const std::string& path, const std::string& name);
     void leaveOut(const std::string& path, int error);
-    void leaveOut(const std::string& path, const std::string& why);
     const SortedDirectory& directoryOf(const std::string& path);
 
     ArchiveStream m_archive;
     StorageRoot m_root;
     EntryNames m_names;
-    std::set<std::pair<std::string, std::string>>
-        m_packed;                                 // unique names with storage paths without extension
-    std::unique_ptr<SortedDirectory> m_directory; // of the last record
-    std::string m_missing;                        // lines
+    std::set<std::pair<std::string, std::string>> m_added; // what records are packed as, and from where
+    std::unique_ptr<SortedDirectory> m_directory;          // of the last record
+    std::string m_missing;                                 // lines
     bool m_isAnythingStored = false;
 };
 
@@ -70,8 +72,9 @@ UniqueFd openIn(const SortedDirectory& directory, const DirEntry& entry, int fla
 void Download::addRecord(const _ResultInfo& record) {
     const std::string name = CResultItem::uniqueName(&record);
     const SortedDirectory& directory = directoryOf(CCommUtils::absFilePath(record.path));
-    // One name with several extensions is listed several times, and brings all its files each time.
-    if (!m_packed.emplace(name, entryPath(directory.path(), record.name)).second)
+    // A name with several extensions is several records of the same files; without a name each file is alone.
+    const std::string from = record.name.empty() ? record.path : entryPath(directory.path(), record.name);
+    if (!m_added.emplace(name, from).second)
         return;
     if (directory.openError() != 0)
         return leaveOut(record.path, directory.openError());
@@ -109,7 +112,7 @@ void Download::addEntry(const SortedDirectory& directory, const DirEntry& entry,
         addDirectory(openIn(directory, entry, kReadDirectory), path, place, depth + 1);
 }
 
-// The listing does not tell what it is. Links to stored files are packed as what they lead to.
+// Handles an entry whose kind the listing does not tell. A link to a stored file is packed as that file.
 void Download::addUnlisted(const SortedDirectory& directory, const DirEntry& entry, const std::string& place,
                            int depth) {
     const std::string path = entryPath(directory.path(), entry.name);
@@ -146,7 +149,7 @@ void Download::addDirectory(UniqueFd opened, const std::string& path, const std:
     const std::string name =
         m_names.take(place, CCommUtils::completeFileName(path), EntryNames::Kind::Directory);
     struct stat status = {};
-    // The others stand in the names of their files.
+    // Other directories appear in the names of their files.
     if (directory.entries().empty() && !isTooLong(path, name) &&
         ::fstat(directory.descriptor(), &status) == 0)
         m_archive.addDirectory(name, status.st_mtime);
@@ -163,20 +166,17 @@ bool Download::isTooLong(const std::string& path, const std::string& name) {
 
 void Download::leaveOut(const std::string& path, int error) {
     if (error == EXDEV)
-        return leaveOut(path, "it lies outside the storage");
-    if (error == ENOENT) {
-        const bool wasStored = m_isAnythingStored;
-        leaveOut(path, "it is stored no more");
-        m_isAnythingStored = wasStored;
-        return;
-    }
-    leaveOut(path, std::strerror(error));
+        leaveOut(path, "it lies outside the storage");
+    else if (error == ENOENT)
+        leaveOut(path, "it is no longer stored", IsStored::No);
+    else
+        leaveOut(path, std::strerror(error));
 }
 
-void Download::leaveOut(const std::string& path, const std::string& why) {
-    report("download", path, "left out, " + why);
-    m_missing += plainName(path) + ": " + why + "\n";
-    m_isAnythingStored = true;
+void Download::leaveOut(const std::string& subject, std::string_view why, IsStored isStored) {
+    report("download", subject, std::string("left out, ").append(why));
+    m_missing += plainName(subject).append(": ").append(why) + "\n";
+    m_isAnythingStored = m_isAnythingStored || isStored == IsStored::Yes;
 }
 
 Streamed Download::finish() {
@@ -191,11 +191,14 @@ Streamed Download::finish() {
 
 } // namespace
 
-Streamed streamDownload(const std::list<const _ResultInfo*>& records, std::function<bool()> begin) {
+Streamed streamDownload(const std::list<const _ResultInfo*>& records, const std::list<std::string>& unknown,
+                        std::function<void()> begin) {
     Download download(std::move(begin));
     for (const _ResultInfo* const record : records) {
         if (!download.hasEnded())
             download.addRecord(*record);
     }
+    for (const std::string& id : unknown)
+        download.leaveOut(id, "no such result", IsStored::No);
     return download.finish();
 }

@@ -17,3 +17,10 @@ std::list<const _ResultInfo*> ChosenIds::choose(const std::list<_ResultInfo*>& r
                  [this](const _ResultInfo* record) { return contains(record->id); });
     return chosen;
 }
+
+std::list<std::string> ChosenIds::unknown(const std::list<const _ResultInfo*>& chosen) const {
+    std::set<std::string> left = m_ids;
+    for (const _ResultInfo* const record : chosen)
+        left.erase(record->id);
+    return {left.begin(), left.end()};
+}

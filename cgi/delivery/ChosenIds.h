@@ -18,6 +18,9 @@ public:
     // Returns the chosen records in the order of results.
     std::list<const _ResultInfo*> choose(const std::list<_ResultInfo*>& results) const;
 
+    // Returns the ids that none of the chosen records has.
+    std::list<std::string> unknown(const std::list<const _ResultInfo*>& chosen) const;
+
 private:
     std::set<std::string> m_ids;
 };

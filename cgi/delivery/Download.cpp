@@ -1,9 +1,15 @@
 #include <map>
 #include <vector>
 
+#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
+#include "cgi/Disposition.h"
+#include "cgi/ErrorPage.h"
+#include "cgi/Header.h"
+#include "cgi/archive/StreamedDownload.h"
 #include "cgi/delivery/Attachment.h"
 #include "cgi/delivery/ChosenIds.h"
+#include "cgi/delivery/FileStream.h"
 #include "cgi/delivery/Obstacles.h"
 #include "cgi/delivery/Packing.h"
 #include "cgi/delivery/StagedRecord.h"
@@ -62,6 +68,26 @@ bool prepare(const StagingArea& area, const std::list<const _ResultInfo*>& chose
     return !chosen.empty() || keepPlainFiles(directory, directory + "/.copy");
 }
 
+// The strict answer: an archive that is written while it is made. Nothing is staged.
+void streamChosen(const ChosenIds& ids, const std::list<const _ResultInfo*>& chosen) {
+    const IgnoreBrokenPipe ignoreBrokenPipe;
+    const auto writeHeader = [] {
+        Header(Status::Ok, Header::Policy::File, "application/zip")
+            .add("Content-Disposition", attachmentDisposition("fileman_download.zip"))
+            .write();
+    };
+    switch (streamDownload(chosen, ids.unknown(chosen), writeHeader)) {
+    case Streamed::Sent:
+        break;
+    case Streamed::NothingStored:
+        writeErrorPage(Status::NotFound, "None of the chosen results is stored.");
+        break;
+    case Streamed::NothingReadable:
+        writeErrorPage(Status::Failed, "None of the files of the chosen results can be read.");
+        break;
+    }
+}
+
 } // namespace
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
@@ -69,13 +95,18 @@ void CFileManCGI::downloadResults(std::list<_ResultInfo*> results) {
     const auto ids = ChosenIds::of(getQueryList("rsltid"));
     if (!ids)
         return;
+    const auto chosen = ids->choose(results);
+    if (Answers::current().areStrict()) {
+        streamChosen(*ids, chosen);
+        return;
+    }
     const StagingArea area({paths::kDownloadDir, paths::kDownloadArchive, paths::kDownloadLock});
     if (area.isAbandoned())
         return;
     const TerminationDeferral deferral;
     const std::string& archive = area.places().archive;
     const std::string& directory = area.places().directory;
-    if (prepare(area, ids->choose(results)) && pack(area, "cd " + directory + " && zip -r " + archive + " *"))
+    if (prepare(area, chosen) && pack(area, "cd " + directory + " && zip -r " + archive + " *"))
         sendAttachment(archive);
     else
         sendEmptyAttachment(archive);
