@@ -8,6 +8,7 @@ const ICONS = {
   search: 'M11 4a7 7 0 1 1 0 14 7 7 0 0 1 0-14M16.2 16.2 21 21',
   filter: 'M4 5h16l-6 8v6l-4-2v-4z',
   sliders: 'M4 7h9M17 7h3M4 17h3M11 17h9M15 4.5v5M9 14.5v5',
+  refine: 'M4 6h9M4 12h9M4 18h9M18 6h2M18 12h2M18 18h2',
   eye: 'M2 12s4-7 10-7 10 7 10 7-4 7-10 7S2 12 2 12M12 9a3 3 0 1 1 0 6 3 3 0 0 1 0-6',
   pdf: 'M6 3h8l5 5v13H6zM14 3v5h5M9 13h7M9 17h5',
   download: 'M12 4v11M7 11l5 5 5-5M4 20h16',

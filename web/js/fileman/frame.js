@@ -73,6 +73,7 @@ function buildBar(on) {
     spellcheck: 'false',
     on: { input: on.typed, keydown: on.leadToList },
   });
+  const refine = button(t('refine'), { image: 'refine', class: 'fm-button fm-refine', 'aria-expanded': 'false' });
   const filter = button(t('filter'), { image: 'filter', class: 'fm-button', press: () => on.changeFilter('fpri') });
   const advanced = button(t('advanced'), {
     image: 'sliders',
@@ -91,10 +92,11 @@ function buildBar(on) {
     'section',
     { class: 'fm-bar', 'aria-label': t('actions') },
     el('div', { class: 'fm-search', role: 'search' }, icon('search'), find),
+    refine,
     el('div', { class: 'fm-group-buttons' }, filter, advanced, refresh),
     el('div', { class: 'fm-group-buttons fm-actions' }, view, pdf, download),
   );
-  return { node, find, filter, advanced, view, pdf, download };
+  return { node, find, refine, filter, advanced, view, pdf, download };
 }
 
 function buildFoot(on) {
@@ -128,12 +130,13 @@ export function buildFrame(on) {
   const chips = el('div', { class: 'fm-chips', role: 'region', 'aria-label': t('chips'), hidden: true });
   const empty = el('div', { class: 'fm-empty', hidden: true });
   const aside = el('section', { class: 'fm-viewer', hidden: true });
+  const facets = el('dialog', { class: 'fm-facets', 'aria-label': t('refine') });
   const list = el('div', { class: 'fm-list' }, host, empty);
-  const main = el('main', { class: 'fm-main' }, list, aside);
+  const main = el('main', { class: 'fm-main' }, facets, list, aside);
   const forms = el('div', { hidden: true }, filterForm, commandForm);
   // Whatever markup a name may have brought into the page goes with the old body.
   document.body.replaceChildren(header, bar, banner, chips, main, foot, forms);
   document.body.removeAttribute('style');
-  const own = { host, filterForm, commandForm, banner, chips, empty, aside, list };
+  const own = { host, filterForm, commandForm, banner, chips, empty, aside, list, facets };
   return { ...ofHeader, ...ofBar, ...ofFoot, ...own };
 }

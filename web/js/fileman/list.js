@@ -9,6 +9,7 @@ import { columnText } from './columns.js';
 import { deliver, wording } from './deliver.js';
 import { announce, button, el, icon, visible } from './dom.js';
 import { askFilter, fetchFilter } from './filters.js';
+import { Facets } from './facets.js';
 import { buildFrame } from './frame.js';
 import { FileGrid } from './grid.js';
 import { hashOf, inHash } from './hash.js';
@@ -29,12 +30,14 @@ const TYPING_PAUSE = 120;
 let frame; // the page's parts by name
 let grid;
 let viewer;
+let facets;
 
 let listing; // what is shown: kind, lists, texts
 let entries = []; // all rows of the list, in the instrument's order
 let lost = 0; // rows that could not be read
 let order = []; // indices of the entries in the order shown
 let query = new Query(''); // what is typed to narrow the list
+let found = null; // what a query found in an order: { query, order, view }
 let sort = recall('sort', { field: 'datetime', ascending: false });
 let loading = null; // stops what is being fetched
 
@@ -162,12 +165,20 @@ function remember() {
 
 const showState = () => showCounts(frame, grid, { all: entries.length, lost });
 
+/** The entries that the query finds, in order. A longer query looks only at what the shorter one found. */
+function findEntries() {
+  const isWithin = found?.order === order && query.isWithin(found.query);
+  const among = isWithin ? found.view : Array.from(order, (i) => entries[i]);
+  found = { query, order, view: query.isEmpty ? among : among.filter((entry) => query.matches(entry)) };
+  return found.view;
+}
+
 function narrow() {
-  const shown = [];
-  for (const i of order) if (query.isEmpty || query.matches(entries[i])) shown.push(entries[i]);
+  const shown = findEntries();
   grid.show(shown, query.words);
   showEmpty(frame, listing, { all: entries.length, isEmpty: !shown.length, load, clearFind });
   showState();
+  facets.show(entries, query);
 }
 
 /** Narrows by what is typed now; the address follows. */
@@ -192,6 +203,12 @@ function typed() {
 function findText(text) {
   frame.find.value = text;
   applyFind();
+}
+
+/** Shows what a kept filter holds. */
+function applyKept({ query: search, find }) {
+  if (search === listingQuery(listing)) findText(find);
+  else load(readListing(search), { find });
 }
 
 /** "/" leads to the search from anywhere but a field. */
@@ -390,6 +407,11 @@ export async function start() {
   });
   grid = new FileGrid(frame.host, { sort: sortBy, changed: showState, open: view, escape });
   grid.showSort(sort);
+  facets = new Facets(frame.facets, frame.refine, {
+    find: findText,
+    current: () => ({ query: listingQuery(listing), find: frame.find.value }),
+    apply: applyKept,
+  });
   addEventListener('pagehide', remember);
   document.addEventListener('keydown', leadToFind);
   frame.host.addEventListener('keydown', stepByKey);

@@ -80,8 +80,8 @@ function wordClause(text) {
   return word ? { key: 'word', word, test: (entry) => searchedText(entry).includes(word) } : null;
 }
 
-function dateClause({ from, to }) {
-  return { key: 'date', test: ({ datetime }) => datetime >= from && datetime < to };
+function dateClause({ from, to }, text) {
+  return { key: 'date', values: [{ text }], test: ({ datetime }) => datetime >= from && datetime < to };
 }
 
 /** The clause that begins at a place of the text, { ..., start, end }; its test is null where nothing is asked yet. */
@@ -91,8 +91,8 @@ function clauseAt(text, start) {
   let clause;
   let end;
   if (date) {
-    clause = dateClause(date);
     end = start + isNot + date.length;
+    clause = dateClause(date, text.slice(start + isNot, end));
   } else {
     WORD.lastIndex = start;
     const [whole, minus, name, rest] = WORD.exec(text);
@@ -148,9 +148,28 @@ export class Query {
     return other.clauses.every((clause) => isImplied(clause, this.clauses, other.text, this.text));
   }
 
+  /**
+   * The one key that keeps an entry out, by what it asks for; '' when the entry matches, null when more than that keeps
+   * it out.
+   */
+  obstacleOf(entry) {
+    let obstacle = '';
+    for (const { key, isNot, test } of this.clauses) {
+      if (test(entry)) continue;
+      if (isNot || key === 'word' || (obstacle && obstacle !== key)) return null;
+      obstacle = key;
+    }
+    return obstacle;
+  }
+
+  /** The values that a key asks for. */
+  valuesOf(key) {
+    return this.#valuesOf(key).map(({ text }) => text);
+  }
+
   /** Whether a key asks for this value. */
   asksFor(key, value) {
-    return this.#valuesOf(key).some(({ text }) => text.toLowerCase() === value.toLowerCase());
+    return this.valuesOf(key).some((text) => text.toLowerCase() === value.toLowerCase());
   }
 
   #clausesOf(key) {
@@ -161,10 +180,12 @@ export class Query {
     return this.#clausesOf(key).flatMap(({ values }) => values);
   }
 
-  /** The text with a value of a key asked for, or no longer asked for when it was. */
+  /** The text with a value of a key asked for, or no longer asked for when it was; of dates there is one at a time. */
   toggled(key, value) {
+    const had = this.asksFor(key, value);
+    if (key === 'date') return this.#replaced(key, had ? '' : value);
     const others = this.#valuesOf(key).filter(({ text }) => text.toLowerCase() !== value.toLowerCase());
-    const values = this.asksFor(key, value) ? others : [...others, { text: value, exact: true }];
+    const values = had ? others : [...others, { text: value, exact: true }];
     return this.#replaced(key, values.length ? `${key}:${values.map(written).join(',')}` : '');
   }
 

@@ -1,0 +1,44 @@
+// Finding from a person's side: counts to tap, kept filters, pictures, verdicts, new results.
+import assert from 'node:assert/strict';
+import { after, test } from 'node:test';
+import { arrive, column, footer, pressed, rowsOf, settled, startInstrument } from './instrument.mjs';
+
+const instrument = await startInstrument();
+after(() => instrument.stop());
+
+const value = (page, name) => page.getByRole('dialog', { name: 'Refine' }).getByRole('button', { name, exact: true });
+
+test('counts narrow with one tap each, may be combined, and are true', async () => {
+  const page = await instrument.open('fmtype=all');
+  const bert = rowsOf('fmtype=all').filter((row) => row.includes("test: 'bert'"));
+  await value(page, `bert ${bert.length}`).click();
+  assert.match(await footer(page), new RegExp(`^${bert.length} of`));
+  const ports = bert.filter((row) => row.includes("port: '10G P1'")).length;
+  await value(page, `10G P1 ${ports}`).click();
+  assert.match(await footer(page), new RegExp(`^${ports} of`));
+  assert.equal(await page.getByRole('searchbox').inputValue(), 'test:"bert" port:"10G P1"');
+  await value(page, /^SFP \d+$/).click();
+  assert.deepEqual([...new Set(await column(page, 'port'))].sort(), ['10G P1', 'SFP']);
+  await value(page, /^bert \d+$/).click();
+  assert.ok(new Set(await column(page, 'test')).size > 1);
+  assert.deepEqual(page.problems, []);
+});
+
+test('filters are kept by name, on a small screen in a panel that folds away', async () => {
+  const page = await instrument.open('fmtype=rslt&module=10G#find=throughput', { viewport: { width: 800, height: 480 } });
+  const was = await footer(page);
+  await pressed(page, 'Refine').click();
+  await page.getByLabel('Name for what is shown').fill('Fast <b>ones</b>');
+  await page.keyboard.press('Enter');
+  await page.keyboard.press('Escape');
+  assert.equal(await page.getByRole('dialog').count(), 0);
+  await page.goto(instrument.list('fmtype=prof#find='));
+  await settled(page);
+  await pressed(page, 'Refine').click();
+  await page.getByRole('button', { name: 'Fast <b>ones</b>', exact: true }).click();
+  await arrive(page, /fmtype=rslt&module=10G#find=throughput/);
+  assert.equal(await footer(page), was);
+  await pressed(page, 'Remove the filter Fast <b>ones</b>').click();
+  assert.equal(await page.getByRole('button', { name: 'Fast <b>ones</b>' }).count(), 0);
+  assert.deepEqual(page.problems, []);
+});

@@ -1,0 +1,59 @@
+/*
+ * How many entries each value of a column has among those that are found, counted in short pieces while the browser has
+ * nothing else to do. A column's own values are counted as if nothing were asked of it, so that another one can be chosen.
+ */
+import { dateAt } from './dates.js';
+import { kindOf } from './kinds.js';
+import { allTexts } from './texts.js';
+
+const PIECE_MS = 8;
+const DATES = ['today', 'yesterday', 'thisWeek', 'lastWeek', 'thisMonth'];
+
+/** The columns that are counted, and an entry's value in each. */
+export const COUNTED = {
+  module: (entry) => entry.module,
+  mode: (entry) => entry.mode,
+  test: (entry) => entry.test,
+  port: (entry) => entry.port,
+  kind: kindOf,
+};
+const KEYS = Object.keys(COUNTED);
+
+const idle = () =>
+  new Promise((resolve) => {
+    if (window.requestIdleCallback) window.requestIdleCallback(resolve, { timeout: 400 });
+    else setTimeout(resolve, 16);
+  });
+
+/** The days and weeks that are offered, as they are typed in the person's language, with their ranges. */
+function offeredDates() {
+  return DATES.map((key) => {
+    const [text] = allTexts('findWords')[0][key].split('|');
+    return { text, ...dateAt(text, 0) };
+  });
+}
+
+/**
+ * Counts the entries: a map from each key ('module' ..., 'date') to a map from each value to its number; null when
+ * `isWanted()` turns false on the way.
+ */
+export async function countValues(entries, query, isWanted) {
+  const counts = new Map([...KEYS, 'date'].map((key) => [key, new Map()]));
+  const add = (key, value) => counts.get(key).set(value, (counts.get(key).get(value) ?? 0) + 1);
+  const dates = offeredDates();
+  let until = 0;
+  for (let i = 0; i < entries.length; i++) {
+    if (i % 256 === 0 && performance.now() >= until) {
+      await idle();
+      if (!isWanted()) return null;
+      until = performance.now() + PIECE_MS;
+    }
+    const entry = entries[i];
+    const obstacle = query.obstacleOf(entry);
+    if (obstacle === null) continue;
+    for (const key of KEYS) if (!obstacle || obstacle === key) add(key, COUNTED[key](entry));
+    if (obstacle && obstacle !== 'date') continue;
+    for (const { text, from, to } of dates) if (entry.datetime >= from && entry.datetime < to) add('date', text);
+  }
+  return counts;
+}

@@ -1,0 +1,155 @@
+/*
+ * The panel beside the list: what there is, how often, one tap each. A tap writes into the search, so that panel, typed
+ * words and address always say the same. In a narrow window the panel lies over the list until it is closed.
+ */
+import { countValues } from './counts.js';
+import { button, el, visible } from './dom.js';
+import { KeptFilters } from './keptfilters.js';
+import { keep, recall } from './memory.js';
+import { naturalKey } from './order.js';
+import { KIND_TEXTS } from './query.js';
+import { t } from './texts.js';
+
+const FEW_VALUES = 7; // shown of a column until more are asked for
+const BESIDE = matchMedia('(min-width: 1001px)'); // room beside the list
+const ROOMY = 1200; // from here on the panel is open until a person closes it
+const TITLES = { date: 'colDatetime', module: 'module', mode: 'mode', test: 'test', port: 'port', kind: 'kindOfFile' };
+
+const textOf = (key, value) => (key === 'kind' ? t(KIND_TEXTS[value]) : visible(value) || t('noValue'));
+
+export class Facets {
+  /**
+   * `host` is a dialog, `opener` the button that opens it; `events`: find(text) narrows by another text; the others
+   * are those of KeptFilters.
+   */
+  constructor(host, opener, events) {
+    this.host = host;
+    this.opener = opener;
+    this.events = events;
+    this.groups = el('div', { class: 'fm-facet-groups' });
+    this.expanded = new Set(); // columns of which all values are shown
+    this.turn = 0; // counts what has been shown; an older counting stops
+    host.append(
+      el(
+        'div',
+        { class: 'fm-facet-head' },
+        el('h2', { text: t('refine') }),
+        button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: () => this.#close() }),
+      ),
+      this.groups,
+      new KeptFilters(events).node,
+      el('p', { class: 'fm-facet-hint', text: t('findSyntax') }),
+    );
+    opener.addEventListener('click', () => (host.open ? this.#close() : this.#open()));
+    host.addEventListener('click', (event) => {
+      if (event.target === host) host.close(); // beside the panel
+    });
+    host.addEventListener('close', () => this.#showOpener());
+    BESIDE.addEventListener('change', () => this.#fold());
+    this.#fold();
+  }
+
+  /** Puts the panel where the window has room for it. */
+  #fold() {
+    if (this.host.open) this.host.close();
+    this.host.open = BESIDE.matches && recall('refine', innerWidth >= ROOMY);
+    this.#showOpener();
+    this.#count();
+  }
+
+  #open() {
+    if (BESIDE.matches) {
+      this.host.open = true;
+      keep('refine', true);
+    } else {
+      this.host.showModal();
+    }
+    this.#showOpener();
+    this.#count();
+  }
+
+  #close() {
+    if (BESIDE.matches) keep('refine', false);
+    this.host.close();
+    this.opener.focus();
+  }
+
+  #showOpener() {
+    this.opener.setAttribute('aria-expanded', this.host.open);
+  }
+
+  /** Shows what these entries, of which a query finds some, hold. */
+  show(entries, query) {
+    this.entries = entries;
+    this.query = query;
+    this.#count();
+  }
+
+  async #count() {
+    this.turn += 1;
+    const { turn } = this;
+    if (!this.host.open || !this.entries) return;
+    const counts = await countValues(this.entries, this.query, () => turn === this.turn);
+    if (counts) this.#draw(counts);
+  }
+
+  #draw(counts) {
+    this.counts = counts;
+    const focused = document.activeElement?.dataset?.facet;
+    this.groups.replaceChildren(
+      ...Object.keys(TITLES)
+        .map((key) => this.#group(key, counts.get(key)))
+        .filter(Boolean),
+    );
+    if (focused) [...this.groups.querySelectorAll('button')].find((one) => one.dataset.facet === focused)?.focus();
+  }
+
+  /** A column's values; null when it has nothing to choose from. */
+  #group(key, counts) {
+    const asked = this.query.valuesOf(key);
+    const values = [...counts.keys()];
+    for (const value of asked) if (!values.some((one) => one.toLowerCase() === value.toLowerCase())) values.push(value);
+    if (values.length < 2 && !asked.length && key !== 'date') return null;
+    if (!values.length) return null;
+    const all = this.expanded.has(key);
+    const shown = all ? values : this.#mostFrequent(values, counts, key);
+    if (key !== 'date') shown.sort((a, b) => (naturalKey(textOf(key, a)) < naturalKey(textOf(key, b)) ? -1 : 1));
+    const more = values.length - shown.length;
+    const title = t(TITLES[key]);
+    return el(
+      'section',
+      { class: 'fm-facet', 'aria-label': title },
+      el('h3', { text: title }),
+      el(
+        'ul',
+        {},
+        shown.map((value) => el('li', {}, this.#value(key, value, counts.get(value)))),
+      ),
+      more > 0 && button(t('moreValues', { n: more }), { class: 'fm-link', press: () => this.#expand(key) }),
+    );
+  }
+
+  #mostFrequent(values, counts, key) {
+    const weight = (value) => (this.query.asksFor(key, value) ? Infinity : (counts.get(value) ?? 0));
+    return key === 'date' ? values : [...values].sort((a, b) => weight(b) - weight(a)).slice(0, FEW_VALUES);
+  }
+
+  #expand(key) {
+    this.expanded.add(key);
+    this.#draw(this.counts);
+    this.groups.querySelector(`[data-facet^="${key}:"]`)?.focus();
+  }
+
+  #value(key, value, count) {
+    const node = button(textOf(key, value), {
+      class: 'fm-facet-value',
+      'aria-pressed': String(this.query.asksFor(key, value)),
+      'data-facet': `${key}:${value}`,
+      press: () => this.events.find(this.query.toggled(key, value)),
+    });
+    // A range that a person has typed is not among those that are counted.
+    const text = key === 'date' && count === undefined ? '' : t('count', { n: count ?? 0 });
+    node.append(el('span', { class: 'fm-facet-count', text }));
+    return node;
+  }
+}

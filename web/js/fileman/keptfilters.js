@@ -1,0 +1,87 @@
+/*
+ * Filters that a person has named and kept in this browser: the list's kind, its filter on the instrument and what is
+ * typed in the search.
+ */
+import { announce, button, el } from './dom.js';
+import { keep, recall } from './memory.js';
+import { naturalKey } from './order.js';
+import { t } from './texts.js';
+
+const MOST_LETTERS = 60;
+
+export class KeptFilters {
+  /** `events`: current() says what is shown, { query, find }; apply(kept) shows that. */
+  constructor(events) {
+    this.events = events;
+    this.list = el('ul', { class: 'fm-kept' });
+    this.name = el('input', {
+      type: 'text',
+      maxlength: MOST_LETTERS,
+      placeholder: t('keepHint'),
+      'aria-label': t('keepHint'),
+      autocomplete: 'off',
+    });
+    const form = el(
+      'form',
+      {
+        class: 'fm-keep',
+        on: {
+          submit: (event) => {
+            event.preventDefault();
+            this.#add(this.name.value.trim());
+          },
+        },
+      },
+      this.name,
+      el('button', { type: 'submit', class: 'fm-button', text: t('keep') }),
+    );
+    this.node = el('section', { class: 'fm-facet', 'aria-label': t('keptFilters') }, el('h3', { text: t('keptFilters') }));
+    this.node.append(this.list, form);
+    this.#draw();
+  }
+
+  #all() {
+    const all = recall('filters', []);
+    return Array.isArray(all) ? all : [];
+  }
+
+  #write(filters) {
+    keep('filters', filters);
+    this.#draw();
+  }
+
+  #add(name) {
+    if (!name) {
+      this.name.focus();
+      return;
+    }
+    const others = this.#all().filter((one) => one.name !== name);
+    this.#write([...others, { name, ...this.events.current() }]);
+    this.name.value = '';
+    announce(t('keptAs', { name }));
+  }
+
+  #remove(name) {
+    this.#write(this.#all().filter((one) => one.name !== name));
+    (this.list.querySelector('button') ?? this.name).focus();
+  }
+
+  #draw() {
+    const inOrder = this.#all().sort((a, b) => (naturalKey(a.name) < naturalKey(b.name) ? -1 : 1));
+    this.list.replaceChildren(
+      ...inOrder.map((kept) =>
+        el(
+          'li',
+          {},
+          button(kept.name, { class: 'fm-facet-value', title: kept.find, press: () => this.events.apply(kept) }),
+          button(t('removeKept', { name: kept.name }), {
+            image: 'close',
+            bare: true,
+            class: 'fm-chip-x',
+            press: () => this.#remove(kept.name),
+          }),
+        ),
+      ),
+    );
+  }
+}
