@@ -35,7 +35,7 @@ test('newest first, then by any column in natural order, remembered with the wid
   const page = await instrument.open('fmtype=all');
   const dates = await column(page, 'datetime');
   assert.deepEqual(dates, [...dates].sort().reverse());
-  await page.getByRole('button', { name: 'Port' }).click();
+  await pressed(page, 'Port').click();
   const ports = (await column(page, 'port')).filter(Boolean);
   assert.deepEqual(ports, [...ports].sort(new Intl.Collator('en', { numeric: true }).compare));
   assert.equal(await page.getAttribute('[data-id=port]', 'aria-sort'), 'ascending');
