@@ -5,25 +5,25 @@
 
 // The kind of answers that this process gives, and what differs between the two kinds.
 //
-// The default answers are fixed byte by byte; clients rely on everything in them that looks odd. Strict
-// answers are for instruments whose browser side is ours: clean HTTP, escaped values, honest status. The web
-// server chooses them by its configuration: FILEMAN_ANSWERS=strict in the environment, exactly so. No request
-// can, because what a client sends arrives in variables that begin with HTTP_.
+// Every byte of the default answers is fixed: clients rely even on details that look odd. Strict answers are
+// for instruments with our browser side: correct HTTP, escaped values, true status codes. The configuration
+// of the web server selects them by exactly FILEMAN_ANSWERS=strict in the environment. A request cannot
+// select them, because the header lines of a client arrive in variables that begin with HTTP_.
 class Answers {
 public:
-    // Decides by the environment; once, before anything is read or written. Until then answers are default
-    // ones.
+    // Reads the environment. Call it once, before anything is read or written. Before that, answers are
+    // default answers.
     static void decide();
     static const Answers& current() { return s_current; }
 
     bool areStrict() const { return m_areStrict; }
 
-    // The method is one that no answer exists for. In default answers there is no such method.
+    // Whether there is no answer for the request method. Default answers exist for every method.
     bool isMethodRefused() const { return m_areStrict && !isGet() && !isHead(); }
-    // The answer is its header alone, and nothing is to be staged for its body.
+    // Whether the answer is only a header. Then nothing needs to be staged for the body.
     bool areHeaderOnly() const { return m_areStrict && isHead(); }
 
-    // A value in the text or in an attribute of a page: escaped in strict answers, else as it is stored.
+    // Returns a value for the text or an attribute of a page: escaped in strict answers, otherwise as stored.
     std::string inHtml(std::string_view value) const;
 
 private:

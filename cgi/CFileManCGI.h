@@ -13,7 +13,7 @@ class CFileManager;
 
 // One request, and the pages and files that answer it. The members are a given interface; each source file
 // named below implements one concern of it. All answers are written to standard output. No member reports a
-// failure, because every request has a valid answer. Values are written into the pages unchanged.
+// failure, because every request has a valid answer. Only strict answers escape values (Answers.h).
 class CFileManCGI {
 public:
     // The action that a request names. The numbers are part of the interface; 10 is never used.
@@ -43,10 +43,10 @@ public:
 
     // Splits the decoded query into m_queryInfo. A repeated key keeps its first value. Always returns 1.
     int parseQueryInfo(const char* query);
-    // The same of the encoded query for strict answers, which cut before they decode; false when an escape is
-    // malformed.
+    // The same for strict answers, with the encoded query: it is split first and decoded then. Returns false
+    // when an escape is malformed.
     bool readQuery(const char* encoded);
-    // The pieces of a key's value between its commas; nothing without the key.
+    // Returns the pieces of a key's value between its commas. Without the key the list is empty.
     std::optional<std::list<std::string>> getQueryList(const std::string& key) const;
     // Adds one "key=value" piece to m_queryInfo. Returns false when the piece is empty or has no '='.
     bool parseKeyValue(const std::string& pair);

@@ -2,6 +2,6 @@
 
 #include <string_view>
 
-// The media type of a stored file by the ending of its name, in whatever letter case. A charset is not named:
-// the file itself says it or nobody knows it. Any other ending: application/octet-stream.
+// Returns the media type of a stored file by the ending of its name; letter case is ignored. It names no
+// charset, because only the file itself can know it. For any other ending it is application/octet-stream.
 std::string_view contentTypeOf(std::string_view path);

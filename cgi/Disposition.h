@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-// The value of a Content-Disposition header line (RFC 6266). A name that is not plain ASCII stands in
-// filename* (RFC 8187), behind a readable filename for clients that do not know it. Control characters show
-// as "_".
+// Returns the value of a Content-Disposition header line (RFC 6266). A name that is not plain ASCII is
+// written in filename* (RFC 8187), after a readable filename for clients that do not know filename*. Control
+// characters become "_".
 std::string inlineDisposition(std::string_view fileName);
 std::string attachmentDisposition(std::string_view fileName);

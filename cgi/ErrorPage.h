@@ -4,6 +4,6 @@
 
 #include "cgi/Header.h"
 
-// The strict answer to a request that cannot be carried out: a page of one sentence, which may hold what the
-// request or the storage brought in. A 405 says which methods there are, a 503 when to try again.
+// Writes the strict answer to a request that fails: a page of one sentence, which may contain text from the
+// request or the storage. A 405 names the allowed methods; a 503 says when to try again.
 void writeErrorPage(Status status, const std::string& sentence);

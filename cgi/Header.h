@@ -5,21 +5,21 @@
 
 enum class Status { Ok, BadRequest, NotFound, MethodNotAllowed, Failed, Busy };
 
-// The header of a strict answer (RFC 3875): status, type, what else the caller adds, the lines that keep a
-// browser from running or sharing what it gets, and the number of places that could not be read.
+// The header of a strict answer (RFC 3875): status, type, the caller's lines, the lines that stop a browser
+// from running or sharing the answer, and the number of places that could not be read.
 class Header {
 public:
-    // What a browser may do with the body: run our scripts (a page of ours), or nothing (what is stored).
+    // What a browser may do with the body: run our scripts (for our pages), or nothing (for stored files).
     enum class Policy { Page, File };
 
     Header(Status status, Policy policy, std::string_view contentType);
 
     Header& add(std::string_view name, std::string_view value);
-    // The exact number of bytes of the body.
+    // Adds the exact number of bytes of the body.
     Header& addLength(long long size);
 
-    // Once, after everything that may still find an unreadable place. The answer to a HEAD request ends here:
-    // what is written afterwards goes nowhere.
+    // Writes the header. Call it once, after every step that may find an unreadable place. The answer to a
+    // HEAD request ends here: everything that is written later is dropped.
     void write() const;
 
 private:
@@ -29,8 +29,9 @@ private:
 
 inline constexpr std::string_view kHtmlType = "text/html; charset=utf-8";
 
-// The header of a page of either kind.
+// Writes the header of a page, default or strict.
 void writePageHeader();
 
-// How many places of the storage this process could not read so far; a missing directory is no such place.
+// Returns how many places of the storage this process could not read so far. A missing directory does not
+// count.
 std::size_t unreadPlaces();

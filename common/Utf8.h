@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <string_view>
 
-// Bytes of the UTF-8 character (RFC 3629) that text begins with; 0 when its first byte begins none. Overlong
-// forms, surrogates and what lies beyond U+10FFFF are no characters.
+// Returns the number of bytes of the UTF-8 character (RFC 3629) at the beginning of text, or 0 if there is
+// none. Overlong forms, surrogates and values above U+10FFFF are not characters.
 inline std::size_t utf8Length(std::string_view text) {
     const auto byteAt = [text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
     const unsigned lead = text.empty() ? 0xff : byteAt(0);

@@ -4,22 +4,23 @@
 #include <string_view>
 #include <unordered_map>
 
-// Names as every reader of archives can take them: UTF-8, without bytes that mean something to some system.
-// A byte that belongs to no UTF-8 character, a control character, '\', ':' and the dots of "." and ".." are
-// written as %XX; so is a '%' that would look like one of these. Whoever reads %XX as the byte XX gets the
-// stored name back. '/' stays, and separates names.
+// Returns a name that every archive program can read: UTF-8, without characters that have a meaning on some
+// system. These are written as %XX: a byte outside of UTF-8 characters, a control character, '\', ':', the
+// dots of "." and "..", and a '%' that would look like such an escape. Replacing %XX by the byte XX gives the
+// stored name again. '/' stays and separates names.
 std::string plainName(std::string_view name);
 
-// The names of one archive's entries: relative, no two alike. A name of more than 255 bytes, which is more
-// than file systems take, is cut before its extension. A name that is taken gets a number: "name (2).html".
+// The names of the entries of one archive. They are relative and unique. A name of more than 255 bytes, which
+// file systems do not accept, is cut before its extension. A name that is already used gets a number:
+// "name (2).html".
 class EntryNames {
 public:
     enum class Kind { File, Directory };
 
-    // The whole name of an entry of that name in a directory of the archive; "" is its top. A directory's
-    // name may hold '/': it stands for directories in each other.
+    // Returns the full name for an entry in a directory of the archive ("" is the top). The name of a
+    // directory may contain '/', which means nested directories.
     std::string take(const std::string& directory, std::string_view name, Kind kind);
 
 private:
-    std::unordered_map<std::string, unsigned> m_numbers; // how often a name was asked for
+    std::unordered_map<std::string, unsigned> m_numbers; // how often each name was requested
 };

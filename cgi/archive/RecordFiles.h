@@ -11,23 +11,23 @@
 // NAME_files with the pictures of the page.
 bool belongsToRecord(std::string_view name, std::string_view entry);
 
-// A directory that is open and was read, its entries in the order of their bytes: a record's files are found
-// without a walk through all of them.
+// An open directory with its entries in byte order, so that the files of a record are found without a walk
+// through all entries.
 class SortedDirectory {
 public:
-    // path: for messages, and to find what links in it lead to. A directory that could not be opened (errno
-    // tells why) or not be read to its end has no entries.
+    // path: for messages, and to resolve links in the directory. If the directory could not be opened (errno
+    // gives the reason) or not be read to its end, it has no entries.
     SortedDirectory(UniqueFd directory, const std::string& path);
 
     bool isRead() const { return m_isRead; }
-    // Why it could not be opened; 0 when it was.
+    // The errno value if it could not be opened, else 0.
     int openError() const { return m_openError; }
     int descriptor() const { return m_opened.descriptor.get(); }
     const std::string& path() const { return m_path; }
 
     const std::vector<DirEntry>& entries() const { return m_entries; }
-    // What belongs to a record of this directory. A file whose name begins with a dot is alone: its record
-    // has an empty name, to which every such file would belong.
+    // Returns the entries of a record in this directory. For a file whose name begins with a dot, it is only
+    // that file: its record has an empty name, and every such file would belong to it.
     std::vector<DirEntry> entriesOf(const _ResultInfo& record) const;
 
 private:

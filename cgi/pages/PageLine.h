@@ -17,7 +17,8 @@ inline const char* either(const char* inDefault, const char* inStrict) {
     return Answers::current().areStrict() ? inStrict : inDefault;
 }
 
-// A line that only default answers have: strict ones hold no code, no style and no libraries of others.
+// Writes a line that only default answers have: strict answers contain no inline code or style and no
+// libraries.
 inline void defaultLine(std::size_t tabs, const std::string& html) {
     if (!Answers::current().areStrict())
         line(tabs, html);
@@ -28,15 +29,15 @@ inline void strictLine(std::size_t tabs, const std::string& html) {
         line(tabs, html);
 }
 
-// A value in the text or in an attribute of a page.
+// Returns a value for the text or an attribute of a page.
 inline std::string value(const std::string& stored) {
     return Answers::current().inHtml(stored);
 }
 
-// What a strict page has in its head beside the lines of both kinds; nothing in default answers.
+// Writes the lines that only a strict page has in its head. Writes nothing in default answers.
 void writeMeta();
 
-// What a strict page tells the person when a part of the storage could not be read.
+// Writes the message of a strict page that a part of the storage could not be read.
 void writeIncompleteNotice();
 
 } // namespace page

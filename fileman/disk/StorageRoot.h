@@ -5,21 +5,22 @@
 
 #include "common/UniqueFd.h"
 
-// The storage directory, held open. What lies below it is opened name by name from its descriptor, so nobody
-// who moves or replaces names meanwhile can lead the way elsewhere. Links are followed as long as they lead
-// to places below it, by whatever way.
+// The storage directory, kept open. Files below it are opened name by name from its descriptor, so that a
+// process that moves or replaces names at the same time cannot lead to another place. Links are followed if
+// their target is below the storage directory.
 class StorageRoot {
 public:
     // path: absolute and without links below "/". An open fails when the directory cannot be opened.
     explicit StorageRoot(const std::string& path);
 
-    // An absolute path. flags: as for open(2), for what the path ends at; O_NOFOLLOW and O_CLOEXEC are added.
-    // Nothing with errno set after a failure: EXDEV when the path or a link on it leads out of the storage.
+    // Opens an absolute path. flags: as for open(2), for the last component; O_NOFOLLOW and O_CLOEXEC are
+    // added. On failure returns no descriptor, with errno set: EXDEV if the path or a link in it leads out of
+    // the storage.
     UniqueFd open(const std::string& path, int flags) const;
 
 private:
     UniqueFd openPlace(const std::vector<std::string>& place) const;
 
-    std::vector<std::string> m_place; // the names on the way from "/"
+    std::vector<std::string> m_place; // the components of the path
     UniqueFd m_descriptor;
 };

@@ -7,5 +7,5 @@
 
 class Findings;
 
-// What the document says and the disk does not have, or the other way round.
+// Finds directories that the document declares but the disk lacks, and the opposite.
 void checkDirectories(const std::vector<Source>& sources, const Requests& requests, Findings& findings);

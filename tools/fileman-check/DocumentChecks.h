@@ -7,9 +7,9 @@
 class Findings;
 class LinedDocument;
 
-// What the text alone tells: ignored duplicates, words that the program does not know, names that lead
-// elsewhere.
+// Finds faults in the text alone: ignored duplicates, words that the program does not know, names that lead
+// to another entry.
 void checkVocabulary(const LinedDocument& document, Findings& findings);
 
-// Sources whose files some or all requests leave out.
+// Finds sources whose files some or all requests leave out.
 void checkSources(const std::vector<Source>& sources, Findings& findings);

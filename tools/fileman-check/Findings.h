@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-// What does not fit, each with its line in the document.
+// The faults that were found, each with its line in the document.
 class Findings {
 public:
-    // line: 0 for what no line of the document declares.
+    // line: 0 if no line of the document declares it.
     void add(int line, std::string text) { m_items.push_back({line, std::move(text)}); }
     bool hasLine(int line) const;
     std::size_t size() const { return m_items.size(); }

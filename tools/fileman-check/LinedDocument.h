@@ -6,15 +6,15 @@
 
 #include "fileman-check/Findings.h"
 
-// The document once more, with the lines of its elements: the program itself reads it without them.
+// The document, parsed again with the line numbers of its elements. The program itself does not read these.
 class LinedDocument {
 public:
-    // False when the program refuses the document; then a finding says why.
+    // Returns false if the program refuses the document; then a finding gives the reason.
     bool read(const std::string& path, Findings& findings);
 
-    // The element that the program reads; null when there is none.
+    // Returns the element that the program reads, or null.
     const TiXmlElement* filter() const;
-    // The element in which it looks for the stored state of the filters.
+    // Returns the element that stores the state of the filters.
     const TiXmlElement* firstChild() const;
 
 private:

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-// What each kind of request finds on the disk, by the program's own store.
+// The records that each kind of request finds on disk, loaded by the program's own classes.
 class Requests {
 public:
     enum Kind : std::size_t { All, Results, Profiles, Screenshots, Deliveries, kKinds };

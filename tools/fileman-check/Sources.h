@@ -9,13 +9,13 @@
 class Findings;
 class LinedDocument;
 
-// One place from which the program lists files, as the document declares it or as it is built in.
+// One directory from which the program lists files. The document declares it, or it is built in.
 struct Source {
-    // How the files lie below the directory.
+    // The path of a file below the directory.
     enum class Shape {
-        Tree,    // a port directory, a type directory, the file
-        Fixed,   // one of the type directories that the list names, the file
-        Flat,    // the file
+        Tree,    // port directory, type directory, file
+        Fixed,   // type directory from the list, file
+        Flat,    // file
         Nothing, // nothing is listed from here
     };
 
@@ -31,8 +31,9 @@ struct Source {
     std::string port; // of an extra directory
 };
 
-// All of them. The configuration has been read; findings gets what is declared and can never be listed.
+// Returns all sources. The configuration must have been read. Adds to findings each source that can never be
+// listed.
 std::vector<Source> readSources(const LinedDocument& document, Findings& findings);
 
-// The filter of a request for everything, which views, downloads and PDFs use as well.
+// Returns the filter of a request for everything. Views, downloads and PDF exports use it too.
 ActiveFilter everything();
