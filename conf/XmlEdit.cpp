@@ -106,6 +106,7 @@ bool XmlEdit::load(xml::Failure& failure) try {
 bool XmlEdit::save() try {
     xml::Failure failure;
     const std::optional<std::string> now = xml::readContent(m_path, xml::kLargestFile, failure);
+    // A writer without the lock may have replaced the file. Its change must not be lost.
     if (now != m_content) {
         report(kTask, m_path, "it has changed meanwhile");
         return false;

@@ -133,6 +133,7 @@ std::optional<std::string> withAttributesOf(const TiXmlDocument& after, const Ti
     std::string out;
     std::size_t from = 0;
     XmlTags tags(text);
+    // Both walks are in document order: element number i belongs to start tag number i.
     for (std::size_t i = 0; i < old.size(); ++i) {
         if (!isNextElement(tags) ||
             attributeCount(*old[i]) != static_cast<std::ptrdiff_t>(tags.values().size()) ||

@@ -7,6 +7,7 @@ std::string idPrefix(const _ResultInfo& record) {
     return prefix;
 }
 
+// The string keeps its memory, because a list calls this for every row.
 void putName(std::string& id, std::size_t prefixSize, std::string_view name) {
     id.resize(prefixSize);
     id.append(name);

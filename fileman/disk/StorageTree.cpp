@@ -75,8 +75,10 @@ StorageTree::Answer StorageTree::lookUp(const std::string& path) {
     const std::string parent = path.substr(0, slash);
     const auto known = m_places.find(parent);
     Place* place = known == m_places.end() ? nullptr : &known->second;
+    // A directory that was opened through a link is known too, but its listing answers no question here.
     if (place == nullptr || !place->isListed) {
         const Answer answer = lookUp(parent);
+        // Below a file there is nothing.
         if (answer != Answer::Directory)
             return answer == Answer::File ? Answer::Nothing : answer;
         place = &visit(parent);

@@ -7,6 +7,8 @@ void ActiveFilter::set(const _ResultFilter& filter) {
     index();
 }
 
+// The lists name everything instead of being empty. This makes a difference: with a list of ports, extra
+// directories without a port are left out. This is intentional.
 void ActiveFilter::selectEverything(bool results, bool profiles) {
     m_fields.modes.clear();
     m_fields.tests.clear();

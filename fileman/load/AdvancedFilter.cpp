@@ -38,6 +38,7 @@ bool AdvancedFilter::passes(std::string_view baseName, const std::string& path) 
     if (needs() != Needs::StoredInfo)
         return passesByName(baseName);
     const _AdvanceInfo& criteria = m_filter.fields().advanceInfo;
+    // The name is tested first, so that a file with a wrong name is not opened.
     if (!CFileManConf::advMatch(nameCriteria(criteria), named(baseName)))
         return false;
     const auto [place, isNew] = m_stored.try_emplace(path);

@@ -26,6 +26,7 @@ FileSource sourceOf(const LoadInfo& info, std::string path, const std::string& t
 
 } // namespace
 
+// The configuration does not name the shape of a directory. It follows from scanTree and subDirs.
 int ConfiguredDirs::load(const LoadInfo& info) {
     if (info.dir.empty())
         return 0;
@@ -34,6 +35,7 @@ int ConfiguredDirs::load(const LoadInfo& info) {
     return info.subDirs.empty() ? loadFlat(info) : loadFixedDirs(info);
 }
 
+// Only two modes may have this shape. For any other mode the type is empty, and nothing is listed.
 int ConfiguredDirs::loadFlat(const LoadInfo& info) {
     const std::string type = types::ofFlatMode(info.mode);
     if (type.empty() || !m_filter.passesTest(type))
@@ -41,6 +43,7 @@ int ConfiguredDirs::loadFlat(const LoadInfo& info) {
     return m_files.list(sourceOf(info, entryPath(paths::kHome, info.dir), type));
 }
 
+// The list names type directories. Their files have no port.
 int ConfiguredDirs::loadFixedDirs(const LoadInfo& info) {
     const std::string path = entryPath(paths::kHome, info.dir);
     int count = 0;
@@ -57,6 +60,7 @@ int ConfiguredDirs::loadTree(const LoadInfo& info) {
     const Directory* const directory = m_tree.open(path);
     if (directory == nullptr)
         return 0;
+    // Port names are compared, not directory names: "geport" in the list also allows "geport2".
     const UniqueNames knownPorts(ports::fromDirNames(info.subDirs));
     int count = 0;
     for (const DirEntry entry : *directory) {
@@ -120,6 +124,7 @@ int ConfiguredDirs::loadCommonTree(const CommonOptInfo& option) {
     return 0;
 }
 
+// These results have no mode and no port. A flat directory has no profiles.
 int ConfiguredDirs::loadCommonFlat(const CommonOptInfo& option) {
     if (!m_filter.fields().includeResults || !m_filter.passesTest(option.key))
         return 0;

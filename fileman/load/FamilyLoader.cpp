@@ -10,7 +10,7 @@
 
 namespace {
 
-// The port that a record shows.
+// Returns the port that a record shows. The filter has tested the port name before.
 std::string recordPort(const FamilyRule& rule, const std::string& dirName, const std::string& port) {
     if (rule.port == PortFrom::Dir || !ports::showsLabel(rule.family, dirName))
         return port;
@@ -53,6 +53,7 @@ int FamilyLoader::forEachDir(const std::string& path, Visitor&& visit) {
     return count;
 }
 
+// If the filter names types, the known types are not needed, and the scan does not run for them.
 void FamilyLoader::indexKnownTypes() {
     if (!m_filter.fields().tests.empty())
         return;

@@ -43,6 +43,7 @@ int FileLister::list(FileSource source) {
     Directory* const directory = source.isListed ? m_tree.openListed(source.dir) : m_tree.open(source.dir);
     if (directory == nullptr)
         return 0;
+    // Most requests have no criteria here; then no file is tested.
     const bool passesAll = m_advanced.needs() == AdvancedFilter::Needs::Nothing;
     std::optional<DateReader> dates;
     std::vector<ListedFile> files;
@@ -51,6 +52,7 @@ int FileLister::list(FileSource source) {
             continue;
         if (!passesAll && !passes(source, *directory, entry.name))
             continue;
+        // The reader is made for the first file, so that a directory without files is not opened again.
         if (m_readsDates && !dates)
             dates.emplace(source.dir, m_tree.descriptorOf(*directory));
         files.push_back({entry.name, dates ? dates->read(entry.name.data()) : kDateNotRead});

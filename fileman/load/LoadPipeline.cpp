@@ -20,6 +20,7 @@ LoadPipeline::Modules LoadPipeline::modules() const {
 
 void LoadPipeline::load(const Modules& modules) {
     for (const ModuleInfo* const module : modules) {
+        // The module "Common" has options instead of modes.
         if (CCommUtils::isEquals(module->name, "Common")) {
             m_dirs.loadCommonModule();
             continue;
@@ -39,6 +40,7 @@ bool LoadPipeline::isAccepted(const ModuleInfo& module, const ModeOptInfo& optio
     dirs.remove_if([this](const std::string& path) { return !m_tree.exists(path); });
     if (dirs.empty())
         return false;
+    // If a path predicts the answer yes, the scan of the whole tree is not needed.
     if (std::any_of(dirs.begin(), dirs.end(),
                     [&](const std::string& path) { return m_scan.willFindMode(path, option.mode_name); }))
         return true;
@@ -46,6 +48,7 @@ bool LoadPipeline::isAccepted(const ModuleInfo& module, const ModeOptInfo& optio
     return CFileManConf::isCurrentMode(option.mode_name);
 }
 
+// The order of these calls is the order of the rows in a list.
 void LoadPipeline::loadMode(const ModuleInfo& module, const ModeOptInfo& option) {
     const _ResultFilter& filter = m_filter.fields();
     if (filter.includeResults) {

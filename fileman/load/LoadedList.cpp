@@ -77,6 +77,7 @@ void LoadedList::clear() {
 }
 
 void LoadedList::add(_ResultInfo* record) {
+    // A record after files begins a new batch, so that the order stays.
     if (m_batches.empty() || !m_batches.back().files.empty())
         m_batches.emplace_back();
     m_batches.back().records.push_back(record);
@@ -111,6 +112,7 @@ void LoadedList::keepOnly(const std::function<bool(const std::string& id)>& isCh
     for (const Batch& batch : m_batches) {
         RowMaker rows(batch);
         for (const ListedFile& file : batch.files) {
+            // Only the identifier is made for each file, the record only for a chosen one.
             if (isChosen(rows.idOf(file)))
                 kept.push_back(rows.newRecord(file));
         }
@@ -125,6 +127,7 @@ void LoadedList::keepOnly(const std::function<bool(const std::string& id)>& isCh
     replaceBy(kept);
 }
 
+// The new records replace the files in the list, so that the next call returns the same records.
 void LoadedList::getRecords(std::list<_ResultInfo*>& out) {
     out.clear();
     for (const Batch& batch : m_batches) {

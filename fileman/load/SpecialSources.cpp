@@ -15,6 +15,7 @@ bool SpecialSources::isScreenTypeCurrent(const std::string& dir) {
     m_scan.finish();
     std::list<std::string> found;
     CFileManConf::getCurrentTypeKeys(found);
+    // If no type was found at all, screenshots count as current. This is intentional.
     return found.empty() || CCommUtils::isContains(found, "screen");
 }
 
