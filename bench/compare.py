@@ -1,7 +1,7 @@
 """compare.py [--quick]
 
-Lays out the trees, runs the rivals and prints the table; started by bench/run inside scripts/with-storage, at the
-checkout's root.
+Makes the trees, runs the rivals and prints the table. bench/run starts it inside scripts/with-storage, in the root of
+the checkout.
 """
 
 import contextlib

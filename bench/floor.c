@@ -1,8 +1,8 @@
 // floor ROOT COUNT BYTES
 //
-// The least that a listing of COUNT results below ROOT costs: reads every directory once, stats every listed
-// file once relative to its open directory, and writes BYTES bytes in as many pieces as there are files,
-// through one buffer. It knows nothing, keeps nothing and looks nothing up; the rows are constant text.
+// The least work for a listing of COUNT results below ROOT: reads every directory once, calls fstatat once
+// for every listed file relative to its open directory, and writes BYTES bytes in one piece per file, through
+// one buffer. It stores nothing and makes no lookups; the rows are constant text.
 
 #include <dirent.h>
 #include <errno.h>

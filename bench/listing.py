@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""The list of all results as a Python CGI script would write it: what is told by a file's place below /home and by its
-date, in rows of the same shape."""
+"""The list of all results as a Python CGI script would write it: the fields that follow from a file's path below /home,
+and its date, in rows of the same form."""
 
 import os
 import sys

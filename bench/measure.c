@@ -1,13 +1,13 @@
 // measure ROUNDS NAME [VARIABLE=VALUE...] PROGRAM [ARGUMENT...] [-- NAME ...]...
 //
-// Runs the programs in turn, ROUNDS times, and prints a line each with tabs between: name, median CPU time
+// Runs the programs in turn, ROUNDS times. Prints one line for each, separated by tabs: name, median CPU time
 // and median wall time in microseconds, least CPU time, largest resident set in KiB, median of the page
 // faults, bytes written.
 //
-// The output goes into a pipe, as a web server's does, and is read here: the copy that a write costs counts,
-// the reader's time does not. CPU time is user and system time of the process from fork to exit as wait4
-// tells it, since wall time on a busy machine says little. This program is static and small because the
-// resident set that wait4 reports begins with the parent's.
+// The output goes into a pipe, as with a web server, and is read here. So the cost of copying it is included,
+// but not the time of the reader. CPU time is the user and system time of the process from fork to exit, as
+// wait4 reports it, because wall time says little on a busy machine. This program is static and small,
+// because the resident set that wait4 reports begins with that of the parent.
 
 #define _GNU_SOURCE
 #include <errno.h>

@@ -25,7 +25,7 @@ using Html = CGICommonUtils;
 // Calls its visitor with each row of a list page.
 using RowSource = std::function<void(const RowVisitor&)>;
 
-// The fixed text of a row: what stands in front of each value, and after the last one.
+// The fixed texts of a row: one before each value, and one after the last.
 struct RowText {
     std::string_view id, name, module, mode, test, port, datetime, rsltype, path, end;
 };

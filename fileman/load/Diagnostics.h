@@ -2,17 +2,17 @@
 
 #include <string_view>
 
-// The lines that tell what a load has found in directories of some kinds.
+// The diagnostic lines of a load, about what it found in some kinds of directories.
 namespace diagnostics {
 
-// Where the lines go from now on. Clients of the default answers expect them on standard output, in front of
-// the response's header; that is where they go until somebody says otherwise.
+// Sends all later lines to standard error. Without this call they go to standard output, before the response
+// header, where clients of the default answers expect them.
 void sendToStandardError();
 
-// One line, without its line end.
+// Writes one line. The text has no line end.
 void write(std::string_view line);
 
-// What is held back for standard error goes out; before the process ends.
+// Writes the lines that are buffered for standard error. Call it before the process ends.
 void flush();
 
 } // namespace diagnostics

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """delivery.py PROGRAM [NAME...]
 
-Downloads, PDF exports and large views: whole answers, archives by their entries, and what is left behind. The cases run
-side by side, since each delivery pauses for a second; each has a directory of its own, whose home, tmp and usr-local
-scripts/with-storage puts in place of the machine's.
+Tests downloads, PDF exports and large views: whole answers, the entries of archives, and the files that are left. The
+cases run at the same time, because each delivery pauses for a second. Each has its own directory; scripts/with-storage
+mounts the home, tmp and usr-local of this directory over those of the machine.
 """
 
 import concurrent.futures

@@ -1,12 +1,12 @@
 #!/usr/bin/python3
 """run.py PROGRAM [--update] [NAME...]
 
-Runs the program as a CGI process on named storage trees and compares its whole responses with expected/NAME; the cases
-stand in the file cases, a line each. Started once, inside scripts/with-storage. --update writes what was found; read
-the difference before you commit it.
+Runs the program as a CGI process on named storage trees and compares its whole responses with expected/NAME. The file
+"cases" has one line for each case. It is started once, inside scripts/with-storage. --update writes the responses into
+the expected files; read the difference before you commit it.
 
-In an expected file a line "[[frame-NAME]]" stands for the text of expected/frame-NAME, \\xNN for a byte that is no
-plain character, {N*c} for a long run. A date becomes <date> after a check that it is the file's own.
+In an expected file a line "[[frame-NAME]]" means the text of expected/frame-NAME, \\xNN a byte that is not a plain
+character, and {N*c} a long run of one character. A date is written as <date>, after a check that it is the file's date.
 """
 
 import difflib

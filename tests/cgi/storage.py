@@ -1,6 +1,6 @@
-"""Storage trees for the tests, and the way to start the program as a web server does.
+"""Makes storage trees for the tests, and starts the program like a web server.
 
-A tree's listing in trees/ holds a line an entry: "file PATH", "file PATH <- CONTENT", "dir PATH", "fifo PATH",
+A file in trees/ describes a tree, with one line per entry: "file PATH", "file PATH <- CONTENT", "dir PATH", "fifo PATH",
 "sock PATH", "link PATH -> TARGET", "0000 PATH" (a mode). \\xNN is a byte, {N*TEXT} a text repeated.
 """
 

@@ -1,7 +1,7 @@
-"""commands_test.py: runs what the documentation tells a reader to type, as it stands, from the root of the checkout.
+"""commands_test.py: runs the commands of the documentation, unchanged, in the root of the checkout.
 
-A code block names its language. A block of "sh" is a script, one of "console" a command behind "$" and lines
-that it shows in this order ("..." stands for others). A block whose first line begins with "# Example" is not run.
+A code block names its language. A block of "sh" is a script. A block of "console" is a command after "$" and lines
+of its output in this order ("..." means other lines). A block whose first line begins with "# Example" is not run.
 """
 
 import glob
