@@ -2,10 +2,11 @@
 import assert from 'node:assert/strict';
 import { after, test } from 'node:test';
 import { parsePage } from '../../web/js/fileman/rows.js';
-import { answerOf, footer, openList, pressed, rowsOf, settled, startInstrument } from './instrument.mjs';
+import { answerOf, footer, openList, pressed, row, rowsOf, settled, startInstrument, strictServer, task, told } from './instrument.mjs';
 
 const instrument = await startInstrument();
-after(() => instrument.stop());
+const strict = await startInstrument(strictServer);
+after(() => Promise.all([instrument.stop(), strict.stop()]));
 
 const LISTS = '**/fileman.cgi?fmtype=**';
 const asHtml = { contentType: 'text/html;charset=utf-8' };
@@ -64,4 +65,22 @@ test('scripts that do not arrive are told, some of them or all', async () => {
     const shown = getComputedStyle(document.querySelector('#rsltgrid'), '::before');
     return shown.visibility === 'visible' && shown.content.includes('have not arrived');
   });
+});
+
+test('a strict answer tells what failed, each failure in its own words', async () => {
+  const page = await strict.open('fmtype=rslt&test=throughput');
+  await row(page, 0).click();
+  const sentence = '<!DOCTYPE html><html><body><p>The converter failed &amp; ended.</p></body></html>';
+  for (const [status, words] of [
+    [500, 'The instrument could not answer (error 500): “The converter failed & ended.”'],
+    [503, 'The instrument is busy with another request.'],
+    [404, 'The instrument does not find this any more.'],
+  ]) {
+    await page.route('**/*opertype=pdf**', (route) => route.fulfill({ ...asHtml, status, body: sentence }));
+    await pressed(page, 'PDF').click();
+    await told(page, 'PDF: failed');
+    await told(page, words);
+    await task(page).getByRole('button', { name: 'Close' }).click();
+    await page.unroute('**/*opertype=pdf**');
+  }
 });

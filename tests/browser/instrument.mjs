@@ -37,6 +37,29 @@ async function answers(port) {
   throw new Error('the web server does not start');
 }
 
+const PLAIN_SERVER = `
+server.document-root = env.FILEMAN_WWW
+server.bind = "127.0.0.1"
+server.port = env.FILEMAN_PORT
+server.modules = ( "mod_cgi", "mod_alias", "mod_setenv" )
+server.http-parseopts = ( "url-normalize" => "disable" )
+server.max-request-field-size = 65535
+server.stream-response-body = 2
+alias.url = ( "/cgi-bin/" => env.FILEMAN_CGI_DIR + "/" )
+$HTTP["url"] =~ "^/cgi-bin/" { cgi.assign = ( ".cgi" => "" ) }
+mimetype.assign = ( ".js" => "text/javascript", ".css" => "text/css", ".svg" => "image/svg+xml", ".html" => "text/html" )
+`;
+
+/** A server that adds no header line of its own, as a command for startInstrument; `more` is added to its settings. */
+export function plainServer(more = '') {
+  const conf = `/tmp/plain-lighttpd-${more.length}.conf`;
+  fs.writeFileSync(conf, `${PLAIN_SERVER}${more}\n`);
+  return () => ['lighttpd', ['-D', '-f', conf]];
+}
+
+/** The same with strict answers. */
+export const strictServer = () => plainServer('setenv.set-environment = ( "FILEMAN_ANSWERS" => "strict" )')();
+
 /** Starts a web server by `command(port)` (lighttpd as packaged unless given) and a browser. */
 export async function startInstrument(command) {
   const port = await freePort();

@@ -7,9 +7,8 @@ import { after, test } from 'node:test';
 import { gunzipSync } from 'node:zlib';
 import { parsePage } from '../../web/js/fileman/rows.js';
 import { dice, hostileName, record } from './hostile-names.mjs';
-import { answerOf, CGI_DIR, DIR, footer, names, openList, pressed, saved, startInstrument } from './instrument.mjs';
+import { answerOf, CGI_DIR, DIR, footer, names, openList, plainServer, pressed, saved, startInstrument } from './instrument.mjs';
 
-const BARE_CONF = '/tmp/bare-lighttpd.conf'; // a server that sends no policy and compresses nothing
 const POLICY_FILES = {
   conf: '/srv/packaging/lighttpd/fileman.conf',
   wrapper: '/srv/packaging/cgi-headers',
@@ -38,15 +37,8 @@ const paths = HOSTILE.map(([name]) =>
   Buffer.concat([Buffer.from(`${DIR}/hostile `), Buffer.from(name), Buffer.from('.html')]),
 );
 
-fs.writeFileSync(
-  BARE_CONF,
-  `server.document-root = env.FILEMAN_WWW\nserver.bind = "127.0.0.1"\nserver.port = env.FILEMAN_PORT
-server.modules = ( "mod_cgi", "mod_alias" )\nalias.url = ( "/cgi-bin/" => env.FILEMAN_CGI_DIR + "/" )
-$HTTP["url"] =~ "^/cgi-bin/" { cgi.assign = ( ".cgi" => "" ) }\nserver.http-parseopts = ( "url-normalize" => "disable" )
-mimetype.assign = ( ".js" => "text/javascript", ".css" => "text/css", ".svg" => "image/svg+xml", ".html" => "text/html" )\n`,
-);
 const instrument = await startInstrument();
-const bare = await startInstrument(() => ['lighttpd', ['-D', '-f', BARE_CONF]]);
+const bare = await startInstrument(plainServer());
 after(() => Promise.all([instrument.stop(), bare.stop()]));
 
 async function withHostileNames(work) {

@@ -3,10 +3,11 @@ import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
 import { after, test } from 'node:test';
-import { DIR, names, openList, pressed, row, saved, settled, startInstrument } from './instrument.mjs';
+import { DIR, names, openList, pressed, row, saved, settled, startInstrument, strictServer } from './instrument.mjs';
 
 const instrument = await startInstrument();
-after(() => instrument.stop());
+const strict = await startInstrument(strictServer);
+after(() => Promise.all([instrument.stop(), strict.stop()]));
 
 const viewer = (page) => page.locator('.fm-viewer');
 const titled = (page, name) => page.getByRole('heading', { name, exact: true }).waitFor();
@@ -78,7 +79,7 @@ test('Back closes a view and Forward opens it; what was typed meanwhile stays', 
   assert.deepEqual(page.problems, []);
 });
 
-test('a view that has rested shows pictures, charts, styles and the advanced information', async () => {
+async function seeInsides(server) {
   const files = `${DIR}/whole_files`;
   fs.mkdirSync(files, { recursive: true });
   const drawing = '<svg xmlns="http://www.w3.org/2000/svg" width="40" height="30"><rect width="40" height="30"/></svg>';
@@ -91,7 +92,7 @@ test('a view that has rested shows pictures, charts, styles and the advanced inf
       '<object data="./whole_files/chart%20%C3%9C.svg"></object><img src="../../../secret.png"><img src="http://x/y.png">',
   );
   try {
-    const page = await instrument.open('fmtype=rslt&test=bert&fname=whole');
+    const page = await server.open('fmtype=rslt&test=bert&fname=whole');
     let asked = 0;
     await page.route('**/*opertype=download**', (route) => {
       asked += 1;
@@ -117,6 +118,10 @@ test('a view that has rested shows pictures, charts, styles and the advanced inf
   } finally {
     for (const name of ['whole', 'whole.html', 'whole_files']) fs.rmSync(`${DIR}/${name}`, { recursive: true });
   }
+}
+
+test('a view that has rested shows pictures, charts, styles and the advanced information', async () => {
+  for (const server of [instrument, strict]) await seeInsides(server);
 });
 
 test('a view that is left at once asks for no archive; a capture that rests tells its packets', async () => {

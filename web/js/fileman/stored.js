@@ -43,12 +43,11 @@ export async function fetchBlob(operation, entry, signal) {
   return new Blob(pieces);
 }
 
-/** The bytes of an entry's file; a strict answer holds exactly these. */
+/** The bytes of an entry's file. An empty usual answer means that it has gone; a strict one has a status for that. */
 export async function fetchFile(entry, signal) {
   const blob = await fetchBlob('view', entry, signal);
-  const sent = new Uint8Array(await blob.arrayBuffer());
-  if (isStrict()) return sent;
-  const bytes = stripLead(sent);
+  const bytes = stripLead(new Uint8Array(await blob.arrayBuffer()));
+  if (isStrict()) return bytes;
   if (!bytes.length || (bytes.length < 65536 && DIAGNOSTICS.test(new TextDecoder().decode(bytes))))
     throw new AnswerError('errorGone');
   return bytes;
