@@ -8,43 +8,45 @@ export function naturalKey(text) {
   return key.replace(/0*(\d+)/g, (run, digits) => String.fromCharCode(0x30 + Math.min(digits.length, 60)) + digits);
 }
 
-/** Puts the indices of each run of equal dates into the order of the names. */
-function orderRunsByName(entries, order) {
-  for (let from = 0; from < order.length; ) {
-    const { datetime } = entries[order[from]];
-    let to = from + 1;
-    while (to < order.length && entries[order[to]].datetime === datetime) to += 1;
-    if (to - from > 1) {
-      const run = Array.from(order.subarray(from, to), (i) => entries[i]);
-      const byName = orderBy(run, 'name', true).map((i) => order[from + i]);
-      order.set(byName, from);
-    }
-    from = to;
+/** Indices of `entries` ordered by date; equal dates are ordered by name, whichever way the dates go. */
+function orderByDate(entries, ascending) {
+  const runs = new Map();
+  entries.forEach(({ datetime }, i) => {
+    const run = runs.get(datetime);
+    if (run) run.push(i);
+    else runs.set(datetime, [i]);
+  });
+  const dates = [...runs.keys()].sort();
+  if (!ascending) dates.reverse();
+  const order = new Uint32Array(entries.length);
+  let at = 0;
+  for (const run of dates.map((date) => runs.get(date))) {
+    const names = run.map((i) => entries[i]);
+    order.set(run.length > 1 ? orderBy(names, 'name', true).map((place) => run[place]) : run, at);
+    at += run.length;
   }
+  return order;
 }
 
 /**
- * Indices of `entries` ordered by a field; equal dates are ordered by name, whichever way the dates go, and equal values
- * of any other field keep the order in which the instrument lists them.
+ * Indices of `entries` ordered by a field; equal values keep the order in which the instrument lists them, except dates.
  * The index goes behind its key as two characters, so that the engine sorts plain texts without calling back:
  * at 100,000 different names a tenth of the time that a comparing function takes.
  */
 export function orderBy(entries, field, ascending) {
+  if (field === 'datetime') return orderByDate(entries, ascending);
   const last = entries.length - 1;
   const marked = entries
     .map((entry, i) => {
       const tie = ascending ? i : last - i;
-      const key = field === 'datetime' ? entry.datetime : naturalKey(entry[field]);
-      return `${key}\0${String.fromCharCode(tie >>> 15, tie & 0x7fff)}`;
+      return `${naturalKey(entry[field])}\0${String.fromCharCode(tie >>> 15, tie & 0x7fff)}`;
     })
     .sort();
   if (!ascending) marked.reverse();
-  const order = Uint32Array.from(marked, (mark) => {
+  return Uint32Array.from(marked, (mark) => {
     const tie = (mark.charCodeAt(mark.length - 2) << 15) | mark.charCodeAt(mark.length - 1);
     return ascending ? tie : last - tie;
   });
-  if (field === 'datetime') orderRunsByName(entries, order);
-  return order;
 }
 
 const FOUND_IN = ['name', 'module', 'mode', 'test', 'port', 'datetime', 'rsltype', 'path'];
@@ -55,4 +57,25 @@ export function searchedText(entry) {
     .join('\n')
     .toLowerCase();
   return entry.searched;
+}
+
+const AT_ONCE = 500;
+let preparing = 0; // counts the lists, so that a new one stops the work for the one before
+
+/**
+ * Makes the searched texts while the browser has nothing else to do, so that the first typed sign finds them made. Safari
+ * cannot say when that is; there the first sign makes them.
+ */
+export function prepareSearch(entries) {
+  preparing += 1;
+  const mine = preparing;
+  let at = 0;
+  const go = (deadline) => {
+    while (mine === preparing && at < entries.length && deadline.timeRemaining() > 2) {
+      entries.slice(at, at + AT_ONCE).forEach(searchedText);
+      at += AT_ONCE;
+    }
+    if (mine === preparing && at < entries.length) requestIdleCallback(go);
+  };
+  globalThis.requestIdleCallback?.(go);
 }

@@ -202,11 +202,15 @@ function readRows(text, whole) {
   }
 }
 
+/** Stands for a byte that is no text. */
+const LONE_BYTE = /[\udc80-\udcff]/u;
+
 /** Reads the rows of a strict answer: one to a line. The last line of a list that was cut off is no row. */
 function readStrictRows(text, whole) {
-  const lines = text.split('\n').slice(0, -1);
-  const rows = lines.map((line) => Object.values(JSON.parse(line.replace(/,$/, ''))));
-  return { rows, lost: 0, whole, sure: true, steps: lines.length };
+  const lines = text.slice(0, text.lastIndexOf('\n') + 1).replace(/,?\n$/, '');
+  const rows = JSON.parse(`[${lines}]`).map(Object.values);
+  const hasLoneBytes = /\\udc[89a-f]/i.test(text);
+  return { rows, lost: 0, whole, sure: true, steps: rows.length, hasLoneBytes };
 }
 
 const readAll = (text, whole) => (text.startsWith(STRICT_ROW_START) ? readStrictRows : readRows)(text, whole);
@@ -232,12 +236,12 @@ export function parseScript(text) {
  * Rows as entries of texts. `sent` is the id as the instrument must get it back (binary), `twin` whether an
  * earlier entry of the list bears the same one.
  */
-export function toEntries({ rows }, raw) {
-  // A lone surrogate of a strict answer stands for a byte that is no text.
-  const show = raw ? toText : (value) => (/[\udc80-\udcff]/u.test(value) ? toText(toBinary(value)) : value);
+export function toEntries({ rows, hasLoneBytes }, raw) {
+  const show = raw ? toText : (value) => (LONE_BYTE.test(value) ? toText(toBinary(value)) : value);
+  const isPlain = !raw && !hasLoneBytes;
   const seen = new Set();
   return rows.map((values) => {
-    const [id, name, module, mode, test, port, datetime, rsltype, path] = values.map(show);
+    const [id, name, module, mode, test, port, datetime, rsltype, path] = isPlain ? values : values.map(show);
     const sent = raw ? values[0] : toBinary(values[0]);
     const twin = seen.has(sent);
     seen.add(sent);
