@@ -33,7 +33,7 @@ test('each tab shows what the program lists', async () => {
 
 test('newest first, then by any column in natural order, remembered with the widths', async () => {
   const page = await instrument.open('fmtype=all');
-  const dates = await column(page, 'datetime');
+  const dates = await page.$$eval('.slick-row time', (times) => times.map((time) => time.title));
   assert.deepEqual(dates, [...dates].sort().reverse());
   await pressed(page, 'Port').click();
   const ports = (await column(page, 'port')).filter(Boolean);
@@ -139,7 +139,7 @@ test("a ticked test shows that test's results, with chips, address and history",
   await dialog.getByLabel('throughput', { exact: true }).check();
   await dialog.getByRole('button', { name: 'OK' }).click();
   await arrive(page, /test=throughput/);
-  assert.deepEqual([...new Set(await column(page, 'test'))], ['throughput']);
+  assert.equal(await page.locator('[data-id=test]').count(), 0, 'a column of one value says nothing');
   assert.equal(await entryCount(page), rowsOf('fmtype=rslt&test=throughput').length);
 
   await pressed(page, 'Filter').click();

@@ -6,28 +6,29 @@ import { el, icon, visible } from './dom.js';
 import { kindOf, obstacle } from './kinds.js';
 import { keep, recall } from './memory.js';
 import { t } from './texts.js';
+import { shortDate } from './when.js';
 
 const COLUMNS = [
-  { id: 'name', width: 240, minWidth: 140 },
-  { id: 'module', width: 90 },
-  { id: 'mode', width: 124 },
-  { id: 'test', width: 140 },
-  { id: 'port', width: 104 },
-  { id: 'datetime', width: 176 },
-  { id: 'rsltype', width: 92 },
-  { id: 'path', width: 260, least: 140 },
+  { id: 'name', width: 220, minWidth: 140 },
+  { id: 'module', width: 84 },
+  { id: 'mode', width: 116 },
+  { id: 'test', width: 124 },
+  { id: 'port', width: 96 },
+  { id: 'datetime', width: 152 },
+  { id: 'rsltype', width: 84 },
 ];
+const ALWAYS = ['name', 'datetime'];
 const LEAST_WIDTH = 56;
-const MOST_FOR_NAME = 260; // of the room that is left over
+const MOST_GROWTH = 1.3;
+const LONG_NAME = 18;
+const KEPT_END = 8; // signs of a long name that stay: numbers stand there
+const RIGHT_TO_LEFT = /[\u0590-\u08ff\ufb1d-\ufdff\ufe70-\ufefc]/;
 const CHECK_WIDTH = 44;
 const WIDTH_STEP = 16;
 const KIND_ICONS = { report: 'report', picture: 'picture', capture: 'capture', other: 'box' };
 
 /** A column's title. */
 export const columnText = (id) => t(`col${id[0].toUpperCase()}${id.slice(1)}`);
-
-/** Whether the person has set widths, which then hold in any window. */
-export const hasOwnWidths = () => recall('widths', null) !== null;
 
 export function keepWidths(columns) {
   const widths = columns.filter(({ id }) => id !== 'chosen').map(({ id, width }) => [id, width]);
@@ -42,26 +43,41 @@ function scrollbarWidth() {
   return width;
 }
 
-/** Remembered widths; without any, name and path share the room that the others leave. */
-function widthsFor(hostWidth) {
+/** Widths of the columns with these ids: as remembered, else each its share. The name takes or gives what is left. */
+function widthsFor(hostWidth, ids) {
   const kept = recall('widths', null);
-  const widths = Object.fromEntries(COLUMNS.map(({ id, width }) => [id, kept?.[id] ?? width]));
-  if (kept) return widths;
-  const taken = Object.values(widths).reduce((sum, width) => sum + width, CHECK_WIDTH + scrollbarWidth());
-  const rest = hostWidth - taken;
-  const name = Math.max(0, Math.min(Math.floor(rest / 2), MOST_FOR_NAME));
-  widths.name += name;
-  widths.path = Math.max(COLUMNS.find(({ id }) => id === 'path').least, widths.path + rest - name);
+  const some = COLUMNS.filter(({ id }) => ids.includes(id));
+  const room = hostWidth - CHECK_WIDTH - scrollbarWidth();
+  const needed = some.reduce((sum, { width }) => sum + width, 0);
+  const grown = ({ width }) => Math.floor(width * Math.min(room / needed, MOST_GROWTH));
+  const widths = Object.fromEntries(some.map((column) => [column.id, kept?.[column.id] ?? grown(column)]));
+  const taken = Object.values(widths).reduce((sum, width) => sum + width, 0);
+  widths.name = Math.max(COLUMNS[0].minWidth, widths.name + room - taken);
   return widths;
 }
 
-/** The text with the first of the words that are searched for marked. */
-function highlight(text, words) {
+/** Which columns stay when each of these says something: one value for all entries says nothing. */
+export function tellingColumns(entries) {
+  const tells = (id) => entries.length < 2 || entries.some((entry) => entry[id] !== entries[0][id]);
+  return COLUMNS.map(({ id }) => id).filter((id) => ALWAYS.includes(id) || tells(id));
+}
+
+/** The part of a text from `from` to `to`, with what lies between `at` and `end` marked. */
+function marked(text, from, to, at, end) {
+  const [begin, stop] = [at, end].map((place) => Math.max(from, Math.min(place, to)));
+  if (begin === stop) return [text.slice(from, to)];
+  return [text.slice(from, begin), el('mark', { text: text.slice(begin, stop) }), text.slice(stop, to)];
+}
+
+/** A name with the first of the searched words marked. Where there is no room, a long one loses its middle. */
+function nameParts(text, words) {
   const lower = text.toLowerCase();
-  const word = words.find((one) => lower.includes(one));
-  if (!word || lower.length !== text.length) return [text];
-  const at = lower.indexOf(word);
-  return [text.slice(0, at), el('mark', { text: text.slice(at, at + word.length) }), text.slice(at + word.length)];
+  const word = lower.length === text.length && words.find((one) => lower.includes(one));
+  const at = word ? lower.indexOf(word) : 0;
+  const part = (from, to) => marked(text, from, to, at, at + (word || '').length);
+  if (text.length < LONG_NAME || RIGHT_TO_LEFT.test(text)) return part(0, text.length);
+  const cut = text.length - KEPT_END;
+  return [el('span', { class: 'fm-name-start' }, part(0, cut)), el('span', { class: 'fm-name-end' }, part(cut, text.length))];
 }
 
 function warning(text) {
@@ -72,25 +88,36 @@ function drawName(entry, words) {
   const name = visible(entry.name);
   const why = obstacle(entry, 'view');
   const cell = document.createDocumentFragment();
-  cell.append(icon(KIND_ICONS[kindOf(entry)]), el('span', { class: 'fm-name', title: name }, highlight(name, words)));
+  cell.append(icon(KIND_ICONS[kindOf(entry)]), el('span', { class: 'fm-name', title: name }, nameParts(name, words)));
   if (why) cell.append(warning(t('cannotDeliver', { why: t(why) })));
   return cell;
 }
 
-function drawEntry(entry, words) {
-  const more = [entry.test, entry.port, entry.module, entry.datetime].filter(Boolean).map(visible).join(' · ');
+function drawEntry(entry, words, telling) {
+  const more = ['test', 'port', 'module', 'mode', 'rsltype'].filter((id) => telling.includes(id) && entry[id]);
   const cell = document.createDocumentFragment();
-  cell.append(el('span', { class: 'fm-line' }, drawName(entry, words)), el('span', { class: 'fm-more', text: more }));
+  cell.append(
+    el('span', { class: 'fm-line' }, drawName(entry, words), drawDate(entry.datetime)),
+    el('span', { class: 'fm-more', text: more.map((id) => visible(entry[id])).join(' · ') }),
+  );
   return cell;
 }
 
-const drawText = (text, tip) => ({ text: visible(text), toolTip: tip ? visible(text) : '' });
+function drawDate(datetime) {
+  return el('time', { class: 'fm-date', title: visible(datetime), text: visible(shortDate(datetime)) });
+}
+
+function drawCell(id, entry, words) {
+  if (id === 'name') return drawName(entry, words);
+  return id === 'datetime' ? drawDate(entry.datetime) : { text: visible(entry[id]) };
+}
 
 export class Columns {
   /** `events`: sort(field), resize(id, step) by keyboard, chooseAll(on). */
   constructor(events) {
     this.events = events;
     this.words = []; // marked in names
+    this.telling = COLUMNS.map(({ id }) => id);
     this.heads = new Map(COLUMNS.map(({ id }) => [id, this.#head(id)]));
     this.checkAll = el('input', {
       type: 'checkbox',
@@ -103,44 +130,51 @@ export class Columns {
 
   /** The columns for a list of this width. */
   list(narrow, hostWidth) {
-    return narrow ? [this.#check(), this.#only(hostWidth)] : [this.#check(), ...this.#all(widthsFor(hostWidth))];
+    return narrow ? [this.#check(true), this.#only(hostWidth)] : [this.#check(false), ...this.#all(hostWidth)];
   }
 
-  #check() {
+  /** Puts the box for all and the choice of an order where a list without heads has them: into `place`. */
+  showTools(place, narrow) {
+    place.hidden = !narrow;
+    if (narrow) place.replaceChildren(el('label', { class: 'fm-check-all' }, this.checkAll), this.chooser);
+  }
+
+  #check(narrow) {
     return {
       id: 'chosen',
-      name: this.checkAll,
+      name: narrow ? el('span', { text: t('chooseAll') }) : this.checkAll,
       width: CHECK_WIDTH,
       minWidth: CHECK_WIDTH,
       maxWidth: CHECK_WIDTH,
       resizable: false,
       cssClass: 'fm-check-cell',
       headerCssClass: 'fm-check-head',
-      formatter: () => el('span', { class: 'fm-check', 'aria-hidden': 'true' }),
+      formatter: () => el('span', { class: 'fm-check', role: 'checkbox', tabindex: '-1' }),
     };
   }
 
   #only(hostWidth) {
     return {
       id: 'entry',
-      name: this.chooser,
+      name: columnText('name'),
       width: Math.max(200, hostWidth - CHECK_WIDTH - 2),
       resizable: false,
       cssClass: 'fm-entry',
-      formatter: (row, cell, value, column, entry) => drawEntry(entry, this.words),
+      formatter: (row, cell, value, column, entry) => drawEntry(entry, this.words, this.telling),
     };
   }
 
-  #all(widths) {
-    return COLUMNS.map(({ id, minWidth = LEAST_WIDTH }) => ({
+  #all(hostWidth) {
+    const widths = widthsFor(hostWidth, this.telling);
+    const some = COLUMNS.filter(({ id }) => this.telling.includes(id));
+    return some.map(({ id, minWidth = LEAST_WIDTH }) => ({
       id,
       field: id,
       name: this.heads.get(id),
       width: widths[id],
       minWidth,
       cssClass: `fm-col-${id}`,
-      formatter: (row, cell, value, column, entry) =>
-        id === 'name' ? drawName(entry, this.words) : drawText(value, id === 'path'),
+      formatter: (row, cell, value, column, entry) => drawCell(id, entry, this.words),
     }));
   }
 

@@ -2,6 +2,7 @@
  * The fixed parts of the list page. `on` is what they call: showKind(kind), typed(), leadToList(event), view(),
  * fetchFiles(operation), changeFilter(which), refresh(), clearChoice().
  */
+import { arrange } from './arrange.js';
 import { button, el, icon } from './dom.js';
 import { TAB_TEXTS } from './listing.js';
 import { keep } from './memory.js';
@@ -45,23 +46,19 @@ function languageChooser() {
 
 function buildHeader(on) {
   const tabs = KINDS.map((kind) => tab(kind, on));
-  const node = el(
-    'header',
-    { class: 'fm-top' },
-    el('h1', { text: t('title') }),
-    el(
-      'nav',
-      { 'aria-label': t('lists') },
-      tabs.map(([, link]) => link),
-    ),
-    el(
-      'div',
-      { class: 'fm-settings' },
-      button(t('switchLook'), { image: 'light', bare: true, class: 'fm-quiet', press: switchLook }),
-      languageChooser(),
-    ),
+  const nav = el(
+    'nav',
+    { 'aria-label': t('lists') },
+    tabs.map(([, link]) => link),
   );
-  return { node, tabs };
+  const settings = el(
+    'div',
+    { class: 'fm-settings' },
+    button(t('switchLook'), { image: 'light', bare: true, class: 'fm-quiet', press: switchLook }),
+    languageChooser(),
+  );
+  const node = el('header', { class: 'fm-top' }, el('h1', { text: t('title') }), nav, settings);
+  return { node, nav, settings, tabs };
 }
 
 function buildBar(on) {
@@ -88,15 +85,18 @@ function buildBar(on) {
     class: 'fm-button fm-primary',
     press: () => on.fetchFiles('download'),
   });
+  const actions = el('div', { class: 'fm-group-buttons fm-actions' }, view, pdf, download);
+  const tools = el('div', { class: 'fm-list-tools', hidden: true });
   const node = el(
     'section',
     { class: 'fm-bar', 'aria-label': t('actions') },
+    tools,
     el('div', { class: 'fm-search', role: 'search' }, icon('search'), find),
     refine,
     el('div', { class: 'fm-group-buttons' }, filter, advanced, refresh),
-    el('div', { class: 'fm-group-buttons fm-actions' }, view, pdf, download),
+    actions,
   );
-  return { node, find, refine, filter, advanced, view, pdf, download };
+  return { node, tools, actions, find, refine, filter, advanced, view, pdf, download };
 }
 
 function buildFoot(on) {
@@ -132,11 +132,12 @@ export function buildFrame(on) {
   const aside = el('section', { class: 'fm-viewer', hidden: true });
   const facets = el('dialog', { class: 'fm-facets', 'aria-label': t('refine') });
   const list = el('div', { class: 'fm-list' }, host, empty);
-  const main = el('main', { class: 'fm-main' }, facets, list, aside);
+  const main = el('main', { class: 'fm-main' }, list, facets, aside);
   const forms = el('div', { hidden: true }, filterForm, commandForm);
   // Whatever markup a name may have brought into the page goes with the old body.
   document.body.replaceChildren(header, bar, banner, chips, main, foot, forms);
   document.body.removeAttribute('style');
+  arrange({ header, tabs: ofHeader.nav, settings: ofHeader.settings, bar, actions: ofBar.actions, chips, banner, foot });
   const own = { host, filterForm, commandForm, banner, chips, empty, aside, list, facets };
   return { ...ofHeader, ...ofBar, ...ofFoot, ...own };
 }

@@ -5,20 +5,24 @@
  * column shows an entry in two lines.
  */
 import { SlickGrid } from 'slickgrid';
-import { Columns, hasOwnWidths, keepWidths } from './columns.js';
+import { Columns, keepWidths, tellingColumns } from './columns.js';
+import { announce, visible } from './dom.js';
 import { t } from './texts.js';
 
-const NARROW = 720;
+const NARROW = 880; // what the columns need
 const ROW_HEIGHT = 36;
-const NARROW_ROW_HEIGHT = 64;
+const NARROW_ROW_HEIGHT = 44; // of two lines; also what a finger needs
+const LONG_TAP = 500;
+const STILL = 10; // pixels that a finger may move in it
 
 export class FileGrid {
   /**
-   * `events`: sort(field), changed() after another choice or active row, open(entry), escape() which is true when
-   * something else than the choice was given up.
+   * `events`: sort(field), changed() after another choice or active row, open(entry), menu(entry, rectangle),
+   * escape() which is true when something else than the choice was given up. `tools` takes the place of the heads on a narrow screen.
    */
-  constructor(host, events) {
+  constructor(host, tools, events) {
     this.host = host;
+    this.tools = tools;
     this.events = events;
     this.view = [];
     this.chosen = new Set();
@@ -37,6 +41,7 @@ export class FileGrid {
   #create() {
     const { host } = this;
     this.narrow = host.clientWidth < NARROW;
+    this.columns.showTools(this.tools, this.narrow);
     this.grid = new SlickGrid(
       host,
       {
@@ -51,6 +56,7 @@ export class FileGrid {
         enableHtmlRendering: false,
         enableMouseWheelScrollHandler: false,
         fullWidthRows: true,
+        showColumnHeader: !this.narrow,
         syncColumnCellResize: true,
         rowTopOffsetRenderType: 'transform',
         showCellSelection: false,
@@ -69,6 +75,10 @@ export class FileGrid {
     host.addEventListener('mousedown', (event) => this.#press(event));
     host.addEventListener('click', (event) => this.#click(event));
     host.addEventListener('dblclick', (event) => this.#openRow(event));
+    host.addEventListener('pointerdown', (event) => this.#touch(event));
+    for (const end of ['pointerup', 'pointercancel']) host.addEventListener(end, () => clearTimeout(this.touching));
+    host.addEventListener('pointermove', (event) => this.#touchMoves(event));
+    host.addEventListener('contextmenu', (event) => this.#menu(event));
     new ResizeObserver(() => this.#fit()).observe(host);
     this.showSort(this.sort);
   }
@@ -94,18 +104,24 @@ export class FileGrid {
   }
 
   #fit() {
-    const narrow = this.host.clientWidth < NARROW;
-    if (narrow || narrow !== this.narrow || !hasOwnWidths()) {
-      const { top } = this;
-      this.narrow = narrow;
-      this.grid.setOptions({ rowHeight: narrow ? NARROW_ROW_HEIGHT : ROW_HEIGHT }, true, true);
-      this.grid.setColumns(this.columns.list(this.narrow, this.host.clientWidth));
-      this.showSort(this.sort);
-      this.#redraw();
-      this.top = top;
-    } else {
-      this.grid.resizeCanvas();
-    }
+    if (!this.host.clientWidth) return; // out of sight
+    const { top } = this;
+    this.narrow = this.host.clientWidth < NARROW;
+    this.columns.showTools(this.tools, this.narrow);
+    this.grid.setColumnHeaderVisibility(!this.narrow, false);
+    this.grid.setOptions({ rowHeight: this.narrow ? NARROW_ROW_HEIGHT : ROW_HEIGHT }, true, true);
+    this.grid.setColumns(this.columns.list(this.narrow, this.host.clientWidth));
+    this.showSort(this.sort);
+    this.#redraw();
+    this.top = top;
+  }
+
+  /** Leaves out the columns in which all of these entries agree. */
+  fold(entries) {
+    const telling = tellingColumns(entries);
+    if (telling.join() === this.columns.telling.join()) return;
+    this.columns.telling = telling;
+    if (!this.narrow) this.#fit();
   }
 
   // ---- drawing
@@ -124,6 +140,9 @@ export class FileGrid {
       node.id = `fm-row-${row}`;
       node.setAttribute('aria-rowindex', row + 2);
       node.setAttribute('aria-selected', chosen);
+      const box = node.querySelector('.fm-check');
+      box.setAttribute('aria-checked', chosen);
+      box.setAttribute('aria-label', visible(entry.name));
       node.classList.toggle('is-chosen', chosen);
       node.classList.toggle('is-active', row === this.active);
       if (row === this.active) activeId = node.id;
@@ -229,28 +248,70 @@ export class FileGrid {
     this.host.focus({ preventScroll: true });
   }
 
+  #touch(event) {
+    clearTimeout(this.touching);
+    this.tapIsLong = false;
+    const row = this.#rowAt(event);
+    if (event.pointerType !== 'touch' || row < 0) return;
+    this.touchedAt = [event.clientX, event.clientY];
+    this.touching = setTimeout(() => {
+      this.tapIsLong = true;
+      this.#toggle(row);
+      this.anchor = row;
+      this.activate(row);
+    }, LONG_TAP);
+  }
+
+  #touchMoves(event) {
+    const [x, y] = this.touchedAt ?? [0, 0];
+    if (Math.hypot(event.clientX - x, event.clientY - y) > STILL) clearTimeout(this.touching);
+  }
+
+  /** A finger opens a row, and chooses by the box or a long tap; a mouse chooses, and opens by a double click. */
   #click(event) {
     const row = this.#rowAt(event);
     if (row < 0) return;
-    const box = event.target.closest('.fm-check-cell') || event.pointerType === 'touch';
+    const box = event.target.closest('.fm-check-cell');
+    const isTap = event.pointerType === 'touch' && !box;
+    if (isTap && this.tapIsLong) return;
     if (event.shiftKey) {
       if (!event.ctrlKey && !box) this.chosen.clear();
       this.#range(row);
-    } else {
+    } else if (!isTap) {
       if (box || event.ctrlKey || event.metaKey) this.#toggle(row);
       else this.chosen = new Set([this.view[row]]);
       this.anchor = row;
     }
     this.activate(row);
+    if (isTap) this.events.open(this.view[row]);
+  }
+
+  /** The menu of a row: by the right button at the pointer, by the keyboard at the active row. A long tap chooses. */
+  #menu(event) {
+    event.preventDefault();
+    if (event.pointerType === 'touch') return;
+    const pressed = this.#rowAt(event);
+    const row = pressed < 0 ? this.active : pressed;
+    if (!this.view[row]) return;
+    if (!this.chosen.has(this.view[row])) this.chosen.clear();
+    this.activate(row);
+    const at = { left: event.clientX, right: event.clientX, top: event.clientY, bottom: event.clientY };
+    const place = pressed < 0 ? document.getElementById(`fm-row-${row}`).getBoundingClientRect() : at;
+    this.events.menu(this.view[row], place);
   }
 
   #openRow(event) {
     const row = this.#rowAt(event);
-    if (row >= 0 && !event.target.closest('.fm-check-cell')) this.events.open(this.view[row]);
+    if (row >= 0 && event.pointerType !== 'touch' && !event.target.closest('.fm-check-cell')) this.events.open(this.view[row]);
   }
 
   #key(event) {
-    if (event.target !== this.host || !this.view.length) return;
+    if (!this.view.length) return;
+    if (event.target !== this.host) {
+      // From the heads an arrow leads into the rows.
+      if (!/^Arrow(Down|Up)$/.test(event.key)) return;
+      this.host.focus();
+    }
     const page = Math.max(1, Math.floor(this.viewport.clientHeight / this.grid.getOptions().rowHeight) - 1);
     const moves = {
       ArrowDown: this.active + 1,
@@ -263,15 +324,22 @@ export class FileGrid {
     if (event.key in moves && !event.altKey) this.#move(moves[event.key], event.shiftKey);
     else if (event.key === ' ' && this.active >= 0) this.#chooseByKey(event.shiftKey);
     else if (event.key === 'Enter' && this.activeEntry) this.events.open(this.activeEntry);
-    else if (event.key.toLowerCase() === 'a' && (event.ctrlKey || event.metaKey)) this.chooseAll(true);
+    else if (event.key.toLowerCase() === 'a' && (event.ctrlKey || event.metaKey)) this.#chooseAllByKey();
     else if (event.key === 'Escape') {
       if (!this.events.escape()) this.choose([]);
     } else return;
     event.preventDefault();
   }
 
+  #chooseAllByKey() {
+    this.chooseAll(true);
+    announce(t('chosen', { n: this.chosen.size }));
+  }
+
   #move(row, extend) {
     const from = this.active;
+    if (row < 0 && from === 0) announce(t('startOfList'));
+    if (row >= this.view.length && from === this.view.length - 1) announce(t('endOfList'));
     const to = Math.max(0, Math.min(row, this.view.length - 1));
     if (extend) {
       if (this.anchor < 0) this.anchor = Math.max(from, 0);

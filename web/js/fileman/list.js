@@ -15,17 +15,19 @@ import { FileGrid } from './grid.js';
 import { hashOf, inHash } from './hash.js';
 import { TAB_TEXTS, addressOf } from './listing.js';
 import { keep, keepFind, keepList, recall, recallFind, recallList } from './memory.js';
-import { orderBy } from './order.js';
+import { orderBy, prepareSearch } from './order.js';
+import { showMenu } from './menu.js';
 import { dressPage } from './page.js';
 import { Query } from './query.js';
 import { fetchList, readOwnPage } from './source.js';
 import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
+import { copyRows, printRows } from './takeaway.js';
 import { size, t } from './texts.js';
 import { AnswerError, listingQuery, readListing, toText } from './wire.js';
 import { Viewer } from './viewer.js';
 
 const MOST_KEPT = 2000;
-const TYPING_PAUSE = 120;
+const TYPING_PAUSE = 50;
 
 let frame; // the page's parts by name
 let grid;
@@ -136,7 +138,9 @@ function takeList(list, kept) {
   showForms(frame, listing);
   showTabs(frame, listing, addressWith);
   showChips(frame, listing, load);
+  grid.fold(entries);
   narrow();
+  prepareSearch(entries);
   // By path: two files of one name share their id.
   const paths = new Set(kept.chosen ?? []);
   grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
@@ -333,6 +337,10 @@ function copies(some) {
   return [item(t('copyName'), lines('name')), item(t('copyPath'), lines('path')), item(t('copyLink'), link)];
 }
 
+function showRowMenu(entry, place) {
+  showMenu([{ text: t('view'), press: () => view(entry) }, ...copies([entry])], place, frame.host, visible(entry.name));
+}
+
 function fetchFiles(operation, targets) {
   if (!targets.length) return;
   command(operation, targets);
@@ -405,7 +413,9 @@ export async function start() {
     deliver: fetchFiles,
     copies,
   });
-  grid = new FileGrid(frame.host, { sort: sortBy, changed: showState, open: view, escape });
+  grid = new FileGrid(frame.host, frame.tools, { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape });
+  copyRows(frame.host, () => grid.targets());
+  printRows(() => grid.view);
   grid.showSort(sort);
   facets = new Facets(frame.facets, frame.refine, {
     find: findText,
