@@ -6,7 +6,7 @@ import { arrive, column, footer, pressed, rowsOf, settled, startInstrument } fro
 const instrument = await startInstrument();
 after(() => instrument.stop());
 
-const value = (page, name) => page.getByRole('dialog', { name: 'Refine' }).getByRole('button', { name, exact: true });
+const value = (page, name) => page.getByRole('region', { name: 'Refine' }).getByRole('button', { name, exact: true });
 
 test('counts narrow with one tap each, may be combined, and are true', async () => {
   const page = await instrument.open('fmtype=all');
@@ -40,5 +40,39 @@ test('filters are kept by name, on a small screen in a panel that folds away', a
   assert.equal(await footer(page), was);
   await pressed(page, 'Remove the filter Fast <b>ones</b>').click();
   assert.equal(await page.getByRole('button', { name: 'Fast <b>ones</b>' }).count(), 0);
+  assert.deepEqual(page.problems, []);
+});
+
+test('screenshots are pictures, fetched in sight and four at a time, and arrows step through them', async () => {
+  const page = await instrument.newPage();
+  let running = 0;
+  let most = 0;
+  await page.route('**/fileman.cgi?opertype=view**', async (route) => {
+    most = Math.max(most, ++running);
+    await page.waitForTimeout(100);
+    running -= 1;
+    await route.continue();
+  });
+  await page.goto(instrument.list('fmtype=screen'));
+  const pictures = page.locator('.fm-tile img');
+  await pictures.nth(rowsOf('fmtype=screen').length - 1).waitFor();
+  assert.equal(most, 4);
+  const size = await pictures.first().evaluate((picture) => picture.decode().then(() => picture.naturalWidth));
+  assert.ok(size > 100);
+  await page.unroute('**/fileman.cgi?opertype=view**');
+  const names = await page.locator('.fm-tile-name').allInnerTexts();
+  await page.locator('.fm-tile').first().click();
+  for (const name of names.slice(0, 3)) {
+    await page.getByRole('img', { name: `Picture ${name}` }).waitFor();
+    await page.keyboard.press('ArrowRight');
+  }
+  await page.closeViewer();
+  await page.keyboard.press('Home');
+  await page.keyboard.press(' ');
+  await pressed(page, 'Pictures').click();
+  assert.match(await footer(page), /1 chosen/);
+  assert.equal(await page.locator('.slick-row').first().getAttribute('aria-selected'), 'true');
+  await page.reload();
+  await page.waitForSelector('.slick-row');
   assert.deepEqual(page.problems, []);
 });

@@ -19,8 +19,8 @@ const textOf = (key, value) => (key === 'kind' ? t(KIND_TEXTS[value]) : visible(
 
 export class Facets {
   /**
-   * `host` is a dialog, `opener` the button that opens it; `events`: find(text) narrows by another text; the others
-   * are those of KeptFilters.
+   * `host` holds the panel beside the list, `opener` is the button that opens it; `events`: find(text) narrows by another
+   * text; the others are those of KeptFilters.
    */
   constructor(host, opener, events) {
     this.host = host;
@@ -29,7 +29,11 @@ export class Facets {
     this.groups = el('div', { class: 'fm-facet-groups' });
     this.expanded = new Set(); // columns of which all values are shown
     this.turn = 0; // counts what has been shown; an older counting stops
-    host.append(
+    this.over = el('dialog', { class: 'fm-facets fm-facets-over', 'aria-label': t('refine') });
+    document.body.append(this.over);
+    this.panel = el(
+      'div',
+      {},
       el(
         'div',
         { class: 'fm-facet-head' },
@@ -40,29 +44,35 @@ export class Facets {
       new KeptFilters(events).node,
       el('p', { class: 'fm-facet-hint', text: t('findSyntax') }),
     );
-    opener.addEventListener('click', () => (host.open ? this.#close() : this.#open()));
-    host.addEventListener('click', (event) => {
-      if (event.target === host) host.close(); // beside the panel
+    this.groups.addEventListener('keydown', (event) => this.#move(event));
+    opener.addEventListener('click', () => (this.#isOpen ? this.#close() : this.#open()));
+    this.over.addEventListener('click', (event) => {
+      if (event.target === this.over) this.over.close(); // beside the panel
     });
-    host.addEventListener('close', () => this.#showOpener());
+    this.over.addEventListener('close', () => this.#showOpener());
     BESIDE.addEventListener('change', () => this.#fold());
     this.#fold();
   }
 
+  get #isOpen() {
+    return !this.host.hidden || this.over.open;
+  }
+
   /** Puts the panel where the window has room for it. */
   #fold() {
-    if (this.host.open) this.host.close();
-    this.host.open = BESIDE.matches && recall('refine', innerWidth >= ROOMY);
+    this.over.close();
+    (BESIDE.matches ? this.host : this.over).append(this.panel);
+    this.host.hidden = !BESIDE.matches || !recall('refine', innerWidth >= ROOMY);
     this.#showOpener();
     this.#count();
   }
 
   #open() {
     if (BESIDE.matches) {
-      this.host.open = true;
+      this.host.hidden = false;
       keep('refine', true);
     } else {
-      this.host.showModal();
+      this.over.showModal();
     }
     this.#showOpener();
     this.#count();
@@ -70,12 +80,13 @@ export class Facets {
 
   #close() {
     if (BESIDE.matches) keep('refine', false);
-    this.host.close();
+    this.host.hidden = true;
+    this.over.close();
     this.opener.focus();
   }
 
   #showOpener() {
-    this.opener.setAttribute('aria-expanded', this.host.open);
+    this.opener.setAttribute('aria-expanded', this.#isOpen);
   }
 
   /** Shows what these entries, of which a query finds some, hold. */
@@ -88,7 +99,7 @@ export class Facets {
   async #count() {
     this.turn += 1;
     const { turn } = this;
-    if (!this.host.open || !this.entries) return;
+    if (!this.#isOpen || !this.entries) return;
     const counts = await countValues(this.entries, this.query, () => turn === this.turn);
     if (counts) this.#draw(counts);
   }
@@ -101,7 +112,29 @@ export class Facets {
         .map((key) => this.#group(key, counts.get(key)))
         .filter(Boolean),
     );
-    if (focused) [...this.groups.querySelectorAll('button')].find((one) => one.dataset.facet === focused)?.focus();
+    const buttons = this.#buttons();
+    const was = focused && buttons.find((one) => one.dataset.facet === focused);
+    this.#lead(was || buttons[0]);
+    if (was) was.focus();
+  }
+
+  #buttons() {
+    return [...this.groups.querySelectorAll('button')];
+  }
+
+  /** The keyboard stops at one of the buttons; arrows lead on from there. */
+  #lead(to) {
+    for (const one of this.#buttons()) one.tabIndex = one === to ? 0 : -1;
+  }
+
+  #move(event) {
+    const buttons = this.#buttons();
+    const by = { ArrowDown: 1, ArrowRight: 1, ArrowUp: -1, ArrowLeft: -1 }[event.key];
+    const to = buttons[buttons.indexOf(event.target) + by];
+    if (!to) return;
+    event.preventDefault();
+    this.#lead(to);
+    to.focus();
   }
 
   /** A column's values; null when it has nothing to choose from. */
@@ -125,7 +158,7 @@ export class Facets {
         {},
         shown.map((value) => el('li', {}, this.#value(key, value, counts.get(value)))),
       ),
-      more > 0 && button(t('moreValues', { n: more }), { class: 'fm-link', press: () => this.#expand(key) }),
+      more > 0 && button(t('moreValues', { n: more }), { class: 'fm-link', 'data-facet': `more ${key}`, press: () => this.#expand(key) }),
     );
   }
 
@@ -137,7 +170,9 @@ export class Facets {
   #expand(key) {
     this.expanded.add(key);
     this.#draw(this.counts);
-    this.groups.querySelector(`[data-facet^="${key}:"]`)?.focus();
+    const first = this.#buttons().find((one) => one.dataset.facet.startsWith(`${key}:`));
+    this.#lead(first);
+    first.focus();
   }
 
   #value(key, value, count) {

@@ -1,6 +1,7 @@
 /*
  * The fixed parts of the list page. `on` is what they call: showKind(kind), typed(), leadToList(event), view(),
- * fetchFiles(operation), changeFilter(which), refresh(), clearChoice().
+ * fetchFiles(operation), changeFilter(which), refresh(),
+ * switchGallery(), clearChoice().
  */
 import { arrange } from './arrange.js';
 import { button, el, icon } from './dom.js';
@@ -78,6 +79,7 @@ function buildBar(on) {
     press: () => on.changeFilter('fadv'),
   });
   const refresh = button(t('refresh'), { image: 'refresh', bare: true, class: 'fm-quiet', press: on.refresh });
+  const pictures = button(t('asPictures'), { image: 'picture', class: 'fm-button', press: on.switchGallery });
   const view = button(t('view'), { image: 'eye', class: 'fm-button', press: on.view });
   const pdf = button(t('pdf'), { image: 'pdf', class: 'fm-button', press: () => on.fetchFiles('pdf') });
   const download = button(t('download'), {
@@ -93,10 +95,10 @@ function buildBar(on) {
     tools,
     el('div', { class: 'fm-search', role: 'search' }, icon('search'), find),
     refine,
-    el('div', { class: 'fm-group-buttons' }, filter, advanced, refresh),
+    el('div', { class: 'fm-group-buttons' }, filter, advanced, pictures, refresh),
     actions,
   );
-  return { node, tools, actions, find, refine, filter, advanced, view, pdf, download };
+  return { node, tools, actions, find, refine, filter, advanced, pictures, view, pdf, download };
 }
 
 function buildFoot(on) {
@@ -130,14 +132,22 @@ export function buildFrame(on) {
   const chips = el('div', { class: 'fm-chips', role: 'region', 'aria-label': t('chips'), hidden: true });
   const empty = el('div', { class: 'fm-empty', hidden: true });
   const aside = el('section', { class: 'fm-viewer', hidden: true });
-  const facets = el('dialog', { class: 'fm-facets', 'aria-label': t('refine') });
-  const list = el('div', { class: 'fm-list' }, host, empty);
+  const facets = el('section', { class: 'fm-facets', 'aria-label': t('refine'), hidden: true });
+  const gallery = el('div', {
+    class: 'fm-gallery',
+    role: 'listbox',
+    tabindex: '0',
+    'aria-label': t('gallery'),
+    'aria-multiselectable': 'true',
+    hidden: true,
+  });
+  const list = el('div', { class: 'fm-list' }, host, gallery, empty);
   const main = el('main', { class: 'fm-main' }, list, facets, aside);
   const forms = el('div', { hidden: true }, filterForm, commandForm);
   // Whatever markup a name may have brought into the page goes with the old body.
   document.body.replaceChildren(header, bar, banner, chips, main, foot, forms);
   document.body.removeAttribute('style');
   arrange({ header, tabs: ofHeader.nav, settings: ofHeader.settings, bar, actions: ofBar.actions, chips, banner, foot });
-  const own = { host, filterForm, commandForm, banner, chips, empty, aside, list, facets };
+  const own = { host, filterForm, commandForm, banner, chips, empty, aside, list, facets, gallery };
   return { ...ofHeader, ...ofBar, ...ofFoot, ...own };
 }

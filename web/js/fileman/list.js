@@ -11,6 +11,7 @@ import { announce, button, el, icon, visible } from './dom.js';
 import { askFilter, fetchFilter } from './filters.js';
 import { Facets } from './facets.js';
 import { buildFrame } from './frame.js';
+import { Gallery } from './gallery.js';
 import { FileGrid } from './grid.js';
 import { hashOf, inHash } from './hash.js';
 import { TAB_TEXTS, addressOf } from './listing.js';
@@ -33,6 +34,7 @@ let frame; // the page's parts by name
 let grid;
 let viewer;
 let facets;
+let gallery;
 
 let listing; // what is shown: kind, lists, texts
 let entries = []; // all rows of the list, in the instrument's order
@@ -167,7 +169,30 @@ function remember() {
 
 // ---- narrowing and order
 
-const showState = () => showCounts(frame, grid, { all: entries.length, lost });
+function showState() {
+  showCounts(frame, grid, { all: entries.length, lost });
+  gallery.mark();
+}
+
+/** What holds the keyboard: the list, or the gallery in its place. */
+const listHost = () => (gallery.isShown ? frame.gallery : frame.host);
+
+/** Screenshots are shown as pictures unless a person prefers the list. */
+function showGallery() {
+  const canShow = listing.kind === 'screen';
+  const isOn = canShow && recall('gallery', true) && grid.view.length > 0;
+  const changes = gallery.isShown !== isOn;
+  frame.pictures.hidden = !canShow;
+  frame.pictures.setAttribute('aria-pressed', String(recall('gallery', true)));
+  frame.host.hidden = isOn;
+  gallery.show(isOn ? grid.view : null);
+  if (changes) gallery.reveal();
+}
+
+function switchGallery() {
+  keep('gallery', !recall('gallery', true));
+  showGallery();
+}
 
 /** The entries that the query finds, in order. A longer query looks only at what the shorter one found. */
 function findEntries() {
@@ -182,6 +207,7 @@ function narrow() {
   grid.show(shown, query.words);
   showEmpty(frame, listing, { all: entries.length, isEmpty: !shown.length, load, clearFind });
   showState();
+  showGallery();
   facets.show(entries, query);
 }
 
@@ -230,8 +256,9 @@ function leadToList(event) {
   event.preventDefault();
   if (typing) applyFind();
   if (!grid.view.length) return;
-  frame.host.focus();
+  listHost().focus();
   grid.activate(Math.max(grid.active, 0));
+  gallery.reveal();
 }
 
 function clearFind() {
@@ -304,7 +331,7 @@ function closeView() {
 
 function hideView() {
   viewer.hide();
-  frame.host.focus();
+  listHost().focus();
   // What was typed during the view stays.
   if (!isLeaving) history.replaceState(history.state, '', addressShown());
 }
@@ -317,13 +344,14 @@ function step(by) {
   const isChoice = grid.chosen.size === 1 && grid.chosen.has(viewer.entry);
   grid.activate(at);
   if (isChoice) grid.choose([grid.view[at]]);
+  gallery.reveal();
   view(grid.view[at]);
 }
 
 /** Left and right step through the views from the list, too. */
 function stepByKey(event) {
   const by = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
-  if (!by || !viewer.isOpen || event.target !== frame.host || event.altKey || event.ctrlKey || event.metaKey) return;
+  if (!by || !viewer.isOpen || event.target !== listHost() || event.altKey || event.ctrlKey || event.metaKey) return;
   event.preventDefault();
   step(by);
 }
@@ -363,7 +391,7 @@ async function changeFilter(which) {
 
 function clearChoice() {
   grid.choose([]);
-  frame.host.focus();
+  listHost().focus();
 }
 
 /** Escape in the list closes the view first. */
@@ -377,6 +405,7 @@ const handlers = {
   showKind: (kind) => load({ ...listing, kind }),
   typed,
   leadToList,
+  switchGallery,
   view: () => view(...grid.targets()),
   fetchFiles: (operation) => fetchFiles(operation, grid.targets()),
   changeFilter,
@@ -414,6 +443,7 @@ export async function start() {
     copies,
   });
   grid = new FileGrid(frame.host, frame.tools, { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape });
+  gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });
   copyRows(frame.host, () => grid.targets());
   printRows(() => grid.view);
   grid.showSort(sort);
@@ -424,7 +454,7 @@ export async function start() {
   });
   addEventListener('pagehide', remember);
   document.addEventListener('keydown', leadToFind);
-  frame.host.addEventListener('keydown', stepByKey);
+  for (const node of [frame.host, frame.gallery]) node.addEventListener('keydown', stepByKey);
   addEventListener('popstate', takeAddress);
   const kept = recallList(listingQuery(listing));
   if (own) takeList(own, kept);

@@ -61,6 +61,8 @@ export default {
   keepHint: 'Name für diese Auswahl',
   keptAs: 'Als „{name}“ gemerkt.',
   removeKept: 'Filter {name} entfernen',
+  asPictures: 'Bilder',
+  gallery: 'Bilder. Pfeiltasten bewegen, Leertaste wählt aus, Eingabetaste zeigt an.',
   kindReport: 'Bericht',
   kindPicture: 'Bild',
   kindCapture: 'Mitschnitt',

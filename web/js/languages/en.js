@@ -60,6 +60,8 @@ export default {
   keepHint: 'Name for what is shown',
   keptAs: 'Kept as “{name}”.',
   removeKept: 'Remove the filter {name}',
+  asPictures: 'Pictures',
+  gallery: 'Pictures. Arrow keys move, space chooses, Enter views.',
   kindReport: 'Report',
   kindPicture: 'Picture',
   kindCapture: 'Capture',
