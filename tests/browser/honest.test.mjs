@@ -2,7 +2,19 @@
 import assert from 'node:assert/strict';
 import { after, test } from 'node:test';
 import { parsePage } from '../../web/js/fileman/rows.js';
-import { answerOf, footer, openList, pressed, row, rowsOf, settled, startInstrument, strictServer, task, told } from './instrument.mjs';
+import {
+  answerOf,
+  footer,
+  openList,
+  pressed,
+  row,
+  rowsOf,
+  settled,
+  startInstrument,
+  strictServer,
+  task,
+  told,
+} from './instrument.mjs';
 
 const instrument = await startInstrument();
 const strict = await startInstrument(strictServer);
@@ -41,9 +53,15 @@ test('places that the instrument could not read are told, by the page and by a f
     .replace('<head>', '<head><meta name="fileman-incomplete" content="3">');
   await page.route(LISTS, (route) => route.fulfill({ ...asHtml, headers: { 'X-Fileman-Incomplete': '2' }, body }));
   await openList(page, instrument.list('fmtype=rslt'));
-  await page.getByRole('alert').getByText(/could not read 3 places of its storage/).waitFor();
+  await page
+    .getByRole('alert')
+    .getByText(/could not read 3 places of its storage/)
+    .waitFor();
   await pressed(page, 'Read the list again').click();
-  await page.getByRole('alert').getByText(/could not read 2 places of its storage/).waitFor();
+  await page
+    .getByRole('alert')
+    .getByText(/could not read 2 places of its storage/)
+    .waitFor();
   await page.getByRole('alert').getByRole('button', { name: 'Close' }).click();
   await page.unroute(LISTS);
   await pressed(page, 'Read the list again').click();

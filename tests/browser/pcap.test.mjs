@@ -80,7 +80,8 @@ test('count, times and protocols, in each form and byte order', () => {
     const wanted = { format, links: ['Ethernet'], packets: 9, bytes, first: 1000.5, last: 1008.5, cut: false };
     assert.deepEqual([read, protocols.map(([name]) => name).sort()], [wanted, NAMES]);
   }
-  for (const other of ['', '\xa1\xb2', '<html>', '%PDF-1.4']) assert.equal(summarize(Buffer.from(other, 'latin1')), null);
+  for (const other of ['', '\xa1\xb2', '<html>', '%PDF-1.4'])
+    assert.equal(summarize(Buffer.from(other, 'latin1')), null);
 });
 
 test('a file that is cut off or broken is read up to that place', () => {

@@ -31,7 +31,10 @@ test('the buttons of a view act on the viewed entry, those above the list on the
   await titled(page, third);
   assert.equal(await page.locator('.is-chosen').count(), 3);
   assert.equal(await pressed(page, 'Download').innerText(), 'Download\n3');
-  assert.equal((await saved(page, () => inViewer(page, 'PDF of this entry').click())).suggestedFilename(), `${third}.pdf`);
+  assert.equal(
+    (await saved(page, () => inViewer(page, 'PDF of this entry').click())).suggestedFilename(),
+    `${third}.pdf`,
+  );
   const archive = await saved(page, () => inViewer(page, 'Download this entry').click());
   assert.equal(archive.suggestedFilename(), `${third}.zip`);
 
@@ -85,7 +88,10 @@ async function seeInsides(server) {
   const drawing = '<svg xmlns="http://www.w3.org/2000/svg" width="40" height="30"><rect width="40" height="30"/></svg>';
   fs.writeFileSync(`${files}/chart Ü.svg`, drawing);
   fs.writeFileSync(`${files}/style.css`, 'p { color: rgb(1, 2, 3) }');
-  fs.writeFileSync(`${DIR}/whole`, '<r><KTB_advinfo job_id="J&lt;1" account_id="me" locator="None" advtype="Check"/></r>');
+  fs.writeFileSync(
+    `${DIR}/whole`,
+    '<r><KTB_advinfo job_id="J&lt;1" account_id="me" locator="None" advtype="Check"/></r>',
+  );
   fs.writeFileSync(
     `${DIR}/whole.html`,
     '<link rel="stylesheet" href="whole_files/style.css"><p>Text</p><img src="whole_files/chart%20%C3%9C.svg" alt="one">' +
@@ -104,9 +110,9 @@ async function seeInsides(server) {
     await viewer(page).getByText('Pictures and details could not be read').waitFor();
     await inViewer(page, 'Try again').click();
     await viewer(page).getByText('J<1', { exact: true }).waitFor();
-    const sizes = await report.locator('img').evaluateAll((all) =>
-      Promise.all(all.map((one) => one.decode().then(() => one.naturalWidth))),
-    );
+    const sizes = await report
+      .locator('img')
+      .evaluateAll((all) => Promise.all(all.map((one) => one.decode().then(() => one.naturalWidth))));
     assert.deepEqual(sizes, [40, 40]);
     assert.equal(await report.locator('p').evaluate((node) => getComputedStyle(node).color), 'rgb(1, 2, 3)');
     assert.match(await page.locator('.fm-facts dl').innerText(), /Job ID\s+J<1\s+Account\s+me\s+Type\s+Check\s+Date/);
@@ -157,7 +163,9 @@ test('printing a view prints what is looked at alone', async () => {
   await page.emulateMedia({ media: 'print' });
   assert.match(await page.evaluate(() => window.printed), /prints-view/);
   const shown = await page.evaluate(() =>
-    ['.fm-top', '.fm-list', '.fm-viewer-head', '.fm-picture img'].map((one) => document.querySelector(one).checkVisibility()),
+    ['.fm-top', '.fm-list', '.fm-viewer-head', '.fm-picture img'].map((one) =>
+      document.querySelector(one).checkVisibility(),
+    ),
   );
   assert.deepEqual(shown, [false, false, false, true]);
 
@@ -180,8 +188,23 @@ test('two reports are shown side by side, aligned, with what differs marked and 
     `<style>body { margin: 8px } td { padding: 4px }</style><h1>Loss</h1><span class="x">${verdict}</span>` +
     `<table><tr><td>File</td><td>${verdict}</td></tr></table>` +
     `<table><tr><th>Size</th><th>Lost</th></tr>${rows.map((row) => `<tr><td>${row.join('<td>')}`).join('')}</table>`;
-  fs.writeFileSync(`${DIR}/pair1.html`, report('PASS', [['64 bytes', '0 ms'], ['128 bytes', '1,001.5 ms'], ['512 bytes', '3']]));
-  fs.writeFileSync(`${DIR}/pair2.html`, report('FAIL', [['64 bytes', '0 ms'], ['128 bytes', '1,000 ms'], ['256 bytes', '7'], ['512 bytes', '3']]));
+  fs.writeFileSync(
+    `${DIR}/pair1.html`,
+    report('PASS', [
+      ['64 bytes', '0 ms'],
+      ['128 bytes', '1,001.5 ms'],
+      ['512 bytes', '3'],
+    ]),
+  );
+  fs.writeFileSync(
+    `${DIR}/pair2.html`,
+    report('FAIL', [
+      ['64 bytes', '0 ms'],
+      ['128 bytes', '1,000 ms'],
+      ['256 bytes', '7'],
+      ['512 bytes', '3'],
+    ]),
+  );
   try {
     const page = await instrument.open('fmtype=rslt&test=bert&fname=pair');
     await page.getByRole('button', { name: 'Name', exact: true }).click();
@@ -197,11 +220,13 @@ test('two reports are shown side by side, aligned, with what differs marked and 
       '128 bytes, Lost\t1,001.5 ms\t1,000 ms\t-1.5 ms',
       '256 bytes\t(absent)\t7\t',
     ]);
-    const tops = await frame.locator('.side').evaluateAll((sides) =>
-      sides.map((side) =>
-        [...side.lastElementChild.shadowRoot.querySelectorAll('tr')].map((one) => one.getBoundingClientRect().top),
-      ),
-    );
+    const tops = await frame
+      .locator('.side')
+      .evaluateAll((sides) =>
+        sides.map((side) =>
+          [...side.lastElementChild.shadowRoot.querySelectorAll('tr')].map((one) => one.getBoundingClientRect().top),
+        ),
+      );
     assert.equal(tops[0].length, 6);
     assert.deepEqual(tops[0], tops[1]);
     assert.equal(await frame.locator('.fm-differs').count(), 8);

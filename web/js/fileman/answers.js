@@ -1,7 +1,8 @@
 /* What a page says about the program's answers: the usual ones, or the strict ones of plain HTTP. */
 
 /** Whether the program gives strict answers. The list page says so in its head, where no stored name can stand. */
-export const isStrict = () => globalThis.document?.head.querySelector('meta[name=fileman-answers]')?.content === 'strict';
+export const isStrict = () =>
+  globalThis.document?.head.querySelector('meta[name=fileman-answers]')?.content === 'strict';
 
 const LONGEST_SENTENCE = 300;
 

@@ -25,15 +25,17 @@ function line(title, text) {
 }
 
 function protocolRows({ protocols, packets }) {
-  return protocols.slice(0, MOST_PROTOCOLS).map(([name, count]) =>
-    el(
-      'tr',
-      {},
-      el('th', { scope: 'row', text: name || t('protocolOther') }),
-      el('td', { text: number(count) }),
-      el('td', {}, el('meter', { max: packets, value: count, 'aria-hidden': 'true' })),
-    ),
-  );
+  return protocols
+    .slice(0, MOST_PROTOCOLS)
+    .map(([name, count]) =>
+      el(
+        'tr',
+        {},
+        el('th', { scope: 'row', text: name || t('protocolOther') }),
+        el('td', { text: number(count) }),
+        el('td', {}, el('meter', { max: packets, value: count, 'aria-hidden': 'true' })),
+      ),
+    );
 }
 
 function protocolTable(summary) {

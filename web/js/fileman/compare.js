@@ -7,7 +7,8 @@ import { el, visible } from './dom.js';
 import { calmReport, decodeReport, reportShell } from './report.js';
 import { t } from './texts.js';
 
-const MARK = '.fm-differs { background: #ffe9a3 !important; color: #1a1a1a !important; outline: 1px solid #c99700; outline-offset: -1px; }' +
+const MARK =
+  '.fm-differs { background: #ffe9a3 !important; color: #1a1a1a !important; outline: 1px solid #c99700; outline-offset: -1px; }' +
   '.fm-absent > td { background: repeating-linear-gradient(45deg, #f3f3f3 0 6px, #e4e4e4 6px 12px); }';
 const PAGE = `
   body { margin: 0; font: 14px/1.45 sans-serif; color: #16212b; background: #fff; }
@@ -35,11 +36,14 @@ const MOST_LISTED = 500;
 const textOf = (node) => node.textContent.replace(/\s+/g, ' ').trim();
 const rowsOf = (table) => [...table.rows].filter((row) => row.closest('table') === table);
 const textsOf = (row) => [...row.cells].map(textOf);
-const headOf = (rows) => (rows.length && [...rows[0].cells].every(({ localName }) => localName === 'th') ? textsOf(rows[0]) : null);
+const headOf = (rows) =>
+  rows.length && [...rows[0].cells].every(({ localName }) => localName === 'th') ? textsOf(rows[0]) : null;
 
 /** What carries text outside the tables and holds no such part itself. */
 const leavesOf = (body) =>
-  [...body.querySelectorAll(LEAVES)].filter((node) => !node.closest('table') && !node.querySelector(LEAVES) && textOf(node));
+  [...body.querySelectorAll(LEAVES)].filter(
+    (node) => !node.closest('table') && !node.querySelector(LEAVES) && textOf(node),
+  );
 
 /** Puts an empty row into a table, before another one or at the end. */
 function gapBefore(row, table) {
@@ -73,7 +77,9 @@ class Comparison {
   }
 
   compareTables(bodies) {
-    const [a, b] = bodies.map((body) => [...body.querySelectorAll('table')].filter((table) => !table.querySelector('table')));
+    const [a, b] = bodies.map((body) =>
+      [...body.querySelectorAll('table')].filter((table) => !table.querySelector('table')),
+    );
     const texts = [a, b].map((tables) => tables.map((table) => rowsOf(table).map(textsOf)));
     const pairs = align(a.length, b.length, (i, j) => likeness(texts[0][i], texts[1][j]));
     for (const [i, j] of pairs) {
@@ -153,46 +159,51 @@ function place(host, { report }) {
   const root = host.attachShadow({ mode: 'open' });
   const mark = ownerDocument.createElement('style');
   mark.textContent = MARK;
-  root.append(...ownerDocument.adoptNode(report.head).querySelectorAll('style'), mark, ownerDocument.adoptNode(report.body));
+  root.append(
+    ...ownerDocument.adoptNode(report.head).querySelectorAll('style'),
+    mark,
+    ownerDocument.adoptNode(report.body),
+  );
   return root.querySelector('body');
 }
 
 function differenceTable(found, names) {
   const heads = [t('where'), ...names, t('change')].map((text) => el('th', { scope: 'col', text }));
-  const rows = found
-    .slice(0, MOST_LISTED)
-    .map(({ where, texts }) =>
-      el(
-        'tr',
-        {},
-        el('th', { scope: 'row', text: where }),
-        texts.map((text) => el('td', { text })),
-        el('td', { text: change(...texts) }),
-      ),
-    );
+  const rows = found.slice(0, MOST_LISTED).map(({ where, texts }) =>
+    el(
+      'tr',
+      {},
+      el('th', { scope: 'row', text: where }),
+      texts.map((text) => el('td', { text })),
+      el('td', { text: change(...texts) }),
+    ),
+  );
   return el('table', {}, el('thead', {}, el('tr', {}, heads)), el('tbody', {}, rows));
 }
 
-/** Shows two reports' bytes: { frame, ready, count } where `ready` resolves with the number of differences. */
+/**
+ * Shows two reports' bytes: { frame, ready, sides }. `ready` resolves with the number of differences; `sides` are the two
+ * reports' ways to take the files that they lack, as showReport has them.
+ */
 export function showComparison(entries, contents, onKey) {
   const names = entries.map(({ name }) => visible(name));
   const { frame, ready } = reportShell(t('compareTitle', { a: names[0], b: names[1] }), onKey);
-  const filled = ready.then((target) => {
+  const comparison = new Comparison();
+  let calm = [];
+  const fill = (target) => {
     const style = target.createElement('style');
     style.textContent = PAGE;
     target.head.append(style);
-    const sides = el('div', { class: 'sides' });
-    const hosts = names.map((name) => {
-      const host = el('div');
-      sides.append(el('section', { class: 'side', 'aria-label': name }, el('h2', { text: name }), host));
-      return host;
-    });
-    const comparison = new Comparison();
+    const hosts = names.map(() => el('div'));
+    const sides = hosts.map((host, i) =>
+      el('section', { class: 'side', 'aria-label': names[i] }, el('h2', { text: names[i] }), host),
+    );
     // Where the reports stand one below the other, the list is what compares them.
     const isNarrow = frame.clientWidth <= NARROW;
     const list = el('details', { class: 'list', 'aria-label': t('differences'), open: isNarrow });
-    target.body.replaceChildren(list, sides);
-    const bodies = hosts.map((host, i) => place(host, calmReport(decodeReport(contents[i]), frame.contentWindow.DOMParser)));
+    target.body.replaceChildren(list, el('div', { class: 'sides' }, sides));
+    calm = contents.map((bytes) => calmReport(decodeReport(bytes), frame.contentWindow.DOMParser));
+    const bodies = hosts.map((host, i) => place(host, calm[i]));
     comparison.compareTexts(bodies);
     comparison.compareTables(bodies);
     const { found } = comparison;
@@ -201,7 +212,12 @@ export function showComparison(entries, contents, onKey) {
     const fit = () => comparison.align(bodies);
     fit();
     frame.contentWindow.addEventListener('resize', fit);
+    for (const host of hosts) host.shadowRoot.addEventListener('load', fit, true); // pictures that come later
     return found.length;
+  };
+  const sideOf = (i) => ({
+    paths: () => new Set(calm[i].slots.flatMap((slot) => slot.paths)),
+    fill: (...known) => calm[i].slots.forEach((slot) => slot.fill(...known)),
   });
-  return { frame, ready: filled };
+  return { frame, ready: ready.then(fill), sides: [sideOf(0), sideOf(1)] };
 }

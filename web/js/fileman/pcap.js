@@ -9,7 +9,16 @@ const LOOPBACKS = [0, 108];
 const RAW_IP = [12, 14, 101, 228, 229];
 const COOKED = 113;
 const COOKED_2 = 276;
-const LINK_NAMES = { 1: 'Ethernet', 12: 'IP', 14: 'IP', 101: 'IP', 113: 'Linux cooked', 228: 'IPv4', 229: 'IPv6', 276: 'Linux cooked' };
+const LINK_NAMES = {
+  1: 'Ethernet',
+  12: 'IP',
+  14: 'IP',
+  101: 'IP',
+  113: 'Linux cooked',
+  228: 'IPv4',
+  229: 'IPv6',
+  276: 'Linux cooked',
+};
 
 const ETHER_NAMES = {
   0x0806: 'ARP',
@@ -28,9 +37,34 @@ const ETHER_NAMES = {
 const VLAN_TAGS = [0x8100, 0x88a8, 0x9100, 0x9200];
 const IP4 = 0x0800;
 const IP6 = 0x86dd;
-const IP_NAMES = { 1: 'ICMP', 2: 'IGMP', 4: 'IPv4 in IP', 6: 'TCP', 17: 'UDP', 41: 'IPv6 in IP', 47: 'GRE', 50: 'ESP', 58: 'ICMPv6', 89: 'OSPF', 132: 'SCTP' };
+const IP_NAMES = {
+  1: 'ICMP',
+  2: 'IGMP',
+  4: 'IPv4 in IP',
+  6: 'TCP',
+  17: 'UDP',
+  41: 'IPv6 in IP',
+  47: 'GRE',
+  50: 'ESP',
+  58: 'ICMPv6',
+  89: 'OSPF',
+  132: 'SCTP',
+};
 const IP6_EXTENSIONS = [0, 43, 44, 60];
-const PORT_NAMES = { 53: 'DNS', 67: 'DHCP', 68: 'DHCP', 123: 'NTP', 161: 'SNMP', 162: 'SNMP', 319: 'PTP', 320: 'PTP', 546: 'DHCPv6', 547: 'DHCPv6', 862: 'TWAMP', 5353: 'mDNS' };
+const PORT_NAMES = {
+  53: 'DNS',
+  67: 'DHCP',
+  68: 'DHCP',
+  123: 'NTP',
+  161: 'SNMP',
+  162: 'SNMP',
+  319: 'PTP',
+  320: 'PTP',
+  546: 'DHCPv6',
+  547: 'DHCPv6',
+  862: 'TWAMP',
+  5353: 'mDNS',
+};
 const MOST_TAGS = 8;
 
 /** Reads whole numbers of a file; a place outside the file reads as -1. */

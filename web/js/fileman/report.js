@@ -79,7 +79,9 @@ function pictureSlot(picture, source) {
 }
 
 function styleSlot(node, css) {
-  const paths = [...css.matchAll(CSS_URL)].map(([, ...parts]) => ownPath(parts.find((part) => part !== undefined) ?? ''));
+  const paths = [...css.matchAll(CSS_URL)].map(([, ...parts]) =>
+    ownPath(parts.find((part) => part !== undefined) ?? ''),
+  );
   const fill = (addressOf) => {
     node.textContent = withOwnUrls(css, addressOf);
   };

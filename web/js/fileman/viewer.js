@@ -79,7 +79,8 @@ export class Viewer {
     const isOver = this.isOpen && getComputedStyle(this.host).position === 'fixed';
     const behind = [...this.host.parentNode.children, ...document.body.children];
     for (const node of behind) {
-      const isSeen = node === this.host || node.contains(this.host) || node.matches('.fm-tasks, .fm-menu, [role=status]');
+      const isSeen =
+        node === this.host || node.contains(this.host) || node.matches('.fm-tasks, .fm-menu, [role=status]');
       if (!isSeen) node.inert = isOver;
     }
     if (isOver && !this.host.contains(document.activeElement)) this.title.focus();
@@ -143,6 +144,7 @@ export class Viewer {
       this.report = showComparison(entries, contents, (event) => this.#key(event));
       this.#fill(this.report.frame);
       announce(t('differ', { n: await this.report.ready }));
+      this.timer = setTimeout(() => this.#fillPictures(entries, signal), REST);
     } catch (error) {
       if (error.name === 'AbortError') return;
       this.#fill(this.#message(wording(error), () => this.compare(entries)));
@@ -212,6 +214,19 @@ export class Viewer {
       if (signal.aborted) return;
       if (!(error instanceof AnswerError)) throw error;
       this.facts.say(t('insidesFailed', { why: wording(error) }), () => this.#lookInside(entry, signal));
+    }
+  }
+
+  /** Fills in the pictures of two reports that are compared; one without its archive keeps its notes. */
+  async #fillPictures(entries, signal) {
+    const { fetchInsides } = await import('./insides.js');
+    const { sides } = this.report;
+    for (const [i, entry] of entries.entries()) {
+      const paths = sides[i].paths();
+      if (!paths.size || obstacle(entry, 'download')) continue;
+      const insides = await fetchInsides(entry, signal).catch(() => null);
+      if (signal.aborted) return;
+      if (insides) sides[i].fill(...(await insides.references(paths)));
     }
   }
 
