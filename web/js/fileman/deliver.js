@@ -7,6 +7,7 @@ import { announce, button, el, icon, visible } from './dom.js';
 import { obstacle } from './kinds.js';
 import { language, size, t } from './texts.js';
 import { AnswerError, deliveryQuery, escape, fetchPieces, toText } from './wire.js';
+import { wording } from './wording.js';
 
 /** Bytes of ids that one request may carry; the demo's server takes 64 KiB of header lines, small ones 8 or 4. */
 const REQUEST_LIMITS = [56000, 7000, 3000];
@@ -203,13 +204,6 @@ function leftOutTexts(entries, operation) {
     byReason.get(why).push(entry);
   }
   return [...byReason].map(([why, some]) => t('leftOut', { n: some.length, names: someNames(some), why: t(why) }));
-}
-
-/** The worded form of a failure. */
-export function wording(error) {
-  if (!(error instanceof AnswerError)) return error.message;
-  const { received, ...values } = error.values;
-  return t(error.key, { ...values, size: size(received ?? 0) });
 }
 
 function noteLacks(job, { missing, shared }) {

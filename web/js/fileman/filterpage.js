@@ -1,10 +1,10 @@
 /* A filter page opened by its own address: the same form as the list's dialog, then on to the list. */
 import { dressPage } from './page.js';
 import { el } from './dom.js';
-import { wording } from './deliver.js';
 import { fetchFilter, filterForm } from './filters.js';
 import { t } from './texts.js';
 import { listingQuery, parseQuery, readListing } from './wire.js';
+import { wording } from './wording.js';
 
 export async function start() {
   const which = parseQuery(location.search).text('filter').toLowerCase() === 'fadv' ? 'fadv' : 'fpri';

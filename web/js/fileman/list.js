@@ -6,14 +6,13 @@
  */
 import { copyText } from './clipboard.js';
 import { columnText } from './columns.js';
-import { deliver, wording } from './deliver.js';
 import { announce, button, el, icon, visible } from './dom.js';
-import { askFilter, fetchFilter } from './filters.js';
 import { Facets } from './facets.js';
 import { buildFrame } from './frame.js';
 import { Gallery } from './gallery.js';
 import { FileGrid } from './grid.js';
 import { hashOf, inHash } from './hash.js';
+import { later } from './later.js';
 import { TAB_TEXTS, addressOf } from './listing.js';
 import { keep, keepFind, keepList, recall, recallFind, recallList } from './memory.js';
 import { orderBy, prepareSearch } from './order.js';
@@ -26,6 +25,7 @@ import { copyRows, printRows } from './takeaway.js';
 import { size, t } from './texts.js';
 import { AnswerError, listingQuery, readListing, toText } from './wire.js';
 import { Viewer } from './viewer.js';
+import { wording } from './wording.js';
 
 const MOST_KEPT = 2000;
 const TYPING_PAUSE = 50;
@@ -372,13 +372,16 @@ function showRowMenu(entry, place) {
 function fetchFiles(operation, targets) {
   if (!targets.length) return;
   command(operation, targets);
-  deliver(operation, targets, entries);
+  later()
+    .then(({ deliver }) => deliver(operation, targets, entries))
+    .catch((error) => complain(error, () => fetchFiles(operation, targets)));
 }
 
 async function changeFilter(which) {
   const opener = which === 'fadv' ? frame.advanced : frame.filter;
   opener.setAttribute('aria-busy', 'true');
   try {
+    const { askFilter, fetchFilter } = await later();
     const chosen = await askFilter(which, listing, await fetchFilter(which, listing));
     if (chosen) await load(chosen);
   } catch (error) {

@@ -2,15 +2,16 @@
  * Shows one stored file beside the list, with what belongs to it: once a view has rested, the entry's archive is read for
  * the pictures of a report, the packets of a capture and the advanced information.
  */
-import { wording } from './deliver.js';
 import { announce, button, el, icon, visible } from './dom.js';
 import { Facts } from './facts.js';
 import { extension, kindOf, obstacle } from './kinds.js';
+import { later } from './later.js';
 import { menuButton } from './menu.js';
 import { showReport } from './report.js';
 import { fetchFile, sniff } from './stored.js';
 import { t } from './texts.js';
 import { AnswerError } from './wire.js';
+import { wording } from './wording.js';
 
 const REST = 500; // milliseconds after which a view has rested
 
@@ -140,7 +141,7 @@ export class Viewer {
       const contents = [];
       for (const entry of entries) contents.push(await fetchFile(entry, signal));
       if (contents.some((bytes) => sniff(bytes) !== 'text/html')) throw new AnswerError('notComparable');
-      const { showComparison } = await import('./compare.js');
+      const { showComparison } = await later();
       this.report = showComparison(entries, contents, (event) => this.#key(event));
       this.#fill(this.report.frame);
       announce(t('differ', { n: await this.report.ready }));
@@ -201,7 +202,7 @@ export class Viewer {
     }
     this.facts.say(t('insidesWait'));
     try {
-      const { fetchInsides } = await import('./insides.js');
+      const { fetchInsides } = await later();
       const insides = await fetchInsides(entry, signal);
       await this.report?.fill(...(await insides.references(this.report.paths())));
       const packets = kindOf(entry) === 'capture' && (await packetsOf(insides.own()));
@@ -286,7 +287,7 @@ export class Viewer {
 }
 
 async function packetsOf(bytes) {
-  const { showCapture } = await import('./capture.js');
+  const { showCapture } = await later();
   return bytes && showCapture(bytes);
 }
 

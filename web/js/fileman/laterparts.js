@@ -1,0 +1,7 @@
+/* See later.js. */
+export { showCapture } from './capture.js';
+export { showComparison } from './compare.js';
+export { deliver } from './deliver.js';
+export { start as startFilterPage } from './filterpage.js';
+export { askFilter, fetchFilter } from './filters.js';
+export { fetchInsides } from './insides.js';
