@@ -140,7 +140,33 @@ bool startsCommands(unsigned action) {
     return action == CFileManCGI::ACTION_PDF || action == CFileManCGI::ACTION_DOWNLOAD;
 }
 
-void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filter, ResultList& results) {
+// Answers a request for records that do not exist, when answers are strict.
+bool refusesUnknown(const ResultList& results) {
+    if (!Answers::current().areStrict() || !results.empty())
+        return false;
+    writeErrorPage(Status::NotFound, "No stored result has such an identifier.");
+    return true;
+}
+
+void deliver(CFileManCGI& request, CFileManager& store) {
+    ResultList results;
+    store.loadChosen(results, request.getChooser());
+    if (refusesUnknown(results))
+        return;
+    switch (request.getFileManType()) {
+    case CFileManCGI::ACTION_VIEW:
+        request.viewResults(std::move(results));
+        break;
+    case CFileManCGI::ACTION_PDF:
+        request.convert2PDF(std::move(results));
+        break;
+    default:
+        request.downloadResults(std::move(results));
+        break;
+    }
+}
+
+void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filter) {
     const unsigned action = request.getFileManType();
     if (!startsCommands(action))
         std::signal(SIGPIPE, SIG_IGN);
@@ -168,16 +194,9 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
         request.writeAdvFilterPage();
         break;
     case CFileManCGI::ACTION_VIEW:
-        store.loadChosen(results, request.getChooser());
-        request.viewResults(std::move(results));
-        break;
     case CFileManCGI::ACTION_PDF:
-        store.loadChosen(results, request.getChooser());
-        request.convert2PDF(std::move(results));
-        break;
     case CFileManCGI::ACTION_DOWNLOAD:
-        store.loadChosen(results, request.getChooser());
-        request.downloadResults(std::move(results));
+        deliver(request, store);
         break;
     default:
         CGICommonUtils::writeRequestInfo();
@@ -196,7 +215,6 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
 // From the query to the whole answer.
 void serve(CFileManager& store) {
     const auto request = std::make_unique<CFileManCGI>();
-    ResultList results;
     if (!readQuery(*request)) {
         writeErrorPage(Status::BadRequest, "The query holds a malformed escape.");
         return;
@@ -204,7 +222,7 @@ void serve(CFileManager& store) {
     _ResultFilter filter;
     request->getFilterFromRequest(filter);
     if (!refuses(*request, filter))
-        answer(*request, store, filter, results);
+        answer(*request, store, filter);
 }
 
 } // namespace

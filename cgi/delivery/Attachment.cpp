@@ -2,7 +2,11 @@
 
 #include <cstdio>
 
+#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
+#include "cgi/ContentType.h"
+#include "cgi/Disposition.h"
+#include "cgi/Header.h"
 #include "cgi/delivery/FileStream.h"
 #include "common/CCommUtils.h"
 #include "common/ControlBytes.h"
@@ -12,6 +16,10 @@ namespace {
 
 // Control bytes are removed from the name, because a line feed in it would begin a new header line.
 void writeHeader(const std::string& path, long long size) {
+    if (Answers::current().areStrict()) {
+        writeAttachmentHeader(CCommUtils::completeFileName(path), size);
+        return;
+    }
     std::printf("Content-Disposition:attachment;filename=%s\r\n",
                 withoutControlBytes(CCommUtils::completeFileName(path)).c_str());
     std::printf("Content-Length:%lld\r\n", size);
@@ -36,6 +44,13 @@ void sendEmptyAttachment(const std::string& path) {
     const IgnoreBrokenPipe ignoreBrokenPipe;
     writeHeader(path, 0);
     std::fflush(stdout);
+}
+
+void writeAttachmentHeader(const std::string& fileName, std::optional<long long> size) {
+    Header header(Status::Ok, Header::Policy::File, contentTypeOf(fileName));
+    if (size)
+        header.addLength(*size);
+    header.add("Content-Disposition", attachmentDisposition(fileName)).write();
 }
 
 int CFileManCGI::downloadFile(const std::string& path) {

@@ -13,7 +13,6 @@ public:
     // ids: the pieces of the key's value. Returns nullopt for a request without the key.
     static std::optional<ChosenIds> of(const std::optional<std::list<std::string>>& ids);
 
-    bool isEmpty() const { return m_ids.empty(); }
     bool contains(const std::string& id) const { return m_ids.count(id) != 0; }
     // Returns the chosen records in the order of results.
     std::list<const _ResultInfo*> choose(const std::list<_ResultInfo*>& results) const;

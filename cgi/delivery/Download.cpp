@@ -3,9 +3,7 @@
 
 #include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
-#include "cgi/Disposition.h"
 #include "cgi/ErrorPage.h"
-#include "cgi/Header.h"
 #include "cgi/archive/StreamedDownload.h"
 #include "cgi/delivery/Attachment.h"
 #include "cgi/delivery/ChosenIds.h"
@@ -71,11 +69,7 @@ bool prepare(const StagingArea& area, const std::list<const _ResultInfo*>& chose
 // The strict answer: an archive that is written while it is made. Nothing is staged.
 void streamChosen(const ChosenIds& ids, const std::list<const _ResultInfo*>& chosen) {
     const IgnoreBrokenPipe ignoreBrokenPipe;
-    const auto writeHeader = [] {
-        Header(Status::Ok, Header::Policy::File, "application/zip")
-            .add("Content-Disposition", attachmentDisposition("fileman_download.zip"))
-            .write();
-    };
+    const auto writeHeader = [] { writeAttachmentHeader("fileman_download.zip"); };
     switch (streamDownload(chosen, ids.unknown(chosen), writeHeader)) {
     case Streamed::Sent:
         break;

@@ -55,8 +55,10 @@ FileStream::FileStream(const std::string& path, From from) : m_path(path) {
         ::stat(path.c_str(), &status);
     m_size = status.st_size;
     if (!m_file) {
+        m_isMissing = openError == ENOENT || openError == ENOTDIR || openError == ELOOP;
         reportErrno("send", path, openError);
     } else if (!S_ISREG(status.st_mode)) {
+        m_isMissing = true;
         report("send", path, "not a regular file");
         m_file.reset();
     } else if (from == From::Staging && !isOwnFile(status)) {
@@ -75,8 +77,10 @@ void FileStream::send() {
     auto* sendSome = &sendDirectly;
     for (long long rest = m_size; rest > 0;) {
         const ssize_t count = sendSome(m_file.get(), rest);
-        if (count == 0)
+        if (count == 0) {
+            report("send", m_path, "it became shorter meanwhile");
             return;
+        }
         if (count > 0) {
             rest -= count;
         } else if (sendSome == &sendDirectly && isUnsupported(errno)) {

@@ -13,6 +13,12 @@ public:
 
     FileStream(const std::string& path, From from);
 
+    bool isOpen() const { return static_cast<bool>(m_file); }
+    // Nothing that could be sent exists at the path: no file, or not a regular one.
+    bool isMissing() const { return m_isMissing; }
+    // The descriptor of the file, -1 when it is not open.
+    int descriptor() const { return m_file.get(); }
+
     // The size in bytes for the response header, taken from the opened file. For a file that is not sent, it
     // is 0 in a staging area, and the size that stat reports in the storage.
     long long size() const { return m_size; }
@@ -25,6 +31,7 @@ private:
     std::string m_path;
     UniqueFd m_file;
     long long m_size = 0;
+    bool m_isMissing = false;
 };
 
 // Ignores SIGPIPE during its lifetime: a reader that goes away must not end the process before the clean-up.

@@ -1,9 +1,16 @@
 #include <unistd.h>
 
+#include <ctime>
+
+#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
+#include "cgi/ErrorPage.h"
+#include "cgi/archive/ArchiveStream.h"
+#include "cgi/archive/EntryNames.h"
 #include "cgi/delivery/Attachment.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "cgi/delivery/Converter.h"
+#include "cgi/delivery/FileStream.h"
 #include "cgi/delivery/Obstacles.h"
 #include "cgi/delivery/Packing.h"
 #include "cgi/delivery/PdfFiles.h"
@@ -18,46 +25,68 @@
 
 namespace {
 
-using PathList = std::list<std::string>;
+// One document for the converter, and the path of the PDF that it makes.
+struct PdfTask {
+    std::string document;
+    std::string pdf;
+};
+using TaskList = std::list<PdfTask>;
 
-PathList pathsToConvert(const std::list<const _ResultInfo*>& records) {
-    PathList paths;
+// In default answers two documents of one base name get one PDF. Strict answers tell them apart by a number.
+std::string pdfPathFor(const std::string& document, EntryNames& names) {
+    const std::string path = pdfPath(document);
+    if (!Answers::current().areStrict())
+        return path;
+    const std::string name = names.take("", CCommUtils::dirName(path), EntryNames::Kind::File);
+    return CCommUtils::absFilePath(path) + "/" + name;
+}
+
+TaskList tasksOf(const std::list<const _ResultInfo*>& records) {
+    TaskList tasks;
+    EntryNames names;
     for (const _ResultInfo* const record : records) {
         if (const char* const obstacle = pdfObstacle(record->path))
             reportLeftOut("export to PDF", record->path, obstacle);
         else
-            paths.push_back(record->path);
+            tasks.push_back({record->path, pdfPathFor(record->path, names)});
     }
-    return paths;
+    return tasks;
 }
 
-std::string taskLines(const PathList& paths) {
+std::string taskLines(const TaskList& tasks) {
     std::string lines;
-    for (const std::string& path : paths)
-        lines.append(path).append(" -> ").append(CCommUtils::baseFileName(path)).append(".pdf\n");
+    for (const PdfTask& task : tasks)
+        lines.append(task.document).append(" -> ").append(CCommUtils::dirName(task.pdf)).append("\n");
     return lines;
 }
 
 // Writes the list under another name and renames it: at the final path, another user could put a list of
 // other files between two calls.
-bool writeTaskList(const PathList& paths) {
+bool writeTaskList(const TaskList& tasks) {
     constexpr mode_t kMode = 0644;
     UniqueFd file = createOwnFile(paths::kNewPdfTaskList, kMode);
     if (!file)
         return false;
-    if (writeAll(file.get(), taskLines(paths)) && file.reset() == 0)
+    if (writeAll(file.get(), taskLines(tasks)) && file.reset() == 0)
         return moveOver(paths::kNewPdfTaskList, paths::kPdfTaskList);
     reportErrno("write task list", paths::kPdfTaskList, errno);
     ::unlink(paths::kNewPdfTaskList);
     return false;
 }
 
+std::list<std::string> documentsOf(const TaskList& tasks) {
+    std::list<std::string> documents;
+    for (const PdfTask& task : tasks)
+        documents.push_back(task.document);
+    return documents;
+}
+
 // Returns the path of the file to send: the PDF of one document, or the archive of several or none. Returns
 // "" when there is no whole file to send.
-std::string makePdfs(const StagingArea& area, const PathList& documents) {
+std::string makePdfs(const StagingArea& area, const TaskList& tasks) {
     const bool hasSucceeded = converter::run();
-    if (documents.size() == 1) {
-        const std::string pdf = pdfPath(documents.front());
+    if (tasks.size() == 1) {
+        const std::string& pdf = tasks.front().pdf;
         const char* const obstacle = pdfFileObstacle(pdf, hasSucceeded);
         if (obstacle != nullptr)
             reportLeftOut("export to PDF", pdf, obstacle);
@@ -65,7 +94,87 @@ std::string makePdfs(const StagingArea& area, const PathList& documents) {
     }
     const std::string& archive = area.places().archive;
     const std::string command = "cd " + area.places().directory + " && zip " + archive + " *.pdf";
-    return keepWholePdfs(documents, hasSucceeded) && pack(area, command) ? archive : std::string();
+    return keepWholePdfs(documentsOf(tasks), hasSucceeded) && pack(area, command) ? archive : std::string();
+}
+
+void sendDefaultAnswer(const StagingArea& area, const TaskList& tasks, bool isReady) {
+    const std::string made = isReady ? makePdfs(area, tasks) : std::string();
+    if (made.empty())
+        sendEmptyAttachment(tasks.size() == 1 ? tasks.front().pdf : area.places().archive);
+    else
+        sendAttachment(made);
+}
+
+void writeArchiveHeader() {
+    writeAttachmentHeader("fileman_pdf.zip");
+}
+
+// Breaks off, so that the answer cannot pass for a whole one, when a PDF cannot be read.
+void streamPdfs(const TaskList& tasks) {
+    const IgnoreBrokenPipe ignoreBrokenPipe;
+    ArchiveStream archive(&writeArchiveHeader);
+    for (const PdfTask& task : tasks) {
+        const FileStream file(task.pdf, FileStream::From::Staging);
+        archive.addFile(CCommUtils::dirName(task.pdf), file.descriptor(), file.size(), std::time(nullptr));
+    }
+    archive.finish();
+}
+
+// Describes each document of which the converter made no whole PDF; "" when there is none.
+std::string missingPdfs(const TaskList& tasks) {
+    std::string missing;
+    for (const PdfTask& task : tasks) {
+        // The converter's word is not enough here: the file must end as a PDF does.
+        if (const char* const obstacle = pdfFileObstacle(task.pdf, false)) {
+            reportLeftOut("export to PDF", task.pdf, obstacle);
+            missing.append(missing.empty() ? "" : ", ")
+                .append(task.document)
+                .append(" (")
+                .append(obstacle)
+                .append(")");
+        }
+    }
+    return missing;
+}
+
+void sendStrictAnswer(const StagingArea& area, const TaskList& tasks, bool isReady) {
+    if (!area.isHeld()) {
+        writeErrorPage(Status::Busy, "Other requests hold the directory where PDFs are made.");
+        return;
+    }
+    if (!isReady) {
+        writeErrorPage(Status::Failed, "The directory where PDFs are made cannot be used.");
+        return;
+    }
+    converter::run();
+    const std::string missing = missingPdfs(tasks);
+    if (!missing.empty())
+        writeErrorPage(Status::Failed, "These documents have no whole PDF: " + missing + ".");
+    else if (tasks.size() == 1)
+        sendAttachment(tasks.front().pdf);
+    else
+        streamPdfs(tasks);
+}
+
+// Answers a strict request that needs no converter: one that asks for the header alone, or for a PDF of a
+// record that does not exist or that the converter's task list cannot carry.
+bool isAnsweredBefore(const ChosenIds& ids, const std::list<const _ResultInfo*>& chosen,
+                      const TaskList& tasks) {
+    if (!Answers::current().areStrict())
+        return false;
+    if (const std::list<std::string> unknown = ids.unknown(chosen); !unknown.empty())
+        writeErrorPage(Status::NotFound, "No stored result has the identifier \"" + unknown.front() + "\".");
+    else if (tasks.size() != chosen.size())
+        writeErrorPage(Status::Failed,
+                       "The converter cannot take a chosen result, because its name begins with "
+                       "\"-\" or its path holds a control character.");
+    else if (!Answers::current().areHeaderOnly())
+        return false;
+    else if (tasks.size() == 1)
+        writeAttachmentHeader(CCommUtils::dirName(tasks.front().pdf));
+    else
+        writeArchiveHeader();
+    return true;
 }
 
 } // namespace
@@ -76,20 +185,22 @@ void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
     if (!ids)
         return;
     const std::list<const _ResultInfo*> chosen = ids->choose(results);
-    const PathList documents = pathsToConvert(chosen);
+    const TaskList tasks = tasksOf(chosen);
+    if (isAnsweredBefore(*ids, chosen, tasks))
+        return;
     const StagingArea area({paths::kPdfDir, paths::kPdfArchive, paths::kPdfLock});
     if (area.isAbandoned())
         return;
     const TerminationDeferral deferral;
-    const std::string& archive = area.places().archive;
     const bool isReady =
-        area.isUsable() && (chosen.empty() || area.removeLeftovers()) && writeTaskList(documents);
-    const std::string made = isReady ? makePdfs(area, documents) : std::string();
-    if (made.empty())
-        sendEmptyAttachment(documents.size() == 1 ? pdfPath(documents.front()) : archive);
+        area.isUsable() && (chosen.empty() || area.removeLeftovers()) && writeTaskList(tasks);
+    if (Answers::current().areStrict())
+        sendStrictAnswer(area, tasks, isReady);
     else
-        sendAttachment(made);
+        sendDefaultAnswer(area, tasks, isReady);
     // A record with an empty base name has the PDF ".pdf", which the '*' below does not match.
     removeTree(pdfPath(""));
-    area.cleanUp("rm -rf " + archive + " " + area.places().directory + "/* &");
+    // A strict answer is complete in the pipe by now, and an archive without a length ends with this process.
+    const auto pause = Answers::current().areStrict() ? std::chrono::seconds(0) : StagingArea::kPause;
+    area.cleanUp("rm -rf " + area.places().archive + " " + area.places().directory + "/* &", pause);
 }

@@ -1,8 +1,13 @@
 #include <cstdio>
 
+#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
+#include "cgi/ContentType.h"
+#include "cgi/Disposition.h"
+#include "cgi/ErrorPage.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "cgi/delivery/FileStream.h"
+#include "common/CCommUtils.h"
 
 namespace {
 
@@ -14,6 +19,23 @@ void sendInline(const std::string& path) {
     std::printf("Content-Length:%lld\r\n", file.size());
     std::puts("Content-Type:text/html;charset=utf-8\n\n\r");
     std::fputs("\r\n", stdout);
+    file.send();
+}
+
+// Sends exactly the bytes of the file.
+void sendExactly(const std::string& path) {
+    FileStream file(path, FileStream::From::Storage);
+    if (!file.isOpen()) {
+        if (file.isMissing())
+            writeErrorPage(Status::NotFound, "The file of this result does not exist any more.");
+        else
+            writeErrorPage(Status::Failed, "The file of this result cannot be read.");
+        return;
+    }
+    Header(Status::Ok, Header::Policy::File, contentTypeOf(path))
+        .addLength(file.size())
+        .add("Content-Disposition", inlineDisposition(CCommUtils::completeFileName(path)))
+        .write();
     file.send();
 }
 
@@ -36,6 +58,10 @@ void CFileManCGI::viewResults(std::list<_ResultInfo*> results) {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the given interface takes a copy
 void CFileManCGI::viewFiles(std::list<std::string> paths) {
-    for (const std::string& path : paths)
-        sendInline(path);
+    for (const std::string& path : paths) {
+        if (Answers::current().areStrict())
+            sendExactly(path);
+        else
+            sendInline(path);
+    }
 }

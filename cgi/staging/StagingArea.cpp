@@ -50,12 +50,11 @@ int StagingArea::run(const std::string& command) const {
     return m_usable ? shell::run(command, m_lock.descriptor()) : shell::kNoShell;
 }
 
-void StagingArea::cleanUp(const std::string& command) const {
+void StagingArea::cleanUp(const std::string& command, std::chrono::milliseconds pause) const {
     if (!m_usable)
         return;
     std::fflush(stdout);
-    // The server has one second to take the body before the files are removed.
-    std::this_thread::sleep_for(10 * std::chrono::microseconds(100000));
+    std::this_thread::sleep_for(pause);
     const pid_t cleaner = ::fork();
     if (cleaner == 0)
         becomeCleaner(command, m_lock.descriptor());

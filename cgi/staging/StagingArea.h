@@ -19,6 +19,8 @@ public:
         std::string lock;
     };
 
+    static constexpr std::chrono::seconds kPause{1};
+
     // longestWait: the longest time without a sign of life from the holder of the area. While the queue
     // moves, the wait has no limit.
     explicit StagingArea(Places places, std::chrono::milliseconds longestWait = AreaLock::kLongestWait);
@@ -28,6 +30,8 @@ public:
     // Whether the area is held and its directory is this user's own. Otherwise nothing may be run, removed or
     // sent there.
     bool isUsable() const { return m_usable; }
+    // The lock is held, whatever the directory is like.
+    bool isHeld() const { return m_lock.isHeld(); }
     // Whether the wait ended because nobody reads the answer any more.
     bool isAbandoned() const { return m_lock.isAbandoned(); }
 
@@ -39,10 +43,10 @@ public:
     // usable.
     int run(const std::string& command) const;
 
-    // Gives the server one second to take the body, then runs the command that removes the files. The request
+    // Gives the server the pause to take the body, then runs the command that removes the files. The request
     // does not wait for that command: a process of its own holds the area, with signs of life, until the
     // command has ended.
-    void cleanUp(const std::string& command) const;
+    void cleanUp(const std::string& command, std::chrono::milliseconds pause = kPause) const;
 
 private:
     Places m_places;
