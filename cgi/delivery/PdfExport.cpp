@@ -156,6 +156,15 @@ void sendStrictAnswer(const StagingArea& area, const TaskList& tasks, bool isRea
         streamPdfs(tasks);
 }
 
+// Returns why the converter cannot take one of the records, or "" when it can take all.
+std::string obstacleOf(const std::list<const _ResultInfo*>& records) {
+    for (const _ResultInfo* const record : records) {
+        if (const char* const obstacle = pdfObstacle(record->path))
+            return record->path + ", because " + obstacle;
+    }
+    return "";
+}
+
 // Answers a strict request that needs no converter: one that asks for the header alone, or for a PDF of a
 // record that does not exist or that the converter's task list cannot carry.
 bool isAnsweredBefore(const ChosenIds& ids, const std::list<const _ResultInfo*>& chosen,
@@ -164,10 +173,8 @@ bool isAnsweredBefore(const ChosenIds& ids, const std::list<const _ResultInfo*>&
         return false;
     if (const std::list<std::string> unknown = ids.unknown(chosen); !unknown.empty())
         writeErrorPage(Status::NotFound, "No stored result has the identifier \"" + unknown.front() + "\".");
-    else if (tasks.size() != chosen.size())
-        writeErrorPage(Status::Failed,
-                       "The converter cannot take a chosen result, because its name begins with "
-                       "\"-\" or its path holds a control character.");
+    else if (const std::string obstacle = obstacleOf(chosen); !obstacle.empty())
+        writeErrorPage(Status::Failed, "The converter cannot take " + obstacle + ".");
     else if (!Answers::current().areHeaderOnly())
         return false;
     else if (tasks.size() == 1)
