@@ -48,7 +48,11 @@ public:
                 {row.id, row.module, row.mode, row.test, row.port, row.datetime, row.rsltype, row.path});
             m_directorySize = row.path.rfind('/') + 1;
         }
-        return m_isSourcePlain && arePlain({row.name, row.path.substr(m_directorySize)});
+        const std::string_view file = row.path.substr(m_directorySize);
+        // The file's name mostly begins with the record's.
+        const bool isNameInFile = file.substr(0, row.name.size()) == row.name;
+        return m_isSourcePlain && escape::isPlainInJson(file) &&
+               (isNameInFile || escape::isPlainInJson(row.name));
     }
 
 private:
