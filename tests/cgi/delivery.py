@@ -23,6 +23,7 @@ import zipfile
 sys.dont_write_bytecode = True
 os.umask(0o022)
 
+import http_rules  # noqa: E402
 from storage import BERT, Tree, environment  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
@@ -73,11 +74,11 @@ class Instrument:
             self.tree.write(f"{BERT}/{name}.html", f"report {name}\n".encode())
             self.tree.write(f"{BERT}/{name}_files/chart.png", f"chart {name}\n".encode())
 
-    def start(self, operation, names, before=(), prefix=b"Ethernet_SFP_BERT_Result_"):
+    def start(self, operation, names, before=(), prefix=b"Ethernet_SFP_BERT_Result_", **more):
         ids = b",".join((prefix + os.fsencode(name))[:255] for name in names).replace(b"%", b"%25")
         return subprocess.Popen([os.path.join(ROOT, "scripts/with-storage"), self.directory, *before, self.program],
                                 env=environment(b"opertype=" + operation.encode() + b"&rsltid=" + ids,
-                                                PATH="/usr/local/bin:/usr/bin:/bin"), bufsize=0,
+                                                PATH="/usr/local/bin:/usr/bin:/bin", **more), bufsize=0,
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
     def deliver(self, *what, **how):
@@ -418,6 +419,38 @@ def server_or_reader_that_leaves_early_leaves_nothing(instrument):
         same(instrument.deliver(operation, ("unknown",))[1], b"")
 
 
+def strict_exports_are_honest(instrument):
+    """A PDF by name, several in an archive that is streamed, and a status instead of an answer that looks whole."""
+    whole = CONVERTER.replace(b"; }", b"; echo %%EOF; }")
+    other = "1ge/kte-rslt/sfpport/ping-result/one.html"
+    instrument.reports("one", "two", "caf\u00e9")
+    instrument.tree.write(other, b"ping one\n")
+    ping, bert = b"Ethernet_SFP_Ping_Result_", b"Ethernet_SFP_BERT_Result_"
+
+    def export(*ids, tool=whole, before=()):
+        instrument.tool("ktb/bin/htm2pdf", tool)
+        process = instrument.start("pdf", ids, before, prefix=b"", FILEMAN_ANSWERS="strict")
+        out, messages = process.communicate(timeout=120)
+        same((process.returncode, b"Find at" in out), (0, False))
+        return *http_rules.check(out), messages.decode(errors="replace")
+
+    status, fields, body, _ = export(bert + "caf\u00e9".encode())
+    same((status, fields["content-type"], http_rules.file_name(fields), body),
+         (200, "application/pdf", "caf\u00e9.pdf", b"%PDF\nreport caf\xc3\xa9\n%%EOF\n"))
+    status, fields, body, _ = export(bert + b"one", ping + b"one")
+    same((status, fields["content-type"], http_rules.file_name(fields)), (200, "application/zip", "fileman_pdf.zip"))
+    same(sorted(entries(body).values()), [b"%PDF\nping one\n%%EOF\n", b"%PDF\nreport one\n%%EOF\n"])
+    same(sorted(entries(body)), ["one (2).pdf", "one.pdf"])
+    # The second one is not whole; it has been made, but ends early.
+    status, _, body, _ = export(bert + b"one", bert + b"two", tool=CONVERTER.replace(
+        b"; }", b"; case $task in *one*) echo %%EOF ;; esac; }"))
+    same((status, b"two.html (it is not whole)" in body, b"one.html" in body), (500, True, False))
+    with open(instrument.path("tmp/.tarn_pdf.lock"), "wb") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        same(export(bert + b"one")[0], 503)
+    same(instrument.left_in_tmp(), "")
+
+
 def view_of_3_gib_needs_no_memory(instrument):
     size, rest = 3 << 30, 4 << 20
     instrument.tree.write(f"{BERT}/large.html", b"")
@@ -440,7 +473,7 @@ CASES = (
     planted_links_and_fifos_lead_nowhere, server_or_reader_that_leaves_early_leaves_nothing,
     looping_neighbour_gets_and_breaks_nothing, failing_commands_leave_no_hollow_archive,
     more_companions_than_a_command_takes, records_of_one_destination_are_named, half_pdfs_are_not_sent,
-    converter_ends_with_its_request, abandoned_request_leaves_the_queue,
+    converter_ends_with_its_request, strict_exports_are_honest, abandoned_request_leaves_the_queue,
 ) + ((foreign_areas_are_left_alone,) if os.geteuid() == 0 else ())
 
 

@@ -1,12 +1,15 @@
 #!/usr/bin/python3
 """run.py PROGRAM [--update] [NAME...]
 
-Runs the program as a CGI process on named storage trees and compares its whole responses with expected/NAME. The file
-"cases" has one line for each case. It is started once, inside scripts/with-storage. --update writes the responses into
-the expected files; read the difference before you commit it.
+Runs the program as a CGI process on named storage trees and compares its whole responses: default answers with
+expected/NAME, strict ones with expected/strict/NAME. The file "cases" has one line for each case of both kinds,
+"cases-strict" for each of strict answers alone. Each strict answer also obeys http_rules.py and strict_page.py. It is
+started once, inside scripts/with-storage. --update writes the responses into the expected files; read the difference
+before you commit it.
 
 In an expected file a line "[[frame-NAME]]" means the text of expected/frame-NAME, \\xNN a byte that is not a plain
 character, and {N*c} a long run of one character. A date is written as <date>, after a check that it is the file's date.
+In a strict list "[[the rows of the default answer]]" means that they are equal. Behind "--- log" is standard error.
 """
 
 import difflib
@@ -18,14 +21,20 @@ import subprocess
 import sys
 import threading
 import time
+import urllib.parse
 
 sys.dont_write_bytecode = True
 os.umask(0o022)
 
+import http_rules  # noqa: E402
+import strict_page  # noqa: E402
 from storage import BERT, HERE, NO_ROOT_RIGHTS, ZONE, Tree, environment, plain, read  # noqa: E402
 
 ROW = re.compile(rb"\t\t\{ id: '.*?', datetime: '(\S+ \S+?)', rsltype: '(?:Result|Profile)', path: '(.*?)' \},\n", re.S)
-FRAMES = {name.encode(): read("expected", name) for name in os.listdir(HERE + "/expected") if name.startswith("frame-")}
+FRAMES = {kind: {name.encode(): read(kind, name) for name in sorted(os.listdir(f"{HERE}/{kind}"))
+                 if name.startswith("frame-")} for kind in ("expected", "expected/strict")}
+FRAMES["expected/strict"] = {**FRAMES["expected"], **FRAMES["expected/strict"]}
+DIAGNOSTICS = re.compile(rb"^(?:Find at:|Common port result: |Common profile: )[^\n]*\n", re.M)
 RESTRICTED = ("inaccessible", "document:unreadable")
 VARIABLES = {"no-action": {"CONTENT_LENGTH": "5000000000 apples", "CONTENT_TYPE": "text/x", "REMOTE_ADDR": "::1",
                            "REQUEST_METHOD": "POST", "PATH_INFO": "/a b", "PATH_TRANSLATED": "/srv/<&>"}}
@@ -90,12 +99,18 @@ def sorted_runs(pattern, response, group=lambda piece: None):
     return re.sub(b"(?:%s)+" % pattern, in_order, response, flags=re.S)
 
 
-def reviewable(response):
+def default_rows(found):
+    """The rows of a strict list as a default list holds them."""
+    fields = b", ".join(key.encode() + b": '%s'" for key in strict_page.KEYS)
+    return b"".join(b"\t\t{ " + fields % tuple(row) + b" },\n" for row in found)
+
+
+def reviewable(response, kind="expected"):
     response = ROW.sub(own_date, response)
     response = sorted_runs(rb"\t\t\{ id: '.*?' \},\n", response, lambda row: re.search(rb", module: '.*?'", row)[0])
     response = sorted_runs(rb"Find at:[^\n]*\n", response)
     response = sorted_runs(rb"\t<div [^\n]* id=\"id_(?:mode|test|port)_opt_[^\n]*\n", response)
-    for name, text in FRAMES.items():
+    for name, text in FRAMES[kind].items():
         response = response.replace(text, b"[[%s]]\n" % name)
     response = re.sub(rb"([^\0\n])\1{99,}", lambda run: b"{%d*%s}" % (len(run[0]), run[1]), response)
     return re.sub(rb"[^\t\n -~]|\\", lambda byte: b"\\x%02x" % ord(byte[0]), response)
@@ -109,12 +124,48 @@ def difference(expected, found):
 def check_case(program, case, update=False):
     name, tree, query = case
     prefix = NO_ROOT_RIGHTS if tree in RESTRICTED else ()
-    query = None if query == b"-" else plain(query)
     found = reviewable(answer(program, query, prefix, MESSAGES.get(name, MESSAGES.get(tree, "")), **VARIABLES.get(name, {})))
+    compare("expected", name, found, update)
+
+
+def strict_answer(program, query, prefix=(), method="GET", **more):
+    """Standard error, and status, fields and body of an answer that obeys the rules."""
+    done = request(program, query, prefix, FILEMAN_ANSWERS="strict", REQUEST_METHOD=method, **more)
+    if done.returncode != 0:
+        raise Wrong(f"exit status {done.returncode}, standard error: {done.stderr.decode(errors='replace')}")
+    return done.stderr, *http_rules.check(done.stdout, method)
+
+
+def check_strict_case(program, case, update=False):
+    name, tree, query = case
+    prefix, variables = NO_ROOT_RIGHTS if tree in RESTRICTED else (), dict(VARIABLES.get(name, {}))
+    method = variables.pop("REQUEST_METHOD", "HEAD" if name.startswith("head-") else "GET")
+    log, _, fields, body = strict_answer(program, query, prefix, method, **variables)
+    said = f"fileman: {MESSAGES.get(name, MESSAGES.get(tree, ''))}\n".encode()
+    if said in log:
+        log = log.replace(said, b"")
+    elif name in MESSAGES or tree in MESSAGES:
+        raise Wrong(f"standard error: {log.decode(errors='replace')}")
+    if fields["content-type"].endswith("charset=utf-8"):
+        rows, body = strict_page.rows(body)
+        if body:
+            strict_page.Page(body.decode())
+        of_default = request(program, query, prefix, **variables).stdout.partition(strict_page.LIST_START)[2]
+        rows = default_rows(rows)
+        same = rows and of_default.startswith(rows + strict_page.LIST_END)
+        body = body.replace(strict_page.LIST_START, strict_page.LIST_START +
+                            (b"[[the rows of the default answer]]\n" if same else rows))
+    header = "".join(f"{field}: {value}\n" for field, value in fields.items()).encode()
+    found = header + b"\n" + body + (b"--- log\n" + log if log else b"")
+    name = "broken-document" if tree in MESSAGES else name
+    compare("expected/strict", name, reviewable(found, "expected/strict"), update)
+
+
+def compare(kind, name, found, update):
     if update:
-        with open(os.path.join(HERE, "expected", name), "wb") as file:
+        with open(os.path.join(HERE, kind, name), "wb") as file:
             file.write(found)
-    expected = read("expected", name)
+    expected = read(kind, name)
     if found != expected:
         raise Wrong(f"{difference(expected, found)}\n--- the whole answer found:\n{found.decode()}")
 
@@ -171,14 +222,58 @@ def storage_may_change_meanwhile(program):
         thread.join()
 
 
-CHECKS = (unknown_module_ends_the_process, rows_come_in_listing_order, dates_follow_the_zone,
+def only_the_exact_word_makes_answers_strict(program):
+    default = request(program, b"fmtype=rslt").stdout
+    for variables in ({"FILEMAN_ANSWERS": "Strict"}, {"FILEMAN_ANSWERS": "strict "}, {"FILEMAN_ANSWERS": ""},
+                      {"HTTP_FILEMAN_ANSWERS": "strict", "REQUEST_METHOD": "PUT"}):
+        if request(program, b"fmtype=rslt", **variables).stdout != default:
+            raise Wrong(f"another answer with {variables}")
+
+
+def hostile_names_come_back(program):
+    """Each id of a strict list brings the file that the list names for it, under its own name."""
+    for name in ("\u2028line", "<!--<script>", "50%41", "a+b", "q\"uote", "comma,and&amp", "caf\u00e9", b"\xff\xfe"):
+        Tree().write(os.fsencode(BERT) + b"/" + os.fsencode(name) + b".html", os.fsencode(name))
+    first = {}
+    for row in strict_page.rows(strict_answer(program, b"fmtype=all")[3])[0]:
+        if os.path.isfile(row[-1]):
+            first.setdefault(row[0], row[-1])
+    for identifier, path in first.items():
+        query = b"opertype=view&rsltid=" + urllib.parse.quote(identifier, safe="").encode()
+        _, status, fields, body = strict_answer(program, query)
+        with open(path, "rb") as file:
+            if (status, body) != (200, file.read()):
+                raise Wrong(f"{identifier}: {status} {body[:200]}")
+        name = os.path.basename(path).decode(errors="replace")
+        if re.sub("[\x00-\x1f\x7f]", "_", name) != http_rules.file_name(fields):
+            raise Wrong(f"{path}: {fields}")
+
+
+def a_file_that_shrinks_ends_early(program):
+    """The length was announced; what is missing is not made up."""
+    Tree().write(BERT + "/long.html", b"x" * (1 << 24))
+    with subprocess.Popen([program], env=environment("opertype=view&rsltid=Ethernet_SFP_BERT_Result_long",
+                                                     FILEMAN_ANSWERS="strict"), stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE) as process:
+        start = process.stdout.read(100)
+        os.truncate(f"/home/{BERT}/long.html", 1 << 20)
+        rest, messages = process.communicate(timeout=60)
+    if len(start + rest) > 3 << 20 or b"it became shorter" not in messages:
+        raise Wrong(f"{len(start + rest)} bytes, {messages}")
+
+
+CHECKS = (only_the_exact_word_makes_answers_strict, hostile_names_come_back, a_file_that_shrinks_ends_early, unknown_module_ends_the_process, rows_come_in_listing_order, dates_follow_the_zone,
           storage_may_change_meanwhile)
 
 
 def run_all(program, update, names):
     """Yields name, tree and query of each case, and what is wrong with it, if anything."""
-    lines = [line.split(None, 2) for line in read("cases").splitlines() if not line.startswith(b"#")]
-    cases = [(check_case, (name.decode(), tree.decode(), query)) for name, tree, query in lines]
+    both, strict = ([line.split(None, 2) for line in read(name).splitlines() if not line.startswith(b"#")]
+                    for name in ("cases", "cases-strict"))
+    cases = [(check, (name.decode(), tree.decode(), None if query == b"-" else plain(query)))
+             for name, tree, query in both for check in (check_case, check_strict_case)
+             if name != b"nothing" or check is check_case]
+    cases += [(check_strict_case, (name.decode(), tree.decode(), plain(query))) for name, tree, query in strict]
     cases += [(lambda program, case, check=check: check(program), (check.__name__, "basic", b"several"))
               for check in CHECKS]
     laid_out, updated = None, set()
@@ -189,12 +284,13 @@ def run_all(program, update, names):
             laid_out = case[1]
             Tree().make(laid_out)
         # If cases share an expected file, the first case writes it.
-        more = (True,) if update and check is check_case and case[0] not in updated else ()
-        updated.add(case[0])
+        file = (check, case[0], case[1] in MESSAGES)
+        more = (True,) if update and check in (check_case, check_strict_case) and file not in updated else ()
+        updated.add(file)
         try:
             check(program, case, *more)
             yield case, None
-        except (Wrong, subprocess.TimeoutExpired, FileNotFoundError) as error:
+        except (Wrong, http_rules.Broken, ValueError, subprocess.TimeoutExpired, FileNotFoundError) as error:
             yield case, error
 
 
@@ -211,7 +307,7 @@ def main(arguments):
         count += 1
         if error is not None:
             failed += 1
-            print(f"FAILED {name}\n  tree: {tree}\n  QUERY_STRING={query[:500].decode()}\n{error}\n")
+            print(f"FAILED {name}\n  tree: {tree}\n  QUERY_STRING={(query or b'')[:500].decode(errors='replace')}\n{error!r}\n{error}\n")
     print(f"{count} cases, {failed} failed")
     return failed or not count
 
