@@ -58,6 +58,7 @@ class Rivals:
         size = len(answer("fmtype=all", place))
         self.add(f"floor {count}", place, FLOOR, "/home", str(count), str(size))
         self.add(f"all {count}", place, PROGRAM, QUERY_STRING="fmtype=all")
+        self.add(f"strict {count}", place, PROGRAM, QUERY_STRING="fmtype=all", FILEMAN_ANSWERS="strict")
         self.add(f"results {count}", place, PROGRAM, QUERY_STRING="fmtype=rslt")
         self.add(f"find {count}", place, "/usr/bin/find", *WALK)
         self.add(f"bfs {count}", place, "/usr/bin/bfs", *WALK)
@@ -211,6 +212,7 @@ def print_lists(table, figures, count, goals):
     table.row(f"{count:,} results, all : floor", cpu("all"), cpu("floor"), MILLISECONDS, 1.15 if goals else None)
     table.row(f"{count:,} results, an empty filter : floor", cpu("results"), cpu("floor"), MILLISECONDS,
               1.15 if goals else None)
+    table.row(f"{count:,} results, strict answers : default", cpu("strict"), cpu("all"), MILLISECONDS, 1.02)
     for rival in ("find", "bfs", "Python"):
         goal = 1 if goals and rival != "Python" else None
         table.row(f"{count:,} results : {rival}", cpu("all"), cpu(rival), MILLISECONDS, goal)
