@@ -33,5 +33,5 @@ private:
     static Answers s_current;
 
     bool m_areStrict = false;
-    std::string m_method; // empty when the server tells none
+    std::string_view m_method; // in the environment; empty when the server tells none
 };

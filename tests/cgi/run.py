@@ -262,8 +262,8 @@ def a_file_that_shrinks_ends_early(program):
         raise Wrong(f"{len(start + rest)} bytes, {messages}")
 
 
-CHECKS = (only_the_exact_word_makes_answers_strict, hostile_names_come_back, a_file_that_shrinks_ends_early, unknown_module_ends_the_process, rows_come_in_listing_order, dates_follow_the_zone,
-          storage_may_change_meanwhile)
+CHECKS = (only_the_exact_word_makes_answers_strict, hostile_names_come_back, a_file_that_shrinks_ends_early,
+          unknown_module_ends_the_process, rows_come_in_listing_order, dates_follow_the_zone, storage_may_change_meanwhile)
 
 
 def run_all(program, update, names):
