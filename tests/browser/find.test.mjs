@@ -1,7 +1,8 @@
 // Finding from a person's side: counts to tap, kept filters, pictures, verdicts, new results.
 import assert from 'node:assert/strict';
+import fs from 'node:fs';
 import { after, test } from 'node:test';
-import { arrive, column, footer, pressed, rowsOf, settled, startInstrument } from './instrument.mjs';
+import { arrive, column, footer, openList, pressed, rowsOf, settled, startInstrument } from './instrument.mjs';
 
 const instrument = await startInstrument();
 after(() => instrument.stop());
@@ -74,5 +75,27 @@ test('screenshots are pictures, fetched in sight and four at a time, and arrows 
   assert.equal(await page.locator('.slick-row').first().getAttribute('aria-selected'), 'true');
   await page.reload();
   await page.waitForSelector('.slick-row');
+  assert.deepEqual(page.problems, []);
+});
+
+test('reports in sight get their verdict, which is remembered and can be asked for', async () => {
+  const page = await instrument.open('fmtype=rslt&module=10G', { viewport: { width: 1280, height: 1600 } });
+  const paths = rowsOf('fmtype=rslt&module=10G').map((row) => /path: '([^']*)'/.exec(row)[1]);
+  const reports = paths.filter((path) => path.endsWith('.html'));
+  const failed = reports.filter((path) => fs.readFileSync(path, 'utf8').includes('>FAIL<')).length;
+  const passed = reports.length - failed;
+  await page.waitForFunction((all) => document.querySelectorAll('.fm-verdict').length === all, reports.length);
+  assert.ok(passed && failed);
+  assert.equal((await column(page, 'verdict')).filter((text) => text === 'FAIL').length, failed);
+  await value(page, `PASS ${passed}`).click();
+  assert.match(await footer(page), new RegExp(`^${passed} of`));
+  await pressed(page, 'Verdict').click();
+  let views = 0;
+  await page.route('**/fileman.cgi?opertype=view**', (route) => route.abort(++views));
+  await openList(page, instrument.list('fmtype=rslt&module=10G#find='));
+  await page.waitForTimeout(800);
+  assert.equal(views, 0);
+  const verdicts = (await column(page, 'verdict')).filter(Boolean);
+  assert.deepEqual(verdicts, [...verdicts].sort());
   assert.deepEqual(page.problems, []);
 });

@@ -253,7 +253,7 @@ test('every language has every text, and no text is left over', async () => {
   const sources = fs
     .readdirSync(new URL('fileman', folder))
     .map((file) => fs.readFileSync(new URL(`fileman/${file}`, folder), 'utf8'));
-  const columns = FIELDS.map((field) => `col${field[0].toUpperCase()}${field.slice(1)}`);
+  const columns = [...FIELDS, 'verdict'].map((field) => `col${field[0].toUpperCase()}${field.slice(1)}`);
   for (const file of fs.readdirSync(new URL('languages', folder))) {
     const { default: texts } = await import(new URL(`languages/${file}`, folder));
     const keys = Object.keys(texts);

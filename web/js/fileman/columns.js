@@ -3,7 +3,7 @@
  * the one column that replaces them where there is no room.
  */
 import { el, icon, visible } from './dom.js';
-import { kindOf, obstacle } from './kinds.js';
+import { VERDICT_TEXTS, kindOf, obstacle } from './kinds.js';
 import { keep, recall } from './memory.js';
 import { t } from './texts.js';
 import { shortDate } from './when.js';
@@ -14,6 +14,7 @@ const COLUMNS = [
   { id: 'mode', width: 116 },
   { id: 'test', width: 124 },
   { id: 'port', width: 96 },
+  { id: 'verdict', width: 84 },
   { id: 'datetime', width: 152 },
   { id: 'rsltype', width: 84 },
 ];
@@ -56,10 +57,14 @@ function widthsFor(hostWidth, ids) {
   return widths;
 }
 
+/** Whether a report says that a test has passed or failed. */
+const isVerdict = ({ verdict }) => verdict === 'pass' || verdict === 'fail';
+
 /** Which columns stay when each of these says something: one value for all entries says nothing. */
 export function tellingColumns(entries) {
   const tells = (id) => entries.length < 2 || entries.some((entry) => entry[id] !== entries[0][id]);
-  return COLUMNS.map(({ id }) => id).filter((id) => ALWAYS.includes(id) || tells(id));
+  const isJudged = entries.some(isVerdict);
+  return COLUMNS.map(({ id }) => id).filter((id) => ALWAYS.includes(id) || (id === 'verdict' ? isJudged : tells(id)));
 }
 
 /** The part of a text from `from` to `to`, with what lies between `at` and `end` marked. */
@@ -97,9 +102,16 @@ function drawEntry(entry, words, telling) {
   const more = ['test', 'port', 'module', 'mode', 'rsltype'].filter((id) => telling.includes(id) && entry[id]);
   const cell = document.createDocumentFragment();
   cell.append(
-    el('span', { class: 'fm-line' }, drawName(entry, words), drawDate(entry.datetime)),
+    el('span', { class: 'fm-line' }, drawName(entry, words), drawVerdict(entry), drawDate(entry.datetime)),
     el('span', { class: 'fm-more', text: more.map((id) => visible(entry[id])).join(' · ') }),
   );
+  return cell;
+}
+
+function drawVerdict(entry) {
+  const cell = document.createDocumentFragment();
+  if (isVerdict(entry))
+    cell.append(el('span', { class: `fm-verdict is-${entry.verdict}`, text: t(VERDICT_TEXTS[entry.verdict]) }));
   return cell;
 }
 
@@ -109,6 +121,7 @@ function drawDate(datetime) {
 
 function drawCell(id, entry, words) {
   if (id === 'name') return drawName(entry, words);
+  if (id === 'verdict') return drawVerdict(entry);
   return id === 'datetime' ? drawDate(entry.datetime) : { text: visible(entry[id]) };
 }
 

@@ -16,6 +16,7 @@ export const COUNTED = {
   test: (entry) => entry.test,
   port: (entry) => entry.port,
   kind: kindOf,
+  verdict: ({ verdict }) => verdict || 'unread',
 };
 const KEYS = Object.keys(COUNTED);
 

@@ -4,6 +4,7 @@
  */
 import { countValues } from './counts.js';
 import { button, el, visible } from './dom.js';
+import { VERDICT_TEXTS } from './kinds.js';
 import { KeptFilters } from './keptfilters.js';
 import { keep, recall } from './memory.js';
 import { naturalKey } from './order.js';
@@ -13,9 +14,10 @@ import { t } from './texts.js';
 const FEW_VALUES = 7; // shown of a column until more are asked for
 const BESIDE = matchMedia('(min-width: 1001px)'); // room beside the list
 const ROOMY = 1200; // from here on the panel is open until a person closes it
-const TITLES = { date: 'colDatetime', module: 'module', mode: 'mode', test: 'test', port: 'port', kind: 'kindOfFile' };
+const TITLES = { date: 'colDatetime', module: 'module', mode: 'mode', test: 'test', port: 'port', kind: 'kindOfFile', verdict: 'colVerdict' };
 
-const textOf = (key, value) => (key === 'kind' ? t(KIND_TEXTS[value]) : visible(value) || t('noValue'));
+const NAMED = { kind: KIND_TEXTS, verdict: VERDICT_TEXTS };
+const textOf = (key, value) => (NAMED[key]?.[value] ? t(NAMED[key][value]) : visible(value) || t('noValue'));
 
 export class Facets {
   /**

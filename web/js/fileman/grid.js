@@ -69,7 +69,10 @@ export class FileGrid {
     host.setAttribute('aria-multiselectable', 'true');
     this.canvas = this.grid.getCanvasNode();
     this.viewport = this.grid.getViewportNode();
-    this.grid.onRendered.subscribe(() => this.#mark());
+    this.grid.onRendered.subscribe(() => {
+      this.#mark();
+      this.events.drawn();
+    });
     this.grid.onColumnsResized.subscribe(() => this.#keepWidths());
     host.addEventListener('keydown', (event) => this.#key(event));
     host.addEventListener('mousedown', (event) => this.#press(event));
@@ -166,6 +169,20 @@ export class FileGrid {
     this.grid.updateRowCount();
     this.grid.render();
     this.#mark();
+  }
+
+  /** The entries in sight. */
+  get inSight() {
+    const { top, bottom } = this.grid.getViewport();
+    return this.view.slice(Math.max(top, 0), bottom + 1);
+  }
+
+  /** Draws an entry's row again when it is in sight. */
+  redrawEntry(entry) {
+    const row = this.inSight.includes(entry) ? this.view.indexOf(entry) : -1;
+    if (row < 0) return;
+    this.grid.invalidateRow(row);
+    this.grid.render();
   }
 
   /** Shows other entries, in this order; the active one stays active when it is among them. */

@@ -47,3 +47,6 @@ export function obstacle(entry, operation) {
   }
   return null;
 }
+
+/** Texts for what a report says of its test (verdicts.js); 'unread' when nobody has read it yet. */
+export const VERDICT_TEXTS = { pass: 'verdictPass', fail: 'verdictFail', none: 'verdictNone', unread: 'verdictUnread' };

@@ -24,6 +24,7 @@ import { countText, setField, showChips, showCounts, showEmpty, showForms, showT
 import { copyRows, printRows } from './takeaway.js';
 import { size, t } from './texts.js';
 import { AnswerError, listingQuery, readListing, toText } from './wire.js';
+import { Verdicts } from './verdicts.js';
 import { Viewer } from './viewer.js';
 import { wording } from './wording.js';
 
@@ -35,6 +36,7 @@ let grid;
 let viewer;
 let facets;
 let gallery;
+let verdicts;
 
 let listing; // what is shown: kind, lists, texts
 let entries = []; // all rows of the list, in the instrument's order
@@ -135,6 +137,7 @@ function tellGaps({ early, incomplete }) {
 
 function takeList(list, kept) {
   ({ entries, lost } = list);
+  verdicts.recallFor(entries);
   order = orderBy(entries, sort.field, sort.ascending);
   query = new Query(frame.find.value);
   showForms(frame, listing);
@@ -209,6 +212,27 @@ function narrow() {
   showState();
   showGallery();
   facets.show(entries, query);
+}
+
+/** Has the verdicts read that are in sight, or all that may matter when a verdict is asked for. */
+function wantVerdicts() {
+  const isAsked = query.valuesOf('verdict').length > 0;
+  const mayFit = (entry) => !entry.verdict && query.obstacleOf(entry) !== null;
+  verdicts.want(isAsked ? entries.filter(mayFit) : grid.inSight);
+}
+
+let renewing = null;
+function takeVerdict(entry) {
+  grid.redrawEntry(entry);
+  renewing ??= setTimeout(() => {
+    renewing = null;
+    grid.fold(entries);
+    found = null;
+    const { top } = grid;
+    if (query.valuesOf('verdict').length) narrow();
+    else facets.show(entries, query);
+    grid.top = top;
+  }, 500);
 }
 
 /** Narrows by what is typed now; the address follows. */
@@ -445,7 +469,8 @@ export async function start() {
     deliver: fetchFiles,
     copies,
   });
-  grid = new FileGrid(frame.host, frame.tools, { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape });
+  grid = new FileGrid(frame.host, frame.tools, { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: wantVerdicts });
+  verdicts = new Verdicts(takeVerdict);
   gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });
   copyRows(frame.host, () => grid.targets());
   printRows(() => grid.view);

@@ -7,11 +7,13 @@
  *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (dates.js)
  */
 import { dateAt } from './dates.js';
-import { kindOf } from './kinds.js';
+import { VERDICT_TEXTS, kindOf } from './kinds.js';
 import { searchedText } from './order.js';
 import { allTexts, t } from './texts.js';
 
 export const KIND_TEXTS = { report: 'kindReport', picture: 'kindPicture', capture: 'kindCapture', other: 'kindOther' };
+
+const VERDICT_LINES = Object.fromEntries(Object.entries(VERDICT_TEXTS).map(([key, text]) => [key, `${key}\n${t(text)}`]));
 
 /** What a key compares: the column's text, or all texts that name it, one in a line. */
 const VALUES = {
@@ -20,11 +22,12 @@ const VALUES = {
   test: (entry) => entry.test,
   port: (entry) => entry.port,
   kind: (entry) => kindLines(kindOf(entry), entry.rsltype),
+  verdict: ({ verdict }) => VERDICT_LINES[verdict || 'unread'],
   name: (entry) => entry.name,
   path: (entry) => entry.path,
 };
 /** Keys of few different values: whether one matches is remembered. */
-const FEW = new Set(['module', 'mode', 'test', 'port', 'kind']);
+const FEW = new Set(['module', 'mode', 'test', 'port', 'kind', 'verdict']);
 
 const kinds = new Map();
 function kindLines(kind, rsltype) {

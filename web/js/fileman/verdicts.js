@@ -1,0 +1,100 @@
+/*
+ * Whether a report says PASS or FAIL. js/verdict.json, which the instrument's maker may edit, tells where a report says
+ * so. Reports are read in the background, one at a time with a rest as long as the reading took, and what they say is
+ * remembered by path and date.
+ */
+import { kindOf, obstacle } from './kinds.js';
+import { keep, recall } from './memory.js';
+import { decodeReport } from './report.js';
+import { fetchFile, sniff } from './stored.js';
+
+const MOST_KEPT = 4000;
+const STILL = 400; // milliseconds without a scroll before anything is read
+const LEAST_REST = 50;
+
+/** 'pass', 'fail' or 'none': what a report's text says. Of several elements the worst one counts. */
+export function verdictIn(text, { selector, pass, fail }) {
+  // Nothing runs or loads in a parsed document; without its own styles the page's policy has nothing to complain about.
+  const quiet = text.replace(/<(\/?)style\b/gi, '<$1template').replace(/(\s)(style|on\w+)(?=\s*=)/gi, '$1data-$2');
+  const nodes = new DOMParser().parseFromString(quiet, 'text/html').querySelectorAll(selector);
+  const said = [...nodes].map((node) => node.textContent.trim().toLowerCase());
+  const says = (words) => words.some((word) => said.some((one) => one.startsWith(word.toLowerCase())));
+  return says(fail) ? 'fail' : says(pass) ? 'pass' : 'none';
+}
+
+/** The maker's description, or null when there is none or it is not one. */
+async function fetchDescription() {
+  try {
+    const response = await fetch(`${window.fileman.base}verdict.json`, { credentials: 'same-origin' });
+    const { selector, pass, fail } = await response.json();
+    document.createDocumentFragment().querySelector(selector); // throws when it is no selector
+    const areWords = [pass, fail].every((words) => Array.isArray(words) && words.every((word) => typeof word === 'string'));
+    return areWords ? { selector, pass, fail } : null;
+  } catch {
+    return null;
+  }
+}
+
+const keyOf = ({ path, datetime }) => `${path}\n${datetime}`;
+
+export class Verdicts {
+  /** `changed(entry)` is called when an entry's verdict has become known. */
+  constructor(changed) {
+    this.changed = changed;
+    const kept = recall('verdicts', []);
+    this.known = new Map(Array.isArray(kept) ? kept : []);
+    this.wanted = [];
+    this.isReading = false;
+    document.addEventListener('visibilitychange', () => this.#start());
+    addEventListener('pagehide', () => this.#save());
+  }
+
+  /** Gives each entry the verdict that is remembered: 'pass', 'fail', 'none', or '' when its report is still to be read. */
+  recallFor(entries) {
+    for (const entry of entries) entry.verdict = this.#isReadable(entry) ? (this.known.get(keyOf(entry)) ?? '') : 'none';
+  }
+
+  // The instrument sends the first of those that share an identity, so the others' reports cannot be read.
+  #isReadable(entry) {
+    return !entry.twin && kindOf(entry) === 'report' && !obstacle(entry, 'view');
+  }
+
+  /** Names the entries whose verdict is wanted, the most urgent first. */
+  want(entries) {
+    this.wanted = entries.filter(({ verdict }) => verdict === '');
+    clearTimeout(this.timer);
+    if (this.wanted.length) this.timer = setTimeout(() => this.#start(), STILL);
+  }
+
+  async #start() {
+    if (this.isReading) return;
+    this.isReading = true;
+    while (this.wanted.length && !document.hidden) {
+      this.description ??= (await fetchDescription()) ?? { selector: null };
+      if (!this.description.selector) break;
+      const entry = this.wanted.shift();
+      const began = performance.now();
+      if (entry?.verdict === '') await this.#read(entry);
+      const rest = Math.max(LEAST_REST, performance.now() - began);
+      await new Promise((resolve) => setTimeout(resolve, rest));
+    }
+    this.isReading = false;
+  }
+
+  async #read(entry) {
+    try {
+      const bytes = await fetchFile(entry);
+      entry.verdict = sniff(bytes) === 'text/html' ? verdictIn(decodeReport(bytes), this.description) : 'none';
+      this.known.set(keyOf(entry), entry.verdict);
+      clearTimeout(this.saving);
+      this.saving = setTimeout(() => this.#save(), 2000);
+    } catch {
+      entry.verdict = 'none'; // until the list is read again
+    }
+    this.changed(entry);
+  }
+
+  #save() {
+    keep('verdicts', [...this.known].slice(-MOST_KEPT));
+  }
+}
