@@ -101,6 +101,52 @@ test('nothing is out of reach on a phone and at 200 % zoom', async () => {
   }
 });
 
+test('a small screen shows eight rows with a filter on, all targets are large, and fingers open or choose', async () => {
+  const small = { viewport: { width: 800, height: 480 }, hasTouch: true };
+  const page = await instrument.open('fmtype=rslt&module=10G,1GE', small);
+  const whole = await page.$$eval('.slick-row', (rows) => {
+    const list = document.querySelector('.slick-viewport').getBoundingClientRect();
+    return rows.filter((row) => row.getBoundingClientRect().bottom <= list.bottom).length;
+  });
+  assert.ok(whole >= 8, `${whole} rows`);
+  for (const [viewport, locale] of [
+    [small.viewport, 'de-DE'],
+    [{ width: 390, height: 844 }, 'de-DE'],
+    [{ width: 1000, height: 700 }, 'en-GB'],
+  ]) {
+    const narrow = await instrument.open('fmtype=rslt', { ...small, viewport, locale });
+    await narrow.locator('.fm-check').first().tap();
+    const found = await narrow.evaluate(() => ({
+      tooWide: ['html', '.slick-viewport'].filter((name) => {
+        const node = document.querySelector(name);
+        return node.scrollWidth > node.clientWidth;
+      }),
+      tooSmall: [...document.querySelectorAll('button, a, select, label')]
+        .filter((node) => node.checkVisibility() && node.getBoundingClientRect().height < 43.5)
+        .map((node) => node.textContent),
+    }));
+    assert.deepEqual(found, { tooWide: [], tooSmall: [] }, `${viewport.width}, ${locale}`);
+  }
+  await page.locator('.slick-row').nth(2).tap();
+  await page.locator('.fm-viewer').waitFor();
+  assert.equal(await page.locator('.fm-bar').isVisible(), false, 'nothing to reach behind a view');
+  await page.closeViewer();
+  await page.locator('.slick-row').nth(1).dispatchEvent('pointerdown', { pointerType: 'touch', bubbles: true });
+  await page.getByText('1 chosen').waitFor();
+  assert.deepEqual(page.problems, []);
+});
+
+test('a second visit asks for the page alone', async () => {
+  const page = await instrument.open('fmtype=rslt');
+  const asked = [];
+  page.on('requestfinished', async (request) => {
+    const sizes = await request.sizes();
+    if (sizes.responseHeadersSize + sizes.responseBodySize) asked.push(request.url().replace(/.*\//, ''));
+  });
+  await openList(page, instrument.list('fmtype=prof'));
+  assert.deepEqual(asked, ['fileman.cgi?fmtype=prof']);
+});
+
 test('German for whoever prefers it, and a switch that is remembered', async () => {
   const page = await instrument.open('fmtype=rslt', { locale: 'de-DE' });
   assert.equal(await page.getAttribute('html', 'lang'), 'de');

@@ -15,6 +15,8 @@ const NARROW_ROW_HEIGHT = 44; // of two lines; also what a finger needs
 const LONG_TAP = 500;
 const STILL = 10; // pixels that a finger may move in it
 
+const isNarrow = (host) => host.clientWidth < NARROW || document.documentElement.classList.contains('is-compact');
+
 export class FileGrid {
   /**
    * `events`: sort(field), changed() after another choice or active row, open(entry), menu(entry, rectangle),
@@ -40,7 +42,7 @@ export class FileGrid {
 
   #create() {
     const { host } = this;
-    this.narrow = host.clientWidth < NARROW;
+    this.narrow = isNarrow(host);
     this.columns.showTools(this.tools, this.narrow);
     this.grid = new SlickGrid(
       host,
@@ -109,7 +111,7 @@ export class FileGrid {
   #fit() {
     if (!this.host.clientWidth) return; // out of sight
     const { top } = this;
-    this.narrow = this.host.clientWidth < NARROW;
+    this.narrow = isNarrow(this.host);
     this.columns.showTools(this.tools, this.narrow);
     this.grid.setColumnHeaderVisibility(!this.narrow, false);
     this.grid.setOptions({ rowHeight: this.narrow ? NARROW_ROW_HEIGHT : ROW_HEIGHT }, true, true);
