@@ -39,7 +39,7 @@ function protocolRows({ protocols, packets }) {
 }
 
 function protocolTable(summary) {
-  const heads = [t('protocol'), t('packets'), ''].map((text) => el('th', { scope: 'col', text }));
+  const heads = [t('protocol'), t('packets'), t('share')].map((text) => el('th', { scope: 'col', text }));
   return el('table', {}, el('thead', {}, el('tr', {}, heads)), el('tbody', {}, protocolRows(summary)));
 }
 

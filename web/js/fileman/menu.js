@@ -46,7 +46,8 @@ export function showMenu(items, rectangle, opener, label) {
     event.stopPropagation();
   };
   const node = el('div', { class: 'fm-menu', role: 'menu', 'aria-label': label, on: { keydown: keys } }, entries);
-  document.body.append(node);
+  // Within a landmark, where assistive software finds it.
+  (document.querySelector('main') ?? document.body).append(node);
   place(node, rectangle);
   addEventListener('pointerdown', outside, true);
   addEventListener('blur', lose);

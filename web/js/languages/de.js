@@ -242,5 +242,6 @@ export default {
   absent: '(fehlt)',
   wholeTable: 'eine ganze Tabelle',
   notComparable: 'Nur Berichte lassen sich vergleichen.',
+  share: 'Anteil',
   retry: 'Noch einmal',
 };

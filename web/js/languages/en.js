@@ -242,5 +242,6 @@ export default {
   absent: '(absent)',
   wholeTable: 'a whole table',
   notComparable: 'Only reports can be compared.',
+  share: 'Share',
   retry: 'Try again',
 };
