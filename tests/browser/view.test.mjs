@@ -151,7 +151,7 @@ test('a view that is left at once asks for no archive; a capture that rests tell
 });
 
 test('printing a view prints what is looked at alone', async () => {
-  const page = await instrument.open('fmtype=screen');
+  const page = await instrument.open('fmtype=all#find=.png');
   await page.evaluate(() => {
     window.print = () => {
       window.printed = document.documentElement.className;
@@ -169,8 +169,8 @@ test('printing a view prints what is looked at alone', async () => {
   );
   assert.deepEqual(shown, [false, false, false, true]);
 
-  await openList(page, instrument.list('fmtype=rslt&test=throughput'));
   await page.emulateMedia({ media: 'screen' });
+  await openList(page, instrument.list('fmtype=rslt&test=throughput#find=throughput'));
   await row(page, 0).dblclick();
   await page.frameLocator('.fm-report').locator('h1').waitFor();
   const calls = page.evaluate(

@@ -167,6 +167,15 @@ export function reportShell(title, onKey) {
   return { frame, ready };
 }
 
+const LEAST_ZOOM = 0.5;
+
+/** Makes a report that is wider than its frame fit; on paper it keeps its size. */
+function fitWidth({ body, documentElement: root }) {
+  body.style.zoom = '';
+  const zoom = Math.max(LEAST_ZOOM, root.clientWidth / root.scrollWidth);
+  body.style.zoom = zoom < 1 ? zoom : '';
+}
+
 /**
  * Shows a report: { frame, ready, paths, fill }. `ready` resolves when it is shown, `paths()` are those of the files that
  * it lacks, and `fill(addressOf, textOf)` puts in the files that these know by their paths.
@@ -181,6 +190,8 @@ export function showReport(entry, bytes, onKey) {
     target.body.replaceWith(target.adoptNode(calm.report.body));
     target.documentElement.lang = calm.report.documentElement.lang || 'en';
     target.title = visible(entry.name);
+    fitWidth(target);
+    frame.contentWindow.addEventListener('resize', () => fitWidth(target));
   });
   return {
     frame,

@@ -20,7 +20,7 @@ export class Viewer {
   constructor(host, events) {
     this.host = host;
     this.events = events;
-    this.title = el('h2', { id: 'fm-viewer-title', tabindex: '-1' });
+    this.title = el('h2', { id: 'fm-viewer-title', role: 'heading', tabindex: '-1' });
     this.place = el('span', { class: 'fm-viewer-place' });
     this.facts = new Facts();
     this.body = el('div', { class: 'fm-viewer-body', 'aria-live': 'off' });
@@ -84,6 +84,7 @@ export class Viewer {
         node === this.host || node.contains(this.host) || node.matches('.fm-tasks, .fm-menu, [role=status]');
       if (!isSeen) node.inert = isOver;
     }
+    this.title.setAttribute('aria-level', isOver ? 1 : 2);
     if (isOver && !this.host.contains(document.activeElement)) this.title.focus();
   }
 
