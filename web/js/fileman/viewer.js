@@ -221,7 +221,7 @@ export class Viewer {
 
   /** Fills in the pictures of two reports that are compared; one without its archive keeps its notes. */
   async #fillPictures(entries, signal) {
-    const { fetchInsides } = await import('./insides.js');
+    const { fetchInsides } = await later();
     const { sides } = this.report;
     for (const [i, entry] of entries.entries()) {
       const paths = sides[i].paths();
