@@ -34,7 +34,7 @@ using TaskList = std::list<PdfTask>;
 
 // In default answers two documents of one base name get one PDF. Strict answers tell them apart by a number.
 std::string pdfPathFor(const std::string& document, EntryNames& names) {
-    const std::string path = pdfPath(document);
+    std::string path = pdfPath(document);
     if (!Answers::current().areStrict())
         return path;
     const std::string name = names.take("", CCommUtils::dirName(path), EntryNames::Kind::File);

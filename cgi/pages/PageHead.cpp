@@ -1,8 +1,6 @@
 #include "cgi/Header.h"
 #include "cgi/pages/PageLine.h"
 
-using page::strictLine;
-
 // The scripts read a page by its kind, and show how much of the storage is missing in it.
 void page::writeMeta() {
     strictLine(1, R"(<meta charset="utf-8" />)");
