@@ -72,8 +72,7 @@ test('a report shows as a report, runs nothing and asks for nothing', async () =
 
 test('pictures show as pictures, captures offer the download', async () => {
   const page = await instrument.open('fmtype=screen');
-  await page.locator('.slick-row').first().click();
-  await pressed(page, 'View').click();
+  await page.locator('.fm-tile').first().click();
   const picture = page.locator('.fm-picture img');
   await picture.waitFor();
   assert.ok(await picture.evaluate((image) => image.decode().then(() => image.naturalWidth > 0)));

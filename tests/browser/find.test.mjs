@@ -2,7 +2,8 @@
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import { after, test } from 'node:test';
-import { arrive, column, footer, openList, pressed, rowsOf, settled, startInstrument } from './instrument.mjs';
+import { setTimeout as pause } from 'node:timers/promises';
+import { DIR, arrive, column, footer, openList, pressed, rowsOf, settled, startInstrument } from './instrument.mjs';
 
 const instrument = await startInstrument();
 after(() => instrument.stop());
@@ -98,4 +99,34 @@ test('reports in sight get their verdict, which is remembered and can be asked f
   const verdicts = (await column(page, 'verdict')).filter(Boolean);
   assert.deepEqual(verdicts, [...verdicts].sort());
   assert.deepEqual(page.problems, []);
+});
+
+test('new results are offered while the page is visible, with a pause by how long the last look took', async () => {
+  const page = await instrument.newPage();
+  await page.clock.install();
+  await openList(page, instrument.list('fmtype=rslt&test=bert'));
+  let looks = 0;
+  await page.route('**/fileman.cgi?fmtype=rslt**', async (route) => {
+    looks += 1;
+    await pause(4000); // what the look takes
+    await route.continue();
+  });
+  const made = `${DIR}/just-made.html`;
+  fs.writeFileSync(made, '<p>new</p>');
+  try {
+    await page.clock.fastForward(61000);
+    const offer = pressed(page, '1 new');
+    await offer.waitFor();
+    assert.equal(looks, 1);
+    await page.clock.fastForward(65000);
+    assert.equal(looks, 1, 'twenty times the four seconds are not over');
+    await offer.click();
+    assert.ok((await page.locator('.fm-name').allTextContents()).includes('just-made'));
+    assert.equal(await offer.count(), 0);
+    await page.getByLabel('Look for new results now and then').uncheck();
+    await page.clock.fastForward(300000);
+    assert.equal(looks, 1);
+  } finally {
+    fs.unlinkSync(made);
+  }
 });

@@ -105,10 +105,11 @@ function buildFoot(on) {
   const count = el('span');
   const chosen = el('b');
   const clearChoice = button(t('clearChoice'), { class: 'fm-link', press: on.clearChoice });
+  const news = button('', { class: 'fm-button fm-news', hidden: true });
   const lost = el('span', { class: 'fm-lost' });
   const wait = el('span', { class: 'fm-wait', hidden: true });
-  const node = el('footer', { class: 'fm-foot' }, count, chosen, clearChoice, lost, wait);
-  return { node, count, chosen, clearChoice, lost, wait };
+  const node = el('footer', { class: 'fm-foot' }, count, news, chosen, clearChoice, lost, wait);
+  return { node, count, news, chosen, clearChoice, lost, wait };
 }
 
 /** The page's own element, or a new one when a broken page has lost it. */

@@ -15,6 +15,7 @@ import { hashOf, inHash } from './hash.js';
 import { later } from './later.js';
 import { TAB_TEXTS, addressOf } from './listing.js';
 import { keep, keepFind, keepList, recall, recallFind, recallList } from './memory.js';
+import { News } from './news.js';
 import { orderBy, prepareSearch } from './order.js';
 import { showMenu } from './menu.js';
 import { dressPage } from './page.js';
@@ -37,6 +38,7 @@ let viewer;
 let facets;
 let gallery;
 let verdicts;
+let news;
 
 let listing; // what is shown: kind, lists, texts
 let entries = []; // all rows of the list, in the instrument's order
@@ -138,6 +140,8 @@ function tellGaps({ early, incomplete }) {
 function takeList(list, kept) {
   ({ entries, lost } = list);
   verdicts.recallFor(entries);
+  frame.news.hidden = true;
+  news.restart();
   order = orderBy(entries, sort.field, sort.ascending);
   query = new Query(frame.find.value);
   showForms(frame, listing);
@@ -212,6 +216,19 @@ function narrow() {
   showState();
   showGallery();
   facets.show(entries, query);
+}
+
+/** Offers a newer list; it is shown when the person asks for it. */
+function offerNews(list, n) {
+  const { news: offer } = frame;
+  offer.querySelector('span').textContent = t('news', { n });
+  offer.hidden = false;
+  offer.onclick = () => {
+    takeList(list, { ...snapshot(), top: 0 });
+    announce(count());
+    listHost().focus();
+  };
+  announce(t('news', { n }));
 }
 
 /** Has the verdicts read that are in sight, or all that may matter when a verdict is asked for. */
@@ -471,6 +488,7 @@ export async function start() {
   });
   grid = new FileGrid(frame.host, frame.tools, { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: wantVerdicts });
   verdicts = new Verdicts(takeVerdict);
+  news = new News({ look: () => fetchList(addressOf(listing)), entries: () => entries, found: offerNews });
   gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });
   copyRows(frame.host, () => grid.targets());
   printRows(() => grid.view);
@@ -479,6 +497,10 @@ export async function start() {
     find: findText,
     current: () => ({ query: listingQuery(listing), find: frame.find.value }),
     apply: applyKept,
+    isNewsOn: () => news.isOn,
+    switchNews: (on) => {
+      news.isOn = on;
+    },
   });
   addEventListener('pagehide', remember);
   document.addEventListener('keydown', leadToFind);

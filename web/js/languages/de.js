@@ -69,6 +69,8 @@ export default {
   verdictFail: 'FAIL',
   verdictNone: 'ohne',
   verdictUnread: 'noch nicht gelesen',
+  news: '{n} neu',
+  lookForNews: 'Ab und zu nach neuen Ergebnissen sehen',
   kindReport: 'Bericht',
   kindPicture: 'Bild',
   kindCapture: 'Mitschnitt',

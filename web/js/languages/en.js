@@ -68,6 +68,8 @@ export default {
   verdictFail: 'FAIL',
   verdictNone: 'without',
   verdictUnread: 'not read yet',
+  news: '{n} new',
+  lookForNews: 'Look for new results now and then',
   kindReport: 'Report',
   kindPicture: 'Picture',
   kindCapture: 'Capture',
