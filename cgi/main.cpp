@@ -5,6 +5,9 @@
 //   Output          writes the response, which ends where a write fails
 //   Header          writes the header of strict answers; ErrorPage refuses a request in words;
 //                   ContentType, Disposition: lines of the header; Escape: values in pages
+//   confine/        says what the process may do from here on: Reach (files), Limits, Privileges; Landlock
+//   and
+//                   Programs make the rules for the kernel
 //   StartUp         reads the configuration and scans the storage, in a thread that main waits for
 //   Request         reads the query: the action and the filter; Query: the way strict answers read it
 //   pages/          writes HTML
@@ -46,6 +49,9 @@
 #include "cgi/ErrorPage.h"
 #include "cgi/Output.h"
 #include "cgi/StartUp.h"
+#include "cgi/confine/Limits.h"
+#include "cgi/confine/Privileges.h"
+#include "cgi/confine/Reach.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "common/CCommUtils.h"
 #include "common/WriteAll.h"
@@ -137,7 +143,24 @@ bool refuses(const CFileManCGI& request, const _ResultFilter& filter) {
 // These two start commands, which would inherit an ignored SIGPIPE and go on after their reader is gone. The
 // program itself needs no signal: it sees the failed write.
 bool startsCommands(unsigned action) {
-    return action == CFileManCGI::ACTION_PDF || action == CFileManCGI::ACTION_DOWNLOAD;
+    return action == CFileManCGI::ACTION_PDF ||
+           (action == CFileManCGI::ACTION_DOWNLOAD && !Answers::current().areStrict());
+}
+
+// Before anything is read from storage. A request that cannot drop the rights of another user must not go on.
+void confine(unsigned action) {
+    limits::apply();
+    if (!privileges::drop())
+        ::_exit(EXIT_FAILURE);
+    if (startsCommands(action)) {
+        privileges::cleanEnvironment();
+        reach::confineToStaging(action == CFileManCGI::ACTION_PDF ? reach::Delivery::Pdf
+                                                                  : reach::Delivery::Download);
+    } else if (action == CFileManCGI::ACTION_DOWNLOAD) {
+        reach::confineToStreaming();
+    } else {
+        reach::confineToReading();
+    }
 }
 
 // Answers a request for records that do not exist, when answers are strict.
@@ -212,17 +235,16 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
     ::_exit(EXIT_SUCCESS);
 }
 
-// From the query to the whole answer.
-void serve(CFileManager& store) {
-    const auto request = std::make_unique<CFileManCGI>();
-    if (!readQuery(*request)) {
-        writeErrorPage(Status::BadRequest, "The query holds a malformed escape.");
-        return;
-    }
+// Reads the configuration and writes the whole answer.
+void serve(CFileManCGI& request) {
+    const auto store = std::make_unique<CFileManager>();
+    store->deferScan();
+    runStartUpThread();
+
     _ResultFilter filter;
-    request->getFilterFromRequest(filter);
-    if (!refuses(*request, filter))
-        answer(*request, store, filter);
+    request.getFilterFromRequest(filter);
+    if (!refuses(request, filter))
+        answer(request, *store, filter);
 }
 
 } // namespace
@@ -233,13 +255,14 @@ int main(int argc, char** argv) {
         writeVersion();
         endProcess();
     }
+    const auto request = std::make_unique<CFileManCGI>();
     if (Answers::current().isMethodRefused()) {
         writeErrorPage(Status::MethodNotAllowed, "Only GET and HEAD are answered.");
-        endProcess();
+    } else if (!readQuery(*request)) {
+        writeErrorPage(Status::BadRequest, "The query holds a malformed escape.");
+    } else {
+        confine(request->getFileManType());
+        serve(*request);
     }
-    const auto store = std::make_unique<CFileManager>();
-    store->deferScan();
-    runStartUpThread();
-    serve(*store);
     endProcess();
 }

@@ -13,6 +13,7 @@ add_link_options(-Wl,--gc-sections -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 if(FILEMAN_SANITIZE)
   add_compile_options(-fsanitize=${FILEMAN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${FILEMAN_SANITIZE})
+  add_compile_definitions(FILEMAN_SANITIZED)
 endif()
 
 if(FILEMAN_STATIC)

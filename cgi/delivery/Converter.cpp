@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <string>
 
+#include "cgi/confine/Limits.h"
+#include "cgi/confine/Reach.h"
 #include "cgi/delivery/Termination.h"
 #include "common/FixedPaths.h"
 #include "common/Report.h"
@@ -27,6 +29,8 @@ namespace {
     ::dup2(STDERR_FILENO, STDOUT_FILENO);
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() == parent) {
+        limits::liftForConverter();
+        reach::confineConverter();
         ::execvp(paths::kPdfConverter, arguments.data());
         reportErrno("start", paths::kPdfConverter, errno);
     }

@@ -53,7 +53,7 @@ int runZip(const StagingArea& area, const std::string& command, const Workshop& 
     ::setenv(kOptions, workshop.options().c_str(), 1);
     const int status = area.run(command);
     ::unsetenv(kOptions);
-    return status == kUnknownOption ? area.run(command) : status;
+    return status == kUnknownOption ? area.runBesideArchive(command) : status;
 }
 
 // A zip that ran without the options has made the archive at the path in the command.

@@ -10,6 +10,7 @@
 #include <cstdlib>
 
 #include "common/Report.h"
+#include "common/Retry.h"
 #include "common/UniqueFd.h"
 
 namespace {
@@ -54,18 +55,35 @@ private:
     int m_fd;
 };
 
+constexpr int kSignalBase = 128;
+// What the shell itself says of a command that it does not find.
+constexpr int kNotFound = 127;
+
+// In a process of its own, which keeps the confinement of this command away from the request.
+[[noreturn]] void becomeCommand(const std::string& command, const reach::CommandPlaces& places) {
+    reach::confineCommand(places);
+    const int status = std::system(command.c_str()); // NOLINT(cert-env33-c): the interface is a shell command
+    if (status == -1) {
+        reportErrno("run", command, errno);
+        ::_exit(kNotFound);
+    }
+    ::_exit(WIFEXITED(status) ? WEXITSTATUS(status) : kSignalBase + WTERMSIG(status));
+}
+
 } // namespace
 
-int shell::run(const std::string& command, int inheritedFd) {
+int shell::run(const std::string& command, int inheritedFd, const reach::CommandPlaces& places) {
     const OutputToErrorLog redirection;
     const Inheritable inheritance(inheritedFd);
     // A server may ignore SIGCHLD, and this process inherits that. The exit status would be lost then.
     std::signal(SIGCHLD, SIG_DFL);
-    const int status = std::system(command.c_str()); // NOLINT(cert-env33-c): the interface is a shell command
-    if (status == -1) {
+    const pid_t child = ::fork();
+    if (child == 0)
+        becomeCommand(command, places);
+    int status = 0;
+    if (child < 0 || retryInterrupted([&] { return ::waitpid(child, &status, 0); }) < 0) {
         reportErrno("run", command, errno);
         return kNoShell;
     }
-    constexpr int kSignalBase = 128;
     return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalBase + WTERMSIG(status);
 }

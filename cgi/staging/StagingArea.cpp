@@ -14,6 +14,7 @@
 #include "cgi/staging/OwnPlace.h"
 #include "cgi/staging/RemoveTree.h"
 #include "cgi/staging/Shell.h"
+#include "common/CCommUtils.h"
 
 namespace {
 
@@ -26,11 +27,11 @@ void leaveResponse() {
 
 // Runs the command in a process of its own, which ends after the last process of the command. As subreaper it
 // is the parent of these processes even when the shell leaves them in the background.
-[[noreturn]] void becomeCleaner(const std::string& command, int lock) {
+[[noreturn]] void becomeCleaner(const std::string& command, int lock, const reach::CommandPlaces& places) {
     leaveResponse();
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const SignOfLife signOfLife(lock);
-    shell::run(command, lock);
+    shell::run(command, lock, places);
     while (::wait(nullptr) > 0 || errno == EINTR) {
     }
     ::_exit(0);
@@ -47,7 +48,15 @@ bool StagingArea::removeLeftovers() const {
 }
 
 int StagingArea::run(const std::string& command) const {
-    return m_usable ? shell::run(command, m_lock.descriptor()) : shell::kNoShell;
+    return run(command, {m_places.directory, m_places.archive, {}});
+}
+
+int StagingArea::runBesideArchive(const std::string& command) const {
+    return run(command, {CCommUtils::absFilePath(m_places.archive), {}, {}});
+}
+
+int StagingArea::run(const std::string& command, const reach::CommandPlaces& places) const {
+    return m_usable ? shell::run(command, m_lock.descriptor(), places) : shell::kNoShell;
 }
 
 void StagingArea::cleanUp(const std::string& command, std::chrono::milliseconds pause) const {
@@ -55,9 +64,10 @@ void StagingArea::cleanUp(const std::string& command, std::chrono::milliseconds 
         return;
     std::fflush(stdout);
     std::this_thread::sleep_for(pause);
+    const reach::CommandPlaces places = {{}, {}, CCommUtils::absFilePath(m_places.archive)};
     const pid_t cleaner = ::fork();
     if (cleaner == 0)
-        becomeCleaner(command, m_lock.descriptor());
+        becomeCleaner(command, m_lock.descriptor(), places);
     if (cleaner < 0)
-        run(command);
+        run(command, places);
 }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <string>
 
+#include "cgi/confine/Reach.h"
 #include "cgi/staging/AreaLock.h"
 
 // One of the two places below /tmp where a delivery collects its files: a directory that every request fills
@@ -39,9 +40,11 @@ public:
     // when something could not be removed.
     bool removeLeftovers() const;
 
-    // Runs a shell command in the area. Returns the same as shell::run, and kNoShell when the area is not
-    // usable.
+    // Runs a shell command that writes in the directory only. Returns the same as shell::run, and kNoShell
+    // when the area is not usable.
     int run(const std::string& command) const;
+    // The same for a command that also writes the archive and temporary files beside it.
+    int runBesideArchive(const std::string& command) const;
 
     // Gives the server the pause to take the body, then runs the command that removes the files. The request
     // does not wait for that command: a process of its own holds the area, with signs of life, until the
@@ -49,6 +52,8 @@ public:
     void cleanUp(const std::string& command, std::chrono::milliseconds pause = kPause) const;
 
 private:
+    int run(const std::string& command, const reach::CommandPlaces& places) const;
+
     Places m_places;
     AreaLock m_lock;
     bool m_usable;

@@ -322,7 +322,7 @@ while True:
 def failing_commands_leave_no_hollow_archive(instrument):
     instrument.reports("one", "two")
     left_out = rf"^fileman: download /home/{BERT}/two.html: left out, "
-    for failing in ('/bin/cp "$@"; for to; do :; done; [ ! -f "$to/two.html" ] || truncate -s 5 "$to/two.html"; exit 1',
+    for failing in ('/bin/cp "$@"; for to; do :; done; [ ! -f "$to/two.html" ] || printf five! >"$to/two.html"; exit 1',
                     'case "$*" in *two*) exit 127; esac; exec /bin/cp "$@"',
                     '/bin/cp "$@"; for to; do :; done; rm -rf "$to/two_files"'):
         instrument.tool("bin/cp", stub(failing))

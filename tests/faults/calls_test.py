@@ -38,9 +38,8 @@ def run(query, call="", number=0, error=0):
                               query, LD_PRELOAD=f"{BUILD}/dev/tests/faults/fail_call.so", FAULT_MARK=mark,
                               FAULT_CALL=call, FAULT_NUMBER=str(number), FAULT_ERROR=str(error),
                               FILEMAN_ANSWERS="strict" if query == STREAM else "default"))
-    hit = os.path.exists(mark)
-    if hit:
-        os.unlink(mark)
+    hit = os.path.getsize(mark) > 0
+    os.unlink(mark)
     return done, hit
 
 

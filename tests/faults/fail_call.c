@@ -1,6 +1,6 @@
 // A library to preload into the program. It makes call number FAULT_NUMBER of the C library function
-// FAULT_CALL fail with FAULT_ERROR, and then makes the file FAULT_MARK as a sign. Calls of child processes do
-// not fail.
+// FAULT_CALL fail with FAULT_ERROR, and then writes a byte to the file FAULT_MARK as a sign. Calls of child
+// processes do not fail.
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -23,12 +23,14 @@
 static const char* failing_call;
 static long calls_left;
 static int error_number;
+static int mark;     // opened before the program confines itself
 static int is_short; // the call does half of its work and does not fail
 
 __attribute__((constructor)) static void read_environment(void) {
     const char *number = getenv("FAULT_NUMBER"), *error = getenv("FAULT_ERROR");
     unsetenv("LD_PRELOAD");
     failing_call = getenv("FAULT_CALL");
+    mark = (int)syscall(SYS_openat, AT_FDCWD, getenv("FAULT_MARK"), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
     calls_left = number == NULL ? 0 : atol(number);
     error_number = error == NULL ? 0 : atoi(error);
     is_short = error_number == 0;
@@ -37,7 +39,7 @@ __attribute__((constructor)) static void read_environment(void) {
 static int fails(const char* name) {
     if (failing_call == NULL || strcmp(name, failing_call) != 0 || --calls_left != 0)
         return 0;
-    syscall(SYS_close, syscall(SYS_openat, AT_FDCWD, getenv("FAULT_MARK"), O_CREAT | O_WRONLY, 0600));
+    syscall(SYS_write, mark, "x", 1);
     errno = error_number;
     return 1;
 }

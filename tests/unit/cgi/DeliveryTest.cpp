@@ -117,7 +117,7 @@ TEST_F(Delivery, NothingRunsInAnAreaThatIsNotHeld) {
     fs::create_symlink(at("elsewhere"), at("lock"));
     const StagingArea area(places());
     EXPECT_FALSE(area.isUsable() || fs::exists(at("elsewhere")) || fs::exists(at("area")));
-    EXPECT_EQ(-1, area.run("touch " + at("run")));
+    EXPECT_EQ(-1, area.run(": > " + at("run")));
     EXPECT_FALSE(fs::exists(at("run")));
 }
 
@@ -127,9 +127,11 @@ TEST_F(Delivery, LockOutlivesItsHolderUntilTheBackgroundCommandEnds) {
     {
         const StagingArea holder(places());
         EXPECT_FALSE(isFree(0));
-        holder.run("sleep 0.2 &");
+        EXPECT_EQ(0, ::mkfifo(at("area/fifo").c_str(), 0600));
+        holder.run("read line < " + at("area/fifo") + " &");
     }
     EXPECT_FALSE(isFree(0));
+    std::ofstream(at("area/fifo")) << "go on\n";
     EXPECT_TRUE(isFree(5000));
 }
 

@@ -1,0 +1,146 @@
+#include "cgi/confine/Reach.h"
+
+#include <cstdlib>
+#include <list>
+#include <string_view>
+
+#include "cgi/confine/Landlock.h"
+#include "cgi/confine/Programs.h"
+#include "common/CCommUtils.h"
+#include "common/FixedPaths.h"
+#include "common/Report.h"
+
+namespace {
+
+constexpr char kTemporary[] = "/tmp";
+constexpr char kNull[] = "/dev/null";
+
+// What the commands of a delivery are made of.
+constexpr const char* kCommands[] = {"/bin/sh", "mkdir", "cp", "zip", "rm"};
+
+// Libraries, character sets and what the loader knows about them.
+constexpr const char* kLibraries[] = {
+    "/lib",       "/lib32",         "/lib64",           "/usr/lib",           "/usr/lib32",
+    "/usr/lib64", "/usr/local/lib", "/etc/ld.so.cache", "/etc/ld.so.preload", "/usr/share/locale"};
+
+// A converter is a program that we do not know, with fonts and an interpreter of its own.
+constexpr const char* kConverterPrograms[] = {"/bin", "/sbin", "/usr", "/opt", "/lib", "/lib32", "/lib64"};
+constexpr const char* kConverterFiles[] = {"/etc/fonts",
+                                           "/etc/ld.so.cache",
+                                           "/etc/ld.so.preload",
+                                           "/etc/passwd",
+                                           "/etc/group",
+                                           "/etc/nsswitch.conf",
+                                           "/etc/mime.types",
+                                           "/etc/locale.alias",
+                                           "/var/cache/fontconfig",
+                                           "/dev/urandom",
+                                           "/dev/random",
+                                           "/dev/zero",
+                                           "/proc"};
+
+std::list<std::string> pathsOf(const char* variable) {
+    std::list<std::string> paths;
+    if (const char* const value = std::getenv(variable))
+        CCommUtils::split(paths, ":", value);
+    return paths;
+}
+
+// As tzset(3) looks for it.
+void allowTimeZone(Landlock& rules) {
+    constexpr char kZones[] = "/usr/share/zoneinfo";
+    rules.allow("/etc/localtime", Landlock::kReadFile);
+    const char* const zone = std::getenv("TZ");
+    if (zone == nullptr)
+        return;
+    const char* const directory = std::getenv("TZDIR");
+    rules.allow(directory == nullptr ? kZones : directory, Landlock::kReadFile);
+    if (const char* const path = *zone == ':' ? zone + 1 : zone; *path == '/')
+        rules.allow(path, Landlock::kReadFile);
+}
+
+void allowReading(Landlock& rules) {
+    rules.allow(paths::kHome, Landlock::kRead);
+    allowTimeZone(rules);
+}
+
+void allowCommands(Landlock& rules) {
+    for (const char* const command : kCommands) {
+        for (const std::string& program : programs::find(command))
+            programs::allow(rules, program);
+    }
+    for (const char* const path : kLibraries)
+        rules.allow(path, Landlock::kRead);
+    rules.allow(kNull, Landlock::kReadFile | Landlock::kWriteFile);
+    allowReading(rules);
+}
+
+// FILEMAN_CONVERTER_READS and FILEMAN_CONVERTER_WRITES name further places of a converter that needs them.
+void allowConverter(Landlock& rules) {
+    for (const char* const path : kConverterPrograms)
+        rules.allow(path, Landlock::kRead | Landlock::kExecute);
+    for (const char* const path : kConverterFiles)
+        rules.allow(path, Landlock::kRead);
+    for (const std::string& path : pathsOf("FILEMAN_CONVERTER_READS"))
+        rules.allow(path, Landlock::kRead);
+    for (const std::string& path : pathsOf("FILEMAN_CONVERTER_WRITES"))
+        rules.allow(path, Landlock::kRead | Landlock::kWrite);
+    programs::allow(rules, paths::kPdfConverter);
+}
+
+bool isReportAsked() {
+    const char* const value = std::getenv("FILEMAN_CONFINEMENT");
+    return value != nullptr && std::string_view(value) == "report";
+}
+
+void enforce(const Landlock& rules) {
+    if (!rules.enforce() && isReportAsked())
+        report("confine", "the request", "this kernel has no Landlock, or too old a version");
+}
+
+} // namespace
+
+void reach::confineToReading() {
+    Landlock rules;
+    allowReading(rules);
+    enforce(rules);
+}
+
+void reach::confineToStreaming() {
+    Landlock rules;
+    allowReading(rules);
+    rules.allow("/usr/lib/locale", Landlock::kRead);
+    enforce(rules);
+}
+
+void reach::confineToStaging(Delivery delivery) {
+    // Version 1 refuses to move a file from one directory to another, whatever the rules say.
+    constexpr int kLeastVersion = 2;
+    Landlock rules(kLeastVersion);
+    allowCommands(rules);
+    rules.allow(kTemporary, Landlock::kRead | Landlock::kWrite);
+    if (delivery == Delivery::Pdf)
+        allowConverter(rules);
+    enforce(rules);
+}
+
+void reach::confineCommand(const CommandPlaces& places) {
+    Landlock rules;
+    allowCommands(rules);
+    if (!places.writes.empty())
+        rules.allow(places.writes, Landlock::kRead | Landlock::kWrite);
+    if (!places.reads.empty())
+        rules.allow(places.reads, Landlock::kReadFile);
+    if (!places.removes.empty())
+        rules.allow(places.removes, Landlock::kReadDirectory | Landlock::kRemove);
+    rules.enforce();
+}
+
+void reach::confineConverter() {
+    Landlock rules;
+    allowCommands(rules);
+    allowConverter(rules);
+    rules.allow(paths::kPdfTaskList, Landlock::kReadFile);
+    rules.allow(paths::kPdfDir, Landlock::kRead | Landlock::kWrite);
+    rules.enforce();
+}

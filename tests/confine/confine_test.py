@@ -1,0 +1,152 @@
+#!/usr/bin/python3
+"""confine_test.py BUILD: a request that is led astray can do no more than it must.
+
+Code inside the program, and the commands and the converter that a delivery starts, try what none of them may do. The
+kernel has to refuse each of it. Where the kernel has no Landlock the test says so and ends with status 77.
+"""
+
+import ctypes
+import errno
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+sys.path.insert(0, "tests/cgi")
+import storage  # noqa: E402  pylint: disable=wrong-import-position
+
+BUILD = ""
+ID = "Ethernet_SFP_BERT_Result_line_1"
+READING = ["fmtype=all", "filter=fpri", f"opertype=view&rsltid={ID}"]
+# The second one is for a name that would move to another directory.
+REFUSED = (errno.EACCES, errno.EXDEV)
+# What a command of a delivery tries, by the shell.
+COMMANDS = {
+    "write a result": ": >/home/victim.html",
+    "create a result": ": >/home/new.html",
+    "read a file elsewhere": "read line </etc/debian_version",
+    "run a program": "/usr/bin/id",
+    "write elsewhere in /tmp": ": >/tmp/new",
+}
+FOREIGN_AREA = {"download": "/tmp/pdf", "pdf": "/tmp/download"}
+
+
+def run(query, program="dev/fileman.cgi", **variables):
+    return subprocess.run(f"{BUILD}/{program}", stdin=subprocess.DEVNULL, capture_output=True, timeout=60, check=False,
+                          env=storage.environment(query, **{"PATH": "/usr/local/bin:/usr/bin:/bin", **variables}))
+
+
+def tried(done):
+    return {what: int(number) for what, number in re.findall(r"^tried (.*): errno (\d+)$", done.stderr.decode(), re.M)}
+
+
+def prepare():
+    tree = storage.Tree()
+    tree.make("nothing")
+    tree.configuration()
+    tree.write(f"{storage.BERT}/line_1.html")
+    for directory in ("/tmp/pdf", "/tmp/download"):
+        os.makedirs(directory, mode=0o700, exist_ok=True)
+    with open("/home/victim.html", "wb") as file:
+        file.write(b"measured")
+
+
+def untouched():
+    if not os.path.exists("/home/victim.html"):
+        return False
+    with open("/home/victim.html", "rb") as file:
+        return file.read() == b"measured" and not {"new.html", "other.html", "new", "link"} & set(os.listdir("/home"))
+
+
+def inside_the_program():
+    library = f"{BUILD}/dev/tests/confine/try_forbidden.so"
+    download = f"opertype=download&rsltid={ID}"
+    for query, variables in [*((query, {"TRY_TMP": "1"}) for query in READING), (download, {}),
+                             (download, {"TRY_TMP": "1", "FILEMAN_ANSWERS": "strict"})]:
+        prepare()
+        attempts = tried(run(query, LD_PRELOAD=library, **variables))
+        assert len(attempts) >= 12, (query, attempts)
+        yield from (f"{query}: {what}: errno {number}" for what, number in attempts.items() if number not in REFUSED)
+        if not untouched():
+            yield f"{query}: the storage has changed"
+    spinning = run("fmtype=all", LD_PRELOAD=library, TRY_TO_SPIN="1", FILEMAN_CPU_SECONDS="1")
+    if b"processor time" not in spinning.stderr or b"</html>" in spinning.stdout:
+        yield f"no limit of processor time: {spinning.stderr}"
+
+
+def stub(area):
+    """A script in the place of a command or converter, which tries everything and tells the rest of its state."""
+    attempts = COMMANDS | {"write into another staging area": f": >{area}/planted"}
+    lines = [f'( {attempt} ) 2>/dev/null && echo "tried {what}: errno 0" >&2 || echo "tried {what}: errno 13" >&2'
+             for what, attempt in attempts.items()]
+    return "\n".join(["#!/bin/sh", *lines, 'echo "environment: "$(export -p | cut -c8- 2>/dev/null || export -p)"." >&2',
+                      'echo "core: $(ulimit -c) files: $(ulimit -n)" >&2', "exit 1"])
+
+
+def plant(name, script):
+    path = f"/usr/local/{name}"
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(script)
+    os.chmod(path, 0o755)
+    return path
+
+
+def inside_the_children():
+    for operation, place in (("download", "bin/cp"), ("pdf", "ktb/bin/htm2pdf")):
+        prepare()
+        planted = plant(place, stub(FOREIGN_AREA[operation]))
+        done = run(f"opertype={operation}&rsltid={ID}", HTTP_SECRET="s", FILEMAN_OPEN_FILES="99")
+        os.unlink(planted)
+        attempts = tried(done)
+        assert len(attempts) == len(COMMANDS) + 1, (operation, attempts, done.stderr)
+        expected = set() if operation == "download" else {"run a program"}  # a converter may be made of several
+        yield from (f"{operation}: {what}" for what, number in attempts.items() if number == 0 and what not in expected)
+        if not untouched() or os.listdir(FOREIGN_AREA[operation]):
+            yield f"{operation}: something has changed"
+        if b"core: 0 files: 99" not in done.stderr:
+            yield f"{operation}: other limits: {done.stderr}"
+        if re.search(rb"(HTTP_SECRET|QUERY_STRING|GATEWAY_INTERFACE)=", done.stderr):
+            yield f"{operation}: variables of the request: {done.stderr}"
+
+
+def set_user_id_is_dropped():
+    """The program's file belongs to another user and lends it; what the request makes is its own user's all the same."""
+    prepare()
+    program = plant("bin/fileman.cgi", "")
+    with open(f"{BUILD}/release/fileman.cgi", "rb") as original, open(program, "wb") as copy:
+        copy.write(original.read())
+    os.chown(program, 1234, 1234)
+    os.chmod(program, 0o6755)
+    subprocess.run(program, env=storage.environment(f"opertype=download&rsltid={ID}", PATH="/usr/bin:/bin"),
+                   capture_output=True, timeout=60, check=False)
+    owner = os.stat("/tmp/.tarn_download.lock")
+    if (owner.st_uid, owner.st_gid) != (os.getuid(), os.getgid()):
+        yield f"the lock belongs to {owner.st_uid}:{owner.st_gid}"
+
+
+def main():
+    offered = ctypes.CDLL(None, use_errno=True).syscall(444, None, 0, 1)
+    if offered < 4:
+        print(f"SKIPPED: this kernel offers Landlock version {offered}; the test needs version 4")
+        return 77
+    faults = [*inside_the_program(), *inside_the_children()]
+    if os.getuid() == 0:
+        faults += set_user_id_is_dropped()
+    print(*faults, f"Landlock version {offered}, {len(faults)} faults", sep="\n")
+    return 1 if faults else 0
+
+
+def start_in_private_storage():
+    """With a /usr/local of its own, where the test plants programs."""
+    with tempfile.TemporaryDirectory() as directory:
+        for name in ("home", "usr-local/bin", "usr-local/ktb/bin"):
+            os.makedirs(f"{directory}/{name}")
+        with open(f"{directory}/usr-local/bin/.private", "w", encoding="ascii"):
+            pass
+        return subprocess.run(["scripts/with-storage", directory, "python3", "-B", *sys.argv], check=False).returncode
+
+
+if __name__ == "__main__":
+    BUILD = sys.argv[1]
+    sys.exit(main() if os.path.exists("/usr/local/bin/.private") else start_in_private_storage())
