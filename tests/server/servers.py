@@ -1,6 +1,6 @@
 """The web servers of packaging/ on the loopback interface, each with its settings as they are shipped.
 
-They name fixed places below /usr/local/ktb and /run: lay_out() makes both private first.
+They name fixed places below /usr/local/ktb, which the runner makes private, and /run, which lay_out() does.
 """
 
 import os
@@ -13,8 +13,11 @@ import time
 
 assert os.environ.get("FILEMAN_PRIVATE_STORAGE") == "1" and os.path.exists("/tmp/.private-storage")
 sys.path.insert(0, "tests/cgi")
+import storage  # noqa: E402  pylint: disable=unused-import,wrong-import-position
 
+PROGRAM = os.path.abspath(sys.argv.pop(1))
 PACKAGING = os.path.abspath("packaging")
+WWW = os.path.abspath("build/www")
 PLACE = "/usr/local/ktb"
 CGI = f"{PLACE}/cgi-bin/fileman.cgi"
 APACHE_MODULES = ("mpm_event", "authz_core", "alias", "cgid", "deflate", "dir", "env", "filter", "headers", "mime")
@@ -23,16 +26,6 @@ APACHE_MODULES = ("mpm_event", "authz_core", "alias", "cgid", "deflate", "dir", 
 ZONE = "UTC0"
 
 # What the server's own configuration says around the settings.
-LIGHTTPD = f"""
-server.modules = ( "mod_alias" )
-server.bind = "127.0.0.1"
-server.port = PORT
-server.errorlog = "/run/lighttpd.log"
-server.upload-dirs = ( "/run" )
-server.document-root = "{PLACE}/www"
-$HTTP["url"] =~ "^/cgi-bin/fileman" {{ alias.url = ( "/cgi-bin/" => "{PLACE}/cgi-bin/" ) }}
-include "{PACKAGING}/lighttpd/fileman.conf"
-"""
 NGINX = f"""
 daemon off;
 user root;
@@ -73,19 +66,17 @@ defaults
 """
 
 
-def lay_out(program, answers):
+def lay_out(answers):
     """The program and what scripts/build-web makes in their places; "default" answers take the switch away again."""
-    for place in ("/usr/local", "/run"):
-        if not os.path.exists(f"{place}/.private"):
-            subprocess.run(("mount", "-t", "tmpfs", "-o", "mode=755", "tmpfs", place), check=True)
-            with open(f"{place}/.private", "xb"):
-                pass
-    shutil.rmtree(PLACE, ignore_errors=True)
-    shutil.copytree("build/www" if os.path.isdir("build/www") else "web", f"{PLACE}/www",
-                    ignore=shutil.ignore_patterns("node_modules"))
+    if not os.path.exists("/run/.private"):
+        subprocess.run(("mount", "-t", "tmpfs", "-o", "mode=755", "tmpfs", "/run"), check=True)
+        write("/run/.private", "")
+    for place in ("www", "cgi-bin"):
+        shutil.rmtree(f"{PLACE}/{place}", ignore_errors=True)
+    shutil.copytree(WWW, f"{PLACE}/www")
     for place in ("bin", "cgi-bin", "www/cgi-bin"):
-        os.makedirs(f"{PLACE}/{place}")
-    shutil.copy(program, CGI if answers == "strict" else CGI + ".real")
+        os.makedirs(f"{PLACE}/{place}", exist_ok=True)
+    shutil.copy(PROGRAM, CGI if answers == "strict" else CGI + ".real")
     if answers == "default":
         write(CGI, f"#!/bin/sh\nunset FILEMAN_ANSWERS\nexec {CGI}.real\n", 0o755)
 
@@ -114,7 +105,7 @@ class Server:
         self.port = port or free_port()
         environment = {"PATH": "/usr/local/bin:/usr/sbin:/usr/bin:/bin", "TZ": ZONE}
         self.processes = [subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
-                                           stderr=subprocess.DEVNULL, start_new_session=True) for command in commands]
+                                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True) for command in commands]
         for _ in range(200):
             try:
                 socket.create_connection(("127.0.0.1", self.port)).close()
@@ -134,19 +125,10 @@ class Server:
             process.wait()
 
 
-def connect(port):
-    """A connection whose answer waits in the server and not in the system, as far as there is a choice."""
-    client = socket.socket()
-    client.settimeout(60)
-    client.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
-    client.connect(("127.0.0.1", port))
-    return client
-
-
 def lighttpd():
     port = free_port()
-    write("/run/lighttpd.conf", LIGHTTPD.replace("PORT", str(port)))
-    return Server(("lighttpd", "-D", "-f", "/run/lighttpd.conf"), port=port)
+    return Server(("env", f"FILEMAN_PORT={port}", f"FILEMAN_WWW={WWW}", f"FILEMAN_CGI_DIR={PLACE}/cgi-bin",
+                   "lighttpd", "-D", "-f", f"{PACKAGING}/lighttpd.conf"), port=port)
 
 
 def nginx():
@@ -173,24 +155,22 @@ def apache():
     return Server(command, port=port)
 
 
-def stand_in(wrapper):
+def stand_in(wrapper, www):
     """Puts the wrapper where a server runs what lies below its document root."""
-    place = f"{PLACE}/www/cgi-bin/fileman.cgi"
-    if os.path.lexists(place):
-        os.unlink(place)
-    os.symlink(f"{PACKAGING}/{wrapper}", place)
+    shutil.copy(f"{PACKAGING}/{wrapper}", f"{www}/cgi-bin/fileman.cgi")
 
 
 def busybox():
     port = free_port()
-    stand_in("strict-answers")
-    return Server(("busybox", "httpd", "-f", "-p", f"127.0.0.1:{port}", "-h", f"{PLACE}/www",
+    shutil.copytree(f"{PLACE}/www", "/run/www", dirs_exist_ok=True)
+    stand_in("strict-answers", "/run/www")
+    return Server(("busybox", "httpd", "-f", "-p", f"127.0.0.1:{port}", "-h", "/run/www",
                    "-c", f"{PACKAGING}/busybox/httpd.conf"), port=port)
 
 
 def mini_httpd():
     port = free_port()
-    stand_in("mini-httpd/strict-answers")
+    stand_in("mini-httpd/strict-answers", f"{PLACE}/www")
     return Server(("mini_httpd", "-D", "-C", f"{PACKAGING}/mini-httpd/mini-httpd.conf", "-h", "127.0.0.1",
                    "-p", str(port), "-u", "root"), port=port)
 

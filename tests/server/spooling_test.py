@@ -6,10 +6,13 @@ import subprocess
 import threading
 import unittest
 
-from served import PACKAGING, PROGRAM, Server, parse, read_all, storage
+import servers
+from client import fetch
+from servers import PROGRAM, storage
 
 ROOM = 700 << 10
-LIST = "fmtype=all"
+QUERY = "fmtype=all"
+LIST = f"/cgi-bin/fileman.cgi?{QUERY}"
 
 
 def used():
@@ -47,31 +50,32 @@ class Spooling(unittest.TestCase):
         tree.configuration()
         for number in range(4000):
             tree.write(f"{storage.BERT}/line_{number:04}.html")
-        done = subprocess.run(PROGRAM, env=storage.environment(LIST, TZ="UTC0"), stdout=subprocess.PIPE, check=True)
-        cls.page = done.stdout.partition(b"\n\n")[2]
-        assert cls.page.count(b"{ id: '") == 4000 and len(cls.page) > ROOM
-        cls.server = Server(("lighttpd", "-D", "-f", f"{PACKAGING}/lighttpd.conf"))
+        servers.lay_out("strict")
+        done = subprocess.run(PROGRAM, env=storage.environment(QUERY, TZ="UTC0", FILEMAN_ANSWERS="strict"),
+                              stdout=subprocess.PIPE, check=True)
+        cls.page = done.stdout.partition(b"\r\n\r\n")[2]
+        assert cls.page.count(b'{"id":') == 4000 and len(cls.page) > ROOM
+        cls.server = servers.lighttpd()
         cls.addClassCleanup(cls.server.stop)
 
     def test_a_list_comes_whole_to_a_slow_reader(self):
-        for head in ((), (b"Accept-Encoding: gzip",)):
+        for head in ((), (("Accept-Encoding", "gzip"),)):
             with self.subTest(head=head):
-                with self.server.open(f"/cgi-bin/fileman.cgi?{LIST}", head=head) as connection, Watch() as watch:
-                    _, headers, body = parse(read_all(connection, pause=0.002))
-                self.assertEqual(headers.get("content-encoding"), "gzip" if head else None)
-                self.assertEqual(gzip.decompress(body) if head else body, self.page)
+                with Watch() as watch:
+                    answer = fetch(self.server.port, LIST, pause=0.002, head=head)
+                self.assertEqual(answer.header.get("content-encoding"), "gzip" if head else None)
+                self.assertEqual(gzip.decompress(answer.body) if head else answer.body, self.page)
                 # What the pipe still holds when the program ends, at most.
                 self.assertLess(watch.grown(), 128 << 10)
 
     def test_the_body_of_a_request_is_refused_without_a_trace(self):
         zeros = bytes(2 << 20)
-        for target in (f"/cgi-bin/fileman.cgi?{LIST}", "/index.html", "/none"):
+        for target in (LIST, "/index.html", "/none"):
             for method in ("POST", "PUT", "GET"):
-                for head, body in ((b"Content-Length: %d" % len(zeros), zeros),
-                                   (b"Transfer-Encoding: chunked", b"%x\r\n" % len(zeros) + zeros + b"\r\n0\r\n\r\n")):
+                for head in (("Content-Length", str(len(zeros))), ("Transfer-Encoding", "chunked")):
                     with self.subTest(target=target, method=method, head=head):
                         with Watch() as watch:
-                            status = self.server.get(target, method=method, head=(head,), body=body)[0]
+                            status = fetch(self.server.port, target, method=method, head=(head,), body=zeros).status
                         self.assertIn(status, (400, 413) if "cgi" in target else (400, 413, 200, 404, 501))
                         self.assertEqual(watch.grown(), 0)
 
