@@ -98,6 +98,20 @@ export async function startInstrument(command) {
   };
 }
 
+/** Every web server that there are settings for, with strict answers: { servers: [{ name, list(query) }], stop() }. */
+export async function startServers() {
+  const serving = spawn('/usr/bin/python3', ['-B', 'tests/server/serve.py', 'build/release/fileman.cgi'], {
+    stdio: ['pipe', 'pipe', 'inherit'],
+  });
+  let printed = '';
+  for await (const piece of serving.stdout) printed += piece;
+  const servers = printed.split('\n').slice(0, -1).map((line) => {
+    const [name, port] = line.split('\t');
+    return { name, list: (query) => `http://127.0.0.1:${port}/cgi-bin/fileman.cgi?${query}` };
+  });
+  return { servers, stop: () => serving.stdin.end() };
+}
+
 /** A page in a fresh profile; `page.problems` gathers console errors, script errors and failed requests. */
 async function newPage(browser, options) {
   const context = await browser.newContext({ viewport: { width: 1280, height: 800 }, locale: 'en-GB', ...options });
@@ -155,9 +169,9 @@ export const task = (page) => page.locator('.fm-task').last();
 export const told = (page, words) => task(page).getByText(words).waitFor();
 export const pressed = (page, name) => page.getByRole('button', { name, exact: true });
 
-/** What the program itself writes for a query, and the rows in it. */
-export const answerOf = (query) =>
-  execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query }, encoding: 'utf8', maxBuffer: 1 << 26 });
+/** What the program itself writes for a query in default answers (or those that `more` asks for), and the rows in it. */
+export const answerOf = (query, more = {}) =>
+  execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: query, ...more }, encoding: 'utf8', maxBuffer: 1 << 26 });
 export const rowsOf = (query) =>
   answerOf(query)
     .split('\n')

@@ -166,8 +166,6 @@ test('advanced fields, Cancel and Escape, and the way out of an empty list', asy
   await pressed(page, 'Advanced').click();
   const dialog = page.getByRole('dialog', { name: 'Advanced filter' });
   await dialog.getByLabel('File name holds').fill('a & b');
-  await page.keyboard.press('Enter');
-  assert.equal(await dialog.isVisible(), true, 'a sign that cannot be sent is refused');
   await page.keyboard.press('Escape');
   await dialog.waitFor({ state: 'detached' });
   assert.equal(await page.evaluate(() => document.activeElement.innerText), 'Advanced');
