@@ -152,7 +152,7 @@ test('what is missing is told and stays in sight; a busy instrument can be asked
     return route.fulfill({ body: asked === 1 ? '' : archiveOf(`[${first}]-[]/${first}.html`, `[${second}]-[]/`) });
   });
   await pressed(page, 'Download').click();
-  await told(page, /sent nothing/);
+  await told(page, /does not find this any more/);
   await page.clock.install();
   const [download] = await Promise.all([
     page.waitForEvent('download'),
@@ -229,7 +229,7 @@ test('a file that has gone is told', async () => {
   fs.unlinkSync(path);
   await page.locator('.slick-row').first().click();
   await pressed(page, 'Download').click();
-  await told(page, /sent nothing/);
+  await told(page, /does not find this any more/);
   await pressed(page, 'View').click();
   await page.locator('.fm-viewer').getByRole('alert').waitFor();
 });
