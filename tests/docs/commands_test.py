@@ -87,7 +87,7 @@ class Commands(unittest.TestCase):
             try:
                 for address in re.findall(r"http://\S+", told):
                     with urllib.request.urlopen(address, timeout=30) as answer:
-                        self.assertIn(b"<html>", answer.read(), address)
+                        self.assertIn(b"</html>", answer.read(), address)
             finally:
                 os.killpg(demo.pid, signal.SIGINT)
                 demo.communicate(timeout=30)
