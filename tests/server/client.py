@@ -79,7 +79,19 @@ def read(client, received):
 def read_leniently(received, fault):
     header, body = divided(received)
     length = re.search(rb"^Content-Length: *(\d+)", header, re.M | re.I)
+    if re.search(rb"^Transfer-Encoding: *chunked", header, re.M | re.I):
+        body = unchunked(body)
     return Answer(int(header.split(None, 2)[1]), body[:int(length[1])] if length else body, {}, fault)
+
+
+def unchunked(body):
+    """The bytes of a chunked body, as far as it goes."""
+    pieces = []
+    while match := re.match(rb"([0-9A-Fa-f]+)\r\n", body):
+        size = int(match[1], 16)
+        pieces.append(body[match.end():match.end() + size])
+        body = body[match.end() + size + 2:]
+    return b"".join(pieces)
 
 
 def divided(text):
