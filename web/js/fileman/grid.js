@@ -179,12 +179,12 @@ export class FileGrid {
     return this.view.slice(Math.max(top, 0), bottom + 1);
   }
 
-  /** Draws an entry's row again when it is in sight. */
+  /** Fills an entry's row again when it is in sight. The row itself stays, and so does its place for assistive software. */
   redrawEntry(entry) {
     const row = this.inSight.includes(entry) ? this.view.indexOf(entry) : -1;
     if (row < 0) return;
-    this.grid.invalidateRow(row);
-    this.grid.render();
+    this.grid.updateRow(row);
+    this.#mark();
   }
 
   /** Shows other entries, in this order; the active one stays active when it is among them. */
