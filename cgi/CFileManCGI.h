@@ -39,6 +39,9 @@ public:
         FIELD_RESULT_TYPE = 5,
     };
 
+    // What a list is written as.
+    enum class ListFormat { Page, JsonLines, Csv };
+
     // --- the request (Request.cpp) ---
 
     // Splits the decoded query into m_queryInfo. A repeated key keeps its first value. Always returns 1.
@@ -55,6 +58,9 @@ public:
     unsigned getFileManType() const;
     // Returns the value of "fmtype" as given, or "" when the query has no such key.
     std::string getFileManTypeString() const;
+    // Returns what the key "format" asks for, or nullopt for an unknown value. In default answers the key
+    // means nothing, and every list is a page.
+    std::optional<ListFormat> getListFormat() const;
     // Returns a test that is true for the identifiers that the key "rsltid" names.
     std::function<bool(const std::string& id)> getChooser() const;
     // Sets the fields of filter that the query names, leaves the others unchanged, and copies filter to
@@ -81,6 +87,12 @@ public:
     void writeSubmitForm();
     // Writes the empty form into which the scripts put a command and the chosen ids.
     void writeCommandForm();
+
+    // --- the list in the format that the request names (ListForPrograms.cpp) ---
+
+    // Writes the whole response for everything that the store has loaded: the list page, or the same rows as
+    // JSON Lines or CSV.
+    void writeList(const CFileManager& store);
 
     // --- the filter pages (FilterPages.cpp) ---
 

@@ -112,6 +112,17 @@ void escape::appendJson(std::string& out, std::string_view value) {
     }
 }
 
+bool escape::isPlainInCsv(std::string_view value) {
+    return value.find_first_of("\",\r\n") == std::string_view::npos;
+}
+
+void escape::appendCsv(std::string& out, std::string_view value) {
+    out += '"';
+    for (const char c : value)
+        out.append(c == '"' ? 2 : 1, c);
+    out += '"';
+}
+
 std::string escape::percentEncoded(std::string_view value, std::string_view plain) {
     std::string encoded;
     for (const char c : value) {

@@ -20,6 +20,13 @@ bool isPlainInJson(std::string_view value);
 // its bytes. Python's "surrogateescape" follows the same rule.
 void appendJson(std::string& out, std::string_view value);
 
+// Whether a field of CSV (RFC 4180) can contain the value without quotes.
+bool isPlainInCsv(std::string_view value);
+
+// Appends the value as a field of CSV in quotes. The bytes stay as they are stored, also those outside of
+// UTF-8 characters; only quotes are doubled.
+void appendCsv(std::string& out, std::string_view value);
+
 // Percent-encodes every byte except letters, digits and the bytes in plain.
 std::string percentEncoded(std::string_view value, std::string_view plain);
 

@@ -2,6 +2,7 @@
 #include <optional>
 #include <utility>
 
+#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
 #include "cgi/Query.h"
 #include "cgi/delivery/ChosenIds.h"
@@ -44,6 +45,16 @@ constexpr std::array<SourceWord, 4> kSourceWords = {{
     {"prof", false, true},
     {"rslt", true, false},
     {"screen", true, true},
+}};
+
+struct FormatWord {
+    const char* value;
+    CFileManCGI::ListFormat format;
+};
+
+constexpr std::array<FormatWord, 2> kFormatWords = {{
+    {"jsonl", CFileManCGI::ListFormat::JsonLines},
+    {"csv", CFileManCGI::ListFormat::Csv},
 }};
 
 struct ListKey {
@@ -131,6 +142,17 @@ unsigned CFileManCGI::getFileManType() const {
 std::string CFileManCGI::getFileManTypeString() const {
     const std::string* const value = findValue(m_queryInfo, "fmtype");
     return value == nullptr ? std::string() : *value;
+}
+
+std::optional<CFileManCGI::ListFormat> CFileManCGI::getListFormat() const {
+    const std::string* const value = findValue(m_queryInfo, "format");
+    if (value == nullptr || !Answers::current().areStrict())
+        return ListFormat::Page;
+    for (const FormatWord& word : kFormatWords) {
+        if (CCommUtils::isEquals(*value, word.value))
+            return word.format;
+    }
+    return std::nullopt;
 }
 
 std::function<bool(const std::string& id)> CFileManCGI::getChooser() const {

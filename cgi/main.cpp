@@ -12,6 +12,7 @@
 //   Request         reads the query: the action and the filter; Query: the way strict answers read it
 //   pages/          writes HTML
 //     ListPage        the grid page                  CFileManager loads what it lists
+//     ListForPrograms the same rows as JSON Lines or CSV; RowFormat: the formats; RowWriter: the rows
 //     FilterPages     the two filter dialogs
 //     CGICommonUtils  HTML lines, and the answer to every other request
 //   delivery/       sends files instead of pages: View, Download, PdfExport
@@ -73,6 +74,11 @@ bool isFilteredList(unsigned action) {
     return action == CFileManCGI::ACTION_LIST_RESULTS || action == CFileManCGI::ACTION_LIST_PROFILES;
 }
 
+bool isList(unsigned action) {
+    return isFilteredList(action) || action == CFileManCGI::ACTION_LIST_ALL ||
+           action == CFileManCGI::ACTION_LIST_SCREENSHOTS;
+}
+
 // If a standard descriptor is closed, a file opened later would get its number, and the response or the log
 // would be written into that file. Where /dev/null cannot be opened (a root without devices), an O_PATH
 // descriptor takes the number; it can be neither read nor written.
@@ -127,6 +133,10 @@ bool refuses(const CFileManCGI& request, const _ResultFilter& filter) {
     const unsigned action = request.getFileManType();
     if (isDelivery(action) && request.getQueryList("rsltid").value_or(Names()).empty()) {
         writeErrorPage(Status::BadRequest, "The request names no result: rsltid is missing or empty.");
+        return true;
+    }
+    if (isList(action) && !request.getListFormat()) {
+        writeErrorPage(Status::BadRequest, "A list has no such format; it can be jsonl or csv.");
         return true;
     }
     if (!isFilteredList(action))
@@ -196,18 +206,18 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
     switch (action) {
     case CFileManCGI::ACTION_LIST_ALL:
         store.loadAllResults();
-        request.writeFileManPage(store);
+        request.writeList(store);
         break;
     case CFileManCGI::ACTION_LIST_RESULTS:
     case CFileManCGI::ACTION_LIST_PROFILES:
         // The flags includeResults and includeProfiles of the filter make the difference.
         store.setFilter(filter);
         store.reloadResult();
-        request.writeFileManPage(store);
+        request.writeList(store);
         break;
     case CFileManCGI::ACTION_LIST_SCREENSHOTS:
         store.loadScreenShot();
-        request.writeFileManPage(store);
+        request.writeList(store);
         break;
     case CFileManCGI::ACTION_PRIMARY_FILTER:
         store.finishScan();

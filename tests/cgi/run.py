@@ -17,6 +17,7 @@ import itertools
 import os
 import re
 import shutil
+import socket
 import subprocess
 import sys
 import threading
@@ -146,15 +147,16 @@ def check_strict_case(program, case, update=False):
         log = log.replace(said, b"")
     elif name in MESSAGES or tree in MESSAGES:
         raise Wrong(f"standard error: {log.decode(errors='replace')}")
-    if fields["content-type"].endswith("charset=utf-8"):
-        rows, body = strict_page.rows(body)
-        if body:
-            strict_page.Page(body.decode())
+    find_rows = strict_page.ROWS.get(fields["content-type"])
+    if find_rows and body:
+        rows, page = find_rows(body)
+        if page:
+            strict_page.Page(page.decode())
         of_default = request(program, query, prefix, **variables).stdout.partition(strict_page.LIST_START)[2]
         rows = default_rows(rows)
         same = rows and of_default.startswith(rows + strict_page.LIST_END)
-        body = body.replace(strict_page.LIST_START, strict_page.LIST_START +
-                            (b"[[the rows of the default answer]]\n" if same else rows))
+        shown = b"[[the rows of the default answer]]\n" if same else rows
+        body = page.replace(strict_page.LIST_START, strict_page.LIST_START + shown) if page else shown
     header = "".join(f"{field}: {value}\n" for field, value in fields.items()).encode()
     found = header + b"\n" + body + (b"--- log\n" + log if log else b"")
     name = "broken-document" if tree in MESSAGES else name
@@ -232,10 +234,14 @@ def only_the_exact_word_makes_answers_strict(program):
 
 def hostile_names_come_back(program):
     """Each id of a strict list brings the file that the list names for it, under its own name."""
-    for name in ("\u2028line", "<!--<script>", "50%41", "a+b", "q\"uote", "comma,and&amp", "caf\u00e9", b"\xff\xfe"):
+    for name in ("\u2028line", "<!--<script>", "50%41", "a+b", "q\"uote", "comma,and&amp", "caf\u00e9", b"\xff\xfe",
+                 "=1+1", "\"", "line\rline", "\r\n", "\x85", b"\xc3,\xe2\"\xed\xb3\xbf"):
         Tree().write(os.fsencode(BERT) + b"/" + os.fsencode(name) + b".html", os.fsencode(name))
-    first = {}
-    for row in strict_page.rows(strict_answer(program, b"fmtype=all")[3])[0]:
+    first, rows = {}, strict_page.rows(strict_answer(program, b"fmtype=all")[3])[0]
+    for name, read_rows in (("jsonl", strict_page.json_lines), ("csv", strict_page.csv_records)):
+        if read_rows(strict_answer(program, f"fmtype=all&format={name}")[3])[0] != rows:
+            raise Wrong(f"{name} has other rows than the page")
+    for row in rows:
         if os.path.isfile(row[-1]):
             first.setdefault(row[0], row[-1])
     for identifier, path in first.items():
@@ -262,8 +268,23 @@ def a_file_that_shrinks_ends_early(program):
         raise Wrong(f"{len(start + rest)} bytes, {messages}")
 
 
+def a_list_that_ends_early_does_not_look_whole(program):
+    """Only the end of the list is the end of a line. A socket keeps apart what the program writes."""
+    for number in range(400):
+        Tree().write(f"{BERT}/{number:0200d}.html")
+    for name in ("jsonl", "csv"):
+        reader, writer = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+        with reader, subprocess.Popen([program], env=environment(f"fmtype=all&format={name}", FILEMAN_ANSWERS="strict"),
+                                      stdout=writer, stderr=subprocess.DEVNULL):
+            writer.close()
+            _, *pieces = iter(lambda: reader.recv(1 << 18), b"")  # pylint: disable=cell-var-from-loop
+        if len(pieces) < 3 or [piece.endswith(b"\n") for piece in pieces].index(True) != len(pieces) - 1:
+            raise Wrong(f"{name}: {[piece[-100:] for piece in pieces]}")
+
+
 CHECKS = (only_the_exact_word_makes_answers_strict, hostile_names_come_back, a_file_that_shrinks_ends_early,
-          unknown_module_ends_the_process, rows_come_in_listing_order, dates_follow_the_zone, storage_may_change_meanwhile)
+          a_list_that_ends_early_does_not_look_whole, unknown_module_ends_the_process, rows_come_in_listing_order,
+          dates_follow_the_zone, storage_may_change_meanwhile)
 
 
 def run_all(program, update, names):

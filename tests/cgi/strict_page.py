@@ -1,6 +1,8 @@
-"""What a strict page holds: rows that are JSON, and HTML in which nothing runs and no value ends its place."""
+"""What strict lists hold: rows in their format, and HTML in which nothing runs and no value ends its place."""
 
+import csv
 import html.parser
+import io
 import json
 
 from http_rules import demand
@@ -30,6 +32,27 @@ def rows(page):
     found = json.loads(b"[" + grid + b"]", object_pairs_hook=ordered)
     demand(len(found) == len(lines), "another number of lines than of rows")
     return found, before + start + end + after
+
+
+def json_lines(body):
+    demand(not body or body.endswith(b"\n"), "the list has no end")
+    demand(all(ord(c) >= 0x20 or c == "\n" for c in body.decode()), "control characters in the list")
+    return [json.loads(line, object_pairs_hook=ordered) for line in body.decode().split("\n")[:-1]], b""
+
+
+def csv_records(body):
+    text = body.decode("utf-8", "surrogateescape")
+    names, *found = csv.reader(io.StringIO(text, newline=""), strict=True)
+    demand(names == KEYS, "other keys", names)
+    again = io.StringIO(newline="")
+    csv.writer(again, lineterminator="\r\n").writerows([names, *found])
+    demand(again.getvalue() == text, "a field has quotes without need, or a line another end", body)
+    return [[value.encode("utf-8", "surrogateescape") for value in row] for row in found], b""
+
+
+# By the content type: what takes the rows out of an answer.
+ROWS = {"text/html; charset=utf-8": rows, "application/jsonl; charset=utf-8": json_lines,
+        "text/csv; charset=utf-8; header=present": csv_records}
 
 
 class Page(html.parser.HTMLParser):

@@ -1,0 +1,42 @@
+#include <string_view>
+
+#include "cgi/CFileManCGI.h"
+#include "cgi/Header.h"
+#include "cgi/pages/RowFormat.h"
+#include "cgi/pages/RowWriter.h"
+#include "fileman/CFileManager.h"
+
+namespace {
+
+constexpr std::string_view kJsonLinesType = "application/jsonl; charset=utf-8";
+// RFC 4180; the parameter says that the first record holds the names of the fields.
+constexpr std::string_view kCsvType = "text/csv; charset=utf-8; header=present";
+constexpr ListedRow kFieldNames = {"id",   "name",     "module",  "mode", "test",
+                                   "port", "datetime", "rsltype", "path"};
+
+// Nothing in such a list may run in a browser, so it has the policy of a stored file.
+void writeHeader(std::string_view type) {
+    Header(Status::Ok, Header::Policy::File, type).write();
+}
+
+} // namespace
+
+void CFileManCGI::writeList(const CFileManager& store) {
+    const RowSource showRows = [&store](const RowVisitor& visitor) { store.forEachLoaded(visitor); };
+    switch (getListFormat().value_or(ListFormat::Page)) {
+    case ListFormat::Page:
+        writeFileManPage(store);
+        break;
+    case ListFormat::JsonLines:
+        writeHeader(kJsonLinesType);
+        writeRows<JsonLines>(showRows);
+        break;
+    case ListFormat::Csv:
+        writeHeader(kCsvType);
+        writeRows<CsvRecords>([&showRows](const RowVisitor& visitor) {
+            visitor(kFieldNames);
+            showRows(visitor);
+        });
+        break;
+    }
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "cgi/Escape.h"
+
+// The formats of the rows of a list. Every format writes the same nine values in the same order. RowWriter
+// uses them.
+
+// The fixed texts of a format: one before each value of a row, one after the last value, one between two
+// rows, and one after the last row.
+struct RowText {
+    std::string_view id, name, module, mode, test, port, datetime, rsltype, path, end, between, last;
+};
+
+// clang-format off
+
+// The elements of griddata in the default page. Values are written as they are stored, even when they end the
+// script's string, and the last element has a comma too. This is intentional: the scripts rely on these bytes.
+struct DefaultElements {
+    static constexpr bool kIsVerbatim = true;
+    static constexpr RowText kText = {
+        "\t\t{ id: '", "', name: '", "', module: '", "', mode: '", "', test: '", "', port: '", "', datetime: '", "', rsltype: '", "', path: '", "' },\n", "", ""};
+};
+
+// Rows whose values are JSON strings.
+struct JsonValues {
+    static constexpr bool kIsVerbatim = false;
+    static bool isPlain(std::string_view value) { return escape::isPlainInJson(value); }
+    static void append(std::string& out, std::string_view value) { escape::appendJson(out, value); }
+};
+
+// The elements of griddata in the strict page: JSON objects (RFC 8259).
+struct StrictElements : JsonValues {
+    static constexpr RowText kText = {
+        "\t\t{\"id\":\"", R"(","name":")", R"(","module":")", R"(","mode":")", R"(","test":")", R"(","port":")", R"(","datetime":")", R"(","rsltype":")", R"(","path":")", "\"}", ",\n", "\n"};
+};
+
+constexpr RowText withoutTabs(RowText text, std::string_view between) {
+    text.id.remove_prefix(text.id.find('{'));
+    text.between = between;
+    return text;
+}
+
+// JSON Lines: the same objects, one per line.
+struct JsonLines : JsonValues {
+    static constexpr RowText kText = withoutTabs(StrictElements::kText, "\n");
+};
+
+// CSV (RFC 4180). A value that a spreadsheet would read as a formula stays as it is: the list is data.
+struct CsvRecords {
+    static constexpr bool kIsVerbatim = false;
+    static constexpr RowText kText = {"", ",", ",", ",", ",", ",", ",", ",", ",", "", "\r\n", "\r\n"};
+    static bool isPlain(std::string_view value) { return escape::isPlainInCsv(value); }
+    static void append(std::string& out, std::string_view value) {
+        if (isPlain(value))
+            out += value;
+        else
+            escape::appendCsv(out, value);
+    }
+};
+
+// clang-format on
