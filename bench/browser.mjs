@@ -1,10 +1,21 @@
 // Opens the list of the storage below /home in fresh and in used profiles and prints what the person waits for.
 import { setTimeout as pause } from 'node:timers/promises';
-import { startInstrument } from '../tests/browser/instrument.mjs';
+import { plainServer, startInstrument } from '../tests/browser/instrument.mjs';
 
 const SLOWED = Number(process.env.SLOWED ?? 6);
 const ROUNDS = Number(process.env.ROUNDS ?? 3);
 const ADDRESS = 'fmtype=all';
+/** Requests that follow when the list stands: reports read for their verdicts. */
+const IN_THE_BACKGROUND = /verdict\.json$|[?&]opertype=view&/;
+
+/** The packaged server sends strict answers; this one the default ones, packed and cached in the same way. */
+const PACKED = `
+server.modules += ( "mod_deflate" )
+deflate.mimetypes = ( "text/javascript", "text/css", "text/html", "image/svg+xml" )
+deflate.allowed-encodings = ( "gzip" )
+$HTTP["url"] =~ "^/(?:css|js|LigerUI)/" { setenv.add-response-header = ( "Cache-Control" => "max-age=3600" ) }
+`;
+const SERVERS = { strict: undefined, default: plainServer(PACKED) };
 
 /** Runs in the page: notes when the first row is painted, and when what the footer says has been painted. */
 function watch() {
@@ -58,60 +69,80 @@ async function traffic(cdp) {
     if (response.fromDiskCache) fromCache.add(requestId);
   });
   cdp.on('Network.loadingFinished', ({ requestId, encodedDataLength }) => {
-    if (fromCache.has(requestId) || !urls.get(requestId)?.startsWith('http')) return;
+    const url = urls.get(requestId) ?? '';
+    if (fromCache.has(requestId) || !url.startsWith('http') || IN_THE_BACKGROUND.test(url)) return;
     seen.requests += 1;
     seen.bytes += encodedDataLength;
-    seen.names.push(urls.get(requestId).replace(/.*\//, ''));
+    seen.names.push(`${url.replace(/.*\//, '')} ${Math.round(encodedDataLength / 100) / 10}`);
   });
   return seen;
 }
 
-async function visit(page, cdp) {
-  const seen = await traffic(cdp);
-  await cdp.send('Performance.enable', { timeDomain: 'threadTicks' });
-  await page.goto(instrument.list(ADDRESS), { waitUntil: 'commit' });
-  await page.waitForFunction(() => window.times.whole, null, { timeout: 120000, polling: 50 });
-  await pause(300);
-  const { metrics } = await cdp.send('Performance.getMetrics');
-  const used = Object.fromEntries(metrics.filter(({ name }) => /Duration$/.test(name)).map(({ name, value }) => [name, Math.round(1000 * value)]));
-  return { ...(await page.evaluate(() => window.times)), ...seen, used };
-}
-
-const instrument = await startInstrument();
-const best = {};
-const note = (name, value) => {
-  best[name] = Math.min(best[name] ?? Infinity, value);
-};
-for (let round = 0; round < ROUNDS; round++) {
-  const page = await instrument.newPage({ serviceWorkers: 'block' });
+/** Opens the list and waits until all of it stands: { first, whole, requests, bytes, names, script }. */
+async function visit(page, address) {
   const cdp = await page.context().newCDPSession(page);
   await cdp.send('Emulation.setCPUThrottlingRate', { rate: SLOWED });
   await page.addInitScript(watch);
-  const first = await visit(page, cdp);
-  note('first rows', first.first);
-  note('whole list', first.whole);
-  note('requests', first.requests);
-  note('KB', first.bytes / 1000);
-  best.names = first.names;
-  best.used = first.used;
-  for (const sign of ['1', '2']) {
-    await page.evaluate(typing);
-    await page.keyboard.press(sign);
-    note(`typed ${sign}`, await page.evaluate(() => window.typed));
-    await pause(500);
-  }
-  await page.goto('about:blank');
-  const again = await page.context().newPage();
-  await again.addInitScript(watch);
-  const cdp2 = await again.context().newCDPSession(again);
-  await cdp2.send('Emulation.setCPUThrottlingRate', { rate: SLOWED });
-  const second = await visit(again, cdp2);
-  note('first rows again', second.first);
-  note('whole list again', second.whole);
-  note('requests again', second.requests);
-  best.usedAgain = second.used;
-  best.namesAgain = second.names;
-  await page.context().close();
+  const seen = await traffic(cdp);
+  await cdp.send('Performance.enable', { timeDomain: 'threadTicks' });
+  await page.goto(address, { waitUntil: 'commit' });
+  await page.waitForFunction(() => window.times.whole, null, { timeout: 120000, polling: 50 });
+  await pause(300);
+  const { metrics } = await cdp.send('Performance.getMetrics');
+  const used = metrics.find(({ name }) => name === 'TaskDuration').value;
+  return { ...(await page.evaluate(() => window.times)), ...seen, used };
 }
-console.log(best);
-await instrument.stop();
+
+async function typed(page, sign) {
+  await page.evaluate(typing);
+  await page.keyboard.press(sign);
+  return page.evaluate(() => window.typed);
+}
+
+const seconds = (ms) => `${(ms / 1000).toFixed(2)} s`;
+const COLUMNS = {
+  'first rows': ({ first }) => seconds(first.first),
+  'whole list': ({ first }) => seconds(first.whole),
+  'page thread': ({ first }) => `${first.used.toFixed(2)} s`,
+  'typed sign': ({ signs }) => signs.map((ms) => `${Math.round(ms)} ms`).join(', '),
+  'first visit': ({ first }) => `${first.requests} requests, ${Math.round(first.bytes / 1000)} KB`,
+  'second visit': ({ second }) => `${second.requests} requests, ${Math.round(second.bytes / 1000)} KB`,
+  'first rows again': ({ second }) => seconds(second.first),
+};
+
+/** The best of some rounds, each figure by itself. */
+function best(rounds) {
+  const least = (of) => Math.min(...rounds.map(of));
+  const part = (name) =>
+    Object.fromEntries(
+      ['first', 'whole', 'used', 'requests', 'bytes'].map((figure) => [figure, least((round) => round[name][figure])]),
+    );
+  return { first: part('first'), second: part('second'), signs: [0, 1].map((i) => least(({ signs }) => signs[i])) };
+}
+
+const rows = process.argv[2];
+for (const [answers, server] of Object.entries(SERVERS)) {
+  const instrument = await startInstrument(server);
+  const rounds = [];
+  for (let round = 0; round < ROUNDS; round++) {
+    const page = await instrument.newPage({ serviceWorkers: 'block' });
+    const first = await visit(page, instrument.list(ADDRESS));
+    const signs = [];
+    for (const sign of ['1', '2']) {
+      signs.push(await typed(page, sign));
+      await pause(500);
+    }
+    await page.goto('about:blank');
+    const second = await visit(await page.context().newPage(), instrument.list(ADDRESS));
+    rounds.push({ first, second, signs });
+    await page.context().close();
+  }
+  await instrument.stop();
+  const cells = Object.values(COLUMNS).map((cell) => cell(best(rounds)));
+  if (process.env.NAMES) console.error(rounds[0].first.names, rounds[0].second.names);
+  if (!process.argv[3] && answers === 'strict') {
+    console.log(`| Rows | answers | ${Object.keys(COLUMNS).join(' | ')} |`);
+    console.log(`|${'---|'.repeat(cells.length + 2)}`);
+  }
+  console.log(`| ${Number(rows).toLocaleString('en')} | ${answers} | ${cells.join(' | ')} |`);
+}
