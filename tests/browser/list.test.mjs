@@ -1,7 +1,7 @@
 // The list from a person's side: order, search, choice, filters, history, what is remembered.
 import assert from 'node:assert/strict';
 import { after, test } from 'node:test';
-import { arrive, column, footer, openList, pressed, row, rowsOf, settled, startInstrument } from './instrument.mjs';
+import { arrive, column, footer, names, openList, pressed, row, rowsOf, settled, startInstrument } from './instrument.mjs';
 
 const instrument = await startInstrument();
 after(() => instrument.stop());
@@ -127,6 +127,45 @@ test('rows are chosen by box, shift, ctrl, Ctrl-A and keys, and the actions foll
   assert.equal(await page.locator('.slick-row.is-active').isVisible(), true);
   await page.keyboard.press('Escape');
   assert.deepEqual(await chosen(page), []);
+});
+
+test('rows are taken along as text, by their menu and on paper, and can be dense', async () => {
+  const page = await instrument.open('fmtype=rslt&test=bert');
+  await page.context().grantPermissions(['clipboard-read', 'clipboard-write']);
+  const copied = () => page.evaluate(() => navigator.clipboard.readText());
+  const all = await names(page);
+  const pathOf = (line) => line.split('\t')[2];
+  await row(page, 1).click();
+  await row(page, 3).click({ modifiers: ['Control'] });
+  await page.keyboard.press('Control+c');
+  await page.getByText('2 rows copied').waitFor({ state: 'attached' });
+  const lines = (await copied()).split('\n');
+  assert.deepEqual(lines.map((line) => line.split('\t')[0]), [all[1], all[3]]);
+  for (const line of lines) assert.match(line, /^[^\t]+\t\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\t\/home\/[^\t]+\.html$/);
+
+  await row(page, 3).click({ button: 'right' });
+  await page.getByRole('menuitem', { name: 'Copy the path' }).click();
+  assert.equal(await copied(), pathOf(lines[1]));
+  await page.keyboard.press('ContextMenu');
+  await page.getByRole('menuitem', { name: 'Copy the link' }).click();
+  await openList(page, await copied());
+  assert.equal(await page.locator('.fm-viewer h2').innerText(), lines[1].split('\t')[0]);
+  await page.closeViewer();
+
+  const height = () => row(page, 0).evaluate((node) => node.offsetHeight);
+  const roomy = await height();
+  await page.getByLabel('Dense rows').check();
+  assert.ok((await height()) < roomy);
+
+  await page.evaluate(() => dispatchEvent(new Event('beforeprint')));
+  await page.emulateMedia({ media: 'print', colorScheme: 'dark' });
+  assert.equal(await page.locator('.fm-paper tbody tr').count(), await entryCount(page));
+  const [seen, color] = await page.evaluate(() => [
+    [...document.body.children].filter((node) => node.checkVisibility()).map(({ className }) => className),
+    getComputedStyle(document.body).color,
+  ]);
+  assert.deepEqual([seen, color], [['fm-paper'], 'rgb(0, 0, 0)']);
+  assert.deepEqual(page.problems, []);
 });
 
 test("a ticked test shows that test's results, with chips, address and history", async () => {

@@ -22,7 +22,7 @@ const textOf = (key, value) => (NAMED[key]?.[value] ? t(NAMED[key][value]) : vis
 export class Facets {
   /**
    * `host` holds the panel beside the list, `opener` is the button that opens it; `events`: find(text) narrows by another
-   * text; switchNews(on), isNewsOn() are about looking for new results; the others are those of KeptFilters.
+   * text; `switches` are [text, isOn, change(on)] of what a box switches; the others are those of KeptFilters.
    */
   constructor(host, opener, events) {
     this.host = host;
@@ -44,7 +44,7 @@ export class Facets {
       ),
       this.groups,
       new KeptFilters(events).node,
-      this.#newsSwitch(),
+      ...events.switches.map(this.#switch),
       el('p', { class: 'fm-facet-hint', text: t('findSyntax') }),
     );
     this.groups.addEventListener('keydown', (event) => this.#move(event));
@@ -57,10 +57,10 @@ export class Facets {
     this.#fold();
   }
 
-  #newsSwitch() {
-    const box = el('input', { type: 'checkbox', on: { change: () => this.events.switchNews(box.checked) } });
-    box.checked = this.events.isNewsOn();
-    return el('label', { class: 'fm-facet-switch' }, box, el('span', { text: t('lookForNews') }));
+  #switch([text, isOn, change]) {
+    const box = el('input', { type: 'checkbox', on: { change: () => change(box.checked) } });
+    box.checked = isOn;
+    return el('label', { class: 'fm-facet-switch' }, box, el('span', { text }));
   }
 
   get #isOpen() {

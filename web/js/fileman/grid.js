@@ -7,14 +7,17 @@
 import { SlickGrid } from 'slickgrid';
 import { Columns, keepWidths, tellingColumns } from './columns.js';
 import { announce, visible } from './dom.js';
+import { keep, recall } from './memory.js';
 import { t } from './texts.js';
 
 const NARROW = 880; // what the columns need
 const ROW_HEIGHT = 36;
+const DENSE_ROW_HEIGHT = 28;
 const NARROW_ROW_HEIGHT = 44; // of two lines; also what a finger needs
 const LONG_TAP = 500;
 const STILL = 10; // pixels that a finger may move in it
 
+export const isDense = () => recall('dense', false);
 const isNarrow = (host) => host.clientWidth < NARROW || document.documentElement.classList.contains('is-compact');
 
 export class FileGrid {
@@ -44,6 +47,7 @@ export class FileGrid {
     const { host } = this;
     this.narrow = isNarrow(host);
     this.columns.showTools(this.tools, this.narrow);
+    host.classList.toggle('is-dense', isDense());
     this.grid = new SlickGrid(
       host,
       {
@@ -52,7 +56,7 @@ export class FileGrid {
       },
       this.columns.list(this.narrow, this.host.clientWidth),
       {
-        rowHeight: this.narrow ? NARROW_ROW_HEIGHT : ROW_HEIGHT,
+        rowHeight: this.#rowHeight,
         enableCellNavigation: false,
         enableColumnReorder: false,
         enableHtmlRendering: false,
@@ -88,6 +92,18 @@ export class FileGrid {
     this.showSort(this.sort);
   }
 
+  /** Two-line rows are what a finger needs, so the choice of dense rows is about the others. */
+  get #rowHeight() {
+    if (this.narrow) return NARROW_ROW_HEIGHT;
+    return isDense() ? DENSE_ROW_HEIGHT : ROW_HEIGHT;
+  }
+
+  switchDense(on) {
+    keep('dense', on);
+    this.host.classList.toggle('is-dense', on);
+    this.#fit();
+  }
+
   // ---- columns
 
   #resize(id, step) {
@@ -114,7 +130,7 @@ export class FileGrid {
     this.narrow = isNarrow(this.host);
     this.columns.showTools(this.tools, this.narrow);
     this.grid.setColumnHeaderVisibility(!this.narrow, false);
-    this.grid.setOptions({ rowHeight: this.narrow ? NARROW_ROW_HEIGHT : ROW_HEIGHT }, true, true);
+    this.grid.setOptions({ rowHeight: this.#rowHeight }, true, true);
     this.grid.setColumns(this.columns.list(this.narrow, this.host.clientWidth));
     this.showSort(this.sort);
     this.#redraw();

@@ -10,7 +10,7 @@ import { announce, button, el, icon, visible } from './dom.js';
 import { Facets } from './facets.js';
 import { buildFrame } from './frame.js';
 import { Gallery } from './gallery.js';
-import { FileGrid } from './grid.js';
+import { FileGrid, isDense } from './grid.js';
 import { hashOf, inHash } from './hash.js';
 import { later } from './later.js';
 import { TAB_TEXTS, addressOf } from './listing.js';
@@ -497,10 +497,12 @@ export async function start() {
     find: findText,
     current: () => ({ query: listingQuery(listing), find: frame.find.value }),
     apply: applyKept,
-    isNewsOn: () => news.isOn,
-    switchNews: (on) => {
-      news.isOn = on;
-    },
+    switches: [
+      [t('denseRows'), isDense(), (on) => grid.switchDense(on)],
+      [t('lookForNews'), news.isOn, (on) => {
+        news.isOn = on;
+      }],
+    ],
   });
   addEventListener('pagehide', remember);
   document.addEventListener('keydown', leadToFind);

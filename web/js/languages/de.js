@@ -70,6 +70,7 @@ export default {
   verdictNone: 'ohne',
   verdictUnread: 'noch nicht gelesen',
   news: '{n} neu',
+  denseRows: 'Enge Zeilen',
   lookForNews: 'Ab und zu nach neuen Ergebnissen sehen',
   kindReport: 'Bericht',
   kindPicture: 'Bild',

@@ -69,6 +69,7 @@ export default {
   verdictNone: 'without',
   verdictUnread: 'not read yet',
   news: '{n} new',
+  denseRows: 'Dense rows',
   lookForNews: 'Look for new results now and then',
   kindReport: 'Report',
   kindPicture: 'Picture',
