@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include <array>
-#include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <list>
@@ -36,14 +36,14 @@ template<typename Header, typename Segment>
 std::string loaderOf(const Start& start) {
     Header header;
     std::memcpy(&header, start.data(), sizeof header);
-    for (std::size_t i = 0; i < header.e_phnum; ++i) {
-        const std::size_t at = header.e_phoff + i * sizeof(Segment);
+    for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
+        const std::uint64_t at = header.e_phoff + i * sizeof(Segment);
         if (at > start.size() - sizeof(Segment))
             break;
         Segment segment;
-        std::memcpy(&segment, start.data() + at, sizeof segment);
+        std::memcpy(&segment, &start[static_cast<std::size_t>(at)], sizeof segment);
         if (segment.p_type == PT_INTERP && segment.p_offset < start.size())
-            return start.data() + segment.p_offset;
+            return &start[static_cast<std::size_t>(segment.p_offset)];
     }
     return {};
 }
