@@ -14,6 +14,8 @@ CONFIGURATION = ".resultmanager/result-config-ktd.xml"
 BERT = "1ge/kte-rslt/sfpport/bert-result"
 # A time zone with daylight saving time that needs no zone files.
 ZONE = "CET-1CEST,M3.5.0,M10.5.0/3"
+# A sanitizer needs more addresses than a request may have.
+LIMITS = {name: value for name, value in os.environ.items() if name == "FILEMAN_MEMORY_MIB"}
 NO_ROOT_RIGHTS = ("setpriv", "--bounding-set=-dac_override,-dac_read_search",
                   "--inh-caps=-dac_override,-dac_read_search")
 
@@ -30,7 +32,7 @@ def plain(text):
 
 def environment(query, **more):
     """The environment of the program, with the exit status for a sanitizer report. A query of None is not set."""
-    values = {"PATH": "/usr/bin:/bin", "TZ": ZONE, "ASAN_OPTIONS": "exitcode=86", **more}
+    values = {"PATH": "/usr/bin:/bin", "TZ": ZONE, "ASAN_OPTIONS": "exitcode=86", **LIMITS, **more}
     return values if query is None else {**values, "QUERY_STRING": query}
 
 
