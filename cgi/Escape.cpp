@@ -113,7 +113,8 @@ void escape::appendJson(std::string& out, std::string_view value) {
 }
 
 bool escape::isPlainInCsv(std::string_view value) {
-    return value.find_first_of("\",\r\n") == std::string_view::npos;
+    return std::none_of(value.begin(), value.end(),
+                        [](char c) { return c == '"' || c == ',' || c == '\r' || c == '\n'; });
 }
 
 void escape::appendCsv(std::string& out, std::string_view value) {
