@@ -1,8 +1,14 @@
 /* What a page says about the program's answers: the usual ones, or the strict ones of plain HTTP. */
 
+let read = { page: null, strict: false }; // each row asks, so the page is looked at once
+
 /** Whether the program gives strict answers. The list page says so in its head, where no stored name can stand. */
-export const isStrict = () =>
-  globalThis.document?.head.querySelector('meta[name=fileman-answers]')?.content === 'strict';
+export function isStrict() {
+  const page = globalThis.document;
+  if (page !== read.page)
+    read = { page, strict: page?.head.querySelector('meta[name=fileman-answers]')?.content === 'strict' };
+  return read.strict;
+}
 
 const LONGEST_SENTENCE = 300;
 

@@ -43,6 +43,7 @@ export class Gallery {
   #lay() {
     for (const tile of this.tiles.values()) tile.remove();
     this.tiles.clear();
+    if (!this.isShown) return;
     const width = this.host.clientWidth - GAP;
     this.columns = Math.max(1, Math.floor(width / (LEAST_WIDTH + GAP)));
     this.width = Math.floor(width / this.columns) - GAP;

@@ -17,6 +17,7 @@ const NARROW_ROW_HEIGHT = 44; // of two lines; also what a finger needs
 const LONG_TAP = 500;
 const STILL = 10; // pixels that a finger may move in it
 
+const sizeOf = ({ clientWidth, clientHeight }) => `${clientWidth} ${clientHeight}`;
 export const isDense = () => recall('dense', false);
 const isNarrow = (host) => host.clientWidth < NARROW || document.documentElement.classList.contains('is-compact');
 
@@ -24,8 +25,9 @@ export class FileGrid {
   /**
    * `events`: sort(field), changed() after another choice or active row, open(entry), menu(entry, rectangle),
    * escape() which is true when something else than the choice was given up. `tools` takes the place of the heads on a narrow screen.
+   * `entries` are those that come first, so that their columns need not be laid out twice.
    */
-  constructor(host, tools, events) {
+  constructor(host, tools, events, entries) {
     this.host = host;
     this.tools = tools;
     this.events = events;
@@ -40,12 +42,14 @@ export class FileGrid {
       resize: (id, step) => this.#resize(id, step),
       chooseAll: (on) => this.chooseAll(on),
     });
+    this.columns.telling = tellingColumns(entries);
     this.#create();
   }
 
   #create() {
     const { host } = this;
     this.narrow = isNarrow(host);
+    this.fitted = sizeOf(host);
     this.columns.showTools(this.tools, this.narrow);
     host.classList.toggle('is-dense', isDense());
     this.grid = new SlickGrid(
@@ -88,7 +92,9 @@ export class FileGrid {
     for (const end of ['pointerup', 'pointercancel']) host.addEventListener(end, () => clearTimeout(this.touching));
     host.addEventListener('pointermove', (event) => this.#touchMoves(event));
     host.addEventListener('contextmenu', (event) => this.#menu(event));
-    new ResizeObserver(() => this.#fit()).observe(host);
+    new ResizeObserver(() => {
+      if (sizeOf(host) !== this.fitted) this.#fit();
+    }).observe(host);
     this.showSort(this.sort);
   }
 
@@ -125,6 +131,7 @@ export class FileGrid {
   }
 
   #fit() {
+    this.fitted = sizeOf(this.host);
     if (!this.host.clientWidth) return; // out of sight
     const { top } = this;
     this.narrow = isNarrow(this.host);

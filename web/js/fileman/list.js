@@ -486,13 +486,8 @@ export async function start() {
     deliver: fetchFiles,
     copies,
   });
-  grid = new FileGrid(frame.host, frame.tools, { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: wantVerdicts });
-  verdicts = new Verdicts(takeVerdict);
   news = new News({ look: () => fetchList(addressOf(listing)), entries: () => entries, found: offerNews });
-  gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });
-  copyRows(frame.host, () => grid.targets());
-  printRows(() => grid.view);
-  grid.showSort(sort);
+  // Before the grid, which measures what the panel leaves.
   facets = new Facets(frame.facets, frame.refine, {
     find: findText,
     current: () => ({ query: listingQuery(listing), find: frame.find.value }),
@@ -504,6 +499,13 @@ export async function start() {
       }],
     ],
   });
+  const ofGrid = { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: wantVerdicts };
+  grid = new FileGrid(frame.host, frame.tools, ofGrid, own?.entries ?? []);
+  verdicts = new Verdicts(takeVerdict);
+  gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });
+  copyRows(frame.host, () => grid.targets());
+  printRows(() => grid.view);
+  grid.showSort(sort);
   addEventListener('pagehide', remember);
   document.addEventListener('keydown', leadToFind);
   for (const node of [frame.host, frame.gallery]) node.addEventListener('keydown', stepByKey);

@@ -49,13 +49,10 @@ export function orderBy(entries, field, ascending) {
   });
 }
 
-const FOUND_IN = ['name', 'module', 'mode', 'test', 'port', 'datetime', 'rsltype', 'path'];
-
 /** The text that a word is looked for in; made once for each entry. */
 export function searchedText(entry) {
-  entry.searched ??= FOUND_IN.map((field) => entry[field])
-    .join('\n')
-    .toLowerCase();
+  const { name, module, mode, test, port, datetime, rsltype, path } = entry;
+  entry.searched ??= `${name}\n${module}\n${mode}\n${test}\n${port}\n${datetime}\n${rsltype}\n${path}`.toLowerCase();
   return entry.searched;
 }
 

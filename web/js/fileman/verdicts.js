@@ -43,6 +43,7 @@ export class Verdicts {
     this.changed = changed;
     const kept = recall('verdicts', []);
     this.known = new Map(Array.isArray(kept) ? kept : []);
+    this.knownDates = new Set([...this.known.keys()].map((key) => key.slice(key.lastIndexOf('\n') + 1)));
     this.wanted = [];
     this.isReading = false;
     document.addEventListener('visibilitychange', () => this.#start());
@@ -51,7 +52,12 @@ export class Verdicts {
 
   /** Gives each entry the verdict that is remembered: 'pass', 'fail', 'none', or '' when its report is still to be read. */
   recallFor(entries) {
-    for (const entry of entries) entry.verdict = this.#isReadable(entry) ? (this.known.get(keyOf(entry)) ?? '') : 'none';
+    for (const entry of entries) entry.verdict = this.#isReadable(entry) ? this.#recall(entry) : 'none';
+  }
+
+  // A date is looked up sooner than a path and a date are put together, which adds up in a long list.
+  #recall(entry) {
+    return (this.knownDates.has(entry.datetime) && this.known.get(keyOf(entry))) || '';
   }
 
   // The instrument sends the first of those that share an identity, so the others' reports cannot be read.
@@ -86,6 +92,7 @@ export class Verdicts {
       const bytes = await fetchFile(entry);
       entry.verdict = sniff(bytes) === 'text/html' ? verdictIn(decodeReport(bytes), this.description) : 'none';
       this.known.set(keyOf(entry), entry.verdict);
+      this.knownDates.add(entry.datetime);
       clearTimeout(this.saving);
       this.saving = setTimeout(() => this.#save(), 2000);
     } catch {
