@@ -13,6 +13,7 @@
 #include "cgi/confine/Landlock.h"
 #include "common/CCommUtils.h"
 #include "common/UniqueFd.h"
+#include "fileman/disk/Directory.h"
 
 namespace {
 
@@ -91,7 +92,7 @@ std::list<std::string> programs::find(const std::string& name) {
     CCommUtils::split(directories, ":", path == nullptr ? "/usr/bin:/bin" : path);
     std::list<std::string> found;
     for (const std::string& directory : directories) {
-        std::string program = directory + "/" + name;
+        std::string program = entryPath(directory, name);
         if (::access(program.c_str(), X_OK) == 0)
             found.push_back(std::move(program));
     }
