@@ -55,6 +55,15 @@ await shoot('download', wide, 'fmtype=all', async (page) => {
   await pressed(page, 'Download').click();
   await told(page, /Saved as/);
 });
+await shoot('compare', wide, 'fmtype=rslt&test=throughput', async (page) => {
+  for (const i of [2, 3]) await row(page, i).locator('.fm-check').click();
+  await pressed(page, 'Compare').click();
+  await page.frameLocator('.fm-report').getByText(/differences?$/).waitFor();
+});
+await shoot('gallery', wide, 'fmtype=screen', (page) => page.locator('.fm-tile img').first().waitFor());
+await shoot('own-screen', { viewport: { width: 800, height: 480 } }, 'fmtype=rslt&module=10G', (page) =>
+  row(page, 1).locator('.fm-check').click(),
+);
 await shoot(
   'phone',
   { viewport: { width: 390, height: 780 }, deviceScaleFactor: 2, hasTouch: true },
