@@ -75,6 +75,8 @@ LIST = "fmtype=all"
 VIEW = chosen("view", b"line_1")
 ROWS = (
     Row("list", LIST),
+    Row("list as JSON Lines", LIST + "&format=jsonl", kinds=("strict",)),
+    Row("list as CSV", LIST + "&format=csv", kinds=("strict",)),
     Row("primary filter page", "filter=fpri&fmtype=all"),
     Row("advanced filter page", "filter=fadv&fmtype=all"),
     Row("view of a report", VIEW),
