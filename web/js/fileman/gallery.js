@@ -5,6 +5,7 @@
 import { el, icon, visible } from './dom.js';
 import { t } from './texts.js';
 import { Thumbnails } from './thumbnails.js';
+import { shortDate } from './when.js';
 
 const LEAST_WIDTH = 160;
 const GAP = 12;
@@ -78,7 +79,7 @@ export class Gallery {
       el('div', { class: 'fm-thumb' }),
       el('span', { class: 'fm-check', 'aria-hidden': 'true' }),
       el('span', { class: 'fm-tile-name', text: name, title: name }),
-      el('span', { class: 'fm-tile-date', text: entry.datetime }),
+      el('span', { class: 'fm-tile-date', title: entry.datetime, text: visible(shortDate(entry.datetime)) }),
     );
     tile.dataset.row = row;
     const x = GAP + (row % this.columns) * (this.width + GAP);

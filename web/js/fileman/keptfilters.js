@@ -17,7 +17,7 @@ export class KeptFilters {
     this.name = el('input', {
       type: 'text',
       maxlength: MOST_LETTERS,
-      placeholder: t('keepHint'),
+      placeholder: t('colName'),
       'aria-label': t('keepHint'),
       autocomplete: 'off',
     });
