@@ -2,9 +2,9 @@
 #include <optional>
 #include <utility>
 
-#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
 #include "cgi/Query.h"
+#include "cgi/answer/Answers.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"

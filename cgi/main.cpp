@@ -1,13 +1,13 @@
 // One process answers one request. The steps of a request, and the files that implement them:
 //
 //   CommandLine     answers --version for a person at a terminal
-//   Answers         decides which kind of answers this process gives, and what differs between the two
-//   Output          writes the response, which ends where a write fails
-//   Header          writes the header of strict answers; ErrorPage refuses a request in words;
-//                   ContentType, Disposition: lines of the header; Escape: values in pages
-//   confine/        says what the process may do from here on: Reach (files), Limits, Privileges; Landlock
-//   and
-//                   Programs make the rules for the kernel
+//   answer/         how an answer is written
+//     Answers         decides which kind of answers this process gives, and what differs between the two
+//     Output          writes the response, which ends where a write fails
+//     Header          writes the header of strict answers; ErrorPage refuses a request in words;
+//                     ContentType, Disposition: lines of the header; Escape: values in pages
+//   confine/        limits what the process may do from here on: Reach (files), Limits, Privileges;
+//                   Landlock and Programs make the rules for the kernel
 //   StartUp         reads the configuration and scans the storage, in a thread that main waits for
 //   Request         reads the query: the action and the filter; Query: the way strict answers read it
 //   pages/          writes HTML
@@ -44,12 +44,12 @@
 #include <new>
 #include <string_view>
 
-#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
 #include "cgi/CommandLine.h"
-#include "cgi/ErrorPage.h"
-#include "cgi/Output.h"
 #include "cgi/StartUp.h"
+#include "cgi/answer/Answers.h"
+#include "cgi/answer/ErrorPage.h"
+#include "cgi/answer/Output.h"
 #include "cgi/confine/Limits.h"
 #include "cgi/confine/Privileges.h"
 #include "cgi/confine/Reach.h"

@@ -17,7 +17,7 @@
 #include <limits>
 #include <utility>
 
-#include "cgi/Output.h"
+#include "cgi/answer/Output.h"
 #include "common/Report.h"
 #include "common/Retry.h"
 

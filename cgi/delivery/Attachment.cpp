@@ -2,11 +2,11 @@
 
 #include <cstdio>
 
-#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
-#include "cgi/ContentType.h"
-#include "cgi/Disposition.h"
-#include "cgi/Header.h"
+#include "cgi/answer/Answers.h"
+#include "cgi/answer/ContentType.h"
+#include "cgi/answer/Disposition.h"
+#include "cgi/answer/Header.h"
 #include "cgi/delivery/FileStream.h"
 #include "common/CCommUtils.h"
 #include "common/ControlBytes.h"

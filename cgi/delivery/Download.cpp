@@ -1,9 +1,9 @@
 #include <map>
 #include <vector>
 
-#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
-#include "cgi/ErrorPage.h"
+#include "cgi/answer/Answers.h"
+#include "cgi/answer/ErrorPage.h"
 #include "cgi/archive/StreamedDownload.h"
 #include "cgi/delivery/Attachment.h"
 #include "cgi/delivery/ChosenIds.h"

@@ -11,7 +11,7 @@
 #include <csignal>
 #include <cstdio>
 
-#include "cgi/Output.h"
+#include "cgi/answer/Output.h"
 #include "cgi/staging/OwnPlace.h"
 #include "common/Report.h"
 #include "common/WriteAll.h"

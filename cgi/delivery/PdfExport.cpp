@@ -2,9 +2,9 @@
 
 #include <ctime>
 
-#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
-#include "cgi/ErrorPage.h"
+#include "cgi/answer/Answers.h"
+#include "cgi/answer/ErrorPage.h"
 #include "cgi/archive/ArchiveStream.h"
 #include "cgi/archive/EntryNames.h"
 #include "cgi/delivery/Attachment.h"

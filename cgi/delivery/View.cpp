@@ -1,10 +1,10 @@
 #include <cstdio>
 
-#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
-#include "cgi/ContentType.h"
-#include "cgi/Disposition.h"
-#include "cgi/ErrorPage.h"
+#include "cgi/answer/Answers.h"
+#include "cgi/answer/ContentType.h"
+#include "cgi/answer/Disposition.h"
+#include "cgi/answer/ErrorPage.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "cgi/delivery/FileStream.h"
 #include "common/CCommUtils.h"

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <memory>
 
-#include "cgi/Answers.h"
-#include "cgi/Header.h"
+#include "cgi/answer/Answers.h"
+#include "cgi/answer/Header.h"
 #include "cgi/pages/PageLine.h"
 #include "common/CCommUtils.h"
 

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "cgi/CFileManCGI.h"
-#include "cgi/Escape.h"
+#include "cgi/answer/Escape.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "cgi/pages/PageLine.h"
 #include "common/UniqueNames.h"

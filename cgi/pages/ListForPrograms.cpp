@@ -1,7 +1,7 @@
 #include <string_view>
 
 #include "cgi/CFileManCGI.h"
-#include "cgi/Header.h"
+#include "cgi/answer/Header.h"
 #include "cgi/pages/RowFormat.h"
 #include "cgi/pages/RowWriter.h"
 #include "fileman/CFileManager.h"

@@ -1,7 +1,7 @@
 #include <string>
 
-#include "cgi/Answers.h"
 #include "cgi/CFileManCGI.h"
+#include "cgi/answer/Answers.h"
 #include "cgi/pages/CGICommonUtils.h"
 #include "cgi/pages/PageLine.h"
 #include "cgi/pages/RowFormat.h"

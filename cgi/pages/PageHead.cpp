@@ -1,4 +1,4 @@
-#include "cgi/Header.h"
+#include "cgi/answer/Header.h"
 #include "cgi/pages/PageLine.h"
 
 // The scripts read a page by its kind, and show how much of the storage is missing in it.

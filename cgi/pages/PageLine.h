@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "cgi/Answers.h"
+#include "cgi/answer/Answers.h"
 #include "cgi/pages/CGICommonUtils.h"
 
 namespace page {

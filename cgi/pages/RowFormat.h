@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "cgi/Escape.h"
+#include "cgi/answer/Escape.h"
 
 // The formats of the rows of a list. Every format writes the same nine values in the same order. RowWriter
 // uses them.

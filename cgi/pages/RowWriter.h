@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "cgi/Output.h"
+#include "cgi/answer/Output.h"
 #include "cgi/pages/RowFormat.h"
 #include "fileman/load/LoadedList.h"
 

@@ -1,9 +1,9 @@
-#include "cgi/Escape.h"
+#include "cgi/answer/Escape.h"
 
 #include <gtest/gtest.h>
 
-#include "cgi/ContentType.h"
-#include "cgi/Disposition.h"
+#include "cgi/answer/ContentType.h"
+#include "cgi/answer/Disposition.h"
 
 namespace {
 

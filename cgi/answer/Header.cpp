@@ -1,9 +1,9 @@
-#include "cgi/Header.h"
+#include "cgi/answer/Header.h"
 
 #include <cstdio>
 
-#include "cgi/Answers.h"
-#include "cgi/Output.h"
+#include "cgi/answer/Answers.h"
+#include "cgi/answer/Output.h"
 #include "fileman/CFileManager.h"
 
 namespace {

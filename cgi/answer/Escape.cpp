@@ -1,4 +1,4 @@
-#include "cgi/Escape.h"
+#include "cgi/answer/Escape.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "cgi/Output.h"
+#include "cgi/answer/Output.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "cgi/ContentType.h"
+#include "cgi/answer/ContentType.h"
 
 #include <array>
 #include <string>

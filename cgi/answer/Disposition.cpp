@@ -1,8 +1,8 @@
-#include "cgi/Disposition.h"
+#include "cgi/answer/Disposition.h"
 
 #include <algorithm>
 
-#include "cgi/Escape.h"
+#include "cgi/answer/Escape.h"
 #include "common/ControlBytes.h"
 #include "common/Utf8.h"
 

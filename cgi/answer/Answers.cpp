@@ -1,8 +1,8 @@
-#include "cgi/Answers.h"
+#include "cgi/answer/Answers.h"
 
 #include <cstdlib>
 
-#include "cgi/Escape.h"
+#include "cgi/answer/Escape.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
-#include "cgi/ErrorPage.h"
+#include "cgi/answer/ErrorPage.h"
 
 #include <cstdio>
 
-#include "cgi/Escape.h"
+#include "cgi/answer/Escape.h"
 
 void writeErrorPage(Status status, const std::string& sentence) {
     const std::string body =
