@@ -5,14 +5,14 @@
 
 #include "common/UniqueFd.h"
 
-// Rules under which this process and all that it starts go on, for good (landlock(7)). The kernel refuses
-// with EACCES what no rule allows. A process may enforce several sets of rules: each of them has to allow an
-// access.
+// Rules for this process and everything that it starts (landlock(7)). They cannot be taken back. The kernel
+// refuses with EACCES what no rule allows. A process may enforce several sets of rules: then each set must
+// allow an access.
 class Landlock {
 public:
     using Rights = std::uint64_t;
 
-    // On a file these count, on a directory for everything below it.
+    // A right on a directory holds for everything below it.
     static constexpr Rights kExecute = 1U << 0;
     static constexpr Rights kWriteFile = 1U << 1;
     static constexpr Rights kReadFile = 1U << 2;
@@ -32,16 +32,18 @@ public:
     static constexpr Rights kWrite =
         kWriteFile | kRemove | kMakeDirectory | kMakeFile | kMakeLink | kMakeSocket | kMoveAcross | kTruncate;
 
-    // Rules that allow nothing yet. They are about every right that the kernel knows, about TCP from version
-    // 4 on, and about signals and abstract sockets of other processes from version 6 on. With an older kernel
-    // than leastVersion there are none, and enforce fails.
+    // Makes rules that allow nothing yet. They cover every right above that the kernel knows; TCP from
+    // version 4 on; signals to other processes, and their abstract sockets, from version 6 on. A kernel older
+    // than leastVersion gets no rules, and enforce fails.
     explicit Landlock(int leastVersion = 1);
 
-    // A path where nothing is, or that this user cannot reach, allows nothing. After any other failure the
-    // rules are void, with a line on standard error: they would hide what is there.
+    // Allows the rights at path. Does nothing for a path that does not exist or that this user cannot reach.
+    // Any other failure makes the rules void, with a line on standard error, because they would hide stored
+    // files.
     void allow(const std::string& path, Rights rights);
 
-    // False without Landlock and when the rules are void; then the process goes on without them.
+    // Puts the rules into force. Returns false without Landlock and when the rules are void; then the process
+    // has no rules.
     bool enforce() const;
 
 private:

@@ -2,12 +2,13 @@
 
 namespace limits {
 
-// Limits what this process and its children may take, before any of it is taken: processor time, address
-// space, size of a file that they write, open files. Variables set other values; 0 leaves what the web server
-// has set. No core file, which would hold what the request has read. A lower limit of the web server stays.
+// Sets limits for this process and its children: processor time, address space, size of a written file, open
+// files. Environment variables choose other values; 0 leaves the limit of the web server. A lower limit of
+// the web server always stays. Core files are switched off, because they would hold what the request has
+// read.
 void apply();
 
-// The converter may take as much address space as the web server allows.
+// Gives the converter as much address space as the web server allows. Call it in the child.
 void liftForConverter();
 
 } // namespace limits

@@ -2,13 +2,13 @@
 
 namespace privileges {
 
-// The process goes on as the user and group that started it, also when its file is set-user-id or
-// set-group-id, and nothing that it starts can gain more (PR_SET_NO_NEW_PRIVS). False when an identity cannot
-// be dropped: then the request must not go on.
+// Drops the rights that a set-user-id or set-group-id file has lent: the process continues as the user and
+// group that started it. No program that it starts can gain rights (PR_SET_NO_NEW_PRIVS). Returns false when
+// an identity cannot be dropped; then the request must not continue.
 bool drop();
 
-// Removes every environment variable that no command and no converter needs: those of the request above all.
-// FILEMAN_PASS_ENVIRONMENT names further ones to keep, with commas between them.
+// Removes the environment variables that neither the commands nor the converter need, for example those of
+// the request. FILEMAN_PASS_ENVIRONMENT names more variables to keep, separated by commas.
 void cleanEnvironment();
 
 } // namespace privileges

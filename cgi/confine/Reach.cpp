@@ -15,15 +15,15 @@ namespace {
 constexpr char kTemporary[] = "/tmp";
 constexpr char kNull[] = "/dev/null";
 
-// What the commands of a delivery are made of.
+// The programs in the commands of a delivery.
 constexpr const char* kCommands[] = {"/bin/sh", "mkdir", "cp", "zip", "rm"};
 
-// Libraries, character sets and what the loader knows about them.
+// Shared libraries, locales, and the files of the dynamic loader.
 constexpr const char* kLibraries[] = {
     "/lib",       "/lib32",         "/lib64",           "/usr/lib",           "/usr/lib32",
     "/usr/lib64", "/usr/local/lib", "/etc/ld.so.cache", "/etc/ld.so.preload", "/usr/share/locale"};
 
-// A converter is a program that we do not know, with fonts and an interpreter of its own.
+// The converter is not part of this program. It may need an interpreter, libraries and fonts.
 constexpr const char* kConverterPrograms[] = {"/bin", "/sbin", "/usr", "/opt", "/lib", "/lib32", "/lib64"};
 constexpr const char* kConverterFiles[] = {"/etc/fonts",
                                            "/etc/ld.so.cache",
@@ -46,7 +46,7 @@ std::list<std::string> pathsOf(const char* variable) {
     return paths;
 }
 
-// As tzset(3) looks for it.
+// The files that tzset(3) reads.
 void allowTimeZone(Landlock& rules) {
     constexpr char kZones[] = "/usr/share/zoneinfo";
     rules.allow("/etc/localtime", Landlock::kReadFile);
@@ -88,13 +88,13 @@ void allowConverter(Landlock& rules) {
     programs::allow(rules, paths::kPdfConverter);
 }
 
-bool isReportAsked() {
+bool reportsMissingRules() {
     const char* const value = std::getenv("FILEMAN_CONFINEMENT");
     return value != nullptr && std::string_view(value) == "report";
 }
 
 void enforce(const Landlock& rules) {
-    if (!rules.enforce() && isReportAsked())
+    if (!rules.enforce() && reportsMissingRules())
         report("confine", "the request", "this kernel has no Landlock, or too old a version");
 }
 

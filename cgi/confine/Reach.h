@@ -2,28 +2,28 @@
 
 #include <string>
 
-// What a request may reach, by what it is about to do (Landlock). Without Landlock it goes on as it is, and a
-// line on standard error says so when FILEMAN_CONFINEMENT is "report".
+// Which files each kind of request may reach (Landlock). Without Landlock the request continues without
+// rules; if FILEMAN_CONFINEMENT is "report", a line on standard error says so.
 namespace reach {
 
-// Lists, pages and views: reads below /home and the time zone. Writes, creates, removes
-// and starts nothing.
+// For lists, pages and views. They read below /home and the time zone. They write, create, remove and run
+// nothing.
 void confineToReading();
-// A streamed download: also reads what the locale of UTF-8 is made of.
+// For a streamed download, which also reads the files of the UTF-8 locale.
 void confineToStreaming();
 
-// Deliveries that are put together in /tmp. They never write below /home.
+// For deliveries that collect their files in /tmp. They never write below /home.
 enum class Delivery { Download, Pdf };
 void confineToStaging(Delivery delivery);
 
-// The places of one command among those of its delivery.
+// What one command of a delivery may reach; an empty path allows nothing.
 struct CommandPlaces {
-    std::string writes;  // the directory below which it may do everything
-    std::string reads;   // a file beside it
-    std::string removes; // the directory below which it may remove files
+    std::string writes;  // it may do everything below this directory
+    std::string reads;   // it may read this file
+    std::string removes; // it may remove files below this directory
 };
 
-// A child that is about to become a command, and one that is about to become the converter.
+// For a child process, before it becomes a command or the converter.
 void confineCommand(const CommandPlaces& places);
 void confineConverter();
 
