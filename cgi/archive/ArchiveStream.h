@@ -19,14 +19,14 @@ struct archive_entry;
 class ArchiveStream {
 public:
     // begin writes the header of the response. It is called once, just before the first byte of the archive.
-    // A response that it stops, because only the header is wanted, gets no archive.
+    // It stops the response when the request is a HEAD request; then no archive follows.
     explicit ArchiveStream(std::function<void()> begin);
     ~ArchiveStream();
     ArchiveStream(const ArchiveStream&) = delete;
     ArchiveStream& operator=(const ArchiveStream&) = delete;
 
     // The following return false when the response has ended: the archive broke off, the reader has gone, or
-    // only the header is wanted. From then on they write nothing.
+    // the request is a HEAD request. From then on they write nothing.
 
     // Adds size bytes of an open regular file, last modified at time (seconds since 1970). A file that cannot
     // be read so far, because it has become shorter or the medium fails, breaks the archive off. Pictures and

@@ -65,7 +65,7 @@ export class Verdicts {
     return !entry.twin && kindOf(entry) === 'report' && !obstacle(entry, 'view');
   }
 
-  /** Names the entries whose verdict is wanted, the most urgent first. */
+  /** Names the entries whose verdict the list needs, the most urgent first. */
   want(entries) {
     this.wanted = entries.filter(({ verdict }) => verdict === '');
     clearTimeout(this.timer);
