@@ -57,11 +57,17 @@ export function plainServer(more = '') {
   return () => ['lighttpd', ['-D', '-f', conf]];
 }
 
+/** For startInstrument: scroll bars that take room, as on most computers. */
+export const SCROLL_BARS = { ignoreDefaultArgs: ['--hide-scrollbars'] };
+
 /** The same with strict answers. */
 export const strictServer = () => plainServer('setenv.set-environment = ( "FILEMAN_ANSWERS" => "strict" )')();
 
-/** Starts a web server by `command(port)` (lighttpd as packaged unless given) and a browser. */
-export async function startInstrument(command) {
+/**
+ * Starts a web server by `command(port)` (lighttpd as packaged unless given) and a browser; `more` goes to its start. Its
+ * scroll bars take no room unless SCROLL_BARS is given.
+ */
+export async function startInstrument(command, more = {}) {
   const port = await freePort();
   const [program, args] = command ? command(port) : ['lighttpd', ['-D', '-f', '/srv/packaging/lighttpd.conf']];
   const server = spawn(program, args, {
@@ -78,6 +84,7 @@ export async function startInstrument(command) {
   const browser = await chromium.launch({
     executablePath: '/usr/bin/chromium',
     args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--disable-background-networking', '--disable-sync'],
+    ...more,
   });
   const home = `http://127.0.0.1:${port}`;
   const list = (query) => `${home}/cgi-bin/fileman.cgi?${query}`;

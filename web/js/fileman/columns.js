@@ -170,7 +170,7 @@ export class Columns {
     return {
       id: 'entry',
       name: columnText('name'),
-      width: Math.max(200, hostWidth - CHECK_WIDTH - 2),
+      width: Math.max(200, hostWidth - CHECK_WIDTH - scrollbarWidth()),
       resizable: false,
       cssClass: 'fm-entry',
       formatter: (row, cell, value, column, entry) => drawEntry(entry, this.words, this.telling),
