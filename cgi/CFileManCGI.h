@@ -3,6 +3,7 @@
 #include <functional>
 #include <list>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -10,6 +11,7 @@
 #include "fileman/ResultInfo.h"
 
 class CFileManager;
+class StagingArea;
 
 // One request, and the pages and files that answer it. The members are a given interface; each source file
 // named below implements one concern of it. All answers are written to standard output. No member reports a
@@ -122,6 +124,11 @@ public:
     // archive.
     void convert2PDF(std::list<_ResultInfo*> results);
 
+    // Makes the place ready where this delivery collects its files: the last thing that needs the right to
+    // write in /tmp. Call it before the request confines itself. Deliveries that are called without it do it
+    // themselves. (StagingPlaces.cpp)
+    StagingArea& stagingArea(ActionType delivery);
+
     // --- data ---
 
     std::map<std::string, std::string> m_queryInfo; // the decoded query, by key
@@ -132,4 +139,5 @@ private:
 
     std::map<std::string, std::list<std::string>>
         m_queryLists; // by readQuery: the pieces, decoded one by one
+    std::shared_ptr<StagingArea> m_stagingArea;
 };

@@ -22,12 +22,14 @@
 //     Packing         makes the archive
 //     Converter       makes PDFs; PdfFiles: which of them are whole
 //     Attachment      sends the answer; FileStream: the bytes of a file
+//     StagingPlaces   where each of them collects its files
 //     Termination     lets the clean-up finish when the server ends the request early
 //   archive/        writes archives of strict answers straight to the response
 //     StreamedDownload  what goes in, and what is missing; RecordFiles: the files of a record
 //     ArchiveStream     the archive; EntryNames: the names in it
 //   staging/        the shared directories below /tmp
 //     StagingArea     one of them; AreaLock, SignOfLife: whose turn it is
+//     PlaceKeeper     the process that may write directly in /tmp; PassedFd: how it passes files on
 //     OwnPlace        names in /tmp that another user may have taken
 //     CopiedTree      makes copies and checks that they are whole; PlainFiles: replaces links
 //     Shell           runs commands and keeps their output out of the response
@@ -54,6 +56,7 @@
 #include "cgi/confine/Privileges.h"
 #include "cgi/confine/Reach.h"
 #include "cgi/pages/CGICommonUtils.h"
+#include "cgi/staging/StagingArea.h"
 #include "common/CCommUtils.h"
 #include "common/WriteAll.h"
 #include "conf/CFileManConf.h"
@@ -157,15 +160,24 @@ bool startsCommands(unsigned action) {
            (action == CFileManCGI::ACTION_DOWNLOAD && !Answers::current().areStrict());
 }
 
+// The area is made ready first: afterwards the request can write below the directory of the area only.
+void confineDelivery(CFileManCGI& request, CFileManCGI::ActionType action) {
+    privileges::cleanEnvironment();
+    const StagingArea& area = request.stagingArea(action);
+    reach::confineToStaging(action == CFileManCGI::ACTION_PDF ? reach::Delivery::Pdf
+                                                              : reach::Delivery::Download,
+                            area.isOwn() ? area.places().directory : "");
+}
+
 // Before anything is read from storage. A request that cannot drop the rights of another user must not go on.
-void confine(unsigned action) {
+void confine(CFileManCGI& request) {
     limits::apply();
     if (!privileges::drop())
         ::_exit(EXIT_FAILURE);
-    if (startsCommands(action)) {
-        privileges::cleanEnvironment();
-        reach::confineToStaging(action == CFileManCGI::ACTION_PDF ? reach::Delivery::Pdf
-                                                                  : reach::Delivery::Download);
+    const unsigned action = request.getFileManType();
+    if (startsCommands(action) && request.getQueryList("rsltid")) {
+        confineDelivery(request, action == CFileManCGI::ACTION_PDF ? CFileManCGI::ACTION_PDF
+                                                                   : CFileManCGI::ACTION_DOWNLOAD);
     } else if (action == CFileManCGI::ACTION_DOWNLOAD) {
         reach::confineToStreaming();
     } else {
@@ -271,7 +283,7 @@ int main(int argc, char** argv) {
     } else if (!readQuery(*request)) {
         writeErrorPage(Status::BadRequest, "The query holds a malformed escape.");
     } else {
-        confine(request->getFileManType());
+        confine(*request);
         serve(*request);
     }
     endProcess();

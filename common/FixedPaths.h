@@ -35,10 +35,13 @@ inline constexpr char kOtu3ProfilesBelowHome[] = "fileman/100ge/ktw-prof/otu3por
 // The places where deliveries collect their files. Every user of the machine can write in /tmp.
 inline constexpr char kStagingRoot[] = "/tmp/";
 inline constexpr char kDownloadDir[] = "/tmp/download";
+// An archive has this path until it is complete.
+inline constexpr char kNewDownloadArchive[] = "/tmp/download/.zip/archive.zip";
 inline constexpr char kDownloadArchive[] = "/tmp/tarn_download.zip";
 // The lock files are outside the directories that a delivery empties.
 inline constexpr char kDownloadLock[] = "/tmp/.tarn_download.lock";
 inline constexpr char kPdfDir[] = "/tmp/pdf";
+inline constexpr char kNewPdfArchive[] = "/tmp/pdf/.zip/archive.zip";
 inline constexpr char kPdfArchive[] = "/tmp/tarn_pdf.zip";
 inline constexpr char kPdfLock[] = "/tmp/.tarn_pdf.lock";
 inline constexpr char kPdfTaskList[] = "/tmp/htm2pdf_task_list";

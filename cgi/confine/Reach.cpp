@@ -17,6 +17,10 @@ constexpr char kNull[] = "/dev/null";
 
 // The programs in the commands of a delivery.
 constexpr const char* kCommands[] = {"/bin/sh", "mkdir", "cp", "zip", "rm"};
+constexpr const char* kRemovalCommands[] = {"/bin/sh", "rm"};
+
+// Version 1 of Landlock refuses to move a file from one directory to another, whatever the rules say.
+constexpr int kVersionThatMoves = 2;
 
 // Shared libraries, locales, and the files of the dynamic loader.
 constexpr const char* kLibraries[] = {
@@ -64,14 +68,20 @@ void allowReading(Landlock& rules) {
     allowTimeZone(rules);
 }
 
-void allowCommands(Landlock& rules) {
-    for (const char* const command : kCommands) {
+// The programs, and what programs need to start.
+template<std::size_t Count>
+void allowPrograms(Landlock& rules, const char* const (&commands)[Count]) {
+    for (const char* const command : commands) {
         for (const std::string& program : programs::find(command))
             programs::allow(rules, program);
     }
     for (const char* const path : kLibraries)
         rules.allow(path, Landlock::kRead);
     rules.allow(kNull, Landlock::kReadFile | Landlock::kWriteFile);
+}
+
+void allowCommands(Landlock& rules) {
+    allowPrograms(rules, kCommands);
     allowReading(rules);
 }
 
@@ -113,15 +123,21 @@ void reach::confineToStreaming() {
     enforce(rules);
 }
 
-void reach::confineToStaging(Delivery delivery) {
-    // Version 1 refuses to move a file from one directory to another, whatever the rules say.
-    constexpr int kLeastVersion = 2;
-    Landlock rules(kLeastVersion);
+void reach::confineToStaging(Delivery delivery, const std::string& directory) {
+    Landlock rules(kVersionThatMoves);
     allowCommands(rules);
-    rules.allow(kTemporary, Landlock::kRead | Landlock::kWrite);
+    rules.allow(directory, Landlock::kRead | Landlock::kWrite);
+    rules.allow(kTemporary, Landlock::kReadFile);
     if (delivery == Delivery::Pdf)
         allowConverter(rules);
     enforce(rules);
+}
+
+void reach::confineKeeper(const std::string& directory) {
+    Landlock rules(kVersionThatMoves);
+    allowPrograms(rules, kRemovalCommands);
+    rules.allow(directory, Landlock::kRead | Landlock::kWrite);
+    rules.enforce();
 }
 
 void reach::confineCommand(const CommandPlaces& places) {

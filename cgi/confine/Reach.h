@@ -12,9 +12,13 @@ void confineToReading();
 // For a streamed download, which also reads the files of the UTF-8 locale.
 void confineToStreaming();
 
-// For deliveries that collect their files in /tmp. They never write below /home.
+// For deliveries that collect their files in a directory of theirs. They write only below it. Everything in
+// /tmp may be read; zip and the converter read files there.
 enum class Delivery { Download, Pdf };
-void confineToStaging(Delivery delivery);
+void confineToStaging(Delivery delivery, const std::string& directory);
+// For the process that keeps the places of a delivery. It may write below this directory, and start the
+// removal.
+void confineKeeper(const std::string& directory);
 
 // What one command of a delivery may reach; an empty path allows nothing.
 struct CommandPlaces {

@@ -15,7 +15,6 @@
 #include "cgi/staging/PlainFiles.h"
 #include "cgi/staging/StagingArea.h"
 #include "common/CCommUtils.h"
-#include "common/FixedPaths.h"
 #include "common/Report.h"
 
 namespace {
@@ -94,7 +93,8 @@ void CFileManCGI::downloadResults(std::list<_ResultInfo*> results) {
         streamChosen(*ids, chosen);
         return;
     }
-    const StagingArea area({paths::kDownloadDir, paths::kDownloadArchive, paths::kDownloadLock});
+    StagingArea& area = stagingArea(ACTION_DOWNLOAD);
+    area.takeTurn();
     if (area.isAbandoned())
         return;
     const TerminationDeferral deferral;
@@ -104,5 +104,5 @@ void CFileManCGI::downloadResults(std::list<_ResultInfo*> results) {
         sendAttachment(archive);
     else
         sendEmptyAttachment(archive);
-    area.cleanUp("rm -rf " + archive + " " + directory + "/* &");
+    area.cleanUp();
 }

@@ -60,20 +60,6 @@ std::string taskLines(const TaskList& tasks) {
     return lines;
 }
 
-// Writes the list under another name and renames it: at the final path, another user could put a list of
-// other files between two calls.
-bool writeTaskList(const TaskList& tasks) {
-    constexpr mode_t kMode = 0644;
-    UniqueFd file = createOwnFile(paths::kNewPdfTaskList, kMode);
-    if (!file)
-        return false;
-    if (writeAll(file.get(), taskLines(tasks)) && file.reset() == 0)
-        return moveOver(paths::kNewPdfTaskList, paths::kPdfTaskList);
-    reportErrno("write task list", paths::kPdfTaskList, errno);
-    ::unlink(paths::kNewPdfTaskList);
-    return false;
-}
-
 std::list<std::string> documentsOf(const TaskList& tasks) {
     std::list<std::string> documents;
     for (const PdfTask& task : tasks)
@@ -195,12 +181,13 @@ void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
     const TaskList tasks = tasksOf(chosen);
     if (isAnsweredBefore(*ids, chosen, tasks))
         return;
-    const StagingArea area({paths::kPdfDir, paths::kPdfArchive, paths::kPdfLock});
+    StagingArea& area = stagingArea(ACTION_PDF);
+    area.takeTurn();
     if (area.isAbandoned())
         return;
     const TerminationDeferral deferral;
     const bool isReady =
-        area.isUsable() && (chosen.empty() || area.removeLeftovers()) && writeTaskList(tasks);
+        area.isUsable() && (chosen.empty() || area.removeLeftovers()) && area.writeTaskList(taskLines(tasks));
     if (Answers::current().areStrict())
         sendStrictAnswer(area, tasks, isReady);
     else
@@ -209,5 +196,5 @@ void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
     removeTree(pdfPath(""));
     // A strict answer is complete in the pipe by now, and an archive without a length ends with this process.
     const auto pause = Answers::current().areStrict() ? std::chrono::seconds(0) : StagingArea::kPause;
-    area.cleanUp("rm -rf " + area.places().archive + " " + area.places().directory + "/* &", pause);
+    area.cleanUp(pause);
 }

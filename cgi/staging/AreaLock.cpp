@@ -20,10 +20,24 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kPause{20};
 constexpr mode_t kLockMode = 0600;
 
+std::pair<time_t, long> lastSignOfLife(const UniqueFd& lock) {
+    struct stat status = {};
+    ::fstat(lock.get(), &status);
+    return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+// Whether nobody reads the pipe or socket of standard output any more. False for a file.
+bool isReaderGone() {
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    return ::poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
+}
+
+} // namespace
+
 // The lock file must be this user's own: another user could hold a lock on their own file for ever. It must
 // have one hard link: a second name may belong to any file of ours. A wrong file is not removed, even by
 // root, because the removal could hit the lock file that another request has just made.
-UniqueFd openOwnLock(const std::string& path) {
+UniqueFd AreaLock::openFile(const std::string& path) {
     constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     UniqueFd lock(::open(path.c_str(), kFlags, kLockMode));
     struct stat status = {};
@@ -40,37 +54,16 @@ UniqueFd openOwnLock(const std::string& path) {
     return lock;
 }
 
-// A clean-up of /tmp may have removed the name of a lock file for which requests still waited.
-bool bearsName(const UniqueFd& file, const std::string& path) {
-    struct stat opened = {};
-    struct stat named = {};
-    return ::fstat(file.get(), &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
-           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
-}
-
-std::pair<time_t, long> lastSignOfLife(const UniqueFd& lock) {
-    struct stat status = {};
-    ::fstat(lock.get(), &status);
-    return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
-}
-
-// Whether nobody reads the pipe or socket of standard output any more. False for a file.
-bool isReaderGone() {
-    pollfd output = {STDOUT_FILENO, 0, 0};
-    return ::poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
-}
-
-} // namespace
-
-AreaLock::AreaLock(const std::string& path, std::chrono::milliseconds longestWait) {
-    UniqueFd file = openOwnLock(path);
+AreaLock::AreaLock(UniqueFd file, const std::function<UniqueFd()>& openAgain, const std::string& path,
+                   std::chrono::milliseconds longestWait) {
     while (file && wait(file, path, longestWait)) {
+        // A clean-up of /tmp may have removed the file for which requests still waited.
         if (bearsName(file, path)) {
             m_file = std::move(file);
             m_signOfLife.emplace(m_file.get());
             return;
         }
-        file = openOwnLock(path);
+        file = openAgain();
     }
 }
 

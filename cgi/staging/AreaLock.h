@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -15,9 +16,15 @@ public:
     // How long a request waits without a sign of life from the holder.
     static constexpr std::chrono::seconds kLongestWait{30};
 
-    // Waits for the turn. The wait fails, with a line on standard error, when a holder gives no sign of life
-    // for longestWait, when the file is not this user's own, or when nobody reads standard output any more.
-    AreaLock(const std::string& path, std::chrono::milliseconds longestWait);
+    // Opens the lock file, makes it if it does not exist. Fails, with a line on standard error, when the file
+    // is not this user's own.
+    static UniqueFd openFile(const std::string& path);
+
+    // Waits for the turn with the opened lock file. Opens it again when the file has lost its path. The wait
+    // fails, with a line on standard error, when a holder gives no sign of life for longestWait, when the
+    // file cannot be opened again, or when nobody reads standard output any more.
+    AreaLock(UniqueFd file, const std::function<UniqueFd()>& openAgain, const std::string& path,
+             std::chrono::milliseconds longestWait);
 
     bool isHeld() const { return m_signOfLife.has_value(); }
     // Whether the wait ended because nobody reads the answer any more.

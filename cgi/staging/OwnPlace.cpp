@@ -69,6 +69,13 @@ bool isOwnFile(const struct stat& status) {
     return S_ISREG(status.st_mode) && isOwn(status) && status.st_nlink == 1;
 }
 
+bool bearsName(const UniqueFd& file, const std::string& path) {
+    struct stat opened = {};
+    struct stat named = {};
+    return ::fstat(file.get(), &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
 bool claimDirectory(const std::string& path) {
     for (int round = 0; round < kRounds; ++round) {
         if (::mkdir(path.c_str(), kDirectoryMode) == 0)

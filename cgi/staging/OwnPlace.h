@@ -19,6 +19,9 @@ bool isOwn(const struct stat& status);
 // Whether it is a regular file of this user or root with one hard link.
 bool isOwnFile(const struct stat& status);
 
+// Whether the opened file or directory is still the one at path.
+bool bearsName(const UniqueFd& opened, const std::string& path);
+
 // Makes path a directory in which nobody else can write. A directory of another user is moved to the new name
 // "<path>.foreign.XXXXXX" with its contents; anything else at path is removed.
 bool claimDirectory(const std::string& path);

@@ -1,12 +1,8 @@
 #include "cgi/staging/StagingArea.h"
 
 #include <fcntl.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <thread>
 #include <utility>
@@ -14,60 +10,74 @@
 #include "cgi/staging/OwnPlace.h"
 #include "cgi/staging/RemoveTree.h"
 #include "cgi/staging/Shell.h"
-#include "common/CCommUtils.h"
+#include "common/Report.h"
+#include "common/WriteAll.h"
 
-namespace {
+using Order = PlaceKeeper::Order;
 
-// The response ends when no process has its descriptor open any more, so the cleaner closes its copy.
-void leaveResponse() {
-    const UniqueFd null(::open("/dev/null", O_WRONLY | O_CLOEXEC));
-    if (!null || ::dup2(null.get(), STDOUT_FILENO) < 0)
-        ::close(STDOUT_FILENO);
+StagingArea::StagingArea(StagingPlaces places)
+    : m_places(std::move(places)), m_keeper(m_places), m_lockFile(m_keeper.open(Order::OpenLock)) {
+    if (!m_lockFile || !m_keeper.give(Order::ClaimDirectory))
+        return;
+    m_directory = UniqueFd(::open(m_places.directory.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!m_directory)
+        reportErrno("open", m_places.directory, errno);
+    m_isOwn = static_cast<bool>(m_directory);
 }
 
-// Runs the command in a process of its own, which ends after the last process of the command. As subreaper it
-// is the parent of these processes even when the shell leaves them in the background.
-[[noreturn]] void becomeCleaner(const std::string& command, int lock, const reach::CommandPlaces& places) {
-    leaveResponse();
-    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-    const SignOfLife signOfLife(lock);
-    shell::run(command, lock, places);
-    while (::wait(nullptr) > 0 || errno == EINTR) {
-    }
-    ::_exit(0);
+void StagingArea::takeTurn(std::chrono::milliseconds longestWait) {
+    const auto openAgain = [this] { return m_keeper.open(Order::OpenLock); };
+    m_lock.emplace(std::move(m_lockFile), openAgain, m_places.lock, longestWait);
+    if (!isHeld() || !m_isOwn || !m_keeper.give(Order::ClaimDirectory))
+        return;
+    // A clean-up of /tmp may have removed the directory that this request may write in.
+    m_isUsable = bearsName(m_directory, m_places.directory);
+    if (!m_isUsable)
+        report("use directory", m_places.directory, "it was replaced during the wait");
 }
-
-} // namespace
-
-StagingArea::StagingArea(Places places, std::chrono::milliseconds longestWait)
-    : m_places(std::move(places)), m_lock(m_places.lock, longestWait),
-      m_usable(m_lock.isHeld() && claimDirectory(m_places.directory)) {}
 
 bool StagingArea::removeLeftovers() const {
-    return m_usable && emptyDirectory(m_places.directory) && removeTree(m_places.archive);
+    return m_isUsable && emptyDirectory(m_places.directory) && m_keeper.give(Order::RemoveArchive);
 }
 
 int StagingArea::run(const std::string& command) const {
-    return run(command, {m_places.directory, m_places.archive, {}});
+    if (!m_isUsable)
+        return shell::kNoShell;
+    return shell::run(command, m_lock->descriptor(), {m_places.directory, m_places.archive, {}});
 }
 
-int StagingArea::runBesideArchive(const std::string& command) const {
-    return run(command, {CCommUtils::absFilePath(m_places.archive), {}, {}});
+bool StagingArea::createArchive(std::string_view content) const {
+    return m_isUsable && writeWhole(Order::CreateArchive, content, m_places.archive);
 }
 
-int StagingArea::run(const std::string& command, const reach::CommandPlaces& places) const {
-    return m_usable ? shell::run(command, m_lock.descriptor(), places) : shell::kNoShell;
+bool StagingArea::publishArchive() const {
+    return m_isUsable && m_keeper.give(Order::PublishArchive);
 }
 
-void StagingArea::cleanUp(const std::string& command, std::chrono::milliseconds pause) const {
-    if (!m_usable)
+bool StagingArea::writeTaskList(std::string_view lines) const {
+    if (!m_isUsable)
+        return false;
+    if (writeWhole(Order::CreateTaskList, lines, m_places.taskList))
+        return m_keeper.give(Order::PublishTaskList);
+    m_keeper.give(Order::DropTaskList);
+    return false;
+}
+
+bool StagingArea::writeWhole(PlaceKeeper::Order order, std::string_view content,
+                             const std::string& path) const {
+    UniqueFd file = m_keeper.open(order);
+    if (!file)
+        return false;
+    if (writeAll(file.get(), content) && file.reset() == 0)
+        return true;
+    reportErrno("write", path, errno);
+    return false;
+}
+
+void StagingArea::cleanUp(std::chrono::milliseconds pause) const {
+    if (!m_isUsable)
         return;
     std::fflush(stdout);
     std::this_thread::sleep_for(pause);
-    const reach::CommandPlaces places = {{}, {}, CCommUtils::absFilePath(m_places.archive)};
-    const pid_t cleaner = ::fork();
-    if (cleaner == 0)
-        becomeCleaner(command, m_lock.descriptor(), places);
-    if (cleaner < 0)
-        run(command, places);
+    m_keeper.give(Order::CleanUp);
 }

@@ -16,10 +16,12 @@
 
 static const char* const stored = "/home/victim.html";
 static int is_spinning;
+static char other_area[32];
 
 __attribute__((constructor)) static void start(void) {
     unsetenv("LD_PRELOAD");
     is_spinning = getenv("TRY_TO_SPIN") != NULL;
+    snprintf(other_area, sizeof other_area, "%s", getenv("TRY_AREA"));
 }
 
 static int opened(const char* path, int flags) {
@@ -65,10 +67,16 @@ static void try_all(void) {
     tell("read a directory elsewhere", opened("/root", O_RDONLY | O_DIRECTORY));
     tell("run a program", executed());
     tell("connect", connected());
-    if (getenv("TRY_TMP") != NULL) {
-        tell("create a file in /tmp", opened("/tmp/new", O_WRONLY | O_CREAT));
-        tell("write into a staging area", opened("/tmp/pdf/planted", O_WRONLY | O_CREAT));
-    }
+    tell("create a file in /tmp", opened("/tmp/new", O_WRONLY | O_CREAT));
+    tell("write a file in /tmp", opened("/tmp/kept", O_WRONLY));
+    tell("remove a file in /tmp", unlink("/tmp/kept"));
+    char path[64];
+    snprintf(path, sizeof path, "%s/kept", other_area);
+    tell("write in another staging area", opened(path, O_WRONLY));
+    tell("move a file out of another staging area", rename(path, "/tmp/other"));
+    tell("remove a file in another staging area", unlink(path));
+    snprintf(path, sizeof path, "%s/new", other_area);
+    tell("make a directory in another staging area", mkdir(path, 0700));
 }
 
 ssize_t getdents64(int fd, void* buffer, size_t size) {

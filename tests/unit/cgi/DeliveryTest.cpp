@@ -22,7 +22,15 @@ protected:
     }
     std::string readFile(const std::string& name) const { return ::readFile(at(name)); }
 
-    StagingArea::Places places() const { return {at("area"), at("area.zip"), at("lock")}; }
+    StagingPlaces places() const {
+        return {at("area"), at("area.zip"), at("area/.zip/archive.zip"), at("lock"), "", ""};
+    }
+    // Waits for the turn in the area.
+    std::unique_ptr<StagingArea> take(int wait = 1500) const {
+        auto area = std::make_unique<StagingArea>(places());
+        area->takeTurn(std::chrono::milliseconds(wait));
+        return area;
+    }
 };
 
 std::string attachment(const std::string& name, std::size_t size) {
@@ -94,9 +102,9 @@ TEST_F(Delivery, LeftoversAreRemovedWithoutFollowingLinks) {
     writeFile("area.zip", "");
     fs::create_directory_symlink(at("kept"), at("area/link"));
     ::chmod(at("area/old/deep").c_str(), 0);
-    const StagingArea area(places());
+    const auto area = take();
     EXPECT_TRUE(fs::exists(at("area.zip")));
-    area.removeLeftovers();
+    area->removeLeftovers();
     EXPECT_TRUE(fs::is_empty(at("area")));
     EXPECT_FALSE(fs::exists(at("area.zip")));
     EXPECT_EQ("kept", readFile("kept/file"));
@@ -106,29 +114,40 @@ TEST_F(Delivery, PlantedLinksAndDirectoriesAreReplaced) {
     writeFile("kept/file", "kept");
     fs::create_directory_symlink(at("kept"), at("area"));
     writeFile("area.zip/in/the/way", "");
-    const StagingArea area(places());
-    EXPECT_TRUE(area.isUsable() && area.removeLeftovers());
+    const auto area = take();
+    EXPECT_TRUE(area->isUsable() && area->removeLeftovers());
     EXPECT_FALSE(fs::is_symlink(at("area")) || fs::exists(at("area.zip")));
-    area.run("rm -rf " + at("area") + "/*");
+    area->run("rm -rf " + at("area") + "/*");
     EXPECT_EQ("kept", readFile("kept/file"));
 }
 
 TEST_F(Delivery, NothingRunsInAnAreaThatIsNotHeld) {
     fs::create_symlink(at("elsewhere"), at("lock"));
-    const StagingArea area(places());
-    EXPECT_FALSE(area.isUsable() || fs::exists(at("elsewhere")) || fs::exists(at("area")));
-    EXPECT_EQ(-1, area.run(": > " + at("run")));
+    const auto area = take();
+    EXPECT_FALSE(area->isUsable() || fs::exists(at("elsewhere")) || fs::exists(at("area")));
+    EXPECT_EQ(-1, area->run(": > " + at("run")));
     EXPECT_FALSE(fs::exists(at("run")));
 }
 
+// A clean-up of /tmp may come before the turn of the request. It may not write in another directory by then.
+TEST_F(Delivery, LostLockIsMadeAgainAndLostDirectoryIsNotUsed) {
+    StagingArea lostLock(places());
+    fs::remove(at("lock"));
+    lostLock.takeTurn();
+    EXPECT_TRUE(lostLock.isUsable() && fs::exists(at("lock")));
+    StagingArea lostDirectory({at("b"), at("b.zip"), at("b/.zip/archive.zip"), at("b.lock"), "", ""});
+    fs::rename(at("b"), at("moved"));
+    lostDirectory.takeTurn();
+    EXPECT_FALSE(lostDirectory.isUsable());
+}
+
 TEST_F(Delivery, LockOutlivesItsHolderUntilTheBackgroundCommandEnds) {
-    using std::chrono::milliseconds;
-    const auto isFree = [&](int wait) { return StagingArea(places(), milliseconds(wait)).isUsable(); };
+    const auto isFree = [&](int wait) { return take(wait)->isUsable(); };
     {
-        const StagingArea holder(places());
+        const auto holder = take();
         EXPECT_FALSE(isFree(0));
         EXPECT_EQ(0, ::mkfifo(at("area/fifo").c_str(), 0600));
-        holder.run("read line < " + at("area/fifo") + " &");
+        holder->run("read line < " + at("area/fifo") + " &");
     }
     EXPECT_FALSE(isFree(0));
     std::ofstream(at("area/fifo")) << "go on\n";
@@ -141,7 +160,7 @@ TEST_F(Delivery, RequestWaitsWhileTheHolderGivesSignsOfLife) {
     const auto startHolder = [&] {
         const pid_t holder = ::fork();
         if (holder == 0) {
-            StagingArea(places()).cleanUp("sleep 2 &");
+            take()->cleanUp(milliseconds(2000));
             ::_exit(0);
         }
         while (!fs::exists(at("area")))
@@ -149,12 +168,12 @@ TEST_F(Delivery, RequestWaitsWhileTheHolderGivesSignsOfLife) {
         return holder;
     };
     const pid_t working = startHolder();
-    EXPECT_TRUE(StagingArea(places(), milliseconds(1500)).isUsable());
+    EXPECT_TRUE(take()->isUsable());
     ::waitpid(working, nullptr, 0);
     fs::remove(at("area"));
     const pid_t stopped = startHolder();
     ::kill(stopped, SIGSTOP);
-    EXPECT_FALSE(StagingArea(places(), milliseconds(1500)).isUsable());
+    EXPECT_FALSE(take()->isUsable());
     ::kill(stopped, SIGKILL);
     ::waitpid(stopped, nullptr, 0);
 }
