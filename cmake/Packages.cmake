@@ -62,8 +62,6 @@ foreach(package fileman fileman-dev)
   endif()
 endforeach()
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
-  install(FILES ${debian}/fileman-dev.lintian-overrides DESTINATION share/lintian/overrides RENAME fileman-dev
-    COMPONENT fileman_conf ${FILEMAN_LIBRARIES_UNASKED})
   install(FILES ${debian}/fileman.lintian-overrides DESTINATION share/lintian/overrides RENAME fileman COMPONENT fileman)
 endif()
 include(CPack)
