@@ -6,7 +6,7 @@ import { basename } from 'node:path';
 import { after, test } from 'node:test';
 import { obstacle } from '../../web/js/fileman/kinds.js';
 import { parsePage, toEntries } from '../../web/js/fileman/rows.js';
-import { deliveryQuery, isSendable } from '../../web/js/fileman/wire.js';
+import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/wire.js';
 import {
   answerOf,
   CGI_DIR,
@@ -203,10 +203,7 @@ test('what a name or a folder may hold is what the program can pack', async () =
     const program = spawnSync(`${CGI_DIR}/fileman.cgi`, {
       env: {
         PATH: process.env.PATH,
-        QUERY_STRING: deliveryQuery(
-          'download',
-          entries.map(({ sent }) => sent),
-        ).slice(1),
+        QUERY_STRING: deliveryQuery('download', entries.map(sentId)).slice(1),
       },
       maxBuffer: 1 << 26,
     });

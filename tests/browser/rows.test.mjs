@@ -2,8 +2,8 @@
 // it was stored or counted as lost, and the work does not grow faster than the page.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { parsePage, parseScript, toEntries } from '../../web/js/fileman/rows.js';
-import { decodePage, deliveryQuery } from '../../web/js/fileman/wire.js';
+import { FIELDS, parsePage, parseScript, toEntries } from '../../web/js/fileman/rows.js';
+import { decodePage, deliveryQuery, sentId } from '../../web/js/fileman/wire.js';
 import { bytesOf, dice, hostileStore, page, record, script, valuesOf } from './hostile-names.mjs';
 
 /** Asserts that the rows read are the stored ones in their order, less as many as are lost. */
@@ -11,7 +11,7 @@ function assertSound(parsed, rows, raw, seed) {
   const text = (value) => (raw ? value : Buffer.from(value, 'latin1').toString());
   let at = 0;
   for (const read of parsed.rows) {
-    const key = JSON.stringify(read);
+    const key = JSON.stringify(Object.values(read));
     while (at < rows.length && JSON.stringify(rows[at].map(text)) !== key) at += 1;
     assert.ok(at < rows.length, `seed ${seed}: a row that is not stored: ${key}`);
     at += 1;
@@ -80,7 +80,7 @@ test('what cannot be told apart, or only by too much work, is counted, and the r
   ]) {
     const text = page([before, row, after]);
     const parsed = parsePage(text);
-    assert.deepEqual([parsed.rows, parsed.lost, parsed.whole], [valuesOf([before, after]), 1, true]);
+    assert.deepEqual([valuesOf(parsed.rows), parsed.lost, parsed.whole], [valuesOf([before, after]), 1, true]);
     assert.ok(parsed.steps <= text.length);
   }
   assert.equal(parsePage('<html>no list</html>'), null);
@@ -91,18 +91,18 @@ test('bytes that are no UTF-8 return to the instrument unchanged', () => {
   const { text, raw } = decodePage(bytes);
   const [entry] = toEntries(parsePage(text), raw);
   assert.equal(entry.name, 'caf\ufffd \ufffd');
-  assert.equal(deliveryQuery('view', [entry.sent]), '?opertype=view&rsltid=SDH/PDH_P1_bert_Result_caf%E9%20%FF');
+  assert.equal(deliveryQuery('view', [sentId(entry)]), '?opertype=view&rsltid=SDH/PDH_P1_bert_Result_caf%E9%20%FF');
 });
 
 test('strict rows are lines of JSON, whatever the names hold', () => {
   const names = ['"\\', "' },\n\t\t{ id: '", '\udcff\udcfe', '\u2028</script><!--', '\t\t];\n</script>\n</head>\n', ''];
-  const rows = names.map((name) => Array.from({ length: 9 }, (_, i) => `${name} ${i}`));
-  const line = (row) => `\t\t${JSON.stringify(Object.fromEntries(row.map((value, i) => [`k${i}`, value])))}`;
+  const rows = names.map((name) => Object.fromEntries(FIELDS.map((field) => [field, `${name} ${field}`])));
+  const line = (row) => `\t\t${JSON.stringify(row)}`;
   const list = (end) => `<script>\n\tvar griddata = [\n${rows.map(line).join(',\n')}${end}`.replace(/<(?=[/!])/g, '\\u003c');
   const whole = parsePage(`${list('\n\t\t];\n')}</script>\n</head>\n`);
   assert.deepEqual([whole.rows, whole.whole, whole.lost], [rows, true, 0]);
-  const cut = parsePage(list(',\n\t\t{"k0":"cut o'));
+  const cut = parsePage(list(',\n\t\t{"id":"cut o'));
   assert.deepEqual([cut.rows, cut.whole], [rows, false]);
-  const { id, sent } = toEntries(whole, false)[2];
-  assert.deepEqual([id, sent], ['\ufffd\ufffd 0', '\xff\xfe 0']);
+  const entry = toEntries(whole, false)[2];
+  assert.deepEqual([entry.id, sentId(entry)], ['\ufffd\ufffd id', '\xff\xfe id']);
 });

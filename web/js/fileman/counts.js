@@ -3,7 +3,7 @@
  * nothing else to do. A column's own values are counted as if nothing were asked of it, so that another one can be chosen.
  */
 import { dateAt } from './dates.js';
-import { kindOf } from './kinds.js';
+import { kindOf, verdictOf } from './kinds.js';
 import { allTexts } from './texts.js';
 
 const PIECE_MS = 8;
@@ -16,7 +16,7 @@ export const COUNTED = {
   test: (entry) => entry.test,
   port: (entry) => entry.port,
   kind: kindOf,
-  verdict: ({ verdict }) => verdict || 'unread',
+  verdict: (entry) => verdictOf(entry) || 'unread',
 };
 const KEYS = Object.keys(COUNTED);
 

@@ -6,7 +6,7 @@ import { isWholePdf, lacksOfDownload, lacksOfPdfs, membersOf, pdfNameOf } from '
 import { announce, button, el, icon, visible } from './dom.js';
 import { obstacle } from './kinds.js';
 import { language, size, t } from './texts.js';
-import { AnswerError, deliveryQuery, escape, fetchPieces, toText } from './wire.js';
+import { AnswerError, deliveryQuery, escape, fetchPieces, sentId, toText } from './wire.js';
 import { wording } from './wording.js';
 
 /** Bytes of ids that one request may carry; the demo's server takes 64 KiB of header lines, small ones 8 or 4. */
@@ -219,7 +219,7 @@ function noteLacks(job, { missing, shared }) {
 /** Fetches and saves part after part. `todo` always holds what is still to come (entries) and what did not (missing). */
 async function fetchAll(operation, todo, list, job) {
   const title = operation === 'pdf' ? 'converting' : 'packing';
-  let groups = parts([...new Set(todo.entries.map((entry) => entry.sent))]);
+  let groups = parts([...new Set(todo.entries.map(sentId))]);
   let at = 0;
   let sum = 0;
   const names = [];
@@ -239,7 +239,7 @@ async function fetchAll(operation, todo, list, job) {
       continue;
     }
     const ids = new Set(groups[at]);
-    const isAsked = (entry) => ids.has(entry.sent);
+    const isAsked = (entry) => ids.has(sentId(entry));
     // An entry that was not chosen comes too when it bears the same identity.
     const meant = list.filter((entry) => isAsked(entry) && !obstacle(entry, operation));
     const answer = await inspect(sent, operation, meant);

@@ -48,5 +48,14 @@ export function obstacle(entry, operation) {
   return null;
 }
 
+// The instrument sends the first of those that share an identity, so the others' reports cannot be read.
+const isReadable = (entry) => !entry.twin && kindOf(entry) === 'report' && !obstacle(entry, 'view');
+
+/** What an entry's report says: 'pass', 'fail', 'none', or '' when it is still to be read. */
+export function verdictOf(entry) {
+  entry.verdict ??= isReadable(entry) ? '' : 'none';
+  return entry.verdict;
+}
+
 /** Texts for what a report says of its test (verdicts.js); 'unread' when nobody has read it yet. */
 export const VERDICT_TEXTS = { pass: 'verdictPass', fail: 'verdictFail', none: 'verdictNone', unread: 'verdictUnread' };

@@ -15,6 +15,7 @@ import { hashOf, inHash } from './hash.js';
 import { later } from './later.js';
 import { TAB_TEXTS, addressOf } from './listing.js';
 import { keep, keepFind, keepList, recall, recallFind, recallList } from './memory.js';
+import { verdictOf } from './kinds.js';
 import { News } from './news.js';
 import { orderBy, prepareSearch } from './order.js';
 import { showMenu } from './menu.js';
@@ -154,7 +155,7 @@ function takeList(list, kept) {
   const paths = new Set(kept.chosen ?? []);
   grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
   if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
-  grid.top = kept.top ?? 0;
+  if (kept.top || grid.top) grid.top = kept.top ?? 0;
   tellGaps(list);
   takeView();
 }
@@ -234,7 +235,7 @@ function offerNews(list, n) {
 /** Has the verdicts read that are in sight, or all that may matter when a verdict is asked for. */
 function wantVerdicts() {
   const isAsked = query.valuesOf('verdict').length > 0;
-  const mayFit = (entry) => !entry.verdict && query.obstacleOf(entry) !== null;
+  const mayFit = (entry) => !verdictOf(entry) && query.obstacleOf(entry) !== null;
   verdicts.want(isAsked ? entries.filter(mayFit) : grid.inSight);
 }
 

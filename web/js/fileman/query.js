@@ -7,7 +7,7 @@
  *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (dates.js)
  */
 import { dateAt } from './dates.js';
-import { VERDICT_TEXTS, kindOf } from './kinds.js';
+import { VERDICT_TEXTS, kindOf, verdictOf } from './kinds.js';
 import { searchedText } from './order.js';
 import { allTexts, t } from './texts.js';
 
@@ -22,7 +22,7 @@ const VALUES = {
   test: (entry) => entry.test,
   port: (entry) => entry.port,
   kind: (entry) => kindLines(kindOf(entry), entry.rsltype),
-  verdict: ({ verdict }) => VERDICT_LINES[verdict || 'unread'],
+  verdict: (entry) => VERDICT_LINES[verdictOf(entry) || 'unread'],
   name: (entry) => entry.name,
   path: (entry) => entry.path,
 };

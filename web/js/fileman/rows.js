@@ -162,9 +162,22 @@ function findGroup(text, start) {
   return { anchors, borders };
 }
 
+/** A row of values in the order of FIELDS. */
+const rowOf = ([id, name, module, mode, test, port, datetime, rsltype, path]) => ({
+  id,
+  name,
+  module,
+  mode,
+  test,
+  port,
+  datetime,
+  rsltype,
+  path,
+});
+
 /**
- * Reads the text between the list's first and last line: { rows, lost, whole, sure, steps }. Rows are value arrays in
- * FIELDS order; `lost` is the number of those that could not be told apart; `sure` is false when the reading depends on
+ * Reads the text between the list's first and last line: { rows, lost, whole, sure, steps }. A row holds a value for each
+ * of FIELDS; `lost` is the number of those that could not be told apart; `sure` is false when the reading depends on
  * line ends or on bytes that a browser may have changed; `steps` says how much was tried.
  */
 function readRows(text, whole) {
@@ -179,7 +192,7 @@ function readRows(text, whole) {
     const plain = PLAIN_ROW.exec(text);
     count(1);
     if (plain) {
-      result.rows.push(plain.slice(1));
+      result.rows.push(rowOf(plain.slice(1)));
       lastPlain = at;
       at = PLAIN_ROW.lastIndex;
       continue;
@@ -194,7 +207,7 @@ function readRows(text, whole) {
     const { anchors, borders } = findGroup(text, at);
     const isCutOff = !whole && borders.at(-1)[0] === text.length;
     const rows = isCutOff ? [] : readGroup(text, anchors, borders, count).filter(Boolean);
-    for (const row of rows) result.rows.push(row);
+    for (const row of rows) result.rows.push(rowOf(row));
     result.lost += Math.max(anchors.length, 1) - rows.length;
     result.sure &&= anchors.length === 1 && !rows.some((row) => row.some((value) => value.includes('\n')));
     at = borders.at(-1)[0];
@@ -205,11 +218,11 @@ function readRows(text, whole) {
 /** Stands for a byte that is no text. */
 const LONE_BYTE = /[\udc80-\udcff]/u;
 
-/** Reads the rows of a strict answer: one to a line. The last line of a list that was cut off is no row. */
+/** Reads the rows of a strict answer: one to a line, an object of FIELDS. The last line of a list that was cut off is no row. */
 function readStrictRows(text, whole) {
-  const lines = text.slice(0, text.lastIndexOf('\n') + 1).replace(/,?\n$/, '');
-  const rows = JSON.parse(`[${lines}]`).map(Object.values);
-  const hasLoneBytes = /\\udc[89a-f]/i.test(text);
+  const end = text.lastIndexOf('\n');
+  const rows = JSON.parse(`[${text.slice(0, text[end - 1] === ',' ? end - 1 : end)}]`);
+  const hasLoneBytes = text.includes('\\u') && /\\udc[89a-f]/i.test(text);
   return { rows, lost: 0, whole, sure: true, steps: rows.length, hasLoneBytes };
 }
 
@@ -232,19 +245,19 @@ export function parseScript(text) {
   return readAll(text.slice(start + LIST_START.length, whole ? -LIST_END.length : text.length), whole);
 }
 
-/**
- * Rows as entries of texts. `sent` is the id as the instrument must get it back (binary), `twin` whether an
- * earlier entry of the list bears the same one.
- */
-export function toEntries({ rows, hasLoneBytes }, raw) {
+/** A row with its values as texts. What is no text was changed by that, so the id is kept as it was sent. */
+function shown(row, raw) {
   const show = raw ? toText : (value) => (LONE_BYTE.test(value) ? toText(toBinary(value)) : value);
-  const isPlain = !raw && !hasLoneBytes;
-  const seen = new Set();
-  return rows.map((values) => {
-    const [id, name, module, mode, test, port, datetime, rsltype, path] = isPlain ? values : values.map(show);
-    const sent = raw ? values[0] : toBinary(values[0]);
-    const twin = seen.has(sent);
-    seen.add(sent);
-    return { id, name, module, mode, test, port, datetime, rsltype, path, sent, twin, searched: null };
-  });
+  return { ...rowOf(FIELDS.map((field) => show(row[field]))), sent: raw ? row.id : toBinary(row.id) };
+}
+
+/** Rows as entries of texts. An entry is a `twin` if an earlier one of the list has the same id. */
+export function toEntries({ rows, hasLoneBytes }, raw) {
+  const entries = raw || hasLoneBytes ? rows.map((row) => shown(row, raw)) : rows;
+  const ids = new Set();
+  for (const entry of entries) {
+    const { size } = ids;
+    if (ids.add(entry.sent ?? entry.id).size === size) entry.twin = true;
+  }
+  return entries;
 }

@@ -3,7 +3,7 @@
  * it, and most servers cut its last four; so the bytes decide what it is.
  */
 import { isStrict } from './answers.js';
-import { AnswerError, deliveryQuery, fetchPieces } from './wire.js';
+import { AnswerError, deliveryQuery, fetchPieces, sentId } from './wire.js';
 
 const MOST_BYTES = 64 << 20;
 const MAGIC = [
@@ -33,7 +33,7 @@ export function stripLead(bytes) {
 /** Fetches 'view' or 'download' of one entry as a blob; one that is too large to look at is an error. */
 export async function fetchBlob(operation, entry, signal) {
   const pieces = [];
-  await fetchPieces(`fileman.cgi${deliveryQuery(operation, [entry.sent])}`, {
+  await fetchPieces(`fileman.cgi${deliveryQuery(operation, [sentId(entry)])}`, {
     signal,
     onPiece(piece, soFar, total) {
       if (Math.max(soFar, total) > MOST_BYTES) throw new AnswerError('tooLarge');

@@ -3,7 +3,7 @@
  * so. Reports are read in the background, one at a time with a rest as long as the reading took, and what they say is
  * remembered by path and date.
  */
-import { kindOf, obstacle } from './kinds.js';
+import { verdictOf } from './kinds.js';
 import { keep, recall } from './memory.js';
 import { decodeReport } from './report.js';
 import { fetchFile, sniff } from './stored.js';
@@ -50,24 +50,17 @@ export class Verdicts {
     addEventListener('pagehide', () => this.#save());
   }
 
-  /** Gives each entry the verdict that is remembered: 'pass', 'fail', 'none', or '' when its report is still to be read. */
+  /** Gives the entries the verdicts that are remembered. */
   recallFor(entries) {
-    for (const entry of entries) entry.verdict = this.#isReadable(entry) ? this.#recall(entry) : 'none';
-  }
-
-  // A date is looked up sooner than a path and a date are put together, which adds up in a long list.
-  #recall(entry) {
-    return (this.knownDates.has(entry.datetime) && this.known.get(keyOf(entry))) || '';
-  }
-
-  // The instrument sends the first of those that share an identity, so the others' reports cannot be read.
-  #isReadable(entry) {
-    return !entry.twin && kindOf(entry) === 'report' && !obstacle(entry, 'view');
+    if (!this.known.size) return;
+    // A date is looked up sooner than a path and a date are put together, which adds up in a long list.
+    const mayBeKnown = (entry) => this.knownDates.has(entry.datetime) && !entry.twin;
+    for (const entry of entries) if (mayBeKnown(entry)) entry.verdict = this.known.get(keyOf(entry));
   }
 
   /** Names the entries whose verdict the list needs, the most urgent first. */
   want(entries) {
-    this.wanted = entries.filter(({ verdict }) => verdict === '');
+    this.wanted = entries.filter((entry) => verdictOf(entry) === '');
     clearTimeout(this.timer);
     if (this.wanted.length) this.timer = setTimeout(() => this.#start(), STILL);
   }

@@ -112,6 +112,9 @@ export function listingQuery({ kind, lists, texts }, first = '') {
   return `?${pieces.filter(Boolean).join('&')}`;
 }
 
+/** An entry's id as the instrument must get it back (binary). */
+export const sentId = ({ id, sent }) => sent ?? toBinary(id);
+
 /** Query of a delivery: 'view', 'pdf' or 'download' of the records with these ids (binary). */
 export function deliveryQuery(operation, ids) {
   return `?opertype=${operation}&rsltid=${ids.map(escape).join(',')}`;
