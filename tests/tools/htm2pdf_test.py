@@ -1,5 +1,6 @@
-"""The PDF converter adapter, on real files in private storage."""
+"""The PDF converter, on real files in private storage."""
 
+import contextlib
 import glob
 import importlib.machinery
 import importlib.util
@@ -19,47 +20,41 @@ CONVERTER = "/srv/tools/htm2pdf"
 FOLDER = "/home/reports"
 OUTPUT = "/tmp/pdf"
 TASKS = "/tmp/htm2pdf_task_list"
+# Files that the instrument or the runner puts into /tmp.
+EXPECTED_IN_TMP = {"pdf", "htm2pdf_task_list", ".private-storage"}
 
 sys.path.insert(0, "/srv/sample")
 import pictures  # noqa: E402
 import reports  # noqa: E402
 
 
-def converter_module():
-    loader = importlib.machinery.SourceFileLoader("htm2pdf", CONVERTER)
-    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("htm2pdf", loader))
-    loader.exec_module(module)
-    return module
+def write(name, data):
+    path = os.path.join(FOLDER, name)
+    with open(path, "wb") as file:
+        file.write(data)
+    return path
+
+
+def stem(path):
+    return os.path.basename(path).split(".")[0]
 
 
 def text_of(name):
-    return subprocess.run(["pdftotext", os.path.join(OUTPUT, name), "-"], capture_output=True, check=True).stdout.decode()
+    return subprocess.run(["pdftotext", f"{OUTPUT}/{name}.pdf", "-"], capture_output=True, check=True).stdout.decode()
 
 
 def left_behind():
-    """What is neither of the instrument's own nor a finished PDF."""
-    own = {"pdf", "htm2pdf_task_list", ".private-storage"}
-    return sorted(set(os.listdir("/tmp")) - own) + glob.glob(f"{OUTPUT}/.*")
+    return sorted(set(os.listdir("/tmp")) - EXPECTED_IN_TMP) + glob.glob(f"{OUTPUT}/.*")
 
 
-def children_of(process):
-    children = []
-    for entry in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{entry}/stat", encoding="ascii", errors="replace") as file:
-                if int(file.read().rpartition(")")[2].split()[1]) == process:
-                    children.append(int(entry))
-        except OSError:
-            pass  # ended meanwhile
-    return children
-
-
-def is_running(process):
-    try:
-        with open(f"/proc/{process}/stat", encoding="ascii", errors="replace") as file:
-            return file.read().rpartition(")")[2].split()[0] != "Z"
-    except OSError:
-        return False
+def running_in(session):
+    """The number of processes in a session that have not ended."""
+    count = 0
+    for path in glob.glob("/proc/[0-9]*/stat"):
+        with contextlib.suppress(OSError), open(path, encoding="ascii", errors="replace") as file:
+            state, _, _, its_session = file.read().rpartition(")")[2].split()[:4]
+            count += state != "Z" and int(its_session) == session
+    return count
 
 
 def wait_until(condition):
@@ -71,7 +66,7 @@ def wait_until(condition):
 
 
 def start_converter(names, print_file):
-    """A process that converts files of these names with another way to print."""
+    """Starts a process, with a session of its own, that converts files of these names with another way to print."""
     with open(TASKS, "w", encoding="ascii") as file:
         file.writelines(f"/home/{name} -> {name}.pdf\n" for name in names)
     process = os.fork()
@@ -79,13 +74,20 @@ def start_converter(names, print_file):
         return process
     status = 99
     try:
+        os.setsid()
         resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 16, 1 << 16))
-        module = converter_module()
+        loader = importlib.machinery.SourceFileLoader("htm2pdf", CONVERTER)
+        module = importlib.util.module_from_spec(importlib.util.spec_from_loader("htm2pdf", loader))
+        loader.exec_module(module)
         module.SECONDS_A_FILE = 2
         module.print_file = lambda path: print_file(module, os.path.basename(path).decode())
         status = module.main([TASKS])
     finally:
         os._exit(status)
+
+
+def exit_status(process):
+    return os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
 
 
 class Converter(unittest.TestCase):
@@ -94,13 +96,7 @@ class Converter(unittest.TestCase):
             shutil.rmtree(path, ignore_errors=True)
         os.makedirs(FOLDER)
 
-    def write(self, name, data):
-        path = os.path.join(FOLDER, name)
-        with open(path, "wb") as file:
-            file.write(data)
-        return path
-
-    def convert(self, lines):
+    def convert(self, *lines):
         with open(TASKS, "wb") as file:
             file.writelines(os.fsencode(line) + b"\n" for line in lines)
         done = subprocess.run([CONVERTER, TASKS], capture_output=True, env={"PATH": "/usr/bin:/bin"})
@@ -108,65 +104,55 @@ class Converter(unittest.TestCase):
         return done.returncode, done.stderr.decode("utf-8", "replace")
 
     def convert_files(self, *paths):
-        base = lambda path: os.path.basename(path).split(".")[0]
-        return self.convert([f"{path} -> {base(path)}.pdf" for path in paths])
+        return self.convert(*(f"{path} -> {stem(path)}.pdf" for path in paths))
 
     def test_every_file_gets_a_pdf_that_shows_it_or_says_why_not(self):
         canvas = pictures.Canvas(64, 48, "accent")
-        os.mkfifo(os.path.join(FOLDER, "fifo.html"))
-        os.mkdir(os.path.join(FOLDER, "folder.html"))
-        os.truncate(self.write("large.html", b""), 1 << 26)
-        os.symlink("/etc/passwd", os.path.join(FOLDER, "link.html"))
+        os.mkfifo(f"{FOLDER}/fifo.html")
+        os.mkdir(f"{FOLDER}/folder.html")
+        os.truncate(write("large.html", b""), 1 << 26)
+        os.symlink("/etc/passwd", f"{FOLDER}/link.html")
         shown = {"good.html": b"<p>measured value</p>", "broken.html": b"<table><td>measured value<b></i>&amp",
-                 "mtie": b"<html>measured value", "latin.html": b"<meta charset=latin1>measured value \xff",
+                 "latin.html": b"<meta charset=latin1>measured value \xff", "mtie": b"<html>measured value",
                  "shot.png": canvas.png(), "scope.jpg": canvas.jpeg(), "map.bmp": canvas.bmp(),
                  "a -> b.html": b"measured value", "Prüfung.html": b"measured value"}
         refused = {"fifo.html": "no regular file", "folder.html": "directory", "large.html": "too large",
                    "link.html": "symbolic links", "gone.html": "No such file", "trace.pcap": "packet capture",
                    "noise.html": "neither a report nor a picture"}
-        for name, data in {**shown, "trace.pcap": reports.capture(random.Random(1)), "noise.html": bytes(64)}.items():
-            self.write(name, data)
-        status, messages = self.convert_files(*(os.path.join(FOLDER, name) for name in [*refused, *shown]))
+        for name, data in {**shown, "noise.html": bytes(64), "trace.pcap": reports.capture(random.Random(1))}.items():
+            write(name, data)
+        status, messages = self.convert_files(*(f"{FOLDER}/{name}" for name in [*refused, *shown]))
         self.assertEqual(status, 1, messages)
         self.assertEqual(len(os.listdir(OUTPUT)), len(shown) + len(refused), messages)
-        for name, data in shown.items():
+        for name in [*shown, *refused]:
             with self.subTest(name):
-                text = text_of(name.split(".")[0] + ".pdf")
-                self.assertIn("measured value" if b"measured" in data else name, text)
-                self.assertNotIn(f"/{name}:", messages)
-        for name, why in refused.items():
-            with self.subTest(name):
-                self.assertIn(why, text_of(name.split(".")[0] + ".pdf"))
-                self.assertIn(f"htm2pdf: print {FOLDER}/{name}: ", messages)
+                says = refused.get(name) or ("measured value" if b"measured" in shown[name] else name)
+                self.assertIn(says, text_of(stem(name)))
+                self.assertEqual(f"htm2pdf: print {FOLDER}/{name}: " in messages, name in refused, messages)
+        self.assertEqual(self.convert_files(f"{FOLDER}/trace.pcap")[0], 0, "a capture is not a failure")
 
     def test_names_that_leave_the_output_directory_are_skipped_and_named(self):
-        report = self.write("good.html", b"measured value")
+        report = write("good.html", b"measured value")
         unusable = [f"{report} -> ../evil.pdf", f"{report} -> /tmp/evil.pdf", f"{report} -> evil.sh", "no arrow"]
-        status, messages = self.convert([*unusable, f"{report} -> good.pdf", f"{report} -> other.pdf"])
+        status, messages = self.convert(*unusable, f"{report} -> good.pdf", f"{report} -> other.pdf")
         self.assertEqual((status, sorted(os.listdir(OUTPUT))), (1, ["good.pdf", "other.pdf"]), messages)
         for line in unusable:
             self.assertIn(f"htm2pdf: read the task {line}: ", messages)
-
-    def test_files_that_are_no_reports_are_no_failure(self):
-        capture = self.write("trace.pcap", reports.capture(random.Random(1)))
-        self.assertEqual(self.convert_files(capture)[0], 0)
-        self.assertEqual(self.convert_files(capture, "/home/gone.html")[0], 1)
 
     def test_a_report_reaches_only_its_own_directory(self):
         with socket.create_server(("127.0.0.1", 0)) as server:
             server.settimeout(0)
             address = f"http://127.0.0.1:{server.getsockname()[1]}/x"
-            os.mkdir(os.path.join(FOLDER, "own_files"))
-            self.write("own_files/style.css", b"p::after { content: ' own style' }")
-            with open("/home/secret.css", "w", encoding="ascii") as file:
-                file.write("p::after { content: 'stolen' }")
-            os.symlink("/home/secret.css", os.path.join(FOLDER, "link.css"))
+            os.mkdir(f"{FOLDER}/own_files")
+            write("own_files/style.css", b"p::after { content: ' own style' }")
+            write("/home/secret.css", b"p::after { content: 'stolen' }")
+            os.symlink("/home/secret.css", f"{FOLDER}/link.css")
             sheets = ["own_files/style.css", "link.css", "../secret.css", "file:///home/secret.css", address]
-            self.write("own.html", "".join(f'<link rel="stylesheet" href="{sheet}">' for sheet in sheets).encode()
-                       + f'<link rel="attachment" href="/etc/passwd"><img src="{address}"><p>text</p>'.encode())
-            status, messages = self.convert_files(os.path.join(FOLDER, "own.html"))
-            self.assertEqual((status, text_of("own.pdf").split()), (0, ["text", "own", "style"]), messages)
-            with open(os.path.join(OUTPUT, "own.pdf"), "rb") as file:
+            links = "".join(f'<link rel="stylesheet" href="{sheet}">' for sheet in sheets)
+            page = f'{links}<link rel="attachment" href="/etc/passwd"><img src="{address}"><p>text</p>'
+            status, messages = self.convert_files(write("own.html", page.encode()))
+            self.assertEqual((status, text_of("own").split()), (0, ["text", "own", "style"]), messages)
+            with open(f"{OUTPUT}/own.pdf", "rb") as file:
                 self.assertNotIn(b"/EmbeddedFile", file.read())
             self.assertRaises(BlockingIOError, server.accept)
 
@@ -178,14 +164,13 @@ class Converter(unittest.TestCase):
                 os.abort()
             return module.notice(name.encode(), "measured") + bytes(1 << 17 if name == "large" else 0)
         began = time.monotonic()
-        names = ["endless", "crash", "large", "c", "d"]
-        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(start_converter(names, print_file), 0)[1]), 1)
+        measured = {"endless": False, "crash": False, "large": False, "c": True, "d": True}
+        self.assertEqual(exit_status(start_converter(measured, print_file)), 1)
         self.assertLess(time.monotonic() - began, 50)
-        answers = {name: "measured" in text_of(f"{name}.pdf") for name in names}
-        self.assertEqual(answers, {"endless": False, "crash": False, "large": False, "c": True, "d": True})
+        self.assertEqual({name: "measured" in text_of(name) for name in measured}, measured)
         self.assertEqual(left_behind(), [])
 
-    def test_whatever_ends_the_converter_ends_all_its_processes(self):
+    def test_any_end_of_the_converter_ends_all_its_processes(self):
         def print_file(module, name):
             tempfile.mkdtemp()
             time.sleep(1.5)
@@ -194,17 +179,16 @@ class Converter(unittest.TestCase):
             with self.subTest(number.name):
                 shutil.rmtree(OUTPUT, ignore_errors=True)
                 converter = start_converter(["a", "b", "c", "d"], print_file)
-                started = lambda: len(glob.glob(f"{OUTPUT}/.htm2pdf.*/*/*")) == min(4, os.cpu_count())
-                self.assertTrue(wait_until(started))
-                children = children_of(converter)
+                at_once = min(4, os.cpu_count())
+                self.assertTrue(wait_until(lambda: len(glob.glob(f"{OUTPUT}/.htm2pdf.*/*/*")) == at_once))
                 os.kill(converter, number)
-                self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(converter, 0)[1]), -number)
-                self.assertTrue(wait_until(lambda: not any(map(is_running, children))))
+                self.assertEqual(exit_status(converter), -number)
+                self.assertTrue(wait_until(lambda: not running_in(converter)))
                 self.assertEqual(glob.glob(f"{OUTPUT}/*.pdf"), [])
-                self.assertEqual(len(left_behind()), number == signal.SIGKILL, "one place, which goes with /tmp/pdf")
+                self.assertEqual(len(left_behind()), number == signal.SIGKILL, "one directory, inside /tmp/pdf")
 
     def test_an_output_directory_that_others_can_write_is_refused(self):
-        report = self.write("good.html", b"measured value")
+        report = write("good.html", b"measured value")
         os.symlink(FOLDER, OUTPUT)
         self.assertEqual(self.convert_files(report)[0], 1)
         os.unlink(OUTPUT)
