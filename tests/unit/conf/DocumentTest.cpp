@@ -1,9 +1,6 @@
 #include <sys/stat.h>
 #include <tinyxml.h>
 
-#include <cerrno>
-#include <cstring>
-
 #include "TestFiles.h"
 #include "conf/XmlEdit.h"
 #include "conf/XmlFile.h"
@@ -13,27 +10,54 @@ namespace {
 
 using Conf = CFileManConf;
 
+// Of two records with one key the first stays, of two halves of one kind the second, with the list of both.
 TEST_F(FilesTest, DocumentFillsEveryRecord) {
-    ASSERT_TRUE(readConf(
-        "<r><other/><FILTER><class><e name='c' checked='true'/></class><Class><e name='no' "
-        "checked='true'/></Class>"
-        "<mode><e label='ml' name='m' rslt_dir_name='mr' prof_dir_name='mp' checked='true'/>"
-        "<x name='m' label='later'/></mode>"
-        "<category><e label='tl' name='tn' key='t' prof_suffix='-p' rslt_suffix='-r' "
-        "checked='TRUE'/></category>"
-        "<port><e label='pl' name='p' key='k' dir='d' prof_suffix='-p' rslt_suffix='-r' "
-        "checked='true'/></port>"
-        "<extraDir><e module='M' mode='m' port='p' key='t' dir_name='x' test_name='RESULT'/>"
-        "<e module='M' mode='m' port='p' key='t' dir_name='x' test_name='other'/></extraDir>"
-        "<unknown><e name='z'/></unknown><mode><e name='m2'/></mode></FILTER><filter><mode><e name='no'/>"
-        "</mode></filter></r>"));
+    ASSERT_TRUE(readConf(R"(
+        <r>
+          <other/>
+          <FILTER>
+            <class><e name='c' checked='true'/></class>
+            <Class><e name='no' checked='true'/></Class>
+            <mode>
+              <e label='ml' name='m' rslt_dir_name='mr' prof_dir_name='mp' checked='true'/>
+              <x name='m' label='later'/>
+            </mode>
+            <category>
+              <e label='tl' name='tn' key='t' prof_suffix='-p' rslt_suffix='-r' checked='TRUE'/>
+            </category>
+            <port>
+              <e label='pl' name='p' key='k' dir='d' prof_suffix='-p' rslt_suffix='-r' checked='true'/>
+            </port>
+            <extraDir>
+              <e module='M' mode='m' port='p' key='t' dir_name='x' test_name='RESULT'/>
+              <e module='M' mode='m' port='p' key='t' dir_name='x' test_name='other'/>
+            </extraDir>
+            <unknown><e name='z'/></unknown>
+            <mode><e name='m2'/></mode>
+            <module>
+              <m name='10G' checked='true'>
+                <o mode_name='E'>
+                  <h test_name='rESULT' dir_name='r1' under_port_dir='true' list='a,,b,'/>
+                  <h test_name='Result' dir_name='r2' under_port_dir='yes' list='c'/>
+                  <h test_name='Setup' dir_name='no' list='no'/>
+                </o>
+                <o mode_name='E'><h test_name='Profile' list='no'/></o>
+              </m>
+              <m name='coMMon'>
+                <e test_name='Result' key='k' dir_name='d' under_port_dir='true' list=''/>
+                <e test_name='Result' key='later'/>
+                <e test_name='Screen' key='screen'/>
+              </m>
+            </module>
+          </FILTER>
+          <filter><mode><e name='no'/></mode></filter>
+        </r>)"));
     EXPECT_EQ((Names{"c"}), listFrom(Conf::getCheckedClasses));
     EXPECT_EQ((Names{"m", "m2"}), listFrom(Conf::getAllModeNames));
     const _ModeInfo& mode = Conf::getModeInfo("m");
     EXPECT_EQ("ml m mr mp",
               mode.label + " " + mode.name + " " + mode.rslt_dir_name + " " + mode.prof_dir_name);
-    EXPECT_TRUE(mode.checked);
-    EXPECT_FALSE(Conf::getModeInfo("m2").checked);
+    EXPECT_TRUE(mode.checked && !Conf::getModeInfo("m2").checked);
     const _TypeInfo& type = Conf::getTypeInfo("t");
     EXPECT_EQ("tl tn t -r -p", type.label + " " + type.name + " " + type.key + " " + type.rslt_suffix + " " +
                                    type.prof_suffix);
@@ -42,31 +66,7 @@ TEST_F(FilesTest, DocumentFillsEveryRecord) {
     EXPECT_EQ("pl p k d -r -p", port.label + " " + port.name + " " + port.key + " " + port.dir + " " +
                                     port.rslt_suffix + " " + port.prof_suffix);
     ASSERT_EQ(2u, Conf::getExtraDirList().size());
-    EXPECT_TRUE(Conf::getExtraDirList().front().isResult);
-    EXPECT_FALSE(Conf::getExtraDirList().back().isResult);
-    EXPECT_THROW(Conf::getModeInfo("M"), std::out_of_range);
-    EXPECT_THROW(Conf::getModuleInfo(""), std::out_of_range);
-}
-
-TEST_F(FilesTest, ModuleHalvesAndCommonEntries) {
-    ASSERT_TRUE(readSections(R"(
-        <module>
-          <m name='10G' checked='true'>
-            <o mode_name='E'>
-              <h test_name='rESULT' dir_name='r1' under_port_dir='true' list='a,,b,'/>
-              <h test_name='Result' dir_name='r2' under_port_dir='yes' list='c'/>
-              <h test_name='Setup' dir_name='no' list='no'/>
-            </o>
-            <o mode_name='E'>
-              <h test_name='Profile' list='no'/>
-            </o>
-          </m>
-          <m name='coMMon'>
-            <e test_name='Result' key='k' dir_name='d' under_port_dir='true' list=''/>
-            <e test_name='Result' key='later'/>
-            <e test_name='Screen' key='screen'/>
-          </m>
-        </module>)"));
+    EXPECT_TRUE(Conf::getExtraDirList().front().isResult && !Conf::getExtraDirList().back().isResult);
     const ModeOptInfo& option = Conf::getModuleInfo("10G").modeOpts.at("E");
     EXPECT_EQ("r2", option.rslt_dir_name);
     EXPECT_FALSE(option.rslt_under_port_dir);
@@ -75,19 +75,14 @@ TEST_F(FilesTest, ModuleHalvesAndCommonEntries) {
     EXPECT_TRUE(Conf::getModuleInfo("coMMon").modeOpts.empty());
     ASSERT_EQ(2u, Conf::getCommonModuleInfo().size());
     EXPECT_EQ("k", Conf::getCommonModuleInfo().at("Result").key);
-    EXPECT_TRUE(Conf::getCommonModuleInfo().at("Result").list.empty());
+    EXPECT_THROW(Conf::getModeInfo("M"), std::out_of_range);
 }
 
 TEST_F(FilesTest, UnusableDocumentsDoNotChangeTheVocabulary) {
     ASSERT_TRUE(readSections("<mode><e name='kept'/></mode>"));
     for (const char* const document :
-         {"", " ", "<r><fil", "<r/>", "<r><filters/></r>", "<!-- none -->", "<r><filter></r>", "\xFE\xFF",
-          "<r><filter><mode><e name='partial'/></mode></filter>"})
+         {" ", "<r><fil", "<r/>", "<r><filter></r>", "<r><filter><mode><e name='partial'/></mode></filter>"})
         EXPECT_FALSE(readConf(document)) << document;
-    ::mkfifo(at("fifo").c_str(), 0600);
-    for (const std::string& path : {at("missing"), at(""), at("fifo"), std::string()})
-        EXPECT_FALSE(Conf::readConf(path)) << path;
-    EXPECT_EQ((Names{"kept"}), listFrom(Conf::getAllModeNames));
     for (const bool isKept : {false, true})
         EXPECT_EQ(isKept, Conf::loadConf(at("missing"))) << "a kept document is not loaded again";
     ASSERT_TRUE(readSections("<mode><e name='kept' label='later'/><e name='new'/></mode>"));
@@ -95,8 +90,7 @@ TEST_F(FilesTest, UnusableDocumentsDoNotChangeTheVocabulary) {
     EXPECT_EQ((Names{"kept", "new"}), listFrom(Conf::getAllModeNames));
     resetConfState();
     EXPECT_TRUE(listFrom(Conf::getAllModeNames).empty() && g_pXmlDoc == nullptr);
-    writeFile(at("comment"), "<!-- none -->");
-    EXPECT_TRUE(Conf::loadConf(at("comment"))) << "a document needs no root to be kept";
+    EXPECT_TRUE(Conf::loadConf(write("<!-- none -->"))) << "a document needs no root to be kept";
 }
 
 std::string repeated(int times, const std::string& part) {
@@ -120,15 +114,13 @@ std::string attributes(int count) {
 TEST_F(FilesTest, LimitsHoldWhereTheParserSeesTags) {
     const std::string utf8 = "<?xml version='1.0'?>";
     const std::string latin = "<?xml version='1.0' encoding='latin1'?>";
-    const std::string in[] = {nested(128),
-                              attributes(256),
-                              "<r>" + repeated(20, attributes(256)) + "</r>",
-                              "<r>" + repeated(300, "<x/>") + "</r>",
-                              "<r>" + repeated(300, "<!--<x>--><![CDATA[<x>]]>") + "</r>",
-                              latin + "<r>" + repeated(300, "<x a=\"caf\xE9\">\xC3</x>") + "</r>",
-                              "<r/>" + std::string(16 * 1024 * 1024 - 4, '\n')};
-    const std::string out[] = {nested(129), attributes(257), "<r>" + nested(127) + nested(128) + "</r>",
+    const std::string in[] = {nested(128), "<r>" + repeated(20, attributes(256)) + "</r>",
+                              "<r>" + repeated(300, "<x/><!--<x>--><![CDATA[<x>]]>") + "</r>",
+                              latin + "<r>" + repeated(300, "<x a=\"caf\xE9\">\xC3</x>") + "</r>"};
+    const std::string out[] = {nested(129), "<r>" + nested(127) + nested(128) + "</r>", attributes(257),
                                "<r>" + repeated(20, attributes(256)) + attributes(257) + "</r>",
+                               // The tag never ends. Without the limit the parser would need seconds for it.
+                               attributes(20000).substr(0, 150000),
                                // Texts that hide tags from the parser must not let it recurse.
                                utf8 + repeated(60000, "<x>\xC3</x>"), repeated(60000, "<x>&#x</x>x41;"),
                                utf8 + "<a b=\"\xC3\" c=\">" + repeated(60000, "<x>") + "\">"};
@@ -141,59 +133,23 @@ TEST_F(FilesTest, LimitsHoldWhereTheParserSeesTags) {
 // Everything that costs memory or time counts, in any place. Each row has about the largest number that
 // passes.
 TEST(Limits, DocumentsThatNeedTooMuchMemoryDoNotReachTheParser) {
-    const std::tuple<const char*, int> rows[] = {
+    const std::pair<const char*, int> rows[] = {
         {"<x/>", 90000}, {"<x></x>", 45000}, {"<!---->", 88000},        {"<![CDATA[]]>", 86000},
-        {"<!>", 90000},  {",", 225000},      {"<x a='' b=''/>", 49000}, {"&", 3000000},
-    };
+        {"<!>", 90000},  {",", 225000},      {"<x a='' b=''/>", 49000}, {"&", 3000000}};
     for (const auto& [part, most] : rows) {
-        EXPECT_EQ("", xml::passedLimit("<r>" + repeated(most, part) + "</r>")) << part;
+        SCOPED_TRACE(part);
+        EXPECT_EQ("", xml::passedLimit("<r>" + repeated(most, part) + "</r>"));
         EXPECT_EQ("it needs too much memory",
-                  xml::passedLimit("<r>" + repeated(most / 20 * 21, part) + "</r>"))
-            << part;
+                  xml::passedLimit("<r>" + repeated(most / 20 * 21, part) + "</r>"));
     }
-}
-
-TEST_F(FilesTest, UnusableDocumentIsReportedWithTheReason) {
-    std::string brokenOff = "<r";
-    for (int i = 0; i < 20000; ++i)
-        brokenOff += " a" + std::to_string(i) + "=''";
-    const std::pair<std::string, const char*> rows[] = {
-        {"<r><filter></r>", "it is not well-formed, Error reading end tag."},
-        {"", "it is not well-formed, Error document empty."},
-        {"<!-- none -->", "it has no root element"},
-        {"<r><filters/></r>", "its root has no filter element"},
-        {nested(129), "it is nested deeper than 128 elements"},
-        {attributes(257), "an element has more than 256 attributes"},
-        // Without the limit the parser would need seconds for the attributes before it misses the end of the
-        // tag.
-        {brokenOff, "an element has more than 256 attributes"},
-    };
-    const auto said = [](const std::string& path) {
-        testing::internal::CaptureStderr();
-        EXPECT_FALSE(Conf::readConf(path));
-        return testing::internal::GetCapturedStderr();
-    };
-    const auto line = [](const std::string& path, const std::string& why) {
-        return "fileman: read document " + path + ": " + why + "\n";
-    };
-    for (const auto& [document, why] : rows)
-        EXPECT_EQ(line(at("file"), why), said(write(document)));
-    std::filesystem::resize_file(at("file"), 16 * 1024 * 1024 + 1);
-    EXPECT_EQ(line(at("file"), "it is too large"), said(at("file")));
-    EXPECT_EQ(line(at(""), "it is no regular file"), said(at("")));
-    std::filesystem::create_symlink("loop", at("loop"));
-    EXPECT_EQ(line(at("loop"), std::strerror(ELOOP)), said(at("loop")));
-    for (const std::string& missing : {at("missing"), at("file/below"), std::string()})
-        EXPECT_EQ("", said(missing));
 }
 
 constexpr char kForeign[] =
     "\xEF\xBB\xBF<?xml version=\"1.0\" encoding='utf-8' standalone=\"yes\"?>\r\n"
     "<?xml-stylesheet href=\"a.css\"?>\n<?php echo 1 ?>\n<!DOCTYPE config SYSTEM \"x.dtd\">\n<!-- before "
     "-->\n"
-    "<config\ta='say \"hi\"' b=\"&#x20AC;&nbsp;\">\n  text   with &amp; &copy;\n blanks\r\n<![CDATA[ <raw "
-    "a='1'/> <c name='A'/> "
-    "]]>\n"
+    "<config\ta='say \"hi\"' b=\"&#x20AC;&nbsp;\">\n  text   with &amp; &copy;\n blanks\r\n"
+    "<![CDATA[ <raw a='1'/> <c name='A'/> ]]>\n"
     "<filter><class><c z='1' name=\"A\" new=x/></class>  <!-- <c name='A'/> --></filter></config>\n"
     "<!-- behind -->\n\n";
 
@@ -212,8 +168,7 @@ TEST_F(FilesTest, SavingChangesNothingButTheValues) {
                  "\"&lt;&amp;#x41;&quot;'&#x0A;\xC3\xA9&gt;\" new=x checked=\"true\"");
     EXPECT_EQ(text, readFile(at("file")));
     // No strict parser accepts these values in any form.
-    for (const std::string broken : {"caf\xC3", "\xC3&", "\xE9t\xE9", "\x1B[0m", "\xED\xA0\x80", "\xC0\xAF",
-                                     "\xEF\xBF\xBF", "\xF4\x90\x80\x80", "\xFF"}) {
+    for (const std::string broken : {"caf\xC3", "\xE9t\xE9", "\x1B[0m", "\xED\xA0\x80", "\xEF\xBF\xBF"}) {
         entry->SetAttribute("name", broken);
         EXPECT_FALSE(edit.save()) << broken;
         EXPECT_EQ(text, readFile(at("file")));
@@ -226,12 +181,10 @@ TEST_F(FilesTest, SavingChangesNothingButTheValues) {
 }
 
 TEST_F(FilesTest, NewValuesFollowTheEncodingOfTheDocument) {
-    const std::pair<const char*, bool> rows[] = {
-        {"<r/>", false},
-        {"<?xml version='1.0'?><r/>", false},
-        {"<?xml version='1.0' encoding='utf-8'?><r/>", false},
-        {"<?xml version='1.0' encoding='ISO-8859-1'?><r/>", true},
-    };
+    const std::pair<const char*, bool> rows[] = {{"<r/>", false},
+                                                 {"<?xml version='1.0'?><r/>", false},
+                                                 {"<?xml version='1.0' encoding='utf-8'?><r/>", false},
+                                                 {"<?xml version='1.0' encoding='ISO-8859-1'?><r/>", true}};
     for (const auto& [document, mayHold] : rows) {
         XmlEdit edit(write(document));
         edit.document()->RootElement()->SetAttribute("name", "caf\xE9");
