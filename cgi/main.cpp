@@ -4,9 +4,10 @@
 //   answer/         how an answer is written
 //     Answers         decides which kind of answers this process gives, and what differs between the two
 //     Output          writes the response, which ends where a write fails
-//     Header          writes the header of strict answers; ErrorPage refuses a request in words;
+//     Header          writes the header of strict answers; HttpErrors refuses a request in words;
 //                     ContentType, Disposition: lines of the header; Escape: values in pages
-//   confine/        limits what the process may do from here on: Reach (files), Limits, Privileges;
+//   confine/        limits what the process may do from here on: Reach (files), Limits, Privileges,
+//                   Environment (what commands inherit);
 //                   Landlock and Programs make the rules for the kernel
 //   StartUp         reads the configuration and scans the storage, in a thread that main waits for
 //   Request         reads the query: the action and the filter; Query: the way strict answers read it
@@ -17,7 +18,7 @@
 //     CGICommonUtils  HTML lines, and the answer to every other request
 //   delivery/       sends files instead of pages: View, Download, PdfExport
 //     ChosenIds       which records the request chose
-//     Obstacles       which of them cannot be written into the shell commands
+//     UnsafeNames     which of them cannot be written into the shell commands
 //     StagedRecord    copies a record and compares the copy
 //     Packing         makes the archive
 //     Converter       makes PDFs; PdfFiles: which of them are whole
@@ -50,8 +51,9 @@
 #include "cgi/CommandLine.h"
 #include "cgi/StartUp.h"
 #include "cgi/answer/Answers.h"
-#include "cgi/answer/ErrorPage.h"
+#include "cgi/answer/HttpErrors.h"
 #include "cgi/answer/Output.h"
+#include "cgi/confine/Environment.h"
 #include "cgi/confine/Limits.h"
 #include "cgi/confine/Privileges.h"
 #include "cgi/confine/Reach.h"
@@ -162,7 +164,7 @@ bool startsCommands(unsigned action) {
 
 // The area is made ready first: afterwards the request can write below the directory of the area only.
 void confineDelivery(CFileManCGI& request, CFileManCGI::ActionType action) {
-    privileges::cleanEnvironment();
+    environment::clean();
     const StagingArea& area = request.stagingArea(action);
     reach::confineToStaging(action == CFileManCGI::ACTION_PDF ? reach::Delivery::Pdf
                                                               : reach::Delivery::Download,

@@ -136,7 +136,7 @@ public:
     // Writes title and items to standard output. For debugging.
     static void dump(const std::string& title, const std::list<std::string>& items);
 
-    // --- check marks of the primary filter (ConfCheckState.cpp) ---
+    // --- check marks of the primary filter (ConfChecked.cpp) ---
 
     static std::string checkState2Str(bool state);
     // Changes the mark in memory and in the document. The document is rewritten even when no entry has the

@@ -7,8 +7,4 @@ namespace privileges {
 // an identity cannot be dropped; then the request must not continue.
 bool drop();
 
-// Removes the environment variables that neither the commands nor the converter need, for example those of
-// the request. FILEMAN_PASS_ENVIRONMENT names more variables to keep, separated by commas.
-void cleanEnvironment();
-
 } // namespace privileges

@@ -9,7 +9,7 @@
 #include <map>
 #include <string_view>
 
-#include "cgi/delivery/Obstacles.h"
+#include "cgi/delivery/UnsafeNames.h"
 #include "cgi/staging/OwnPlace.h"
 #include "cgi/staging/RemoveTree.h"
 #include "common/CCommUtils.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cgi/delivery/Obstacles.h"
+#include "cgi/delivery/UnsafeNames.h"
 #include "cgi/staging/StagingArea.h"
 
 // Copies a record with its companions to its destination in the area. Returns null when every file of it is

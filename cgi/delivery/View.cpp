@@ -4,7 +4,7 @@
 #include "cgi/answer/Answers.h"
 #include "cgi/answer/ContentType.h"
 #include "cgi/answer/Disposition.h"
-#include "cgi/answer/ErrorPage.h"
+#include "cgi/answer/HttpErrors.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "cgi/delivery/FileStream.h"
 #include "common/CCommUtils.h"

@@ -13,9 +13,6 @@
 // inherited it have ended.
 class AreaLock {
 public:
-    // How long a request waits without a sign of life from the holder.
-    static constexpr std::chrono::seconds kLongestWait{30};
-
     // Opens the lock file, makes it if it does not exist. Fails, with a line on standard error, when the file
     // is not this user's own.
     static UniqueFd openFile(const std::string& path);

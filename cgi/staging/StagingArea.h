@@ -7,6 +7,7 @@
 
 #include "cgi/staging/AreaLock.h"
 #include "cgi/staging/PlaceKeeper.h"
+#include "cgi/staging/SignOfLife.h"
 
 // One of the two places below /tmp where a delivery collects its files: a directory that every request fills
 // and empties, and the archive made from it.
@@ -29,7 +30,7 @@ public:
 
     // Waits for the turn of this request. longestWait: the longest time without a sign of life from the
     // holder of the area. While the queue moves, the wait has no limit.
-    void takeTurn(std::chrono::milliseconds longestWait = AreaLock::kLongestWait);
+    void takeTurn(std::chrono::milliseconds longestWait = SignOfLife::kLongestSilence);
 
     // Whether the area is held and its directory is this user's own. Otherwise nothing may be run, removed or
     // sent there.

@@ -7,6 +7,7 @@
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
 #include "fileman/load/Diagnostics.h"
+#include "fileman/names/FlatModes.h"
 #include "fileman/names/PortNames.h"
 #include "fileman/names/TypeNames.h"
 
@@ -37,7 +38,7 @@ int ConfiguredDirs::load(const LoadInfo& info) {
 
 // Only two modes may have this shape. For any other mode the type is empty, and nothing is listed.
 int ConfiguredDirs::loadFlat(const LoadInfo& info) {
-    const std::string type = types::ofFlatMode(info.mode);
+    const std::string type = typeOfFlatMode(info.mode);
     if (type.empty() || !m_filter.passesTest(type))
         return 0;
     return m_files.list(sourceOf(info, entryPath(paths::kHome, info.dir), type));

@@ -11,7 +11,7 @@ constexpr std::string_view kTypeSuffixes[] = {suffix::kResult, suffix::kSetup, s
                                               suffix::kRslt,   suffix::kProf,  suffix::kRtd};
 
 struct NamedType {
-    const char* name;
+    const char* directory;
     const char* type;
 };
 constexpr NamedType kCpriLayers[] = {
@@ -20,16 +20,6 @@ constexpr NamedType kCpriLayers[] = {
     {"layer2-prof", "cpri-layer2"},
     {"cpri-layer2-rslt", "cpri-layer2"},
 };
-constexpr NamedType kFlatModes[] = {{"SDH/PDH", "bert"}, {"OSA", "osa"}};
-
-template<std::size_t Count>
-std::string findType(const NamedType (&table)[Count], const std::string& name, const std::string& otherwise) {
-    for (const NamedType& entry : table) {
-        if (CCommUtils::isEquals(name, entry.name))
-            return entry.type;
-    }
-    return otherwise;
-}
 
 } // namespace
 
@@ -56,11 +46,11 @@ std::string types::fromDirName(const std::string& dirName, int suffixLength) {
 }
 
 std::string types::fromConfiguredDir(const std::string& dirName) {
-    return findType(kCpriLayers, dirName, dirName);
-}
-
-std::string types::ofFlatMode(const std::string& mode) {
-    return findType(kFlatModes, mode, "");
+    for (const NamedType& layer : kCpriLayers) {
+        if (CCommUtils::isEquals(dirName, layer.directory))
+            return layer.type;
+    }
+    return dirName;
 }
 
 bool types::isFiberMonitor(std::string_view entryName) {

@@ -20,9 +20,6 @@ inline std::string fromDirName(const std::string& dirName) {
 // layers.
 std::string fromConfiguredDir(const std::string& dirName);
 
-// Returns the only type of a mode whose files are in the mode's directory itself, or "" for other modes.
-std::string ofFlatMode(const std::string& mode);
-
 // Whether an entry beside the port directories belongs to the fiber monitor.
 bool isFiberMonitor(std::string_view entryName);
 

@@ -9,6 +9,7 @@
 #include "common/UniqueNames.h"
 #include "conf/CFileManConf.h"
 #include "fileman/ModeSources.h"
+#include "fileman/names/FlatModes.h"
 #include "fileman/names/PortNames.h"
 #include "fileman/names/Suffixes.h"
 #include "fileman/names/TypeNames.h"
@@ -129,7 +130,7 @@ void ModuleScan::gather(const LoadInfo& info, ScanModuleToModeInfo& moduleScan,
     if (info.scanTree == 1) {
         scanTree(m_tree, path, info, types, portsOf(modeScan, isResult));
     } else if (info.subDirs.empty()) {
-        const std::string type = types::ofFlatMode(info.mode);
+        const std::string type = typeOfFlatMode(info.mode);
         if (!type.empty())
             types.push_back(type);
     } else {

@@ -13,7 +13,7 @@
 #include "fileman/LoadInfo.h"
 #include "fileman/ModeSources.h"
 #include "fileman/disk/Directory.h"
-#include "fileman/names/TypeNames.h"
+#include "fileman/names/FlatModes.h"
 
 namespace {
 
@@ -59,7 +59,7 @@ Source sourceOf(const LoadInfo& info, int line) {
     else if (!info.subDirs.empty())
         source.shape = Source::Shape::Fixed;
     else
-        source.type = types::ofFlatMode(info.mode);
+        source.type = typeOfFlatMode(info.mode);
     return source;
 }
 

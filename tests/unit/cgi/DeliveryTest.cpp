@@ -8,7 +8,7 @@
 
 #include "TestFiles.h"
 #include "cgi/CFileManCGI.h"
-#include "cgi/delivery/Obstacles.h"
+#include "cgi/delivery/UnsafeNames.h"
 #include "cgi/staging/StagingArea.h"
 
 namespace {

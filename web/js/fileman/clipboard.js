@@ -1,5 +1,5 @@
 /* What a person copies. Most instruments are reached without encryption, where browsers offer the old way only. */
-import { announce, el } from './dom.js';
+import { announce, el, visible } from './dom.js';
 import { t } from './texts.js';
 
 /** Copies by a selected field; returns whether the browser has done it. */
@@ -21,4 +21,19 @@ export async function copyText(text, what) {
     .catch(() => copySelected(text));
   announce(t(done ? 'copied' : 'notCopied', { what }));
   return done;
+}
+
+/** Name, date and path of each entry, as tables take them. */
+const rowsAsText = (entries) =>
+  entries.map(({ name, datetime, path }) => [name, datetime, path].map(visible).join('\t')).join('\n');
+
+/** Ctrl-C in the list copies the entries that `targets()` gives; the browser's own event works without encryption, too. */
+export function copyRows(host, targets) {
+  document.addEventListener('copy', (event) => {
+    const entries = document.activeElement === host ? targets() : [];
+    if (!entries.length) return;
+    event.clipboardData.setData('text/plain', rowsAsText(entries));
+    event.preventDefault();
+    announce(t('rowsCopied', { n: entries.length }));
+  });
 }

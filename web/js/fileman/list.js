@@ -4,7 +4,7 @@
  *
  * What is shown is kept here and nowhere else. The other modules get what they need as arguments.
  */
-import { copyText } from './clipboard.js';
+import { copyRows, copyText } from './clipboard.js';
 import { columnText } from './columns.js';
 import { announce, button, el, icon, visible } from './dom.js';
 import { Facets } from './facets.js';
@@ -20,10 +20,10 @@ import { News } from './news.js';
 import { orderBy, prepareSearch } from './order.js';
 import { showMenu } from './menu.js';
 import { dressPage } from './page.js';
+import { printRows } from './printing.js';
 import { Query } from './query.js';
 import { fetchList, readOwnPage } from './source.js';
 import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
-import { copyRows, printRows } from './takeaway.js';
 import { size, t } from './texts.js';
 import { AnswerError, listingQuery, readListing, toText } from './wire.js';
 import { Verdicts } from './verdicts.js';

@@ -1,4 +1,4 @@
-#include "cgi/delivery/Obstacles.h"
+#include "cgi/delivery/UnsafeNames.h"
 
 #include "common/CCommUtils.h"
 #include "common/ControlBytes.h"

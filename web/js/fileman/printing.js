@@ -1,24 +1,8 @@
-/* What a person takes from the list: rows as text, or the whole list on paper. */
+/* The whole list on paper. */
 import { columnText } from './columns.js';
-import { announce, el, visible } from './dom.js';
-import { t } from './texts.js';
+import { el, visible } from './dom.js';
 
 const PRINTED = ['name', 'test', 'port', 'datetime'];
-
-/** Name, date and path of each entry, as tables take them. */
-const rowsAsText = (entries) =>
-  entries.map(({ name, datetime, path }) => [name, datetime, path].map(visible).join('\t')).join('\n');
-
-/** Ctrl-C in the list copies the entries that `targets()` gives; the browser's own event works without encryption, too. */
-export function copyRows(host, targets) {
-  document.addEventListener('copy', (event) => {
-    const entries = document.activeElement === host ? targets() : [];
-    if (!entries.length) return;
-    event.clipboardData.setData('text/plain', rowsAsText(entries));
-    event.preventDefault();
-    announce(t('rowsCopied', { n: entries.length }));
-  });
-}
 
 /** Whenever the page is printed and no view asks for it, all rows that `shown()` gives go to the paper. */
 export function printRows(shown) {

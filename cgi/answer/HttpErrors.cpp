@@ -1,4 +1,4 @@
-#include "cgi/answer/ErrorPage.h"
+#include "cgi/answer/HttpErrors.h"
 
 #include <cstdio>
 
