@@ -2,7 +2,6 @@
 // FAULT_CALL fail with FAULT_ERROR, and then writes a byte to the file FAULT_MARK as a sign. Calls of child
 // processes do not fail.
 
-#include <dirent.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -67,11 +66,9 @@ WRAP_OPEN(openat, (int fd, const char* path, int flags, ...), (fd, path, flags, 
 WRAP(getdents64, ssize_t, (int fd, void* buffer, size_t size), (fd, buffer, size))
 WRAP(read, ssize_t, (int fd, void* buffer, size_t size), (fd, buffer, size))
 WRAP64(fstatat, int, (int fd, const char* path, struct stat* to, int flags), (fd, path, to, flags))
-WRAP64(stat, int, (const char* path, struct stat* to), (path, to))
 WRAP64(lstat, int, (const char* path, struct stat* to), (path, to))
 WRAP64(fstat, int, (int fd, struct stat* to), (fd, to))
 WRAP(access, int, (const char* path, int mode), (path, mode))
-WRAP(chdir, int, (const char* path), (path))
 WRAP(poll, int, (struct pollfd * fds, nfds_t count, int wait), (fds, count, wait))
 WRAP(flock, int, (int fd, int operation), (fd, operation))
 WRAP(futimens, int, (int fd, const struct timespec times[2]), (fd, times))
@@ -85,12 +82,10 @@ WRAP64(sendfile, ssize_t, (int to, int from, off_t* offset, size_t size), (to, f
 WRAP(system, int, (const char* command), (command))
 WRAP(fork, pid_t, (void), ())
 WRAP(close, int, (int fd), (fd))
-WRAP(remove, int, (const char* path), (path))
-WRAP_AS("opendir", opendir, DIR*, NULL, (const char* path), (path))
-WRAP_AS("readdir64", readdir, struct dirent*, NULL, (DIR * directory), (directory))
-WRAP_AS("realpath", realpath, char*, NULL, (const char* path, char* to), (path, to))
-WRAP_AS("getcwd", getcwd, char*, NULL, (char* buffer, size_t size), (buffer, size))
 WRAP(waitpid, pid_t, (pid_t child, int* status, int options), (child, status, options))
+WRAP_AS("pthread_create", pthread_create, int, error_number,
+        (pthread_t * thread, const pthread_attr_t* attributes, void* (*start)(void*), void* argument),
+        (thread, attributes, start, argument))
 
 ssize_t write(int fd, const void* text, size_t size) {
     const int hit = fd != STDERR_FILENO && fails("write");
@@ -103,13 +98,6 @@ void* malloc(size_t size) {
     return fails("malloc") ? NULL : __libc_malloc(size);
 }
 
-int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
-                   void* argument) {
-    return fails("pthread_create")
-               ? error_number
-               : REAL(pthread_create, "pthread_create")(thread, attributes, start, argument);
-}
-
 // No pause: a delivery waits before its clean-up, but here nobody reads in that time.
 int clock_nanosleep(clockid_t clock, int flags, const struct timespec* time, struct timespec* rest) {
     (void)clock, (void)flags, (void)time, (void)rest;
@@ -117,6 +105,5 @@ int clock_nanosleep(clockid_t clock, int flags, const struct timespec* time, str
 }
 
 int nanosleep(const struct timespec* time, struct timespec* rest) {
-    (void)time, (void)rest;
-    return 0;
+    return clock_nanosleep(CLOCK_MONOTONIC, 0, time, rest);
 }
