@@ -1,21 +1,35 @@
-"""Makes storage trees for the tests, and starts the program like a web server.
+"""Makes storage trees for the tests, and what a web server hands to the program.
 
-A file in trees/ describes a tree, with one line per entry: "file PATH", "file PATH <- CONTENT", "dir PATH", "fifo PATH",
-"sock PATH", "link PATH -> TARGET", "0000 PATH" (a mode). \\xNN is a byte, {N*TEXT} a text repeated.
+A file in trees/ describes a tree, with one line per entry: "file PATH", "file PATH <- CONTENT", "dir PATH",
+"fifo PATH", "sock PATH", "link PATH -> TARGET", "0000 PATH" (a mode). \\xNN is a byte, {N*TEXT} repeats.
+The lines of trees/documents name what stands in the place of the configuration of a tree.
 """
 
 import os
 import re
 import socket
 import subprocess
+import sys
+from urllib.parse import quote_from_bytes
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 CONFIGURATION = ".resultmanager/result-config-ktd.xml"
 BERT = "1ge/kte-rslt/sfpport/bert-result"
+RECORD = "Ethernet_SFP_BERT_Result_"  # the ids of the results in it begin so
 # A time zone with daylight saving time that needs no zone files.
 ZONE = "CET-1CEST,M3.5.0,M10.5.0/3"
 # A sanitizer needs more addresses than a request may have.
 LIMITS = {name: value for name, value in os.environ.items() if name == "FILEMAN_MEMORY_MIB"}
+# By tree or document: what is changed in the usual configuration.
+CHANGES = {
+    "truncated": lambda text: text[:-200],
+    "at-16-mib": lambda text: text + b" " * ((16 << 20) - len(text)),
+    "beyond-16-mib": lambda text: text + b" " * ((16 << 20) + 1 - len(text)),
+    "nested-128": lambda text: text.replace(b"<filter>", b"<x>" * 127 + b"</x>" * 127 + b"<FILTER>")
+                                   .replace(b"</filter>", b"</FILTER>"),
+    "byte-order-mark": lambda text: b"\xef\xbb\xbf" + text,
+    "long-rows": lambda text: text.replace(b'name="MTIE"', b'name="' + b"m" * 40000 + b'"'),
+}
 NO_ROOT_RIGHTS = ("setpriv", "--bounding-set=-dac_override,-dac_read_search",
                   "--inh-caps=-dac_override,-dac_read_search")
 
@@ -30,8 +44,20 @@ def plain(text):
     return re.sub(rb"\\x(..)", lambda found: bytes.fromhex(found[1].decode()), text)
 
 
+def demand_private_storage():
+    """Ends a test that would write to the machine's own /home and /tmp."""
+    if os.environ.get("FILEMAN_PRIVATE_STORAGE") != "1" or not os.path.exists("/tmp/.private-storage"):
+        sys.exit("to be run inside scripts/with-storage")
+
+
+def chosen(operation, *names, prefix=RECORD):
+    """The query for records, each of which has its id from the prefix and a name, text or bytes."""
+    ids = [quote_from_bytes((os.fsencode(prefix) + os.fsencode(name))[:255], "") for name in names]
+    return f"opertype={operation}&rsltid={','.join(ids)}"
+
+
 def environment(query, **more):
-    """The environment of the program, with the exit status for a sanitizer report. A query of None is not set."""
+    """The environment of the program, with the status for a sanitizer report. A query of None is not set."""
     values = {"PATH": "/usr/bin:/bin", "TZ": ZONE, "ASAN_OPTIONS": "exitcode=86", **LIMITS, **more}
     return values if query is None else {**values, "QUERY_STRING": query}
 
@@ -57,17 +83,18 @@ class Tree:
         self.write(CONFIGURATION, change(read("basic.xml")))
 
     def make(self, name):
-        """Replaces the storage by the named tree."""
+        """Replaces the storage by the named tree; document:NAME is a tree with another configuration."""
         subprocess.run(["find", self.home, "-mindepth", "1", "-delete"], check=True)
+        if name == "nothing":
+            return
         kind, _, document = name.partition(":")
-        if document:
-            self.write(BERT + "/line_1.html")
-            DOCUMENTS[document](self)
-        elif kind != "nothing":
-            self.configuration()
-            for line in read("trees", kind).splitlines():
-                if not line.startswith(b"#"):
-                    self.make_entry(*line.split(b" ", 1))
+        lines = [line.split(None, 1) for line in read("trees", "documents").splitlines()]
+        instead = [entry for name, entry in lines if name == document.encode()]
+        if not instead:
+            self.configuration(CHANGES.get(document or kind, lambda text: text))
+        for line in instead + read("trees", kind).splitlines():
+            if not line.startswith(b"#"):
+                self.make_entry(*line.split(b" ", 1))
         if kind == "deep":
             self.make_deep(b"d", 3000)
             self.make_deep(b"n" * 255, 20)
@@ -99,41 +126,3 @@ class Tree:
             os.close(here)
             here = below
         os.close(here)
-
-
-def changed(change):
-    return lambda tree: tree.configuration(change)
-
-
-def entry(line):
-    return lambda tree: tree.make_entry(*line.replace(b"HERE", CONFIGURATION.encode()).split(b" ", 1))
-
-
-def unreadable(tree):
-    tree.configuration()
-    entry(b"0000 HERE")(tree)
-
-
-def long_row(tree):
-    """Rows larger than the buffer of rows, between smaller ones."""
-    tree.configuration(lambda text: text.replace(b'name="MTIE"', b'name="' + b"m" * 40000 + b'"'))
-    tree.write("ktb/screen/shot.png")
-    for name in ("m1", "m2"):
-        tree.write(f"2g5/mtie-results/{name}/mtie/x")
-
-
-# Objects at the path of the configuration document. The first ones configure nothing.
-DOCUMENTS = {
-    "missing": lambda tree: None, "unreadable": unreadable, "truncated": changed(lambda text: text[:-200]),
-    "beyond-16-mib": changed(lambda text: text + b" " * ((16 << 20) + 1 - len(text))),
-    "directory": entry(b"dir HERE"), "fifo": entry(b"fifo HERE"), "socket": entry(b"sock HERE"),
-    "empty": entry(b"file HERE <- "), "no-xml": entry(b"file HERE <- hello"),
-    "no-root": entry(b"file HERE <- <!-- only this -->"), "no-filter": entry(b"file HERE <- <r><filters/></r>"),
-    "nested-129": entry(b"file HERE <- <r>{128*<x>}{128*</x>}<filter/></r>"),
-    "nested-100000": entry(b"file HERE <- {100000*<x>}"), "attributes": entry(b"file HERE <- <r {100000*a='1' }/>"),
-    "binary": entry(b"file HERE <- {999*\\x00\\xff}"),
-    "nested-128": changed(lambda text: text.replace(b"<filter>", b"<x>" * 127 + b"</x>" * 127 + b"<FILTER>")
-                                           .replace(b"</filter>", b"</FILTER>")),
-    "at-16-mib": changed(lambda text: text + b" " * ((16 << 20) - len(text))),
-    "long-row": long_row, "byte-order-mark": changed(lambda text: b"\xef\xbb\xbf" + text),
-}

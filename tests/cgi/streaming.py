@@ -1,237 +1,148 @@
 #!/usr/bin/python3
-"""streaming.py PROGRAM: downloads of strict answers, whose archives are written straight from the storage.
-
-Readers of three kinds take the archives apart: Python's, unzip and, where it is installed, 7zz.
+"""streaming.py PROGRAM [NAME...]: downloads of strict answers, whose archives are written straight from the
+storage. Python and unzip take the archives apart.
 """
 
-import concurrent.futures
 import io
 import os
 import random
-import shutil
 import subprocess
 import sys
-import unittest
 import zipfile
-from urllib.parse import quote_from_bytes
 
-import storage
-from storage import BERT
+sys.dont_write_bytecode = True
 
-STORED, DEFLATED = zipfile.ZIP_STORED, zipfile.ZIP_DEFLATED
-DATE = (2001, 9, 9, 3, 46, 40)  # of the tree's files, in its zone
+from instrument import Instrument, entries, main, place, same  # noqa: E402
+from storage import BERT, NO_ROOT_RIGHTS  # noqa: E402
 
-
-def place(name):
-    return f"[{name}]-[Bit Errors]-[SFP (optical)]-[Ethernet Tests]"
+NO_FILE = "neither a file nor a link to one"
 
 
-def start(names, before=(), method="GET"):
-    """Unbuffered, so that a part of the answer may be left to another reader. A name stands for that of a report."""
-    ids = ",".join(quote_from_bytes(os.fsencode(name if name.startswith("Ethernet_") else
-                                                "Ethernet_SFP_BERT_Result_" + name)[:255], "") for name in names)
-    return subprocess.Popen([*before, PROGRAM], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                            bufsize=0, env=storage.environment("opertype=download&rsltid=" + ids, REQUEST_METHOD=method,
-                                                               FILEMAN_ANSWERS="strict"))
+def is_read_by_unzip(instrument, body):
+    with open(instrument.path("archive.zip"), "wb") as file:
+        file.write(body)
+    done = subprocess.run(["unzip", "-tqq", file.name], capture_output=True, check=False)
+    same((done.returncode, done.stderr), (0, b""))
 
 
-def own_lines(messages):
-    return [line for line in messages.decode(errors="replace").splitlines() if line.startswith("fileman: ")]
+def a_record_brings_its_companions(instrument):
+    picture = b"\x89PNG" + bytes(5000)
+    plain = ("one", "one.html", "one.xml", "one_files/deep/er.txt")
+    for name in (*plain, "one_more.html", "two.html"):
+        instrument.store(name, name.encode())
+    instrument.store("one_files/chart.PNG", picture)
+    instrument.tree.write("1ge/kte-prof/sfpport/bert-setup/one.html", b"profile")
+    os.mkdir(instrument.stored("one_files/empty"))
+    os.mkfifo(instrument.stored("one.fifo"))
+    for name, target in {"loop": ".", "outside": "/etc/passwd", "dangling": "nothing", "near": "chart.PNG",
+                         "far": f"/home/{BERT}/two.html"}.items():
+        os.symlink(target, instrument.stored(f"one_files/{name}"))
+    chosen = ("Result_one", "Profile_one")
+    _, fields, body, messages = instrument.strict("download", *chosen, prefix="Ethernet_SFP_BERT_")
+    same((fields["content-type"], "content-length" in fields), ("application/zip", False))
+    with zipfile.ZipFile(io.BytesIO(body)) as archive:
+        *found, last = archive.infolist()
+        missing = archive.read(last).decode()
+        contents = {info.filename: archive.read(info) for info in found}
+    one = place("one")
+    same(contents, {
+        **{f"{one}/{name}": name.encode() for name in plain}, f"{one} (2)/one.html": b"profile",
+        f"{one}/one_files/far": b"two.html", f"{one}/one_files/near": picture,
+        f"{one}/one_files/chart.PNG": picture, f"{one}/one_files/empty/": b""})
+    for info in found[:1] + found[-1:]:  # the time is that of the tree's files, in its zone
+        same((info.date_time, oct(info.external_attr >> 16)), ((2001, 9, 9, 3, 46, 40), "0o100644"))
+    same([info.filename for info in found if info.compress_type == zipfile.ZIP_STORED and not info.is_dir()],
+         [f"{one}/one_files/chart.PNG"])
+    wanted = {"one.fifo": NO_FILE, "one_files/dangling": "it is no longer stored", "one_files/loop": NO_FILE,
+              "one_files/outside": "it lies outside the storage"}
+    wanted = {f"/home/{BERT}/{name}": why for name, why in wanted.items()}
+    same(last.filename, "MISSING.txt")
+    same(missing.splitlines()[2:], [f"{path}: {wanted[path]}" for path in wanted])
+    same(messages, [f"fileman: download {path}: left out, {wanted[path]}" for path in wanted])
+    is_read_by_unzip(instrument, body)
 
 
-def finish(process):
-    """Header, body and own lines on standard error of a request that has to end well."""
-    out, messages = process.communicate(timeout=120)
-    assert process.returncode == 0, (process.returncode, messages)
-    head, _, body = out.partition(b"\r\n\r\n")
-    return head.decode(), body, own_lines(messages)
+def names_that_no_command_could_carry(instrument):
+    names = {b"-rf": "-rf", b"it's \"$(x)`;|*?": "it's \"$(x)`;|*?", b"\xc3\xa4": "\u00e4",
+             b"C:,&=": "C%3A,&=", b"new\nline": "new%0Aline", b"latin\xe4": "latin%E4", b"n" * 240: "n" * 240}
+    for name in names:
+        instrument.store(name + b".html", name)
+        instrument.store(name + b"_files/\xff", name)
+    _, _, body, messages = instrument.strict("download", *names)
+    same(messages, [])
+    found = entries(body)
+    for name, plain in names.items():
+        top, = [entry for entry in found if entry.endswith(f"/{plain}.html")]
+        same((found[top], found[top[:-5] + "_files/%FF"]), (name, name))
+    is_read_by_unzip(instrument, body)
+    for name in (".a.html", ".b.html", ".c"):  # records without a name
+        instrument.store(name)
+    found = entries(instrument.strict("download", "")[2])
+    same({entry.rpartition("/")[2] for entry in found}, {".a.html", ".b.html"})
 
 
-def download(*names, **how):
-    return finish(start(names, **how))
+def what_cannot_be_opened_is_named(instrument):
+    for name in ("closed.html", "closed.xml", "locked.html"):
+        instrument.store(name)
+    os.chmod(instrument.stored("closed.html"), 0)
+    os.chmod(instrument.stored("locked.html"), 0)
+    _, _, body, _ = instrument.strict("download", "closed", "gone", before=NO_ROOT_RIGHTS)
+    found = entries(body)
+    same(found.pop("MISSING.txt").decode().splitlines()[2:],
+         [f"/home/{BERT}/closed.html: Permission denied", "Ethernet_SFP_BERT_Result_gone: no such result"])
+    same(list(found), [place("closed") + "/closed.xml"])
+    same(instrument.strict("download", "locked", before=NO_ROOT_RIGHTS)[0], 500)
 
 
-def opened(body):
-    return zipfile.ZipFile(io.BytesIO(body))
+def a_file_that_changes_is_cut_or_breaks_the_answer_off(instrument):
+    """The pipe is full while the file changes. What is missing is not made up."""
+    size = 1 << 20
+    for operation, name, change, said in (("download", "grows", 2 * size, ""),
+                                          ("download", "shrinks", size // 2, "the archive breaks off"),
+                                          ("view", "viewed", size // 2, "it became shorter")):
+        content = random.randbytes(size)
+        instrument.store(f"{name}.png", content)
+        with instrument.start_strict(operation, name) as process:
+            first = process.stdout.read(1000)
+            os.truncate(instrument.stored(f"{name}.png"), change)
+            rest, messages = process.communicate()
+        body = (first + rest).partition(b"\r\n\r\n")[2]
+        if said:
+            same((said in messages.decode(), len(body) < size, b"PK\5\6" in body), (True, True, False))
+        else:
+            same(list(entries(body).values()), [content])
 
 
-def entries(body):
-    with opened(body) as archive:
-        return {info.filename: archive.read(info) for info in archive.infolist()}
+def large_files_and_many(instrument):
+    size, count = (4 << 30) + 5, 66000
+    for name in ("large.html", "large_files/a.png", *(f"large_files/{number}" for number in range(count))):
+        instrument.store(name, b"")
+    os.truncate(instrument.stored("large_files/a.png"), size)
+    archive = instrument.path("archive.zip")
+    with instrument.start_strict("download", "large") as process:
+        while process.stdout.readline() not in (b"\r\n", b""):
+            pass
+        subprocess.run(["dd", "conv=sparse", "bs=64k", "iflag=fullblock", f"of={archive}", "status=none"],
+                       stdin=process.stdout, check=True)
+    with zipfile.ZipFile(archive) as opened:
+        sizes = [info.file_size for info in opened.infolist()]
+        same((len(sizes), max(sizes), opened.testzip()), (count + 2, size, None))
+    subprocess.run(["unzip", "-Zt", archive], stdout=subprocess.DEVNULL, check=True)
 
 
-def readers(path, commands=("unzip -tqq", "7zz t -bso0")):
-    """Other readers find no fault."""
-    for command in commands:
-        if shutil.which(command.split()[0]):
-            done = subprocess.run([*command.split(), path], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False)
-            assert (done.returncode, done.stderr) == (0, b""), done
-
-
-class Streaming(unittest.TestCase):
-    maxDiff = None
-
-    def setUp(self):
-        self.tree = storage.Tree()
-        self.tree.make("basic")
-
-    def write(self, name, data=b"data"):
-        self.tree.write(os.fsencode(BERT) + b"/" + os.fsencode(name), data)
-
-    def link(self, target, name):
-        os.symlink(target, self.tree.place(f"{BERT}/{name}"))
-
-    def readers_agree(self, body):
-        with open("/tmp/archive.zip", "wb") as file:
-            file.write(body)
-        readers(file.name)
-
-    def test_a_record_brings_its_companions(self):
-        picture = b"\x89PNG" + bytes(5000)
-        for name in ("one.html", "one.xml", "one", "one_more.html", "two.html", "one_files/deep/er.txt"):
-            self.write(name, name.encode())
-        self.write("one_files/chart.PNG", picture)
-        os.mkdir(self.tree.place(BERT + "/one_files/empty"))
-        os.mkfifo(self.tree.place(BERT + "/one.fifo"))
-        for name, target in (("loop", "."), ("outside", "/etc/passwd"), ("dangling", "nothing"), ("near", "chart.PNG"),
-                             ("far", f"/home/{BERT}/two.html")):
-            self.link(target, "one_files/" + name)
-        self.tree.write("1ge/kte-prof/sfpport/bert-setup/one.html", b"profile")
-        _, body, messages = download("one", "Ethernet_SFP_BERT_Profile_one")
-        missing = entries(body).pop("MISSING.txt").decode()
-        with opened(body) as archive:
-            found = {info.filename: (archive.read(info), info.compress_type, info.date_time, info.flag_bits,
-                                     oct(info.external_attr >> 16)) for info in archive.infolist()[:-1]}
-            self.assertEqual(archive.infolist()[-1].filename, "MISSING.txt")
-        plain = {"one": b"one", "one.html": b"one.html", "one.xml": b"one.xml", "one_files/far": b"two.html",
-                 "one_files/deep/er.txt": b"one_files/deep/er.txt", "one_files/near": picture}
-        wanted = {f"{place('one')}/{name}": (data, DEFLATED, DATE, 8, "0o100644") for name, data in plain.items()}
-        wanted[place("one") + "/one_files/chart.PNG"] = (picture, STORED, DATE, 8, "0o100644")
-        wanted[place("one") + " (2)/one.html"] = (b"profile", DEFLATED, DATE, 8, "0o100644")
-        empty = found.pop(place("one") + "/one_files/empty/")
-        self.assertEqual((empty[0], empty[4]), (b"", "0o40755"))
-        self.assertEqual(found, wanted)
-        for name, why in (("one.fifo", "neither a file nor a link to one"), ("one_files/dangling", "it is no longer stored"),
-                          ("one_files/loop", "neither a file nor a link to one"),
-                          ("one_files/outside", "it lies outside the storage")):
-            self.assertIn(f"\n/home/{BERT}/{name}: {why}\n", missing)
-            self.assertIn(f"fileman: download /home/{BERT}/{name}: left out, {why}", messages)
-        self.assertEqual(len(messages), 4)
-        self.readers_agree(body)
-
-    def test_names_that_no_command_could_carry(self):
-        names = {b"-rf": "-rf", b"it's \"$(x)`;|*?": "it's \"$(x)`;|*?", b"\xc3\xa4": "\u00e4", b"back\\slash": "back%5Cslash",
-                 b"C:evil,&=": "C%3Aevil,&=", b"new\nline": "new%0Aline", b"latin\xe4": "latin%E4", b"50%41": "50%2541",
-                 b"n" * 240: "n" * 240}
-        for name in names:
-            self.write(os.fsdecode(name + b".html"), name)
-            self.write(os.fsdecode(name + b"_files/\xff"), name)
-        _, body, messages = download(*map(os.fsdecode, names))
-        self.assertEqual(messages, [])
-        found = entries(body)
-        for name, plain in names.items():
-            top = [entry for entry in found if entry.endswith(f"/{plain}.html")]
-            self.assertEqual([(found[entry], found[entry[:-5] + "_files/%FF"]) for entry in top], [(name, name)])
-            self.assertLessEqual(len(top[0].split("/")[0].encode()), 255)
-        for name in (".a.html", ".b.html", ".c"):
-            self.write(name)
-        hidden = [entry.removeprefix(place("")) for entry in entries(download("Ethernet_SFP_BERT_Result_")[1])]
-        self.assertIn(hidden, (["/.a.html", " (2)/.b.html"], ["/.b.html", " (2)/.a.html"]))
-        with opened(body) as archive:
-            for info in archive.infolist():
-                self.assertEqual(bool(info.flag_bits & 0x800), not info.filename.isascii())
-        self.readers_agree(body)
-
-    def test_what_cannot_be_opened_is_named(self):
-        for name in ("closed.html", "closed.xml", "locked.html"):
-            self.write(name)
-        os.chmod(self.tree.place(BERT + "/closed.html"), 0)
-        os.chmod(self.tree.place(BERT + "/locked.html"), 0)
-        _, body, _ = download("closed", before=storage.NO_ROOT_RIGHTS)
-        self.assertEqual(sorted(entries(body)), ["MISSING.txt", place("closed") + "/closed.xml"])
-        self.assertIn(f"/home/{BERT}/closed.html: Permission denied\n".encode(), entries(body)["MISSING.txt"])
-        _, body, messages = download("closed", "gone")
-        self.assertIn(b"\nEthernet_SFP_BERT_Result_gone: no such result\n", entries(body)["MISSING.txt"])
-        self.assertEqual(messages, ["fileman: download Ethernet_SFP_BERT_Result_gone: left out, no such result"])
-        for names, how, status in ((["gone"], (), 404), (["locked"], storage.NO_ROOT_RIGHTS, 500)):
-            for method in ("GET", "HEAD"):
-                head, body, _ = download(*names, before=how, method=method)
-                self.assertIn(f"Status: {status} ", head)
-                self.assertNotIn(b"PK", body)
-
-    def test_the_header_tells_what_comes(self):
-        self.write("one.html")
-        head, body, _ = download("one")
-        for line in ("Content-Type: application/zip", 'Content-Disposition: attachment; filename="fileman_download.zip"'):
-            self.assertIn(line, head.split("\r\n"))
-        self.assertNotIn("Content-Length", head)
-        self.assertEqual(download("one", method="HEAD"), (head, b"", []))
-        self.assertEqual(list(entries(body).values()), [b"data"])
-
-    def test_a_file_that_changes_is_cut_or_breaks_the_archive_off(self):
-        """The pipe is full while the file changes."""
-        size = 1 << 20
-        for name, change, is_whole in (("grows", 2 * size, True), ("shrinks", size // 2, False)):
-            content = random.randbytes(size)
-            self.write(name + ".png", content)
-            with start([name]) as process:
-                first = process.stdout.read(1000)
-                os.truncate(self.tree.place(f"{BERT}/{name}.png"), change)
-                rest, messages = process.communicate()
-            body = (first + rest).partition(b"\r\n\r\n")[2]
-            self.assertEqual((process.returncode, b"PK\5\6" in body), (0, is_whole))
-            if is_whole:
-                self.assertEqual(list(entries(body).values()), [content])
-            else:
-                self.assertRegex("\n".join(own_lines(messages)), "^fileman: pack .*/shrinks.png: the archive breaks off, .*$")
-
-    def test_large_files_and_many(self):
-        self.write("large.html", b"")
-        for name in ("a.png", "b.txt"):
-            self.write(f"large_files/{name}", b"")
-        os.truncate(self.tree.place(BERT + "/large_files/a.png"), (4 << 30) + 5)
-        for number in range(66000):
-            with open(f"/home/{BERT}/large_files/{number}", "wb"):
-                pass
-        with open("/tmp/archive.zip", "wb") as file, start(["large"]) as process:
-            while process.stdout.readline() not in (b"\r\n", b""):
-                pass
-            subprocess.run(["dd", "conv=sparse", "bs=64k", "iflag=fullblock", "of=" + file.name, "status=none"],
-                           stdin=process.stdout, check=True)
-        with zipfile.ZipFile("/tmp/archive.zip") as archive:
-            self.assertEqual((len(archive.infolist()), max(info.file_size for info in archive.infolist())),
-                             (66003, (4 << 30) + 5))
-            self.assertIsNone(archive.testzip())
-        readers("/tmp/archive.zip", ("unzip -Zt", "7zz l -bso0"))
-
-    def test_a_reader_that_leaves_ends_it(self):
-        self.write("one.png", random.randbytes(1 << 20))
-        with start(["one"]) as process:
-            process.stdout.read(1)
-            process.stdout.close()
-            self.assertEqual(own_lines(process.stderr.read()), ["fileman: write the response: Broken pipe"])
-        self.assertEqual(process.returncode, 0)
-
-    def test_twenty_at_once_wait_for_nobody_and_leave_nothing(self):
-        """Each has begun while nineteen others hold what they have begun, too."""
-        for number in range(20):
-            self.write(f"report{number}.png", random.randbytes(1 << 20))
-        before = sorted(os.listdir("/tmp"))
-        running = [start([f"report{number}"]) for number in range(20)]
-        begun = [process.stdout.read(1) for process in running]
-        self.assertEqual(sorted(os.listdir("/tmp")), before)
-        with concurrent.futures.ThreadPoolExecutor(len(running)) as pool:
-            answers = list(pool.map(finish, reversed(running)))
-        self.assertEqual((len(answers), b"".join(begun)), (20, begun[0] * 20))
-        for number, (_, body, _) in zip(reversed(range(20)), answers):
-            name = f"report{number}"
-            with open(self.tree.place(f"{BERT}/{name}.png"), "rb") as file:
-                self.assertEqual(entries(body), {f"{place(name)}/{name}.png": file.read()})
-        self.assertEqual(sorted(os.listdir("/tmp")), before)
+def twenty_at_once_wait_for_nobody_and_leave_nothing(instrument):
+    """Each has begun while nineteen others hold what they have begun, too."""
+    contents = [random.randbytes(1 << 20) for _ in range(20)]
+    for number, content in enumerate(contents):
+        instrument.store(f"report{number}.png", content)
+    running = [instrument.start_strict("download", f"report{number}") for number in range(20)]
+    begun = [process.stdout.read(1) for process in running]
+    same(os.listdir(instrument.path("tmp")), [".private-storage"])
+    for process, first, content in reversed([*zip(running, begun, contents)]):
+        body = (first + process.communicate(timeout=120)[0]).partition(b"\r\n\r\n")[2]
+        same(list(entries(body).values()), [content])
+    same(os.listdir(instrument.path("tmp")), [".private-storage"])
 
 
 if __name__ == "__main__":
-    if os.environ.get("FILEMAN_PRIVATE_STORAGE") != "1" or not os.path.exists("/tmp/.private-storage"):
-        sys.exit("streaming: to be run inside scripts/with-storage")
-    PROGRAM = os.path.abspath(sys.argv.pop(1))
-    unittest.main()
+    main(Instrument, *sys.argv[1:])

@@ -1,4 +1,4 @@
-"""serve.py PROGRAM: starts every server with strict answers, prints "NAME<tab>PORT" for each, and ends with its input."""
+"""serve.py PROGRAM: runs every server until its input ends; prints "NAME<tab>PORT" for each."""
 
 import os
 import signal
