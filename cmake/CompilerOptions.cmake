@@ -6,7 +6,7 @@ add_compile_options(
   $<$<BOOL:${FILEMAN_WERROR}>:-Werror>
   -fstack-protector-strong -ffunction-sections -fdata-sections
   $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>
-  # The same bytes from every folder.
+  # The same sources give the same bytes in every directory.
   $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.> $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
 add_link_options(-Wl,--gc-sections -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 

@@ -1,5 +1,5 @@
-# The list of what fileman.cgi and its browser side are made of, in the form of CycloneDX 1.5. Who links or ships a part
-# names it here, once, where it is found; the last line of the root's CMakeLists.txt writes the list.
+# The list of the components of fileman.cgi and its browser side, in the format CycloneDX 1.5. Code that finds a
+# component adds it to the list; the last line of the CMakeLists.txt in the root writes the list.
 
 # Adds the part NAME with its licence (an expression of SPDX) and its version; an empty version is left out.
 function(fileman_component name version licence)
@@ -12,7 +12,7 @@ function(fileman_component name version licence)
   set_property(GLOBAL APPEND PROPERTY FILEMAN_COMPONENTS "${part}")
 endfunction()
 
-# Sets OUT to the version that pkg-config knows; empty where there is no such file, as for some boards.
+# Sets OUT to the version that pkg-config knows. It is empty if there is no such file, as for some boards.
 function(fileman_pkg_version out package)
   find_package(PkgConfig QUIET)
   if(PKG_CONFIG_FOUND)
@@ -21,7 +21,7 @@ function(fileman_pkg_version out package)
   set(${out} "${FILEMAN_PKG_${package}_VERSION}" PARENT_SCOPE)
 endfunction()
 
-# Names the compiler's and the system's libraries, by what the compiler itself says.
+# Adds the libraries of the compiler and the system, with the versions that the compiler reports.
 function(fileman_toolchain_components)
   file(WRITE ${PROJECT_BINARY_DIR}/LibraryVersions.cpp "#include <features.h>\nVersion __GLIBC__ __GLIBC_MINOR__\n")
   execute_process(COMMAND ${CMAKE_CXX_COMPILER} -E -P ${PROJECT_BINARY_DIR}/LibraryVersions.cpp
@@ -34,15 +34,15 @@ function(fileman_toolchain_components)
   endif()
 endfunction()
 
-# The grid of the browser side, as web/package-lock.json fixes it.
+# Adds the grid of the browser side, with the version in web/package-lock.json.
 function(fileman_grid_component)
   file(READ ${PROJECT_SOURCE_DIR}/web/package-lock.json lock)
   string(JSON version GET "${lock}" packages node_modules/slickgrid version)
   fileman_component(slickgrid ${version} MIT)
 endfunction()
 
-# Writes fileman.cdx.json at the top of the build tree. It holds no date and no random number, so that the same sources
-# give the same bytes.
+# Writes fileman.cdx.json into the build directory. It has no date and no random number, so that the same sources give
+# the same bytes.
 function(fileman_write_components)
   fileman_toolchain_components()
   fileman_grid_component()

@@ -1,5 +1,5 @@
-# What "cmake --install" lays out below the prefix. Components: fileman (the program, its browser side and its papers),
-# fileman_conf and trcfg_utils (the libraries, beside their sources).
+# What "cmake --install" installs. Components: fileman (the program, its browser side and its documents), fileman_conf
+# and trcfg_utils (the libraries; their own directories install them).
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME fileman)
 set(fileman_data ${CMAKE_INSTALL_DATADIR}/fileman)
@@ -9,15 +9,15 @@ install(TARGETS fileman.cgi RUNTIME DESTINATION ${fileman_programs}/cgi-bin)
 install(TARGETS fileman-check RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(PROGRAMS tools/htm2pdf DESTINATION ${fileman_programs})
 
-# The browser side, and beside it the program for servers that look for programs below their document root.
+# The browser side, with the program in it for servers that need programs below their document root.
 set(fileman_www ${PROJECT_SOURCE_DIR}/build/www)
 install(CODE "if(NOT IS_DIRECTORY \"${fileman_www}\")
   message(FATAL_ERROR \"The browser side is missing: run scripts/build-web first\")
 endif()")
 install(DIRECTORY ${fileman_www}/ DESTINATION ${fileman_data}/www)
 
-# fileman_settings(FILE DESTINATION NAME [PROGRAMS]): installs settings with the paths of this installation in the place of
-# the instrument's own.
+# fileman_settings(FILE DESTINATION NAME [PROGRAMS]): installs settings, with the paths of this installation instead of
+# those of the instrument.
 function(fileman_settings file destination name)
   file(READ packaging/${file} text)
   string(REPLACE /usr/local/ktb/www ${CMAKE_INSTALL_FULL_DATADIR}/fileman/www text "${text}")
@@ -46,7 +46,7 @@ fileman_settings(busybox/httpd.conf ${servers}/busybox httpd.conf)
 fileman_settings(mini-httpd/mini-httpd.conf ${servers}/mini-httpd mini-httpd.conf)
 fileman_settings(mini-httpd/strict-answers ${servers}/mini-httpd strict-answers PROGRAMS)
 fileman_settings(uhttpd/uhttpd ${servers}/uhttpd uhttpd)
-# A distribution keeps the settings that its own commands switch on where these look for them.
+# A distribution keeps settings where its own commands find them and switch them on.
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   fileman_settings(lighttpd/site.conf /etc/lighttpd/conf-available 50-fileman.conf)
   fileman_settings(apache/fileman.conf /etc/apache2/conf-available fileman.conf)

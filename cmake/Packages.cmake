@@ -23,7 +23,7 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION web)
-# Debian's word for the board; for this machine cpack asks dpkg.
+# The name of the board's architecture in Debian; for this machine cpack asks dpkg.
 if(FILEMAN_BOARD STREQUAL "i686")
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
 elseif(FILEMAN_BOARD)
@@ -47,7 +47,7 @@ set(CPACK_COMPONENT_DEV_DESCRIPTION
   "Headers, archives, pkg-config files and CMake files of the configuration store
 and of the support library, for other programs of the instrument.")
 
-# What Debian's policy asks of every package: the licence, and the changes, packed without a date.
+# The Debian policy demands the licence and the list of changes in every package. The list is packed without a date.
 foreach(package fileman fileman-dev)
   set(component fileman)
   if(package STREQUAL "fileman-dev")

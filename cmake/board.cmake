@@ -23,5 +23,5 @@ set(CMAKE_LIBRARY_ARCHITECTURE ${board_triplet})
 set(CMAKE_FIND_ROOT_PATH ${board_root} /usr/${board_triplet})
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-# Versions, too, are those of the board's libraries.
+# The versions are also those of the board's libraries.
 set(ENV{PKG_CONFIG_LIBDIR} ${board_root}/usr/lib/${board_triplet}/pkgconfig:${board_root}/usr/share/pkgconfig)

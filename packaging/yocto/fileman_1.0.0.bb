@@ -1,4 +1,4 @@
-# A recipe to start from: nobody has built an image with it yet. Set SRC_URI to where the sources are kept.
+# A first version of a recipe: nobody has built an image with it yet. Set SRC_URI to where the sources are kept.
 # The browser side needs npm once: run scripts/build-web in the sources before they are packed.
 SUMMARY = "Web page of the stored results of a test instrument"
 LICENSE = "MIT"

@@ -1,4 +1,4 @@
-"""limits_test.py BUILT PROGRAM: what a board's program must not lack: room to spare, and numbers beyond 32 bits."""
+"""limits_test.py BUILT PROGRAM: the program of a board is small, and handles numbers beyond 32 bits."""
 
 import os
 import shutil
@@ -20,7 +20,7 @@ DOCUMENT = """<config><filter>
 
 
 def answer(query, largest=1 << 20):
-    """The start of an answer; the program is not waited for."""
+    """Returns the start of an answer, and does not wait for the end of the program."""
     with subprocess.Popen([PROGRAM], env={"PATH": "/usr/bin:/bin", "TZ": "UTC", "QUERY_STRING": query},
                           stdin=subprocess.DEVNULL, stdout=subprocess.PIPE) as program:
         start = program.stdout.read(largest)
@@ -49,7 +49,7 @@ class Limits(unittest.TestCase):
         self.assertTrue(answer("opertype=view&rsltid=OSA__osa_Result_large", 400).startswith(f"Content-Length:{LARGE}\r\n"))
 
     def test_a_change_after_2038_has_its_date(self):
-        # Nobody can set a file's change time but a file system's debugger.
+        # Only the debugger of a file system can set the change time of a file.
         if not all(shutil.which(tool, path="/usr/sbin:/sbin:/usr/bin:/bin") for tool in ("mke2fs", "debugfs")):
             self.skipTest("mke2fs and debugfs are missing")
         image = "/tmp/image"

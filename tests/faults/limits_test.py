@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""limits_test.py BUILD: too little memory, closed descriptors, readers that are slow or gone, and very much of everything."""
+"""limits_test.py BUILD: too little memory, closed descriptors, slow or missing readers, and very large documents."""
 
 import fcntl
 import os

@@ -25,7 +25,7 @@ DOCUMENT = """<config><filter>
 <category><o name="osa" key="osa" checked="true"/><o name="screen" key="screen" checked="true"/></category>
 </filter></config>
 """
-# The packages of a server, what its administrator has done before, the documented commands, and how it starts here.
+# The packages of a server, the commands before the installation, the documented commands, and the start of the server.
 BUSYBOX = "busybox httpd {} -p 80 -h /usr/share/fileman/www -c /usr/share/fileman/servers/busybox/httpd.conf"
 SERVERS = {
     "lighttpd": ("lighttpd lighttpd-mod-deflate", "", "lighttpd-enable-mod fileman",
@@ -107,7 +107,7 @@ def store():
             file.write("<html>a stored report</html>")
 
 
-# Starts a server on a network of its own and asks it for each address; "URL STATUS BYTES" and the body of the list.
+# Starts a server in its own network and requests each address. Prints the address, the status and the body.
 ASK = r"""
 import subprocess, sys, time, urllib.request, fcntl, socket, struct, os, signal
 with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as lo:

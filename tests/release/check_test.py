@@ -33,8 +33,8 @@ FAULTY = """<config>
 # A line of the document, and a part of the finding; "storage" where the finding needs a look at the directories.
 FINDINGS = """
 5: the section mode has no entry with name="Nowhere": its files are missing in
-5: "x" is no name of a port directory
-5: no port entry stands for the directory "zport"
+5: "x" is not the name of a port directory
+5: no port entry has the directory "zport"
 5: storage: "/home/a/x-rslt" does not exist
 6: under_port_dir="True" counts as "false"
 6: have no type in this mode, so nothing is listed
@@ -42,7 +42,7 @@ FINDINGS = """
 6: storage: "/home/a/flat" does not exist
 7: ignored: line 6 has mode_name="M" already
 10: only the entries Result and Profile may have port directories
-10: has a slash too many
+10: has one slash too many
 10: storage: "/home/root/odd/" does not exist
 11: no category has the key "screen"
 11: storage: "/home/ktb/screen" does not exist
@@ -153,11 +153,11 @@ class Explanations(unittest.TestCase):
     def test_each_reason_has_its_words(self):
         lay_out_sample()
         os.mkfifo("/home/1ge/kte-rslt/sfpport/fifo.html")
-        for path, says in (("/home/1ge/kte-rslt/nowhere/bert-result/a.html", '"nowhere" is no name of a port directory'),
-                           ("/home/1ge/kte-rslt/sfpport/odd/a.html", '"odd" is no name of a type directory'),
+        for path, says in (("/home/1ge/kte-rslt/nowhere/bert-result/a.html", '"nowhere" is not the name of a port directory'),
+                           ("/home/1ge/kte-rslt/sfpport/odd/a.html", '"odd" is not the name of a type directory'),
                            ("/home/1ge/kte-rslt/sfpport/bert-result/a.txt", "extension"),
                            ("/home/1ge/kte-rslt/sfpport/fifo.html", "a FIFO"),
-                           ("/home/else/a.html", "no directory that"), ("/etc/passwd", "does not lie below /home")):
+                           ("/home/else/a.html", "no directory that"), ("/etc/passwd", "is not below /home")):
             if path.startswith("/home") and not os.path.exists(path):
                 write(path)
             self.assertIn(says, "\n".join(check("--explain", path)[1][6:]))

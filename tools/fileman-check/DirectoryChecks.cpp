@@ -35,7 +35,7 @@ void checkModeIsFound(const Source& source, StorageTree& tree, Findings& finding
                      "not offer it, and lists without a choice of modes leave it out");
 }
 
-// The line of the innermost source whose directory holds the path; 0 when there is none.
+// Returns the line of the innermost source whose directory contains the path, or 0.
 int lineOf(const std::string& path, const std::vector<Source>& sources) {
     const Source* innermost = nullptr;
     for (const Source& source : sources) {
@@ -46,8 +46,8 @@ int lineOf(const std::string& path, const std::vector<Source>& sources) {
     return innermost == nullptr ? 0 : innermost->line;
 }
 
-// The rows of lists that deliveries do not know, one finding for each directory, where no other finding tells
-// why.
+// Adds a finding for each directory with rows that deliveries do not know, unless another finding has the
+// reason.
 void checkDeliveries(const std::vector<Source>& sources, const Requests& requests, Findings& findings) {
     std::set<std::string> delivered;
     for (const auto& [path, row] : requests.rows(Requests::Deliveries))
@@ -62,7 +62,7 @@ void checkDeliveries(const std::vector<Source>& sources, const Requests& request
             if (line == 0 || !findings.hasLine(line))
                 findings.add(line, std::string(Requests::title(kind)) + " lists the files in " + quoted(dir) +
                                        ", but they cannot be viewed, downloaded or printed: --explain " +
-                                       path + " tells why");
+                                       path + " gives the reason");
         }
     }
 }

@@ -7,5 +7,5 @@
 
 class Findings;
 
-// Finds directories that the document declares but the disk lacks, and the opposite.
+// Finds declared directories that do not exist, and listed files that no declared directory explains.
 void checkDirectories(const std::vector<Source>& sources, const Requests& requests, Findings& findings);

@@ -20,12 +20,12 @@ using xml::attribute;
 constexpr char kOnlySomeLists[] =
     "its files are missing in the list of all results and cannot be viewed, downloaded or printed";
 
-// Tells of entries whose key stands in the section already.
+// Reports entries whose key is already in the section.
 class Duplicates {
 public:
     Duplicates(Findings& findings, const char* keyName) : m_findings(findings), m_keyName(keyName) {}
 
-    // Whether the entry is the first with this key, the one that the program keeps.
+    // Returns true for the first entry with this key, which the program keeps.
     bool isFirst(const TiXmlElement& entry) {
         const std::string key = attribute(entry, m_keyName);
         const auto [place, isNew] = m_lines.try_emplace(key, entry.Row());
@@ -64,7 +64,7 @@ private:
 
     Findings& m_findings;
     Duplicates m_common{m_findings, "test_name"};
-    // An entry of a later section of the same name meets those of the earlier one.
+    // Sections of the same name share their keys.
     Section m_sections[5] = {
         {"class", &VocabularyCheck::checkNothing, {m_findings, "name"}},
         {"module", &VocabularyCheck::checkModule, {m_findings, "name"}},
@@ -118,8 +118,8 @@ void VocabularyCheck::checkCategory(const TiXmlElement& category) {
     if (CFileManConf::getTypesInfo().count(name) == 0)
         m_findings.add(category.Row(), "the filter page offers the name " + quoted(name) +
                                            ", but lists compare the key " + quoted(key) +
-                                           ": whoever chooses it there finds nothing; make name and key "
-                                           "the same, and put the text for people into label");
+                                           ": a choice of it there finds nothing; give name and key the "
+                                           "same text, and put the text for users into label");
     if (CFileManConf::getTypeName(key) != name)
         m_findings.add(category.Row(), "the key " + quoted(key) + " leads to the category " +
                                            quoted(CFileManConf::getTypeName(key)) + ", not to this one");
@@ -153,8 +153,8 @@ void VocabularyCheck::checkSection(const TiXmlElement& section) {
         return;
     }
     if (section.ValueStr() != "extraDir" && !xml::isNamed(section, "advinfo"))
-        m_findings.add(section.Row(),
-                       "the section " + quoted(section.ValueStr()) + " is ignored: no such section is known");
+        m_findings.add(section.Row(), "the section " + quoted(section.ValueStr()) +
+                                          " is ignored: the program knows no such section");
 }
 
 void checkPortNames(const Source& source, const ActiveFilter& all, Findings& findings) {
@@ -164,13 +164,13 @@ void checkPortNames(const Source& source, const ActiveFilter& all, Findings& fin
         if (!ports::isPortDir(name)) {
             findings.add(source.line,
                          source.title + ": " + quoted(name) +
-                             " is no name of a port directory: it ends neither in port nor in port2");
+                             " is not the name of a port directory: the name must end in port or port2");
             continue;
         }
         const std::string port = ports::fromDirName(name);
         if (port.empty())
-            findings.add(source.line, source.title + ": no port entry stands for the directory " +
-                                          quoted(name) + ": " + kOnlySomeLists);
+            findings.add(source.line, source.title + ": no port entry has the directory " + quoted(name) +
+                                          ": " + kOnlySomeLists);
         else if (!all.passesPort(port))
             findings.add(source.line, source.title + ": the directory " + quoted(name) +
                                           " stands for the port " + quoted(port) +
@@ -187,7 +187,7 @@ void checkType(const Source& source, const std::string& type, const ActiveFilter
 void checkSlashes(const Source& source, Findings& findings) {
     if (CCommUtils::isContains(source.dir, "//") || CCommUtils::isEndsWith(source.dir, "/"))
         findings.add(source.line, source.title + ": the directory " + quoted(source.dir) +
-                                      " has a slash too many, and the paths of its files will have it, too");
+                                      " has one slash too many, and the paths of its files have it too");
 }
 
 void checkExtra(const Source& source, const ActiveFilter& all, Findings& findings) {
@@ -206,8 +206,8 @@ void checkVocabulary(const LinedDocument& document, Findings& findings) {
     const TiXmlElement& filter = *document.filter();
     if (document.firstChild() != &filter)
         findings.add(filter.Row(),
-                     "filter is not the first child of the root: check marks and the advanced filter are "
-                     "looked for in the first child, and not found");
+                     "filter is not the first child of the root: the program looks there for check marks and "
+                     "the advanced filter, and does not find them");
     VocabularyCheck check(findings);
     xml::forEachChild(filter, [&](const TiXmlElement& section) { check.checkSection(section); });
 }

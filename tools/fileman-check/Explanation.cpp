@@ -19,7 +19,7 @@ using Components = std::vector<std::string>;
 
 constexpr char kFits[] = "fits";
 
-// The directories between a source and the file; nothing when the file does not lie below the source.
+// Returns the directories between a source and the file, or nothing if the file is not below the source.
 std::optional<Components> componentsBelow(const std::string& dir, const std::string& sourceDir) {
     if (dir != sourceDir && !CCommUtils::isStartsWith(dir, sourceDir + "/"))
         return std::nullopt;
@@ -35,18 +35,18 @@ std::optional<EntryType> typeOf(const std::string& path) {
     return parent ? parent->find(path.substr(slash + 1)) : std::nullopt;
 }
 
-// What keeps the file itself from every list; empty when nothing does.
+// Returns what keeps the file out of every list, or an empty text.
 std::string obstacleOfFile(const std::string& path) {
     const std::optional<EntryType> type = typeOf(path);
     const std::string name = path.substr(path.rfind('/') + 1);
     if (!type)
-        return "there is no such file, or its directory is closed to this user";
+        return "there is no such file, or this user may not read its directory";
     if (*type == EntryType::Directory)
         return "it is a directory";
     if (*type != EntryType::RegularFile)
         return "it is a link, a FIFO, a socket or a device; only regular files are listed";
     if (!listed::hasExtension(name))
-        return "its extension is none of those that are listed (letter case counts)";
+        return "files with its extension are not listed (upper and lower case differ)";
     if (listed::isLastConfiguration(name))
         return "it is the instrument's own last configuration, which is not listed";
     return {};
@@ -66,12 +66,12 @@ std::string treeVerdict(const Source& source, const Components& below, const Act
                    ? "a directory of the fiber monitor: fmonitor-result and fmonitor-setup are listed"
                    : "no category has the key \"fmonitor\"";
     if (below.size() != 2)
-        return "files have to lie in a port directory and a type directory below it";
+        return "files must be in a port directory and a type directory below it";
     const std::string& portDir = below[0];
     if (!ports::isPortDir(portDir))
-        return quoted(portDir) + " is no name of a port directory";
+        return quoted(portDir) + " is not the name of a port directory";
     if (typeOf(entryPath(source.dir, portDir)) != EntryType::Directory)
-        return quoted(portDir) + " is no directory, but for example a link to one";
+        return quoted(portDir) + " is not a directory; a link to one does not count";
     const std::string port = ports::fromDirName(portDir);
     if (!UniqueNames(ports::fromDirNames(source.names)).contains(port))
         return "the list names no directory of the port " + quoted(port);
@@ -79,15 +79,15 @@ std::string treeVerdict(const Source& source, const Components& below, const Act
         return "no entry declares the port " + quoted(port) +
                ": only requests without a choice of ports list it";
     if (!types::isTypeDir(below[1]))
-        return quoted(below[1]) + " is no name of a type directory";
+        return quoted(below[1]) + " is not the name of a type directory";
     if (typeOf(entryPath(entryPath(source.dir, portDir), below[1])) != EntryType::Directory)
-        return quoted(below[1]) + " is no directory, but for example a link to one";
+        return quoted(below[1]) + " is not a directory; a link to one does not count";
     return typeVerdict(types::fromDirName(below[1]), all);
 }
 
 std::string fixedVerdict(const Source& source, const Components& below, const ActiveFilter& all) {
     if (below.size() != 1)
-        return "files have to lie in one of the directories that the list names";
+        return "files must be in one of the directories that the list names";
     if (!CCommUtils::isContains(source.names, below[0]))
         return "the list does not name " + quoted(below[0]);
     return typeVerdict(types::fromConfiguredDir(below[0]), all);
@@ -156,7 +156,7 @@ bool explain(std::FILE* out, const std::string& path, const std::vector<Source>&
              const Requests& requests) {
     std::fprintf(out, "%s\n", quoted(path).c_str());
     const bool isListed = writeListed(out, path, requests);
-    const std::string obstacle = isBelowHome(path) ? obstacleOfFile(path) : "it does not lie below /home";
+    const std::string obstacle = isBelowHome(path) ? obstacleOfFile(path) : "it is not below /home";
     if (!obstacle.empty() && isListed) {
         std::fprintf(
             out,
@@ -180,6 +180,6 @@ bool explain(std::FILE* out, const std::string& path, const std::vector<Source>&
                      verdict(source, *below, all).c_str());
     }
     if (!isCovered)
-        std::fprintf(out, "  the document: no directory that it declares holds the file\n");
+        std::fprintf(out, "  the document: it declares no directory that contains the file\n");
     return isListed;
 }

@@ -7,6 +7,6 @@
 #include "fileman-check/Requests.h"
 #include "fileman-check/Sources.h"
 
-// Tells which requests list the file at path, and why others do not. True when at least one list has it.
+// Writes which requests list the file at path, and why others do not. Returns true if a list has it.
 bool explain(std::FILE* out, const std::string& path, const std::vector<Source>& sources,
              const Requests& requests);

@@ -19,7 +19,7 @@ bool LinedDocument::read(const std::string& path, Findings& findings) {
     const std::optional<std::string> content = xml::readContent(path, xml::kLargestFile, failure);
     TiXmlDocument asRead;
     const bool isAccepted = content && xml::parse(asRead, *content, failure);
-    // What passes the limits, well-formed or not, may be parsed once more.
+    // A document within the limits may be parsed once more, even if it is not well-formed.
     if (content && (isAccepted || asRead.Error()))
         m_document.Parse(content->c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
     if (!isAccepted)

@@ -2,9 +2,9 @@
 //
 //   LinedDocument    the document with the lines of its elements
 //   Sources          the places from which the program lists files
-//   DocumentChecks   what the text alone tells
+//   DocumentChecks   faults in the text alone
 //   Requests         what each kind of request finds on the disk
-//   DirectoryChecks  what document and disk tell together
+//   DirectoryChecks  faults that only a look at the disk shows
 //   Explanation      one file
 //
 // The rules are the program's own: this tool asks the classes below conf/ and fileman/ and adds none.
@@ -44,7 +44,7 @@ struct Task {
     bool looksAtStorage = true;
 };
 
-// False for words that make no sense.
+// Returns false if the arguments are not valid.
 bool parseArguments(const std::vector<std::string_view>& words, Task& task) {
     bool hasDocument = false;
     for (auto word = words.begin(); word != words.end(); ++word) {
@@ -64,8 +64,8 @@ bool parseArguments(const std::vector<std::string_view>& words, Task& task) {
     return task.path.empty() || task.looksAtStorage;
 }
 
-// The store writes diagnostic lines to standard output, where a response would have them. They go nowhere
-// here; the result is what was standard output.
+// The store writes diagnostic lines to standard output, where a response would have them. Here they go
+// to /dev/null. Returns the former standard output.
 std::FILE* setStandardOutputAside() {
     const int kept = ::dup(STDOUT_FILENO);
     if (std::freopen("/dev/null", "w", stdout) == nullptr)

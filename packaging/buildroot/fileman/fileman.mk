@@ -4,7 +4,7 @@
 #
 ################################################################################
 
-# A recipe to start from: nobody has built an image with it yet. The browser
+# A first version of a recipe: nobody has built an image with it yet. The browser
 # side needs npm once: run scripts/build-web in the sources before.
 FILEMAN_VERSION = 1.0.0
 FILEMAN_SITE = $(FILEMAN_PKGDIR)/../../..
