@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tinyxml.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -33,7 +35,6 @@ private:
     std::string m_rest;
 };
 
-// Refuses to run outside private storage, where the fixed paths are private and in memory.
 inline void writeFuzzFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
 }
@@ -41,6 +42,12 @@ inline void writeFuzzFile(const std::string& path, const std::string& content) {
 inline std::string readFuzzFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline std::string printed(const TiXmlDocument& document) {
+    TiXmlPrinter printer;
+    document.Accept(&printer);
+    return printer.Str();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

@@ -9,10 +9,10 @@ namespace {
 
 void replay(const std::string& content) {
     constexpr std::size_t kMostBeginnings = 1000;
-    const std::size_t step = content.size() / kMostBeginnings + 1;
-    for (std::size_t size = 0; size < content.size(); size += step)
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(content.data()), size);
-    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(content.data()), content.size());
+    const auto* const data = reinterpret_cast<const std::uint8_t*>(content.data());
+    for (std::size_t size = 0; size < content.size(); size += content.size() / kMostBeginnings + 1)
+        LLVMFuzzerTestOneInput(data, size);
+    LLVMFuzzerTestOneInput(data, content.size());
 }
 
 } // namespace

@@ -1,9 +1,7 @@
 // Changes the value of one attribute and rewrites the file. Input: the attribute (a letter), the element (a
 // digit), the value up to the end of the line, then the document.
 
-#include <tinyxml.h>
-
-#include <memory>
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -29,27 +27,16 @@ void collect(TiXmlNode& node, std::vector<TiXmlElement*>& out) {
     });
 }
 
-std::string printed(const TiXmlDocument& document) {
-    TiXmlPrinter printer;
-    document.Accept(&printer);
-    return printer.Str();
-}
-
-TiXmlElement* elementAt(TiXmlDocument& document, std::size_t index) {
-    std::vector<TiXmlElement*> elements;
-    collect(document, elements);
-    return index < elements.size() ? elements[index] : nullptr;
-}
-
 // Returns the file after the change, or nullopt if there was nothing to change or the change was refused.
 std::optional<std::string> rewritten(const std::string& text, const Change& change) {
     writeFuzzFile(kPath, text);
     XmlEdit edit(kPath);
-    TiXmlDocument* const document = edit.document();
-    TiXmlElement* const element = document != nullptr ? elementAt(*document, change.element) : nullptr;
-    if (element == nullptr)
+    std::vector<TiXmlElement*> elements;
+    if (edit.document() != nullptr)
+        collect(*edit.document(), elements);
+    if (change.element >= elements.size())
         return std::nullopt;
-    element->SetAttribute(change.name, change.value);
+    elements[change.element]->SetAttribute(change.name, change.value);
     const bool isSaved = edit.save();
     const std::string now = readFuzzFile(kPath);
     if (!isSaved) {
@@ -57,20 +44,9 @@ std::optional<std::string> rewritten(const std::string& text, const Change& chan
         return std::nullopt;
     }
     const std::unique_ptr<TiXmlDocument> again = xml::load(kPath);
-    require(again != nullptr && printed(*again) == printed(*document),
+    require(again != nullptr && printed(*again) == printed(*edit.document()),
             "a change is read back as it was made");
     return now;
-}
-
-std::size_t commonStart(const std::string& a, const std::string& b) {
-    std::size_t count = 0;
-    while (count < a.size() && count < b.size() && a[count] == b[count])
-        ++count;
-    return count;
-}
-
-std::size_t commonEnd(const std::string& a, const std::string& b) {
-    return commonStart(std::string(a.rbegin(), a.rend()), std::string(b.rbegin(), b.rend()));
 }
 
 // Two changes of the same value show its place. The text before and after it must be the old one.
@@ -81,8 +57,9 @@ void checkSurroundings(const std::string& text, Change change) {
     const std::optional<std::string> two = rewritten(text, change);
     if (!one || !two || *one == text || *two == text)
         return;
-    std::string before = one->substr(0, commonStart(*one, *two));
-    std::string behind = one->substr(one->size() - commonEnd(*one, *two));
+    const auto front = std::mismatch(one->begin(), one->end(), two->begin(), two->end()).first;
+    const auto back = std::mismatch(one->rbegin(), one->rend(), two->rbegin(), two->rend()).first.base();
+    std::string before(one->begin(), front), behind(back, one->end());
     require(before + "1" + behind == *one && before + "22" + behind == *two, "only the value differs");
     const std::string added = " " + change.name + "=\"qvq";
     const bool isNew = before.size() >= added.size() && text.size() + added.size() + 2 == one->size() &&
