@@ -15,7 +15,6 @@ struct Row {
 // Bytes that are no UTF-8: a tail alone, a cut character, an overlong form, a surrogate, beyond U+10FFFF.
 TEST(Escape, JsonOfEveryKindOfByte) {
     constexpr Row kRows[] = {
-        {"plain name_1.html", "plain name_1.html"},
         {"a\"b\\c", R"(a\"b\\c)"},
         {"</script><!--&", R"(\u003c/script\u003e\u003c!--\u0026)"},
         {"\x01\t\n\r\x7F", R"(\u0001\u0009\u000a\u000d\u007f)"},
@@ -38,29 +37,15 @@ TEST(Escape, JsonOfEveryKindOfByte) {
     }
 }
 
-TEST(Escape, HtmlOfEveryKindOfByte) {
-    constexpr Row kRows[] = {
-        {"<b>&\"'", "&lt;b&gt;&amp;&quot;&#39;"},
-        {"a\tb\nc", "a\tb\nc"},
-        {"\x01\r\x7F\xC2\x85", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
-        {"\xC3\xA9\xFF\xE4\xB8", "\xC3\xA9\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
-    };
-    for (const Row& row : kRows)
-        EXPECT_EQ(row.escaped, escape::forHtml(row.stored));
-}
-
 TEST(Disposition, NamesThatAreNotPlainAscii) {
     constexpr Row kRows[] = {
-        {"lab 1.html", "filename=\"lab 1.html\""},
         {"a\"b.png", "filename=\"a_b.png\"; filename*=UTF-8''a%22b.png"},
         {"50%.png", "filename=\"50_.png\"; filename*=UTF-8''50%25.png"},
         {"\xC3\xA9.pdf", "filename=\"__.pdf\"; filename*=UTF-8''%C3%A9.pdf"},
         {"a\r\nb\xFF", "filename=\"a__b_\"; filename*=UTF-8''a__b%EF%BF%BD"},
     };
-    for (const Row& row : kRows) {
-        EXPECT_EQ("attachment; " + std::string(row.escaped), attachmentDisposition(row.stored));
+    for (const Row& row : kRows)
         EXPECT_EQ("inline; " + std::string(row.escaped), inlineDisposition(row.stored));
-    }
 }
 
 TEST(ContentType, ByTheLastEndingInAnyCase) {
@@ -69,7 +54,6 @@ TEST(ContentType, ByTheLastEndingInAnyCase) {
         {"x.tar.png", "image/png"},
         {"x.PCAPng", "application/vnd.tcpdump.pcap"},
         {"/home/a.png/x", "application/octet-stream"},
-        {"x.sor", "application/octet-stream"},
         {"x", "application/octet-stream"},
     };
     for (const Row& row : kRows)

@@ -92,9 +92,6 @@ TEST_F(Pipeline, RepeatsAreListedAgainUntilTheListIsCleared) {
     EXPECT_EQ(twicePerModule,
               rows(&CFileManager::loadResults, {{"10G", "10G"}, {}, {"fmonitor"}, {}, true, false, {}}));
     CFileManager store;
-    EXPECT_EQ(&store, g_FileMan);
-    CFileManager();
-    EXPECT_EQ(nullptr, g_FileMan) << "the last one has gone";
     Records loaded;
     store.loadScreenShots(loaded);
     store.loadScreenShots(loaded);
@@ -102,6 +99,9 @@ TEST_F(Pipeline, RepeatsAreListedAgainUntilTheListIsCleared) {
     store.clearLoaded();
     store.getLoadedResults(loaded);
     EXPECT_TRUE(loaded.empty());
+    EXPECT_EQ(&store, g_FileMan);
+    CFileManager();
+    EXPECT_EQ(nullptr, g_FileMan) << "the last one has gone";
 }
 
 TEST_F(Pipeline, ScreenShotsNeedTheirTypeOnDiskIfTheFilterNamesNone) {

@@ -25,10 +25,9 @@ TEST_F(FilesTest, PortsAndTypesOfDirectoryNames) {
 }
 
 TEST(DirNames, ValidPortsAndTypes) {
-    for (const char* const name : {"port", "xport", "10gport2", "port2"})
-        EXPECT_TRUE(Store::isValidPortDirName(name)) << name;
-    for (const char* const name : {"", "port3", "Port", "xport-result"})
-        EXPECT_FALSE(Store::isValidPortDirName(name)) << name;
+    for (const std::string name : {"port", "xport", "10gport2", "", "port3", "Port", "xport-result"})
+        EXPECT_EQ(name == "port" || name == "xport" || name == "10gport2", Store::isValidPortDirName(name))
+            << name;
     for (const char* const name : {"-result", "a-setup", "a-trace", "a-mpeg", "a-rslt", "a-prof", "a-rtd"})
         EXPECT_TRUE(Store::isValidTypeDirName(name)) << name;
     for (const char* const name : {"", "result", "a-Result", "a-result2"})

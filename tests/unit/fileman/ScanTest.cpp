@@ -29,59 +29,23 @@ protected:
     }
 };
 
-// The modes, types and ports; "-" means an empty list. An unknown name registers the empty name.
 TEST_F(VocabularyScan, DirectoriesRegisterModesTypesPorts) {
-    using Row = std::pair<const char*, const char*>;
-    const std::vector<Row> kSdhOnlyBelow10gOr2g5 = {
-        {"2g5/p2/bert", "SDH bert! P2"},     {"1ge/bert", "- - -"}, {"2g5/JIT", "SDH jit! -"},
-        {"2g5/ktp-sonet-ds3", "SDH ds3! -"}, {"ktp-ds1", "- - -"},  {"sdh10g-x", "SDH bert! -"}};
-    const std::vector<Row> kModes = {{"ktr", "A - -"},
-                                     {"cpri", "CPRI - -"},
-                                     {"p1/otux", "OTUX bert! P1"},
-                                     {"odu0p1-bert", "- bert! P1"},
-                                     {"odu0p2-bert", "- bert! P2"},
-                                     {"odu0-prof", "ODU0 - -"},
-                                     {"odu0", " - -"},
-                                     {"2g5-cpril1-rslt", "- cpril1! -"},
-                                     {"2g5-cpril2x-prof", "- cpril2! -"}};
-    const std::vector<Row> kTypes = {{"x-rslt/xmeter-result", "X xmeter! -"},
-                                     {"audio-trace", "- audio-trace! -"},
-                                     {"screen", "KTB screen! -"},
-                                     {"opm", "- opm! -"},
-                                     {"Screen", "- - -"}};
-    // They lose one letter, until another mode directory.
-    const std::vector<Row> kTypesBehindKts = {{"kts-a-rslt/xmeter-setup", "KTS meter! -"},
-                                              {"kts-a-rslt/xmeter-result", "KTS meter! -"},
-                                              {"kts-a-rslt/xvideo-mpeg", "KTS xvideo! -"},
-                                              {"kts-a-rslt/ktr/xmeter-result", "KTS,A xmeter! -"},
-                                              {"kts-a-rslt/ktp-2g5/xmeter-result", "KTS,SDH bert!,xmeter! -"},
-                                              {"kts-a-rslt/x-rslt/xmeter-result", "KTS,X xmeter! -"},
-                                              {"kts-a-rslt/-result", "KTS  -"}};
-    const std::vector<Row> kPorts = {{"10g-xport2", "- - 10G P2"}, {"geport2", "- - GE"}, {"zport", "- - "}};
-    const std::vector<Row> kNotEntered = {{"usbd/geport", "- - -"}, {"a_files/geport", "- - -"}};
-    for (const auto& rows : {kSdhOnlyBelow10gOr2g5, kModes, kTypes, kTypesBehindKts, kPorts, kNotEntered}) {
-        for (const auto& [path, expected] : rows) {
-            scan(path);
-            EXPECT_EQ(expected, joined(listFrom(Conf::getCurrentMode)) + " " +
-                                    joined(listFrom(Conf::getCurrentTypeNames)) + " " +
-                                    joined(listFrom(Conf::getCurrentPort)))
-                << path;
-        }
-    }
-}
-
-// A type also belongs to the mode of its directory, even if another mode was found in between.
-TEST_F(VocabularyScan, TypesBelongToTheModeOfTheirDirectory) {
-    const std::tuple<const char*, const char*, const char*> rows[] = {
-        {"cpri/xmeter-result/ktr/2g5-cpril2-prof", "CPRI", "xmeter!,cpril2!"},
-        {"otux/xmeter-result/ktr/otux", "OTUX", "xmeter!,bert!"},
-        {"odu0-prof/xmeter-result/ktr/odu0p1-bert", "ODU0", "xmeter!,bert!"},
-        {"ktr/2g5-cpril1-rslt", "CPRI", "-"},
-        {"ktr/screen", "KTB", "screen!"}};
-    for (const auto& [path, mode, types] : rows) {
+    std::ifstream table("tests/unit/fileman/vocabulary.txt");
+    int count = 0;
+    for (std::string row; std::getline(table, row);) {
+        if (row.front() == '#')
+            continue;
+        const std::string path = row.substr(0, row.find(" => "));
         scan(path);
-        EXPECT_EQ(types, joined(listFrom(Conf::getTypeByModeName, mode))) << path;
+        std::string found = path + " => ";
+        for (const std::string& mode : listFrom(Conf::getCurrentMode))
+            found += mode + ":" + joined(listFrom(Conf::getTypeByModeName, mode)) + " ";
+        found +=
+            joined(listFrom(Conf::getCurrentTypeNames)) + " [" + joined(listFrom(Conf::getCurrentPort)) + "]";
+        EXPECT_EQ(row, found);
+        ++count;
     }
+    EXPECT_LT(30, count);
 }
 
 std::string portsText(const std::map<std::string, Names>& ports) {
