@@ -104,7 +104,8 @@ class Fleet(unittest.TestCase):
         _, check, _, by_module, _, _, spreadsheet = said
 
         cut, default, partly_closed, off = sorted(check.splitlines(), key=lambda line: (line.count("\t"), line))
-        self.assertEqual((cut, default), tuple(f"lists/{address}:{port} is not a whole list" for address in (CUT, DEFAULT)))
+        self.assertEqual(cut, f"lists/{CUT}:{port} is not a whole list")
+        self.assertEqual(default, f"lists/{DEFAULT}:{port} is not a whole list")
         self.assertEqual(partly_closed, f"lists/{PARTLY_CLOSED}:{port}\t200\t1\t")
         self.assertRegex(off, f"^lists/{OFF}:{port}\t000\t\t.")
 
@@ -114,9 +115,11 @@ class Fleet(unittest.TestCase):
             self.assertEqual(sorted(base.execute("SELECT instrument, path FROM results")), expected)
         self.assertEqual(by_module.split()[-3:], ["1GE", str(len(expected)), "50"])
         with open("newest.csv", encoding="utf-8") as file:
-            self.assertEqual(sorted(row["instrument"] for row in csv.DictReader(file)), sorted({row[0] for row in expected}))
+            newest = sorted(row["instrument"] for row in csv.DictReader(file))
+        self.assertEqual(newest, sorted({row[0] for row in expected}))
         with open("job_17", encoding="utf-8") as file:
-            self.assertEqual(sorted(tuple(line.split()) for line in file), [row for row in expected if "job_17_" in row[1]])
+            job = sorted(tuple(line.split()) for line in file)
+        self.assertEqual(job, [row for row in expected if "job_17_" in row[1]])
         self.assertEqual(spreadsheet.count("|"), len(files[WHOLE[0]]), spreadsheet)
 
     def run_block(self, script):

@@ -67,8 +67,8 @@ def run(query, call="", number=0, error=0):
 
 def stored():
     """Returns all names and modes below /home, and the content of the files."""
-    return subprocess.run("cd /home && find . -printf '%p %M %l\\n' -type f -exec cat {} +", shell=True, capture_output=True,
-                          check=True).stdout
+    command = ("find", "/home", "-printf", "%p %M %l\\n", "-type", "f", "-exec", "cat", "{}", "+")
+    return subprocess.run(command, capture_output=True, check=True).stdout
 
 
 def packed(answer):
@@ -126,8 +126,7 @@ class Calls(unittest.TestCase):
         before = stored()
         for query, calls in CALLS.items():
             healthy = run(query)[0].stdout
-            whole = healthy.endswith(b"</html>\n") and healthy.count(b"{ id: ") if query == LIST else len(packed(healthy))
-            self.assertGreater(whole, 2)
+            self.assertGreater(healthy.count(b"{ id: ") if query == LIST else len(packed(healthy)), 2)
             with concurrent.futures.ThreadPoolExecutor(AT_ONCE[query]) as pool:
                 found = dict(zip(calls, pool.map(lambda call: try_call(query, healthy, call), calls)))
             print(query, {call: count for call, (count, _) in found.items()})

@@ -1,4 +1,4 @@
-"""check_test.py PROGRAM: the schema of the configuration document, and what fileman-check says about documents and files."""
+"""check_test.py PROGRAM: the schema of the configuration document, and the findings of fileman-check."""
 
 import os
 import shutil
@@ -153,10 +153,12 @@ class Explanations(unittest.TestCase):
     def test_each_reason_has_its_words(self):
         lay_out_sample()
         os.mkfifo("/home/1ge/kte-rslt/sfpport/fifo.html")
-        for path, says in (("/home/1ge/kte-rslt/nowhere/bert-result/a.html", '"nowhere" is not the name of a port directory'),
-                           ("/home/1ge/kte-rslt/sfpport/odd/a.html", '"odd" is not the name of a type directory'),
-                           ("/home/1ge/kte-rslt/sfpport/bert-result/a.txt", "extension"),
-                           ("/home/1ge/kte-rslt/sfpport/fifo.html", "a FIFO"),
+        tree = "/home/1ge/kte-rslt/"
+        for path, says in ((tree + "nowhere/bert-result/a.html", '"nowhere" is not the name of a port directory'),
+                           (tree + "sfpport/odd/a.html", '"odd" is not the name of a type directory'),
+                           (tree + "sfpport/bert-result/a.txt", "extension"),
+                           (tree + "sfpport/fifo.html", "a FIFO"),
+                           (tree + "sfpport/a.html", "files must be in a port directory and a type directory"),
                            ("/home/else/a.html", "no directory that"), ("/etc/passwd", "is not below /home")):
             if path.startswith("/home") and not os.path.exists(path):
                 write(path)

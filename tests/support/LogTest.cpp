@@ -27,6 +27,7 @@ extern "C" void syslog(int priority, const char* format, ...) {
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     s_system += std::to_string(priority) + " " + text;
+    errno = EIO;
 }
 
 namespace {
@@ -38,9 +39,7 @@ TEST_F(Log, LineNamesTheClampedLevel) {
         tarnlog_enter(0, "a.c", "run", 7);
         for (const int level : {-9, 2, 9})
             __tarnlog_internal(level, "%s %d%%", "x", level);
-        errno = EDOM;
         __tarnlog_internal(1, "%s", std::string(300, 'm').c_str());
-        EXPECT_EQ(EDOM, errno);
     });
     EXPECT_EQ("err(a.c run) x -9%\ninf(a.c run) x 2%\ndbg4(a.c run) x 9%\nwrn(a.c run) " +
                   std::string(255, 'm') + "\n",
@@ -80,7 +79,9 @@ TEST_F(Log, SystemLogKeepsItsOwnCopyOfTheName) {
         name = "gone";
         EXPECT_STREQ("tool", s_given);
         tarnlog_enter(0, "b.c", "call", 12);
+        errno = EDOM;
         __tarnlog_internal(0, "100%% %s", "%s");
+        EXPECT_EQ(EDOM, errno);
         trcfg_open(1, nullptr);
         trcfg_close();
         TARN_LOG_AS("a.c", "run", 0, "back");

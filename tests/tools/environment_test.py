@@ -97,7 +97,8 @@ class Storage(Scratch):
             self.assertEqual(" ".join(done.stdout.split()), said, done.stderr)
 
     def test_wrong_calls_have_their_own_status(self):
-        for status, arguments in ((64, (self.dir,)), (64, ("-m", "magic", "-", "true")), (66, (f"{self.dir}/home", "true"))):
+        for status, arguments in ((64, (self.dir,)), (64, ("-m", "magic", "-", "true")),
+                                  (66, (f"{self.dir}/home", "true"))):
             self.assertEqual(run(RUNNER, *arguments).returncode, status)
         nothing = run(RUNNER, "-", "true", env=self.tool("unshare", "exit 1"))
         self.assertEqual((nothing.returncode, nothing.stderr.count("\n")), (69, 1))
@@ -185,7 +186,8 @@ class Commands(Scratch):
 
     def test_the_demo_serves_its_own_addresses_until_a_signal_ends_it(self):
         def start(port):
-            return subprocess.Popen([f"{ROOT}/demo", str(port)], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+            return subprocess.Popen([f"{ROOT}/demo", str(port)], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                    text=True)
         with socket.create_server(("127.0.0.1", 0)) as one, socket.create_server(("127.0.0.1", 0)) as other:
             port, another = (probe.getsockname()[1] for probe in (one, other))
         # Both use one port: the second may lose early, at the first look, or late, when its server cannot listen.
