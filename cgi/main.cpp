@@ -259,8 +259,8 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
     ::_exit(EXIT_SUCCESS);
 }
 
-// Reads the configuration and writes the whole answer.
-void serve(CFileManCGI& request) {
+// Reads the configuration, writes the whole answer and ends the process while the store still exists.
+[[noreturn]] void serve(CFileManCGI& request) {
     const auto store = std::make_unique<CFileManager>();
     store->deferScan();
     runStartUpThread();
@@ -269,6 +269,7 @@ void serve(CFileManCGI& request) {
     request.getFilterFromRequest(filter);
     if (!refuses(request, filter))
         answer(request, *store, filter);
+    endProcess();
 }
 
 } // namespace
