@@ -121,7 +121,7 @@ test('a query asks by word, phrase, column, exclusion and date', () => {
     ['a', 'bert_north 1', 'bert', '10G P1', '/h/a.html', '2020-02-03'],
     ['b', 'bert_south', 'bert', '10G P10', '/h/b.html', '2020-02-04'],
     ['c', 'ping "x" north', 'ping', 'RJ45', '/h/c.pcap', '2020-02-05'],
-    ['d', 'north 1 d', 'latency', '', '/h/d.png', '2020-02-06'],
+    ['d', 'north 1 d', 'latency', '', '/h/d-[1]{2}.png', '2020-02-06'],
   ].map(([letter, name, test, port, path, day]) => ({ letter, name, test, port, path, datetime: `${day} 10:00:00` }));
   const found = (text) => {
     const query = new Query(text);
@@ -144,6 +144,10 @@ test('a query asks by word, phrase, column, exclusion and date', () => {
     ['kind:Picture,capture', 'cd'],
     ['name:"ping ""x"" north"', 'c'],
     ['name:north path:d', 'd'],
+    ['path:"/h/d-[1]{2}.png"', 'd'],
+    ['path:d-[', 'd'],
+    ['NORTH 2020-02-06', 'd'],
+    ['D-[1]{2}', 'd'],
     ['3.2.20-4.2.20 bert', 'ab'],
     ['bert -3.2.20', 'b'],
     ['port:', 'abcd'],

@@ -44,7 +44,7 @@ function keyNamed(text) {
   );
 }
 
-const plain = (text) => text.replace(/[.*+?^${}()|[\]\\/-]/g, '\\$&');
+const plain = (text) => text.replace(/[.*+?^${}()|[\]\\/]/g, '\\$&');
 
 /** "P1" begins a word and is not the start of "P10"; in quotes it is the whole value. */
 function valuePattern({ text, exact }) {
