@@ -42,15 +42,17 @@
   insertHead('meta', { name: 'referrer', content: 'same-origin' });
   insertHead('link', { rel: 'icon', href: 'data:image/svg+xml;base64,@ICON@' });
 
-  // scripts/build-web lists the modules; the first one starts the pages.
+  // scripts/build-web lists the modules; the first one starts the pages. They get ready while the rest of the page arrives.
   const modules = '@MODULES@'.split(' ').map((name) => `${base}${name}`);
   for (const href of modules) insertHead('link', { rel: 'modulepreload', href });
+  const ready = import(modules[0]);
+  ready.catch(() => {}); // start() tells of it
 
   function start(kind) {
     if (started) return;
     started = true;
     watch.disconnect();
-    import(modules[0])
+    ready
       .catch(renewOnce)
       .then((pages) => pages[kind]())
       .catch(tellBroken);

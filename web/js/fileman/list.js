@@ -17,7 +17,7 @@ import { TAB_TEXTS, addressOf } from './listing.js';
 import { keep, keepFind, keepList, recall, recallFind, recallList } from './memory.js';
 import { verdictOf } from './kinds.js';
 import { News } from './news.js';
-import { orderBy, prepareSearch } from './order.js';
+import { orderBy } from './order.js';
 import { showMenu } from './menu.js';
 import { dressPage } from './page.js';
 import { printRows } from './printing.js';
@@ -150,7 +150,6 @@ function takeList(list, kept) {
   showChips(frame, listing, load);
   grid.fold(entries);
   narrow();
-  prepareSearch(entries);
   // By path: two files of one name share their id.
   const paths = new Set(kept.chosen ?? []);
   grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);

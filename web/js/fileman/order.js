@@ -1,4 +1,4 @@
-/* Order and narrowing of the list; both stay quick at 100,000 entries. */
+/* Order of the list; it stays quick at 100,000 entries. */
 
 /** A key by which plain comparison gives natural order: numbers by value, letters without case or accent. */
 export function naturalKey(text) {
@@ -47,32 +47,4 @@ export function orderBy(entries, field, ascending) {
     const tie = (mark.charCodeAt(mark.length - 2) << 15) | mark.charCodeAt(mark.length - 1);
     return ascending ? tie : last - tie;
   });
-}
-
-/** The text that a word is looked for in; made once for each entry. */
-export function searchedText(entry) {
-  const { name, module, mode, test, port, datetime, rsltype, path } = entry;
-  entry.searched ??= `${name}\n${module}\n${mode}\n${test}\n${port}\n${datetime}\n${rsltype}\n${path}`.toLowerCase();
-  return entry.searched;
-}
-
-const AT_ONCE = 500;
-let preparing = 0; // counts the lists, so that a new one stops the work for the one before
-
-/**
- * Makes the searched texts while the browser has nothing else to do, so that the first typed sign finds them made. Safari
- * cannot say when that is; there the first sign makes them.
- */
-export function prepareSearch(entries) {
-  preparing += 1;
-  const mine = preparing;
-  let at = 0;
-  const go = (deadline) => {
-    while (mine === preparing && at < entries.length && deadline.timeRemaining() > 2) {
-      entries.slice(at, at + AT_ONCE).forEach(searchedText);
-      at += AT_ONCE;
-    }
-    if (mine === preparing && at < entries.length) requestIdleCallback(go);
-  };
-  globalThis.requestIdleCallback?.(go);
 }

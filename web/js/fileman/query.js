@@ -8,7 +8,6 @@
  */
 import { dateAt } from './dates.js';
 import { VERDICT_TEXTS, kindOf, verdictOf } from './kinds.js';
-import { searchedText } from './order.js';
 import { allTexts, t } from './texts.js';
 
 export const KIND_TEXTS = { report: 'kindReport', picture: 'kindPicture', capture: 'kindCapture', other: 'kindOther' };
@@ -78,9 +77,14 @@ function fieldClause(key, text) {
   return { key, values, test };
 }
 
+/** Where a word may stand; the path first, because it holds most of the others. */
+const SEARCHED = ['path', 'test', 'port', 'module', 'mode', 'datetime', 'rsltype', 'name'];
+
 function wordClause(text) {
   const word = text.replace(/"/g, '').toLowerCase();
-  return word ? { key: 'word', word, test: (entry) => searchedText(entry).includes(word) } : null;
+  if (!word) return null;
+  const pattern = new RegExp(plain(word), 'iu');
+  return { key: 'word', word, test: (entry) => SEARCHED.some((field) => pattern.test(entry[field])) };
 }
 
 function dateClause({ from, to }, text) {
