@@ -34,18 +34,25 @@ function(fileman_toolchain_components)
   endif()
 endfunction()
 
-# Adds the grid of the browser side, with the version in web/package-lock.json.
-function(fileman_grid_component)
+# Adds the parts of the browser side: the names in web/package.json, with the versions in web/package-lock.json.
+function(fileman_browser_components)
+  file(READ ${PROJECT_SOURCE_DIR}/web/package.json package)
   file(READ ${PROJECT_SOURCE_DIR}/web/package-lock.json lock)
-  string(JSON version GET "${lock}" packages node_modules/slickgrid version)
-  fileman_component(slickgrid ${version} MIT)
+  string(JSON count LENGTH "${package}" dependencies)
+  math(EXPR last "${count} - 1")
+  foreach(i RANGE ${last})
+    string(JSON name MEMBER "${package}" dependencies ${i})
+    string(JSON version GET "${lock}" packages node_modules/${name} version)
+    string(JSON licence GET "${lock}" packages node_modules/${name} license)
+    fileman_component(${name} ${version} ${licence})
+  endforeach()
 endfunction()
 
 # Writes fileman.cdx.json into the build directory. It has no date and no random number, so that the same sources give
 # the same bytes.
 function(fileman_write_components)
   fileman_toolchain_components()
-  fileman_grid_component()
+  fileman_browser_components()
   get_property(parts GLOBAL PROPERTY FILEMAN_COMPONENTS)
   list(SORT parts)
   list(JOIN parts ",\n    " FILEMAN_PARTS)

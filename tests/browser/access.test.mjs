@@ -1,5 +1,6 @@
 // Keyboard alone, assistive software, small windows, strong zoom, dark, another language.
 import assert from 'node:assert/strict';
+import fs from 'node:fs';
 import { after, test } from 'node:test';
 import {
   SCROLL_BARS,
@@ -215,6 +216,14 @@ test('German for whoever prefers it, and a switch that is remembered', async () 
   const page = await instrument.open('fmtype=rslt', { locale: 'de-DE' });
   assert.equal(await page.getAttribute('html', 'lang'), 'de');
   assert.match(await footer(page), /Einträge/);
+  await pressed(page, 'Über').click();
+  const about = page.getByRole('dialog', { name: 'Ergebnisdateien' });
+  const [, version] = /fileman VERSION ([\d.]+)/.exec(fs.readFileSync('CMakeLists.txt', 'utf8'));
+  await about.getByText(`Version ${version}`, { exact: true }).waitFor();
+  assert.deepEqual(await faults(page), []);
+  const notices = await page.request.get(await about.getByRole('link').evaluate(({ href }) => href));
+  assert.match(`${notices.headers()['content-type']} ${await notices.text()}`, /^text\/html[^]*<h2>fflate<\/h2>[^]*MIT/);
+  await about.getByRole('button', { name: 'Schließen' }).click();
   await page.getByRole('combobox', { name: 'Sprache' }).selectOption('en');
   await page.getByRole('heading', { name: 'Result files' }).waitFor();
   await page.reload();

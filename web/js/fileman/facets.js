@@ -22,7 +22,8 @@ const textOf = (key, value) => (NAMED[key]?.[value] ? t(NAMED[key][value]) : vis
 export class Facets {
   /**
    * `host` holds the panel beside the list, `opener` is the button that opens it; `events`: find(text) narrows by another
-   * text; `switches` are [text, isOn, change(on)] of what a box switches; the others are those of KeptFilters.
+   * text; about() tells what this is; `switches` are [text, isOn, change(on)] of what a box switches; the others are those
+   * of KeptFilters.
    */
   constructor(host, opener, events) {
     this.host = host;
@@ -46,6 +47,7 @@ export class Facets {
       new KeptFilters(events).node,
       ...events.switches.map(this.#switch),
       el('p', { class: 'fm-facet-hint', text: t('findSyntax') }),
+      button(t('about'), { class: 'fm-link', 'aria-haspopup': 'dialog', press: events.about }),
     );
     this.groups.addEventListener('keydown', (event) => this.#move(event));
     opener.addEventListener('click', () => (this.#isOpen ? this.#close() : this.#open()));

@@ -1,4 +1,5 @@
 /* See later.js. */
+export { showAbout } from './about.js';
 export { showCapture } from './capture.js';
 export { showComparison } from './compare.js';
 export { deliver } from './deliver.js';

@@ -418,6 +418,12 @@ function fetchFiles(operation, targets) {
     .catch((error) => complain(error, () => fetchFiles(operation, targets)));
 }
 
+function about() {
+  later()
+    .then(({ showAbout }) => showAbout())
+    .catch((error) => complain(error, about));
+}
+
 async function changeFilter(which) {
   const opener = which === 'fadv' ? frame.advanced : frame.filter;
   opener.setAttribute('aria-busy', 'true');
@@ -492,6 +498,7 @@ export async function start() {
     find: findText,
     current: () => ({ query: listingQuery(listing), find: frame.find.value }),
     apply: applyKept,
+    about,
     switches: [
       [t('denseRows'), isDense(), (on) => grid.switchDense(on)],
       [t('lookForNews'), news.isOn, (on) => {

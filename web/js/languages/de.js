@@ -247,4 +247,8 @@ export default {
   notComparable: 'Nur Berichte lassen sich vergleichen.',
   share: 'Anteil',
   retry: 'Noch einmal',
+  about: 'Über',
+  version: 'Version {version}',
+  licence: 'Freie Software unter der MIT-Lizenz.',
+  notices: 'Teile von anderen und ihre Lizenzen',
 };

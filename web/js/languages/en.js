@@ -247,4 +247,8 @@ export default {
   notComparable: 'Only reports can be compared.',
   share: 'Share',
   retry: 'Try again',
+  about: 'About',
+  version: 'Version {version}',
+  licence: 'Free software under the MIT licence.',
+  notices: 'Parts by others, and their licences',
 };
