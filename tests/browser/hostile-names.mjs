@@ -31,26 +31,12 @@ export function record({ folder, file, isMeasurement = false, ...rest }) {
   return row;
 }
 
-/** Pieces of which hostile names are made; `like` is another row, which they may imitate. */
+/** Pieces of which hostile names are made; `like` is another row, which they may imitate, `own` the name so far. */
+const PLAIN_PIECES = ["'", 'x', '.', '\n', '\r', '\r\n', "' },\n", "' },\n\t\t{ id: '", "' },\r\n\t\t{ id: '", '\t\t];\n']
+  .concat(["' },\n\t\t];\n", '<!--<script>', '\xc3\xbc', '\xff', '\\', '.html', '_'])
+  .concat(["', datetime: '2026-01-01 00:00:00', rsltype: 'Result', path: '", ...FIELDS.map((field) => `', ${field}: '`)]);
 const PIECES = [
-  () => "'",
-  () => 'x',
-  () => '.',
-  () => '\n',
-  () => '\r',
-  () => '\r\n',
-  () => "' },\n",
-  () => "' },\n\t\t{ id: '",
-  () => "' },\r\n\t\t{ id: '",
-  () => '\t\t];\n',
-  () => "' },\n\t\t];\n",
-  () => '<!--<script>',
-  () => '\xc3\xbc',
-  () => '\xff',
-  () => '\\',
-  () => '.html',
-  () => '_',
-  () => "', datetime: '2026-01-01 00:00:00', rsltype: 'Result', path: '",
+  ...PLAIN_PIECES.map((piece) => () => piece),
   (like) => like.id,
   (like) => like.name,
   (like) => `${like.mode}_${like.port}_${like.test}_${like.rsltype}_`,
@@ -60,7 +46,6 @@ const PIECES = [
   (like) => `${like.test}', port: '${like.port}`,
   (like) => fields(like).replaceAll('/', ':'),
   (like) => fields(like).slice(0, fields(like).indexOf("', path: '")),
-  ...FIELDS.map((field) => () => `', ${field}: '`),
 ];
 
 export function hostileName(random, like, longest) {

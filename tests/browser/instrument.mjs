@@ -5,6 +5,8 @@ import { once } from 'node:events';
 import fs from 'node:fs';
 import { createRequire } from 'node:module';
 import net from 'node:net';
+import path from 'node:path';
+import { after, test } from 'node:test';
 import { setTimeout as pause } from 'node:timers/promises';
 
 const require = createRequire(new URL('../../web/package.json', import.meta.url));
@@ -57,15 +59,15 @@ export function plainServer(more = '') {
   return () => ['lighttpd', ['-D', '-f', conf]];
 }
 
-/** For startInstrument: scroll bars that take room, as on most computers. */
-export const SCROLL_BARS = { ignoreDefaultArgs: ['--hide-scrollbars'] };
-
 /** The same with strict answers. */
 export const strictServer = () => plainServer('setenv.set-environment = ( "FILEMAN_ANSWERS" => "strict" )')();
 
+/** For startInstrument: scroll bars that take room, as on most computers. */
+export const SCROLL_BARS = { ignoreDefaultArgs: ['--hide-scrollbars'] };
+
 /**
  * Starts a web server by `command(port)` (lighttpd as packaged unless given) and a browser; `more` goes to its start. Its
- * scroll bars take no room unless SCROLL_BARS is given.
+ * scroll bars take no room unless SCROLL_BARS is given. A file of tests need not stop it.
  */
 export async function startInstrument(command, more = {}) {
   const port = await freePort();
@@ -86,23 +88,50 @@ export async function startInstrument(command, more = {}) {
     args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--disable-background-networking', '--disable-sync'],
     ...more,
   });
+  const stop = async () => {
+    await browser.close();
+    server.kill();
+  };
+  if (process.env.NODE_TEST_CONTEXT) after(stop);
   const home = `http://127.0.0.1:${port}`;
   const list = (query) => `${home}/cgi-bin/fileman.cgi?${query}`;
-  return {
-    home,
-    list,
-    newPage: (options = {}) => newPage(browser, options),
-    /** A fresh page that shows the list of a query. */
-    open: async (query, options = {}) => {
-      const page = await newPage(browser, options);
-      await openList(page, list(query));
-      return page;
-    },
-    stop: async () => {
-      await browser.close();
-      server.kill();
-    },
+  /** A fresh page that shows the list of a query. */
+  const open = async (query, options = {}) => {
+    const page = await newPage(browser, options);
+    await openList(page, list(query));
+    return page;
   };
+  /** A test that begins at the list of a query, and in which the browser has nothing to complain about. */
+  const onList = (title, query, work, options) =>
+    test(title, async () => {
+      const page = await open(query, options);
+      await work(page);
+      assert.deepEqual(page.problems, []);
+      await page.context().close();
+    });
+  return { home, list, open, onList, stop, newPage: (options = {}) => newPage(browser, options) };
+}
+
+/** Puts files below DIR, { name: content }, for as long as some work takes. */
+export async function withFiles(files, work) {
+  const made = Object.entries(files).map(([name, content]) => [path.join(DIR, name), content]);
+  try {
+    for (const [file, content] of made) {
+      fs.mkdirSync(path.dirname(file), { recursive: true });
+      fs.writeFileSync(file, content);
+    }
+    await work(made.map(([file]) => file));
+  } finally {
+    for (const name of Object.keys(files)) fs.rmSync(path.join(DIR, name.split('/')[0]), { recursive: true, force: true });
+  }
+}
+
+/** Has requests to `addresses` answered by `answer` (see route.fulfill; a function gets the route) while some work runs. */
+export async function withAnswer(page, addresses, answer, work) {
+  const give = typeof answer === 'function' ? answer : (route) => route.fulfill(answer);
+  await page.route(addresses, give);
+  await work();
+  await page.unroute(addresses, give);
 }
 
 /** Every web server that there are settings for, with strict answers: { servers: [{ name, list(query) }], stop() }. */
@@ -162,6 +191,12 @@ export const column = (page, id) => cells(page, `.fm-col-${id}`);
 export async function arrive(page, address) {
   await page.waitForURL(address);
   await settled(page);
+}
+
+/** Types into the search, and waits for what it finds. */
+export async function find(page, text) {
+  await page.getByRole('searchbox').fill(text);
+  await page.waitForURL((url) => decodeURIComponent(url.hash).includes(`find=${text}`));
 }
 
 /** What an action in the page saves. */

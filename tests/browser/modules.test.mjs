@@ -1,8 +1,6 @@
 // Modules that need no browser: query encoding, order, the filter pages' options, what a file is.
 import assert from 'node:assert/strict';
-import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
-import path from 'node:path';
 import { test } from 'node:test';
 import { lacksOfDownload, lacksOfPdfs, membersOf } from '../../web/js/fileman/archive.js';
 import { align, change, differingCells } from '../../web/js/fileman/differences.js';
@@ -12,16 +10,9 @@ import { parsePrimary } from '../../web/js/fileman/options.js';
 import { dateAt } from '../../web/js/fileman/dates.js';
 import { naturalKey, orderBy } from '../../web/js/fileman/order.js';
 import { Query } from '../../web/js/fileman/query.js';
-import {
-  escape,
-  isSendable,
-  listingQuery,
-  parseQuery,
-  readListing,
-  toBinary,
-  toText,
-} from '../../web/js/fileman/wire.js';
+import { escape, isSendable, listingQuery, parseQuery, readListing, toBinary, toText } from '../../web/js/fileman/wire.js';
 import { sniff, stripLead } from '../../web/js/fileman/stored.js';
+import { archiveOf } from './archives.mjs';
 
 const bytesOf = (binary) => Uint8Array.from(binary, (char) => char.charCodeAt(0));
 
@@ -65,45 +56,26 @@ test('for strict answers a query is cut before it is decoded, and every byte tra
   }
 });
 
-test('order is natural, and equal values keep their places', () => {
-  const values = ['P10', 'P2', 'p1', 'P02', 'Öl', 'Oz'].map((name) => ({ name }));
-  const ordered = (up) => Array.from(orderBy(values, 'name', up), (i) => values[i].name);
-  assert.deepEqual(ordered(true), ['Öl', 'Oz', 'p1', 'P2', 'P02', 'P10']);
-  assert.deepEqual(ordered(false), ['P10', 'P2', 'P02', 'p1', 'Oz', 'Öl']);
+test('order is natural; equal values keep their places, and equal dates go by name in both directions', () => {
+  const ordered = (entries, field, up) => Array.from(orderBy(entries, field, up), (i) => entries[i].text).join(', ');
+  const named = ['P10', 'P2', 'p1', 'P02', 'Öl', 'Oz'].map((name) => ({ name, text: name }));
+  assert.equal(ordered(named, 'name', true), 'Öl, Oz, p1, P2, P02, P10');
+  assert.equal(ordered(named, 'name', false), 'P10, P2, P02, p1, Oz, Öl');
+  const dated = ['2 b10', '1 z', '2 a', '2 b9', '1 y'].map((text) => ({ datetime: text[0], name: text.slice(2), text }));
+  assert.equal(ordered(dated, 'datetime', true), '1 y, 1 z, 2 a, 2 b9, 2 b10');
+  assert.equal(ordered(dated, 'datetime', false), '2 a, 2 b9, 2 b10, 1 y, 1 z');
   assert.ok(naturalKey('99999999999999999999') < naturalKey('100000000000000000000'));
-});
-
-test('equal dates are ordered by name, whichever way the dates go', () => {
-  const entries = ['2 b10', '1 z', '2 a', '2 b9', '1 y'].map((text) => {
-    const [datetime, name] = text.split(' ');
-    return { datetime, name, text };
-  });
-  const ordered = (up) => Array.from(orderBy(entries, 'datetime', up), (i) => entries[i].text);
-  assert.deepEqual(ordered(true), ['1 y', '1 z', '2 a', '2 b9', '2 b10']);
-  assert.deepEqual(ordered(false), ['2 a', '2 b9', '2 b10', '1 y', '1 z']);
 });
 
 test('days and ranges are read as people write them', () => {
   const now = new Date(2026, 10, 22, 15, 30); // a Sunday
   const cases = [
-    ['today', '11-22', '11-23'],
-    ['Yesterday', '11-21', '11-22'],
-    ['this week', '11-16', '11-23'],
-    ['last  week', '11-09', '11-16'],
-    ['last month', '10-01', '11-01'],
-    ['last 3 days', '11-20', '11-23'],
-    ['last 2 hours', '11-22 13:30:00', '11-23'],
-    ['20.11.', '11-20', '11-21'],
-    ['20.11.26', '11-20', '11-21'],
-    ['20.-22.11.', '11-20', '11-23'],
-    ['20.11.-22.11.', '11-20', '11-23'],
-    ['20.11. to yesterday', '11-20', '11-22'],
-    ['2026-11-01..2026-11-03', '11-01', '11-04'],
-    ['since yesterday', '11-21', null],
-    ['20.11...', '11-20', null],
-    ['after 20.11.', '11-21', null],
-    ['before 2026-11-20', null, '11-20'],
-    ['until 20.11.', null, '11-21'],
+    ['today', '11-22', '11-23'], ['Yesterday', '11-21', '11-22'], ['this week', '11-16', '11-23'],
+    ['last  week', '11-09', '11-16'], ['last month', '10-01', '11-01'], ['last 3 days', '11-20', '11-23'],
+    ['last 2 hours', '11-22 13:30:00', '11-23'], ['20.11.', '11-20', '11-21'], ['20.11.26', '11-20', '11-21'],
+    ['20.-22.11.', '11-20', '11-23'], ['20.11.-22.11.', '11-20', '11-23'], ['20.11. to yesterday', '11-20', '11-22'],
+    ['2026-11-01..2026-11-03', '11-01', '11-04'], ['since yesterday', '11-21', null], ['20.11...', '11-20', null],
+    ['after 20.11.', '11-21', null], ['before 2026-11-20', null, '11-20'], ['until 20.11.', null, '11-21'],
   ];
   const day = (text) => text && (text.includes(':') ? `2026-${text}` : `2026-${text} 00:00:00`);
   for (const [text, from, to] of cases) {
@@ -128,32 +100,12 @@ test('a query asks by word, phrase, column, exclusion and date', () => {
     return entries.filter((entry) => query.matches(entry)).map(({ letter }) => letter).join('');
   };
   const cases = [
-    ['', 'abcd'],
-    ['NORTH bert', 'a'],
-    ['"north 1"', 'ad'],
-    ['north -bert', 'cd'],
-    ['-"north 1" -ping', 'b'],
-    ['port:P1', 'a'],
-    ['port:10g', 'ab'],
-    ['port:"10G P1"', 'a'],
-    ['port:"P1"', ''],
-    ['port:""', 'd'],
-    ['test:ber,ping', 'abc'],
-    ['-test:bert,ping', 'd'],
-    ['kind:report', 'ab'],
-    ['kind:Picture,capture', 'cd'],
-    ['name:"ping ""x"" north"', 'c'],
-    ['name:north path:d', 'd'],
-    ['path:"/h/d-[1]{2}.png"', 'd'],
-    ['path:d-[', 'd'],
-    ['NORTH 2020-02-06', 'd'],
-    ['D-[1]{2}', 'd'],
-    ['3.2.20-4.2.20 bert', 'ab'],
-    ['bert -3.2.20', 'b'],
-    ['port:', 'abcd'],
-    ['-', 'abcd'],
-    ['x:y', ''],
-    ['"no end', ''],
+    ['', 'abcd'], ['NORTH bert', 'a'], ['"north 1"', 'ad'], ['north -bert', 'cd'], ['-"north 1" -ping', 'b'],
+    ['port:P1', 'a'], ['port:10g', 'ab'], ['port:"10G P1"', 'a'], ['port:"P1"', ''], ['port:""', 'd'],
+    ['test:ber,ping', 'abc'], ['-test:bert,ping', 'd'], ['kind:report', 'ab'], ['kind:Picture,capture', 'cd'],
+    ['name:"ping ""x"" north"', 'c'], ['name:north path:d', 'd'], ['path:"/h/d-[1]{2}.png"', 'd'], ['path:d-[', 'd'],
+    ['NORTH 2020-02-06', 'd'], ['D-[1]{2}', 'd'], ['3.2.20-4.2.20 bert', 'ab'], ['bert -3.2.20', 'b'],
+    ['port:', 'abcd'], ['-', 'abcd'], ['x:y', ''], ['"no end', ''],
   ];
   for (const [text, letters] of cases) assert.equal(found(text), letters, text);
   assert.deepEqual(new Query('bert -north name:so "a b"').words, ['bert', 'so', 'a b']);
@@ -192,25 +144,10 @@ test('options are read from the page whatever their names hold', () => {
   const wanted = ['bert', 'a"b', '<b>x</b>', 'v" value="v', "it's"];
   const text = `<form id="pri_form"><fieldset id="field_test" style="y">\n\t<legend>Tests</legend>\n${['', ...wanted].map(box).join('')}</fieldset>`;
   const tests = parsePrimary({ text, raw: false }).find(({ key }) => key === 'test');
-  assert.deepEqual(
-    tests.options.map((option) => option.text),
-    wanted,
-  );
+  assert.deepEqual(tests.options.map((option) => option.text), wanted);
 });
 
-/** An archive of files by name; a name that ends with "/" is a bare folder. */
-function archive(files, ...options) {
-  const folder = fs.mkdtempSync('/tmp/archive-');
-  for (const [name, content] of Object.entries(files)) {
-    fs.mkdirSync(path.dirname(`${folder}/${name}x`), { recursive: true });
-    if (!name.endsWith('/')) fs.writeFileSync(`${folder}/${name}`, content);
-  }
-  execFileSync('zip', ['-qr', ...options, `${folder}.zip`, '.'], { cwd: folder });
-  const bytes = fs.readFileSync(`${folder}.zip`);
-  fs.rmSync(folder, { recursive: true });
-  fs.rmSync(`${folder}.zip`);
-  return new Blob([bytes]);
-}
+const archive = (...given) => new Blob([archiveOf(...given)]);
 const entry = (file, more = {}) => ({ name: file.split('.', 1)[0], path: `/home/a/${file}`, port: 'P1', ...more });
 
 test('a download tells which entries it lacks, and which may have replaced each other', async () => {
@@ -254,20 +191,15 @@ test('an archive of PDFs tells which are missing or broken, and which share a na
 
 test('every language has every text, and no text is left over', async () => {
   const folder = new URL('../../web/js/', import.meta.url);
-  const sources = fs
-    .readdirSync(new URL('fileman', folder))
-    .map((file) => fs.readFileSync(new URL(`fileman/${file}`, folder), 'utf8'));
+  const files = fs.readdirSync(new URL('fileman', folder));
+  const sources = files.map((file) => fs.readFileSync(new URL(`fileman/${file}`, folder), 'utf8'));
   const columns = [...FIELDS, 'verdict'].map((field) => `col${field[0].toUpperCase()}${field.slice(1)}`);
   for (const file of fs.readdirSync(new URL('languages', folder))) {
     const { default: texts } = await import(new URL(`languages/${file}`, folder));
     const keys = Object.keys(texts);
     assert.deepEqual(keys, Object.keys(english), file);
     const isUsed = (key) => columns.includes(key) || sources.some((text) => new RegExp(`['.]${key}\\b`).test(text));
-    assert.deepEqual(
-      keys.filter((key) => !isUsed(key)),
-      [],
-      file,
-    );
+    assert.deepEqual(keys.filter((key) => !isUsed(key)), [], file);
   }
 });
 

@@ -4,22 +4,17 @@ import { test } from 'node:test';
 import { summarize } from '../../web/js/fileman/pcap.js';
 import { dice } from './hostile-names.mjs';
 
+const number = (bits) => (value) => ({ bits, value });
+const [u8, u16, u32] = [8, 16, 32].map(number);
+
 /** Numbers of 8, 16 and 32 bits in one byte order, and bytes as they are. */
 function pack(little, ...parts) {
-  return Buffer.concat(
-    parts.map((part) => {
-      if (!Array.isArray(part)) return Buffer.from(part);
-      const [bits, value] = part;
-      const bytes = Buffer.alloc(bits / 8);
-      if (little) bytes.writeUIntLE(value, 0, bits / 8);
-      else bytes.writeUIntBE(value, 0, bits / 8);
-      return bytes;
-    }),
-  );
+  const bytes = ({ bits, value }) => {
+    const digits = Array.from({ length: bits / 8 }, (_, i) => Math.floor(value / 256 ** i) % 256);
+    return little ? digits : digits.reverse();
+  };
+  return Buffer.concat(parts.map((part) => Buffer.from(part.bits ? bytes(part) : part)));
 }
-const u8 = (value) => [8, value];
-const u16 = (value) => [16, value];
-const u32 = (value) => [32, value];
 
 const ethernet = (type, ...rest) => pack(false, Buffer.alloc(12), u16(type), ...rest);
 const ip4 = (protocol, fragment, ...rest) =>
@@ -56,7 +51,7 @@ function block(little, type, ...content) {
 
 function pcapng(little) {
   const time = (seconds) => [u32(Math.floor((seconds * 1000) / 2 ** 32)), u32((seconds * 1000) % 2 ** 32)];
-  const milliseconds = pack(little, u16(9), u16(1), [8, 3], Buffer.alloc(3), u16(0), u16(0));
+  const milliseconds = pack(little, u16(9), u16(1), u8(3), Buffer.alloc(3), u16(0), u16(0));
   const packets = PACKETS.map(([, bytes], i) =>
     block(little, 6, u32(0), ...time(1000.5 + i), u32(bytes.length), u32(bytes.length + 100), bytes),
   );
@@ -70,13 +65,13 @@ function pcapng(little) {
 
 test('count, times and protocols, in each form and byte order', () => {
   const bytes = PACKETS.reduce((sum, [, packet]) => sum + packet.length + 100, 0);
-  for (const [format, little, isNano] of [
-    ['pcap', true, false],
-    ['pcap', false, true],
-    ['pcapng', true],
-    ['pcapng', false],
+  for (const [format, file] of [
+    ['pcap', pcap(true, false)],
+    ['pcap', pcap(false, true)],
+    ['pcapng', pcapng(true)],
+    ['pcapng', pcapng(false)],
   ]) {
-    const { protocols, ...read } = summarize(format === 'pcap' ? pcap(little, isNano) : pcapng(little));
+    const { protocols, ...read } = summarize(file);
     const wanted = { format, links: ['Ethernet'], packets: 9, bytes, first: 1000.5, last: 1008.5, cut: false };
     assert.deepEqual([read, protocols.map(([name]) => name).sort()], [wanted, NAMES]);
   }

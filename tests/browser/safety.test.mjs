@@ -3,22 +3,10 @@ import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import crypto from 'node:crypto';
 import fs from 'node:fs';
-import { after, test } from 'node:test';
+import { test } from 'node:test';
 import { parsePage } from '../../web/js/fileman/rows.js';
 import { dice, hostileName, record } from './hostile-names.mjs';
-import {
-  answerOf,
-  CGI_DIR,
-  DIR,
-  footer,
-  names,
-  openList,
-  plainServer,
-  pressed,
-  saved,
-  startInstrument,
-  startServers,
-} from './instrument.mjs';
+import { CGI_DIR, DIR, answerOf, footer, names, openList, plainServer, pressed, saved, startInstrument, startServers, withFiles } from './instrument.mjs';
 
 // name as stored, name as shown, whether default answers can be asked for it
 const HOSTILE = [
@@ -38,13 +26,10 @@ const HOSTILE = [
   ['-rf', '-rf', true],
   ['%41%2Fx+y', '%41%2Fx+y', true],
 ];
-const paths = HOSTILE.map(([name]) =>
-  Buffer.concat([Buffer.from(`${DIR}/hostile `), Buffer.from(name), Buffer.from('.html')]),
-);
+const paths = HOSTILE.map(([name]) => Buffer.concat([`${DIR}/hostile `, name, '.html'].map((part) => Buffer.from(part))));
 
 const instrument = await startInstrument();
 const bare = await startInstrument(plainServer());
-after(() => Promise.all([instrument.stop(), bare.stop()]));
 
 async function withHostileNames(work) {
   paths.forEach((path, i) => fs.writeFileSync(path, `<html><p>harmless ${i}.</p></html>`));
@@ -71,12 +56,9 @@ async function openHostileFiles(page, address, canOpen) {
   assert.deepEqual(shown.sort(), HOSTILE.map(([, name]) => name).sort());
   assert.equal(await page.locator('.fm-lost').isVisible(), false);
   for (const [i, [, name, travels]] of HOSTILE.entries()) {
-    const row = page
-      .locator('.slick-row')
-      .filter({ has: page.locator('.fm-name', { hasText: `hostile ${name}` }) })
-      .first();
-    await row.click();
-    await row.press('Enter').catch(() => page.keyboard.press('Enter'));
+    const named = page.locator('.fm-name', { hasText: `hostile ${name}` });
+    await page.locator('.slick-row').filter({ has: named }).first().click();
+    await page.keyboard.press('Enter');
     if (canOpen(travels)) await page.frameLocator('.fm-report').getByText(`harmless ${i}.`).waitFor();
     else await page.locator('.fm-viewer', { hasText: 'Cannot be delivered: its identity' }).waitFor();
     await page.closeViewer();
@@ -87,10 +69,15 @@ async function openHostileFiles(page, address, canOpen) {
 
 const HOSTILE_LIST = 'fmtype=rslt&module=10G&test=bert&fname=hostile';
 
-test('with default answers and no policy hostile names are shown as they are and never run', () =>
+test('with default answers and no policy hostile names are shown, never run, and told if they cannot be packed', () =>
   withHostileNames(async () => {
     const page = await guarded(bare);
     await openHostileFiles(page, bare.list(HOSTILE_LIST), (travels) => travels);
+    await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
+    const download = await saved(page, () => pressed(page, 'Download').click());
+    assert.ok(fs.statSync(await download.path()).size > 100);
+    const note = await page.locator('.fm-task-note').first().innerText();
+    assert.match(note, /\d+ entries are left out \(its identity .*\): “hostile /);
     await pressed(page, 'Read the list again').click();
     await page.waitForTimeout(300);
     assert.equal(page.fired, 0);
@@ -111,11 +98,11 @@ test('with strict answers every hostile name leads through every server to its o
 
 test('the page lists every file of hostile folders, or says how many it could not read', async () => {
   const random = dice(7);
-  const port = Buffer.from(`/home/10g/kte-rslt/10gport/`);
+  const port = '/home/10g/kte-rslt/10gport/';
   const folders = ["x' },\n\t\t];\n", ...Array.from({ length: 40 }, (_, i) => `${i}' },\n\t\t{ id: 'q`)];
   const like = record({ folder: '/home/a/b', file: 'n.html' });
   for (let i = 0; i < 100; i++) folders.push(`${i}${hostileName(random, like, 240)}`);
-  const made = folders.map((name) => Buffer.concat([port, Buffer.from(`${name}-result`, 'latin1')]));
+  const made = folders.map((name) => Buffer.from(`${port}${name}-result`, 'latin1'));
   for (const [i, folder] of made.entries()) {
     fs.mkdirSync(folder);
     const file = `${i}${hostileName(random, like, 200)}.html`;
@@ -124,13 +111,9 @@ test('the page lists every file of hostile folders, or says how many it could no
   try {
     const printed = execFileSync(`${CGI_DIR}/fileman.cgi`, { env: { QUERY_STRING: 'fmtype=rslt' } });
     const parsed = parsePage(printed.toString('latin1'));
-    const stored = execFileSync('find', ['/home/10g/kte-rslt/10gport', '-name', '*.html', '-print0']).toString(
-      'latin1',
-    );
-    const paths = parsed.rows
-      .map(({ path }) => path)
-      .filter((path) => /^\/home\/10g\/kte-rslt\/10gport\/[^]*\.html$/.test(path));
-    assert.deepEqual(paths.sort(), stored.split('\0').filter(Boolean).sort());
+    const stored = execFileSync('find', [port, '-name', '*.html', '-print0'], { encoding: 'latin1' });
+    const listed = parsed.rows.map(({ path }) => path).filter((path) => path.startsWith(port) && path.endsWith('.html'));
+    assert.deepEqual(listed.sort(), stored.split('\0').filter(Boolean).sort());
     assert.equal(parsed.lost, 0);
     const page = await guarded(instrument);
     await openList(page, instrument.list('fmtype=rslt'));
@@ -143,19 +126,6 @@ test('the page lists every file of hostile folders, or says how many it could no
     made.forEach((folder) => fs.rmSync(folder, { recursive: true }));
   }
 });
-
-test('what cannot be packed is told by name and left out', () =>
-  withHostileNames(async () => {
-    const page = await guarded(bare);
-    await openList(page, bare.list('fmtype=rslt&module=10G&test=bert&fname=hostile'));
-    await page.getByRole('checkbox', { name: 'Choose all shown' }).check();
-    const download = await saved(page, () => pressed(page, 'Download').click());
-    assert.ok(fs.statSync(await download.path()).size > 100);
-    assert.match(
-      await page.locator('.fm-task-note').first().innerText(),
-      /\d+ entries are left out \(its identity .*\): “hostile /,
-    );
-  }));
 
 test('what a request reflects is not run either', async () => {
   for (const server of [instrument, bare]) {
@@ -173,22 +143,18 @@ test('what a request reflects is not run either', async () => {
 
 test('every inline part of the default pages has its hash in the policy of the scripts, and nothing else has', () => {
   const hash = (text) => `'sha256-${crypto.createHash('sha256').update(text).digest('base64')}'`;
-  const pages = ['fmtype=rslt&fname=no+such+file', 'filter=fpri&fmtype=rslt', 'filter=fadv&fmtype=rslt']
-    .map(answerOf)
-    .join('');
+  const queries = ['fmtype=rslt&fname=no+such+file', 'filter=fpri&fmtype=rslt', 'filter=fadv&fmtype=rslt'];
+  const pages = queries.map((query) => answerOf(query)).join('');
   const all = (pattern) => [...pages.matchAll(pattern)].map(([, text]) => text);
-  const scripts = all(/<script type="text\/javascript">([^]*?)<\/script>/g).filter(
-    (text) => !text.includes('griddata'),
-  );
+  const scripts = all(/<script type="text\/javascript">([^]*?)<\/script>/g).filter((text) => !text.includes('griddata'));
   const wanted = [...scripts, ...all(/ onload="([^"]*)"/g), ...all(/ style="([^"]*)"/g), ''].map(hash);
   const script = fs.readFileSync('/srv/build/www/js/fileman.js', 'utf8');
   assert.deepEqual(new Set(script.match(/'sha256-[^']+'/g)), new Set(wanted));
 });
 
-test('10,000 rows are painted within a second after the bytes are there', async () => {
-  const made = Array.from({ length: 10000 }, (_, i) => `${DIR}/many-${i}.html`);
-  made.forEach((path) => fs.writeFileSync(path, ''));
-  try {
+test('10,000 rows are painted within a second after the bytes are there', () => {
+  const many = Object.fromEntries(Array.from({ length: 10000 }, (_, i) => [`many-${i}.html`, '']));
+  return withFiles(many, async () => {
     let best = Infinity;
     for (let round = 0; round < 5 && best > 1000; round++) {
       const page = await instrument.newPage();
@@ -206,7 +172,5 @@ test('10,000 rows are painted within a second after the bytes are there', async 
     }
     console.log(`# 10,000 rows: ${Math.round(best)} ms from the last byte to the painted rows`);
     assert.ok(best < 1000, `${best} ms`);
-  } finally {
-    made.forEach((path) => fs.unlinkSync(path));
-  }
+  });
 });
