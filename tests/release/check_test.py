@@ -113,7 +113,12 @@ class Documents(unittest.TestCase):
                 with self.subTest(line):
                     self.assertEqual(len(found), 1, lines)
 
+    def test_the_example_of_the_page_has_no_finding(self):
+        write("/tmp/example.xml", text_of("docs/configuration.md").partition("```xml\n")[2].partition("```")[0])
+        self.assertEqual(check("--no-storage", "/tmp/example.xml"), (0, []))
+
     def test_a_document_that_the_program_refuses_is_refused(self):
+        self.assertIn("there is no such file", check("/tmp/none.xml")[1][0])
         for content, place, says in (("<a>\n<filter>\n</a>", ":3", "not well-formed"), ("<a/>", "", "no element filter"),
                                      ("<a>" * 200 + "</a>" * 200, "", "nested deeper")):
             write("/tmp/refused.xml", content)

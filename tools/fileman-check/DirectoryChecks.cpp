@@ -29,10 +29,12 @@ void checkModeIsFound(const Source& source, StorageTree& tree, Findings& finding
     if (source.mode.empty() || source.isExtra || !tree.exists(source.dir) ||
         CFileManConf::getModesInfo().count(source.mode) == 0 || CFileManConf::isCurrentMode(source.mode))
         return;
-    findings.add(source.line,
-                 source.title +
-                     ": no directory name below /home stands for this mode, so the filter page does "
-                     "not offer it, and lists without a choice of modes leave it out");
+    findings.add(
+        source.line,
+        source.title +
+            ": no directory below /home has the name that the mode's entry gives in rslt_dir_name or "
+            "prof_dir_name, so the filter page does not offer this mode, and lists without a choice "
+            "of modes leave it out");
 }
 
 // Returns the line of the innermost source whose directory contains the path, or 0.

@@ -186,8 +186,10 @@ void checkType(const Source& source, const std::string& type, const ActiveFilter
 
 void checkSlashes(const Source& source, Findings& findings) {
     if (CCommUtils::isContains(source.dir, "//") || CCommUtils::isEndsWith(source.dir, "/"))
-        findings.add(source.line, source.title + ": the directory " + quoted(source.dir) +
-                                      " has one slash too many, and the paths of its files have it too");
+        findings.add(source.line,
+                     source.title + ": the directory " + quoted(source.dir) +
+                         " has one slash too many, and the paths of its files have it too: dir_name starts "
+                         "below /home and has no slash at either end");
 }
 
 void checkExtra(const Source& source, const ActiveFilter& all, Findings& findings) {

@@ -1,5 +1,6 @@
 #include "fileman-check/LinedDocument.h"
 
+#include <cerrno>
 #include <cstring>
 #include <optional>
 
@@ -8,8 +9,12 @@
 
 namespace {
 
-std::string reason(const xml::Failure& failure) {
-    return failure.errorNumber != 0 ? std::strerror(failure.errorNumber) : failure.why;
+std::string message(const xml::Failure& failure) {
+    if (failure.errorNumber == ENOENT)
+        return "there is no such file, and without a document the program lists screenshots alone";
+    if (failure.errorNumber != 0)
+        return std::string("the program cannot read the document: ") + std::strerror(failure.errorNumber);
+    return "the program refuses the document: " + failure.why;
 }
 
 } // namespace
@@ -23,8 +28,7 @@ bool LinedDocument::read(const std::string& path, Findings& findings) {
     if (content && (isAccepted || asRead.Error()))
         m_document.Parse(content->c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
     if (!isAccepted)
-        findings.add(m_document.Error() ? m_document.ErrorRow() : 0,
-                     "the program refuses the document: " + reason(failure));
+        findings.add(m_document.Error() ? m_document.ErrorRow() : 0, message(failure));
     return isAccepted;
 }
 
