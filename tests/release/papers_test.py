@@ -1,5 +1,6 @@
 """papers_test.py BUILD: the version, the list of components and the pages that go with a release."""
 
+import datetime
 import json
 import os
 import re
@@ -37,8 +38,14 @@ class Version(unittest.TestCase):
         for arguments in (("--version", "more"), ("--Version",)):
             self.assertEqual(run(*arguments), run())
 
-    def test_the_changes_begin_with_it(self):
-        self.assertEqual(re.search(r"^## (\S+)$", text("CHANGELOG.md"), re.M)[1], VERSION)
+    def test_changes_packages_and_recipes_name_it_with_one_date(self):
+        version, date = re.search(r"^## (\S+) \((\S+)\)$", text("CHANGELOG.md"), re.M).groups()
+        self.assertEqual(version, VERSION)
+        self.assertRegex(text("packaging/debian/changelog"), rf"\Afileman \({VERSION}\) [^-]*\n -- .*  " +
+                         datetime.date.fromisoformat(date).strftime("%a, %d %b %Y"))
+        for recipe, line in (("buildroot/fileman/fileman.mk", f"FILEMAN_VERSION = {VERSION}\n"),
+                             ("openwrt/fileman/Makefile", f"PKG_VERSION:={VERSION}\n"), (f"yocto/fileman_{VERSION}.bb", "")):
+            self.assertIn(line, text("packaging/" + recipe))
 
 
 class Components(unittest.TestCase):
