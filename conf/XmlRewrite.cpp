@@ -3,9 +3,7 @@
 #include <tinyxml.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <cstdio>
 #include <string_view>
 #include <vector>
 
@@ -32,33 +30,6 @@ Elements elementsOf(const TiXmlDocument& document) {
     return elements;
 }
 
-std::string escaped(char c) {
-    switch (c) {
-    case '&':
-        return "&amp;";
-    case '<':
-        return "&lt;";
-    case '>':
-        return "&gt;";
-    case '"':
-        return "&quot;";
-    default:
-        break;
-    }
-    if (static_cast<unsigned char>(c) >= ' ')
-        return {c};
-    std::array<char, 8> reference{};
-    std::snprintf(reference.data(), reference.size(), "&#x%02X;", static_cast<unsigned>(c));
-    return reference.data();
-}
-
-std::string quoted(std::string_view value) {
-    std::string text = "\"";
-    for (const char c : value)
-        text += escaped(c);
-    return text + "\"";
-}
-
 // Appends the changed values of one start tag to out, and the unchanged text before and between them. from is
 // the position in text up to which out is complete. Returns the new position.
 std::size_t appendValues(std::string& out, std::size_t from, const std::string& text, const XmlTags& tags,
@@ -67,7 +38,7 @@ std::size_t appendValues(std::string& out, std::size_t from, const std::string& 
     for (const TextRange& value : tags.values()) {
         const char* const now = after.Attribute(old->Name());
         if (now != nullptr && old->ValueStr() != now) {
-            out.append(text, from, value.begin - from).append(quoted(now));
+            out.append(text, from, value.begin - from).append(quotedXmlText(now));
             from = value.end;
         }
         old = old->Next();
@@ -85,7 +56,7 @@ std::size_t appendNew(std::string& out, std::size_t from, const std::string& tex
         if (before.Attribute(now->Name()) != nullptr)
             continue;
         out.append(text, from, place - from);
-        out.append(" ").append(now->Name()).append("=").append(quoted(now->Value()));
+        out.append(" ").append(now->Name()).append("=").append(quotedXmlText(now->Value()));
         from = place;
     }
     return from;

@@ -1,6 +1,8 @@
 #include "conf/XmlText.h"
 
+#include <array>
 #include <cstddef>
+#include <cstdio>
 
 #include "common/Utf8.h"
 
@@ -14,6 +16,26 @@ bool isXmlCharacter(std::string_view character) {
     return character != "\xEF\xBF\xBE" && character != "\xEF\xBF\xBF"; // U+FFFE, U+FFFF
 }
 
+std::string escaped(char c) {
+    switch (c) {
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '"':
+        return "&quot;";
+    default:
+        break;
+    }
+    if (static_cast<unsigned char>(c) >= ' ')
+        return {c};
+    std::array<char, 8> reference{};
+    std::snprintf(reference.data(), reference.size(), "&#x%02X;", static_cast<unsigned>(c));
+    return reference.data();
+}
+
 } // namespace
 
 bool isXmlText(std::string_view text, bool isUtf8) {
@@ -24,4 +46,11 @@ bool isXmlText(std::string_view text, bool isUtf8) {
         text.remove_prefix(length);
     }
     return true;
+}
+
+std::string quotedXmlText(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text)
+        quoted += escaped(c);
+    return quoted + "\"";
 }

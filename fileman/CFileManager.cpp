@@ -9,10 +9,10 @@
 #include "fileman/RecordId.h"
 #include "fileman/load/FamilyLoader.h"
 #include "fileman/load/LoadPipeline.h"
+#include "fileman/names/FamilyDirs.h"
 #include "fileman/names/ListedFiles.h"
 #include "fileman/names/PortNames.h"
-#include "fileman/names/TestFamilies.h"
-#include "fileman/names/TypeNames.h"
+#include "fileman/names/TestTypeNames.h"
 
 CFileManager* g_FileMan = nullptr;
 

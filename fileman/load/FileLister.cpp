@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "fileman/disk/DateReader.h"
+#include "fileman/disk/DirectoryDates.h"
 #include "fileman/names/ListedFiles.h"
 
 namespace {
@@ -45,7 +45,7 @@ int FileLister::list(FileSource source) {
         return 0;
     // Most requests have no criteria here; then no file is tested.
     const bool passesAll = m_advanced.needs() == AdvancedFilter::Needs::Nothing;
-    std::optional<DateReader> dates;
+    std::optional<DirectoryDates> dates;
     std::vector<ListedFile> files;
     for (const DirEntry entry : *directory) {
         if (entry.type != EntryType::RegularFile || !isListedName(source, entry.name))

@@ -12,7 +12,7 @@
 #include "fileman/names/FlatModes.h"
 #include "fileman/names/PortNames.h"
 #include "fileman/names/Suffixes.h"
-#include "fileman/names/TypeNames.h"
+#include "fileman/names/TestTypeNames.h"
 
 namespace {
 

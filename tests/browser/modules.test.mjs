@@ -7,7 +7,7 @@ import { align, change, differingCells } from '../../web/js/fileman/differences.
 import { FIELDS } from '../../web/js/fileman/rows.js';
 import english from '../../web/js/languages/en.js';
 import { parsePrimary } from '../../web/js/fileman/options.js';
-import { dateAt } from '../../web/js/fileman/dates.js';
+import { dateAt } from '../../web/js/fileman/searchdates.js';
 import { naturalKey, orderBy } from '../../web/js/fileman/order.js';
 import { Query } from '../../web/js/fileman/query.js';
 import { escape, isSendable, listingQuery, parseQuery, readListing, toBinary, toText } from '../../web/js/fileman/wire.js';

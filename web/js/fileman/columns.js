@@ -6,7 +6,7 @@ import { el, icon, visible } from './dom.js';
 import { VERDICT_TEXTS, kindOf, obstacle } from './kinds.js';
 import { keep, recall } from './memory.js';
 import { t } from './texts.js';
-import { shortDate } from './when.js';
+import { shortDate } from './showndates.js';
 
 const COLUMNS = [
   { id: 'name', width: 220, minWidth: 140 },

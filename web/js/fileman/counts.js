@@ -2,7 +2,7 @@
  * How many entries each value of a column has among those that are found, counted in short pieces while the browser has
  * nothing else to do. A column's own values are counted as if nothing were asked of it, so that another one can be chosen.
  */
-import { dateAt } from './dates.js';
+import { dateAt } from './searchdates.js';
 import { kindOf, verdictOf } from './kinds.js';
 import { allTexts } from './texts.js';
 

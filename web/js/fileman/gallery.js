@@ -5,7 +5,7 @@
 import { el, icon, visible } from './dom.js';
 import { t } from './texts.js';
 import { Thumbnails } from './thumbnails.js';
-import { shortDate } from './when.js';
+import { shortDate } from './showndates.js';
 
 const LEAST_WIDTH = 160;
 const GAP = 12;

@@ -4,9 +4,9 @@
  *   bert north            both words, anywhere in an entry         "two words"   as they stand
  *   port:P1 test:bert     in this column, at the start of a word   port:"P1"     the whole value
  *   test:bert,latency     one of them                              -word         none of that
- *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (dates.js)
+ *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (searchdates.js)
  */
-import { dateAt } from './dates.js';
+import { dateAt } from './searchdates.js';
 import { VERDICT_TEXTS, kindOf, verdictOf } from './kinds.js';
 import { allTexts, t } from './texts.js';
 

@@ -1,4 +1,4 @@
-#include "fileman/disk/DateReader.h"
+#include "fileman/disk/DirectoryDates.h"
 
 #include <fcntl.h>
 
@@ -16,7 +16,7 @@ bool mayBeTooLong(const std::string& directory) {
 
 } // namespace
 
-DateReader::DateReader(const std::string& directory, int descriptor)
+DirectoryDates::DirectoryDates(const std::string& directory, int descriptor)
     : m_directory(directory), m_descriptor(descriptor) {
     if (mayBeTooLong(directory)) {
         m_descriptor = -1;
@@ -27,7 +27,7 @@ DateReader::DateReader(const std::string& directory, int descriptor)
     }
 }
 
-std::time_t DateReader::read(const char* fileName) const {
+std::time_t DirectoryDates::read(const char* fileName) const {
     return m_descriptor < 0 ? changeTime(entryPath(m_directory, fileName))
                             : changeTimeIn(m_directory, m_descriptor, fileName);
 }

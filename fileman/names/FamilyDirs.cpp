@@ -1,4 +1,4 @@
-#include "fileman/names/TestFamilies.h"
+#include "fileman/names/FamilyDirs.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "fileman/names/TypeNames.h"
+#include "fileman/names/TestTypeNames.h"
 
 #include <algorithm>
 
