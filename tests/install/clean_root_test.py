@@ -10,6 +10,7 @@ import os
 import subprocess
 import sys
 import unittest
+import urllib.error
 import urllib.request
 
 PACKAGES = os.path.abspath(sys.argv.pop(1))
@@ -55,7 +56,7 @@ def inside(command):
 def own_mirror():
     """The server that this machine takes its own packages from."""
     targets = run("apt-get", "indextargets", "--format", "$(RELEASE) $(REPO_URI)").splitlines()
-    return next(line.split()[1] for line in targets if line.startswith("bookworm "))
+    return next(line.split()[1] for line in targets if line.startswith("bookworm ")).rstrip("/") + "/"
 
 
 def make_base():
@@ -187,7 +188,9 @@ if __name__ == "__main__":
             print("SKIPPED: needs root and debootstrap")
             sys.exit(77)
         try:
-            urllib.request.urlopen(own_mirror() + "/dists/bookworm/Release", timeout=60).close()
+            urllib.request.urlopen(own_mirror() + "dists/bookworm/Release", timeout=60).close()
+        except urllib.error.HTTPError:
+            raise  # a server that answers is no missing network
         except OSError as error:
             print(f"SKIPPED: needs the package server: {error}")
             sys.exit(77)
