@@ -321,7 +321,7 @@ def an_abandoned_request_leaves_the_queue(instrument):
         waiting[0].stdout.close()
         waiting[1].terminate()
         for process in waiting:
-            process.wait(timeout=5)
+            process.wait(timeout=60)
     same(os.listdir(instrument.path("tmp/download")), [])
 
 
