@@ -27,7 +27,11 @@ test('each tab shows what the program lists', async () => {
 
 /** The heads are drawn anew when a column comes in, as that of the verdicts does. */
 async function boxOf(locator) {
-  for (let box; ; ) if ((box = await locator.boundingBox())) return box;
+  for (let i = 0; i < 20; i++) {
+    const box = await locator.boundingBox();
+    if (box) return box;
+  }
+  throw new Error('the element is never in sight');
 }
 
 instrument.onList('newest first, then by any column in natural order, remembered with the widths', 'fmtype=all', async (page) => {
