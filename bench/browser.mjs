@@ -29,7 +29,7 @@ function watch() {
       port2.postMessage(null);
     });
   const look = () => {
-    if (!window.times.first && document.querySelector('.slick-row')) painted('first');
+    if (!window.times.first && document.querySelector('.fm-row')) painted('first');
     const isWhole = document.querySelector('.fm-foot span:not(:empty)') && document.querySelector('.fm-wait')?.hidden;
     if (isWhole) painted('whole');
     else setTimeout(look, 10);

@@ -18,7 +18,7 @@ test('axe finds no fault in any view', async () => {
     const check = async (view, isOwn = () => true) =>
       assert.deepEqual((await faults(page)).filter(isOwn), [], `${view}, ${colorScheme}`);
     await check('list');
-    await page.locator('.slick-row').first().click();
+    await page.locator('.fm-row').first().click();
     await page.keyboard.press('Enter');
     await page.frameLocator('.fm-report').locator('body *').first().waitFor();
     await pressed(page, 'Download').first().click();
@@ -93,7 +93,7 @@ const OWN = { width: 800, height: 480 };
 
 test('on each screen nothing scrolls sideways, no date is cut, and fingers find large targets', async () => {
   const computer = await startInstrument(undefined, SCROLL_BARS);
-  const open = (page) => page.locator('.slick-row').nth(1).dblclick();
+  const open = (page) => page.locator('.fm-row').nth(1).dblclick();
   const choose = (page) => page.locator('.fm-check').first().click();
   const refine = async (page) => {
     if (!(await page.locator('.fm-facets:visible').count())) await pressed(page, 'Refine').click();
@@ -109,7 +109,7 @@ test('on each screen nothing scrolls sideways, no date is cut, and fingers find 
   const check = async (server, viewport, hasTouch, [name, query, act, locale]) => {
     const page = await server.newPage({ viewport, hasTouch, locale });
     await page.goto(server.list(query));
-    await page.locator(':is(.slick-row, .fm-tile, .fm-filter):visible').first().waitFor();
+    await page.locator(':is(.fm-row, .fm-tile, .fm-filter):visible').first().waitFor();
     await act?.(page);
     await page.waitForTimeout(300); // verdicts may bring a column
     const { low, ...found } = await page.evaluate(misfits);
@@ -127,8 +127,8 @@ test('on each screen nothing scrolls sideways, no date is cut, and fingers find 
 test('fingers open or choose, reach every action, and a small screen shows eight rows with a filter on', async () => {
   for (const viewport of [PHONE, OWN]) {
     const page = await instrument.open('fmtype=rslt&module=10G,1GE', { viewport, hasTouch: true, deviceScaleFactor: 2 });
-    const list = await page.locator('.slick-viewport').first().boundingBox();
-    const boxes = await Promise.all((await page.locator('.slick-row').all()).map((row) => row.boundingBox()));
+    const list = await page.locator('.fm-viewport').boundingBox();
+    const boxes = await Promise.all((await page.locator('.fm-row').all()).map((row) => row.boundingBox()));
     const whole = boxes.filter(({ y, height }) => y + height <= list.y + list.height).length;
     assert.ok(whole >= 8, `${whole} rows`);
     await page.locator('.fm-check').first().tap();
@@ -144,11 +144,11 @@ test('fingers open or choose, reach every action, and a small screen shows eight
     assert.ok(await ok.isVisible());
     assert.deepEqual(await faults(page), []);
     await page.keyboard.press('Escape');
-    await page.locator('.slick-row').nth(2).tap();
+    await page.locator('.fm-row').nth(2).tap();
     await page.locator('.fm-viewer').waitFor();
     assert.equal(await page.locator('.fm-bar').isVisible(), false, 'nothing to reach behind a view');
     await page.closeViewer();
-    await page.locator('.slick-row').nth(1).dispatchEvent('pointerdown', { pointerType: 'touch', bubbles: true });
+    await page.locator('.fm-row').nth(1).dispatchEvent('pointerdown', { pointerType: 'touch', bubbles: true });
     await page.getByText('2 chosen').waitFor();
     assert.deepEqual(page.problems, []);
   }

@@ -14,7 +14,7 @@ const instrument = await startInstrument();
 const chooseAll = (page) => page.getByRole('checkbox', { name: 'Choose all shown' });
 async function choose(page, count) {
   for (let i = 0; i < count; i++) await row(page, i).locator('.fm-check').click();
-  return page.locator('.slick-row.is-chosen .fm-name').allTextContents();
+  return page.locator('.fm-row.is-chosen .fm-name').allTextContents();
 }
 const unzip = (option, file, ...more) => execFileSync('unzip', [option, file, ...more], { encoding: 'utf8', maxBuffer: 1 << 26 });
 
@@ -25,7 +25,7 @@ const REPORT =
 test('a report shows as a report, runs nothing and asks for nothing', () =>
   withFiles({ 'viewed.html': REPORT }, async () => {
     const page = await instrument.open('fmtype=rslt&test=bert&fname=viewed');
-    await page.locator('.slick-row').dblclick();
+    await page.locator('.fm-row').dblclick();
     const report = page.frameLocator('.fm-report');
     await report.getByText('Passed').waitFor();
     assert.equal(await report.locator('p').evaluate((node) => getComputedStyle(node).color), 'rgb(1, 2, 3)');
@@ -154,7 +154,7 @@ test('a file that has gone is told', () =>
   withFiles({ 'gone.html': '<html>soon gone</html>' }, async ([path]) => {
     const page = await instrument.open('fmtype=rslt&test=bert&fname=gone');
     fs.unlinkSync(path);
-    await page.locator('.slick-row').first().click();
+    await page.locator('.fm-row').first().click();
     await pressed(page, 'Download').click();
     await told(page, /does not find this any more/);
     await pressed(page, 'View').click();

@@ -71,9 +71,9 @@ test('screenshots are pictures, fetched in sight and four at a time, and arrows 
   for (const key of ['Home', ' ']) await page.keyboard.press(key);
   await pressed(page, 'Pictures').click();
   assert.match(await footer(page), /1 chosen/);
-  assert.equal(await page.locator('.slick-row').first().getAttribute('aria-selected'), 'true');
+  assert.equal(await page.locator('.fm-row').first().getAttribute('aria-selected'), 'true');
   await page.reload();
-  await page.waitForSelector('.slick-row');
+  await page.waitForSelector('.fm-row');
   assert.deepEqual(page.problems, []);
 });
 

@@ -180,7 +180,7 @@ export async function settled(page) {
 
 const cells = (page, selector) =>
   page.$$eval(
-    '.slick-row',
+    '.fm-row',
     (rows, wanted) =>
       rows.sort((a, b) => a.dataset.row - b.dataset.row).map((row) => row.querySelector(wanted).textContent),
     selector,
@@ -206,7 +206,7 @@ export async function saved(page, action) {
 }
 
 export const footer = (page) => page.innerText('.fm-foot');
-export const row = (page, i) => page.locator(`.slick-row[data-row="${i}"]`);
+export const row = (page, i) => page.locator(`.fm-row[data-row="${i}"]`);
 export const task = (page) => page.locator('.fm-task').last();
 export const told = (page, words) => task(page).getByText(words).waitFor();
 export const pressed = (page, name) => page.getByRole('button', { name, exact: true });

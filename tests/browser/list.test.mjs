@@ -6,7 +6,7 @@ import { arrive, column, find, footer, names, openList, pressed, row, rowsOf, se
 const instrument = await startInstrument();
 
 const chosen = (page) =>
-  page.$$eval('.slick-row.is-chosen', (rows) => rows.map((row) => Number(row.dataset.row)).sort((a, b) => a - b));
+  page.$$eval('.fm-row.is-chosen', (rows) => rows.map((row) => Number(row.dataset.row)).sort((a, b) => a - b));
 const entryCount = async (page) => Number(/^([\d,]+)/.exec(await footer(page))[1].replace(',', ''));
 
 test('each tab shows what the program lists', async () => {
@@ -35,7 +35,7 @@ async function boxOf(locator) {
 }
 
 instrument.onList('newest first, then by any column in natural order, remembered with the widths', 'fmtype=all', async (page) => {
-  const dates = await page.$$eval('.slick-row time', (times) => times.map((time) => time.title));
+  const dates = await page.$$eval('.fm-row time', (times) => times.map((time) => time.title));
   assert.deepEqual(dates, [...dates].sort().reverse());
   await pressed(page, 'Port').click();
   const ports = (await column(page, 'port')).filter(Boolean);
@@ -45,12 +45,23 @@ instrument.onList('newest first, then by any column in natural order, remembered
   const width = (await boxOf(head)).width;
   await page.getByRole('button', { name: 'Module' }).focus();
   for (let i = 0; i < 3; i++) await page.keyboard.press('Alt+ArrowRight');
-  const handle = await boxOf(page.locator('[data-id=mode] .slick-resizable-handle'));
+  const handle = await boxOf(page.locator('[data-id=mode] .fm-handle'));
   await page.mouse.move(handle.x + 4, handle.y + 8);
   await page.mouse.down();
-  await page.mouse.move(handle.x + 64, handle.y + 8, { steps: 4 });
+  await page.mouse.move(handle.x + 304, handle.y + 8, { steps: 4 });
   await page.mouse.up();
   const mode = (await boxOf(page.locator('[data-id=mode]'))).width;
+  // What is wider than the list scrolls, the heads along with it, and the rows in the document stay in their order.
+  await page.locator('.fm-viewport').evaluate((node) => node.scrollTo(90, 3600));
+  await page.waitForFunction(() => document.querySelector('.fm-heads-frame').scrollLeft === 90);
+  for (const order of ['descending', 'ascending']) {
+    await pressed(page, 'Port').dispatchEvent('click'); // a click with the mouse would scroll to the head
+    assert.equal(await page.getAttribute('[data-id=port]', 'aria-sort'), order);
+  }
+  assert.equal(await page.$eval('.fm-viewport', (node) => node.scrollLeft), 90);
+  const rows = await page.$$eval('.fm-row', (nodes) => nodes.map((node) => Number(node.dataset.row)));
+  assert.deepEqual(rows, Array.from(rows, (_, i) => rows[0] + i));
+  assert.ok(rows[0] > 50 && rows[0] < 100 && rows.length < 60, `rows ${rows}`);
   await openList(page, instrument.list('fmtype=rslt'));
   assert.equal((await boxOf(head)).width, width + 48);
   assert.equal((await boxOf(page.locator('[data-id=mode]'))).width, mode);
@@ -65,7 +76,7 @@ instrument.onList('typing narrows, marks, counts, and the address keeps it', 'fm
   await find(page, 'no such thing');
   await page.getByRole('heading', { name: 'Nothing matches “no such thing”' }).waitFor();
   await pressed(page, 'Clear the search').click();
-  await page.waitForSelector('.slick-row');
+  await page.waitForSelector('.fm-row');
 });
 
 instrument.onList('typed words stay with tabs, filters and a changed address; "/" and Down lead through', 'fmtype=all', async (page) => {
@@ -86,7 +97,7 @@ instrument.onList('typed words stay with tabs, filters and a changed address; "/
   await page.evaluate("location.hash = '#find=yesterday'");
   await page.getByRole('heading', { name: 'Nothing matches “yesterday”' }).waitFor();
   await page.goBack();
-  await page.waitForSelector('.slick-row');
+  await page.waitForSelector('.fm-row');
   assert.equal(await typed(), 'today test:bert -port:SFP');
 });
 
@@ -115,7 +126,7 @@ instrument.onList('rows are chosen by box, shift, ctrl, Ctrl-A and keys, and the
   assert.equal(await page.getAttribute('#rsltgrid', 'aria-rowcount'), String((await entryCount(page)) + 1));
   await page.keyboard.press('End');
   await page.waitForTimeout(100);
-  assert.equal(await page.locator('.slick-row.is-active').isVisible(), true);
+  assert.equal(await page.locator('.fm-row.is-active').isVisible(), true);
   await page.keyboard.press('Escape');
   assert.deepEqual(await chosen(page), []);
 });
@@ -200,7 +211,7 @@ instrument.onList('advanced fields, Cancel and Escape, and the way out of an emp
   await page.keyboard.press('Enter');
   await page.getByRole('heading', { name: 'Nothing matches the filter' }).waitFor();
   await pressed(page, 'Remove Name ends: no such end').click();
-  await page.waitForSelector('.slick-row');
+  await page.waitForSelector('.fm-row');
   assert.ok((await page.locator('.fm-name').allTextContents()).every((name) => name.startsWith('bert_')));
 });
 
@@ -225,7 +236,7 @@ instrument.onList('an action leaves list, place, choice and search as they are; 
   await page.closeViewer();
   const state = () =>
     page.evaluate(() => [
-      document.querySelector('.slick-viewport-top').scrollTop,
+      document.querySelector('.fm-viewport').scrollTop,
       document.querySelector('[type=search]').value,
       document.querySelector('.fm-foot').innerText,
       document.querySelector('.is-active')?.innerText,

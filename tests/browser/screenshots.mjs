@@ -20,7 +20,7 @@ const chooseRows = (...rows) => async (page) => {
   for (const i of rows) await row(page, i).locator('.fm-check').click();
 };
 const viewRow = (i) => async (page) => {
-  await page.locator('.slick-row').nth(i).dblclick();
+  await page.locator('.fm-row').nth(i).dblclick();
   await page.frameLocator('.fm-report').locator('h1, table').first().waitFor();
 };
 const SHOTS = {
@@ -45,7 +45,7 @@ const SHOTS = {
   gallery: [wide, 'fmtype=screen', (page) => page.locator('.fm-tile img').first().waitFor()],
   'own-screen': [{ viewport: { width: 800, height: 480 } }, 'fmtype=rslt&module=10G', chooseRows(1)],
   phone: [{ viewport: { width: 390, height: 780 }, deviceScaleFactor: 2, hasTouch: true }, 'fmtype=rslt&module=10G', (page) =>
-    page.locator('.slick-row').nth(1).tap()],
+    page.locator('.fm-row').nth(1).tap()],
   dark: [{ ...wide, colorScheme: 'dark', locale: 'de-DE' }, 'fmtype=rslt&module=10G,1GE&test=throughput', viewRow(1)],
 };
 

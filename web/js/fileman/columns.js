@@ -122,7 +122,7 @@ function drawDate(datetime) {
 function drawCell(id, entry, words) {
   if (id === 'name') return drawName(entry, words);
   if (id === 'verdict') return drawVerdict(entry);
-  return id === 'datetime' ? drawDate(entry.datetime) : { text: visible(entry[id]) };
+  return id === 'datetime' ? drawDate(entry.datetime) : visible(entry[id]);
 }
 
 export class Columns {
@@ -130,7 +130,7 @@ export class Columns {
   constructor(events) {
     this.events = events;
     this.words = []; // marked in names
-    this.telling = COLUMNS.map(({ id }) => id);
+    this.telling = null; // ids of the columns that are shown
     this.heads = new Map(COLUMNS.map(({ id }) => [id, this.#head(id)]));
     this.checkAll = el('input', {
       type: 'checkbox',
@@ -155,25 +155,22 @@ export class Columns {
   #check(narrow) {
     return {
       id: 'chosen',
-      name: narrow ? el('span', { text: t('chooseAll') }) : this.checkAll,
+      head: narrow ? el('span', { text: t('chooseAll') }) : this.checkAll,
       width: CHECK_WIDTH,
-      minWidth: CHECK_WIDTH,
-      maxWidth: CHECK_WIDTH,
-      resizable: false,
-      cssClass: 'fm-check-cell',
-      headerCssClass: 'fm-check-head',
-      formatter: () => el('span', { class: 'fm-check', role: 'checkbox', tabindex: '-1' }),
+      isFixed: true,
+      className: 'fm-check-cell',
+      fill: (cell) => cell.append(el('span', { class: 'fm-check', role: 'checkbox', tabindex: '-1' })),
     };
   }
 
   #only(hostWidth) {
     return {
       id: 'entry',
-      name: columnText('name'),
+      head: columnText('name'),
       width: Math.max(200, hostWidth - CHECK_WIDTH - scrollbarWidth()),
-      resizable: false,
-      cssClass: 'fm-entry',
-      formatter: (row, cell, value, column, entry) => drawEntry(entry, this.words, this.telling),
+      isFixed: true,
+      className: 'fm-entry',
+      fill: (cell, entry) => cell.append(drawEntry(entry, this.words, this.telling)),
     };
   }
 
@@ -182,12 +179,11 @@ export class Columns {
     const some = COLUMNS.filter(({ id }) => this.telling.includes(id));
     return some.map(({ id, minWidth = LEAST_WIDTH }) => ({
       id,
-      field: id,
-      name: this.heads.get(id),
+      head: this.heads.get(id),
       width: widths[id],
       minWidth,
-      cssClass: `fm-col-${id}`,
-      formatter: (row, cell, value, column, entry) => drawCell(id, entry, this.words),
+      className: `fm-col-${id}`,
+      fill: (cell, entry) => cell.append(drawCell(id, entry, this.words)),
     }));
   }
 
@@ -197,7 +193,6 @@ export class Columns {
       if (!event.altKey || !step[event.key]) return;
       event.preventDefault();
       this.events.resize(id, step[event.key]);
-      this.heads.get(id).focus();
     };
     return el(
       'button',

@@ -1,13 +1,13 @@
 /*
- * The list itself: SlickGrid draws the rows that are in sight; this file adds what it lacks. The element
+ * The list itself: choice, active row, mouse and keyboard. table.js draws the rows that are in sight. The element
  * "rsltgrid" always keeps the keyboard focus (aria-activedescendant names the active row), rows
  * carry their place and choice for assistive software, headers are buttons, and on a narrow screen one
  * column shows an entry in two lines.
  */
-import { SlickGrid } from 'slickgrid';
 import { Columns, keepWidths, tellingColumns } from './columns.js';
 import { announce, visible } from './dom.js';
 import { keep, recall } from './memory.js';
+import { Table } from './table.js';
 import { t } from './texts.js';
 
 const NARROW = 880; // what the columns need
@@ -25,9 +25,8 @@ export class FileGrid {
   /**
    * `events`: sort(field), changed() after another choice or active row, open(entry), menu(entry, rectangle),
    * escape() which is true when something else than the choice was given up. `tools` takes the place of the heads on a narrow screen.
-   * `entries` are those that come first, so that their columns need not be laid out twice.
    */
-  constructor(host, tools, events, entries) {
+  constructor(host, tools, events) {
     this.host = host;
     this.tools = tools;
     this.events = events;
@@ -42,48 +41,22 @@ export class FileGrid {
       resize: (id, step) => this.#resize(id, step),
       chooseAll: (on) => this.chooseAll(on),
     });
-    this.columns.telling = tellingColumns(entries);
     this.#create();
   }
 
   #create() {
     const { host } = this;
-    this.narrow = isNarrow(host);
-    this.fitted = sizeOf(host);
-    this.columns.showTools(this.tools, this.narrow);
     host.classList.toggle('is-dense', isDense());
-    this.grid = new SlickGrid(
-      host,
-      {
-        getLength: () => this.view.length,
-        getItem: (row) => this.view[row],
-      },
-      this.columns.list(this.narrow, this.host.clientWidth),
-      {
-        rowHeight: this.#rowHeight,
-        enableCellNavigation: false,
-        enableColumnReorder: false,
-        enableHtmlRendering: false,
-        enableMouseWheelScrollHandler: false,
-        fullWidthRows: true,
-        showColumnHeader: !this.narrow,
-        syncColumnCellResize: true,
-        rowTopOffsetRenderType: 'transform',
-        showCellSelection: false,
-      },
-    );
-    // One tab stop instead of the grid's dozen; the others would hold the keyboard without showing it.
-    host.querySelectorAll('div[tabindex]').forEach((node) => node.removeAttribute('tabindex'));
     host.tabIndex = 0;
+    host.setAttribute('role', 'grid');
     host.setAttribute('aria-label', t('grid'));
     host.setAttribute('aria-multiselectable', 'true');
-    this.canvas = this.grid.getCanvasNode();
-    this.viewport = this.grid.getViewportNode();
-    this.grid.onRendered.subscribe(() => {
+    const source = { count: () => this.view.length, entry: (row) => this.view[row] };
+    const drawn = () => {
       this.#mark();
       this.events.drawn();
-    });
-    this.grid.onColumnsResized.subscribe(() => this.#keepWidths());
+    };
+    this.table = new Table(host, source, { drawn, resized: () => this.#keepWidths() });
     host.addEventListener('keydown', (event) => this.#key(event));
     host.addEventListener('mousedown', (event) => this.#press(event));
     host.addEventListener('click', (event) => this.#click(event));
@@ -95,7 +68,6 @@ export class FileGrid {
     new ResizeObserver(() => {
       if (sizeOf(host) !== this.fitted) this.#fit();
     }).observe(host);
-    this.showSort(this.sort);
   }
 
   /** Two-line rows are what a finger needs, so the choice of dense rows is about the others. */
@@ -113,16 +85,14 @@ export class FileGrid {
   // ---- columns
 
   #resize(id, step) {
-    const columns = this.grid.getColumns();
-    const column = columns.find((one) => one.id === id);
+    const column = this.table.columns.find((one) => one.id === id);
     column.width = Math.max(column.minWidth, column.width + step);
-    this.grid.setColumns(columns);
+    this.table.showWidths();
     this.#keepWidths();
-    this.showSort(this.sort);
   }
 
   #keepWidths() {
-    if (!this.narrow) keepWidths(this.grid.getColumns());
+    if (!this.narrow) keepWidths(this.table.columns);
   }
 
   showSort(sort) {
@@ -132,35 +102,30 @@ export class FileGrid {
 
   #fit() {
     this.fitted = sizeOf(this.host);
-    if (!this.host.clientWidth) return; // out of sight
-    const { top } = this;
+    if (!this.host.clientWidth && this.table.columns) return; // out of sight
     this.narrow = isNarrow(this.host);
     this.columns.showTools(this.tools, this.narrow);
-    this.grid.setColumnHeaderVisibility(!this.narrow, false);
-    this.grid.setOptions({ rowHeight: this.#rowHeight }, true, true);
-    this.grid.setColumns(this.columns.list(this.narrow, this.host.clientWidth));
+    const columns = this.columns.list(this.narrow, this.host.clientWidth);
+    this.table.lay(columns, { rowHeight: this.#rowHeight, hasHeads: !this.narrow });
     this.showSort(this.sort);
-    this.#redraw();
-    this.top = top;
+    this.table.renew();
   }
 
   /** Leaves out the columns in which all of these entries agree. */
   fold(entries) {
     const telling = tellingColumns(entries);
-    if (telling.join() === this.columns.telling.join()) return;
+    if (telling.join() === this.columns.telling?.join()) return;
     this.columns.telling = telling;
-    if (!this.narrow) this.#fit();
+    if (!this.narrow || !this.table.columns) this.#fit();
   }
 
   // ---- drawing
 
   /** Gives the rows in sight their state; runs after every drawing and every change of the choice. */
   #mark() {
-    if (!this.canvas) return;
     this.host.setAttribute('aria-rowcount', this.view.length + 1);
-    this.host.querySelector('.slick-header-columns').setAttribute('aria-rowindex', 1);
     let activeId = null;
-    for (const node of this.canvas.children) {
+    for (const node of this.table.rows) {
       const row = Number(node.dataset.row);
       const entry = this.view[row];
       if (!entry) continue;
@@ -189,24 +154,17 @@ export class FileGrid {
     this.columns.checkAll.disabled = !shown;
   }
 
-  #redraw() {
-    this.grid.invalidateAllRows();
-    this.grid.updateRowCount();
-    this.grid.render();
-    this.#mark();
-  }
-
   /** The entries in sight. */
   get inSight() {
-    const { top, bottom } = this.grid.getViewport();
-    return this.view.slice(Math.max(top, 0), bottom + 1);
+    const { from, to } = this.table.inSight;
+    return this.view.slice(from, to);
   }
 
   /** Fills an entry's row again when it is in sight. The row itself stays, and so does its place for assistive software. */
   redrawEntry(entry) {
     const row = this.inSight.includes(entry) ? this.view.indexOf(entry) : -1;
     if (row < 0) return;
-    this.grid.updateRow(row);
+    this.table.redraw(row);
     this.#mark();
   }
 
@@ -218,16 +176,16 @@ export class FileGrid {
     this.active = was ? view.indexOf(was) : -1;
     this.anchor = this.active;
     this.#count();
-    this.#redraw();
+    this.table.renew();
+    if (!view.length) this.#mark();
   }
 
   get top() {
-    return this.viewport.scrollTop;
+    return this.table.top;
   }
 
   set top(top) {
-    this.viewport.scrollTop = top;
-    this.grid.render();
+    this.table.top = top;
   }
 
   get activeEntry() {
@@ -273,15 +231,15 @@ export class FileGrid {
 
   activate(row) {
     this.active = Math.max(0, Math.min(row, this.view.length - 1));
-    this.grid.scrollRowIntoView(this.active);
+    this.table.reveal(this.active);
     this.#changed();
   }
 
   // ---- mouse and keyboard
 
   #rowAt(event) {
-    const node = event.target.closest?.('.slick-row');
-    return node && this.canvas.contains(node) ? Number(node.dataset.row) : -1;
+    const node = event.target.closest?.('.fm-row');
+    return node ? Number(node.dataset.row) : -1;
   }
 
   #press(event) {
@@ -354,7 +312,7 @@ export class FileGrid {
       if (!/^Arrow(Down|Up)$/.test(event.key)) return;
       this.host.focus();
     }
-    const page = Math.max(1, Math.floor(this.viewport.clientHeight / this.grid.getOptions().rowHeight) - 1);
+    const page = Math.max(1, Math.floor(this.table.viewport.clientHeight / this.#rowHeight) - 1);
     const moves = {
       ArrowDown: this.active + 1,
       ArrowUp: this.active - 1,

@@ -152,8 +152,8 @@ function takeList(list, kept) {
   narrow();
   // By path: two files of one name share their id.
   const paths = new Set(kept.chosen ?? []);
-  grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
   if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
+  grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
   if (kept.top || grid.top) grid.top = kept.top ?? 0;
   tellGaps(list);
   takeView();
@@ -507,7 +507,7 @@ export async function start() {
     ],
   });
   const ofGrid = { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: wantVerdicts };
-  grid = new FileGrid(frame.host, frame.tools, ofGrid, own?.entries ?? []);
+  grid = new FileGrid(frame.host, frame.tools, ofGrid);
   verdicts = new Verdicts(takeVerdict);
   gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });
   copyRows(frame.host, () => grid.targets());

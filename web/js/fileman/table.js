@@ -1,0 +1,142 @@
+/*
+ * A table of rows of one height, of which only those in sight are in the document. The widths of its columns are one
+ * property of the host's style, so that a width changes all rows at once.
+ */
+import { el } from './dom.js';
+
+const BEYOND = 8; // rows drawn above and below those in sight
+
+export class Table {
+  /**
+   * `source`: count() rows, entry(row). `events`: drawn() after rows have come, resized() after a person has changed a
+   * width. A column is { id, head, className, width, minWidth, isFixed, fill(cell, entry) }.
+   */
+  constructor(host, source, events) {
+    this.host = host;
+    this.source = source;
+    this.events = events;
+    this.first = 0; // of the rows in the document
+    this.rows = []; // their elements
+    this.heads = el('div', { class: 'fm-heads', role: 'row', 'aria-rowindex': 1 });
+    this.frame = el('div', { class: 'fm-heads-frame', role: 'rowgroup' }, this.heads);
+    this.canvas = el('div', { class: 'fm-canvas' });
+    this.viewport = el('div', { class: 'fm-viewport', role: 'rowgroup', tabindex: '-1' }, this.canvas);
+    this.viewport.addEventListener('scroll', () => {
+      this.frame.scrollLeft = this.viewport.scrollLeft;
+      this.draw();
+    });
+    host.append(this.frame, this.viewport);
+  }
+
+  /** Takes other columns and another height of the rows; renew() draws them. */
+  lay(columns, { rowHeight, hasHeads }) {
+    this.columns = columns;
+    this.rowHeight = rowHeight;
+    this.frame.hidden = !hasHeads;
+    this.heads.replaceChildren(...columns.map((column) => this.#head(column)));
+    this.host.style.setProperty('--row', `${rowHeight}px`);
+    this.showWidths();
+  }
+
+  showWidths() {
+    const widths = this.columns.map(({ width }) => width);
+    this.host.style.setProperty('--columns', widths.map((width) => `${width}px`).join(' '));
+    // Also while no row is drawn, so that the place of a list that scrolls sideways stays.
+    this.canvas.style.minWidth = `${widths.reduce((sum, width) => sum + width, 0)}px`;
+  }
+
+  #head(column) {
+    const handle = !column.isFixed && el('div', { class: 'fm-handle' });
+    if (handle) handle.addEventListener('pointerdown', (event) => this.#resize(event, handle, column));
+    return el('div', { class: 'fm-head-cell', role: 'columnheader', 'data-id': column.id }, column.head, handle);
+  }
+
+  #resize(event, handle, column) {
+    event.preventDefault();
+    const start = column.width - event.pageX;
+    const move = ({ pageX }) => {
+      column.width = Math.max(column.minWidth, start + pageX);
+      this.showWidths();
+    };
+    const end = () => {
+      handle.removeEventListener('pointermove', move);
+      this.events.resized();
+    };
+    handle.setPointerCapture(event.pointerId);
+    handle.addEventListener('pointermove', move);
+    handle.addEventListener('lostpointercapture', end, { once: true });
+  }
+
+  /** The rows in sight, from the first one to the one behind the last. */
+  get inSight() {
+    const { scrollTop, clientHeight } = this.viewport;
+    const row = (y) => Math.min(y / this.rowHeight, this.source.count());
+    return { from: Math.floor(row(scrollTop)), to: Math.ceil(row(scrollTop + clientHeight)) };
+  }
+
+  /** Draws all rows anew. */
+  renew() {
+    this.rows = [];
+    this.canvas.replaceChildren();
+    this.canvas.style.height = `${this.source.count() * this.rowHeight}px`;
+    this.draw();
+  }
+
+  /** Draws the rows that have come into sight, and removes those far from it. */
+  draw() {
+    const { from, to } = this.inSight;
+    const first = Math.max(0, from - BEYOND);
+    const end = Math.min(this.source.count(), to + BEYOND);
+    const oldEnd = this.first + this.rows.length;
+    const isApart = end <= this.first || oldEnd <= first;
+    const rowsOf = (start, stop) => Array.from({ length: Math.max(0, stop - start) }, (_, i) => this.#row(start + i));
+    const above = isApart ? [] : rowsOf(first, this.first);
+    const below = rowsOf(isApart ? first : oldEnd, end);
+    const isKept = (_, i) => !isApart && this.first + i >= first && this.first + i < end;
+    const kept = this.rows.filter(isKept);
+    if (!above.length && !below.length && kept.length === this.rows.length) return;
+    this.rows.forEach((node, i) => isKept(node, i) || node.remove());
+    this.canvas.prepend(...above);
+    this.canvas.append(...below);
+    this.rows = [...above, ...kept, ...below];
+    this.first = first;
+    this.events.drawn();
+  }
+
+  #row(row) {
+    const node = el('div', { class: 'fm-row', role: 'row', 'data-row': row }, this.#cells(row));
+    node.style.transform = `translateY(${row * this.rowHeight}px)`;
+    return node;
+  }
+
+  #cells(row) {
+    const entry = this.source.entry(row);
+    return this.columns.map(({ className, fill }) => {
+      const cell = el('div', { class: `fm-cell ${className}`, role: 'gridcell' });
+      fill(cell, entry);
+      return cell;
+    });
+  }
+
+  /** Fills a row again if it is drawn; its element stays. */
+  redraw(row) {
+    this.rows[row - this.first]?.replaceChildren(...this.#cells(row));
+  }
+
+  /** Scrolls until a row is in sight. */
+  reveal(row) {
+    const top = row * this.rowHeight;
+    const { scrollTop, clientHeight } = this.viewport;
+    if (top < scrollTop) this.top = top;
+    else if (top + this.rowHeight > scrollTop + clientHeight) this.top = top + this.rowHeight - clientHeight;
+  }
+
+  get top() {
+    return this.viewport.scrollTop;
+  }
+
+  set top(top) {
+    this.viewport.scrollTop = top;
+    this.draw();
+  }
+}
