@@ -108,6 +108,11 @@ test('a query asks by word, phrase, column, exclusion and date', () => {
     ['port:', 'abcd'], ['-', 'abcd'], ['x:y', ''], ['"no end', ''],
   ];
   for (const [text, letters] of cases) assert.equal(found(text), letters, text);
+  entries[0].verdict = 'fail';
+  entries[1].verdict = 'pass';
+  Object.assign(entries[3], { name: 'FAIL over', verdict: 'none' });
+  const verdicts = [['Fail', 'ad'], ['verdict:fail', 'a'], ['-fail', 'bc'], ['pass', 'b'], ['failed', '']];
+  for (const [text, letters] of verdicts) assert.equal(found(text), letters, text);
   assert.deepEqual(new Query('bert -north name:so "a b"').words, ['bert', 'so', 'a b']);
 });
 

@@ -4,6 +4,7 @@
  *   bert north            both words, anywhere in an entry         "two words"   as they stand
  *   port:P1 test:bert     in this column, at the start of a word   port:"P1"     the whole value
  *   test:bert,latency     one of them                              -word         none of that
+ *   fail                  this verdict, or the word as any other
  *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (searchdates.js)
  */
 import { dateAt } from './searchdates.js';
@@ -87,6 +88,17 @@ function wordClause(text) {
   return { key: 'word', word, test: (entry) => SEARCHED.some((field) => pattern.test(entry[field])) };
 }
 
+/** Whether the word is a verdict that a report can say, in English or in the person's language. */
+const isVerdict = (word) =>
+  ['pass', 'fail'].some((key) => [key, ...allTexts(VERDICT_TEXTS[key])].some((text) => text.toLowerCase() === word));
+
+/** "fail" finds the verdict; it may also be part of a name. */
+function verdictClause(word) {
+  const verdict = fieldClause('verdict', word);
+  const anywhere = wordClause(word);
+  return { ...verdict, test: (entry) => verdict.test(entry) || anywhere.test(entry) };
+}
+
 function dateClause({ from, to }, text) {
   return { key: 'date', values: [{ text }], test: ({ datetime }) => datetime >= from && datetime < to };
 }
@@ -105,7 +117,9 @@ function clauseAt(text, start) {
     const [whole, minus, name, rest] = WORD.exec(text);
     const key = name && keyNamed(name);
     end = start + whole.length;
-    clause = key ? fieldClause(key, rest) : wordClause(whole.slice(minus.length));
+    const word = whole.slice(minus.length);
+    if (key) clause = fieldClause(key, rest);
+    else clause = isVerdict(word.toLowerCase()) ? verdictClause(word) : wordClause(word);
   }
   if (!clause) return { key: '', isNot, start, end, test: null };
   const { test } = clause;

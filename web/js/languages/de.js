@@ -56,7 +56,7 @@ export default {
   count: '{n}',
   moreValues: '{n} weitere …',
   findSyntax:
-    'Die Suche versteht auch: heute, letzte Woche, 20.11., 1.11.-20.11., port:P1, test:bert,latency, "zwei Wörter", -Wort',
+    'Die Suche versteht auch: heute, letzte Woche, 20.11., 1.11.-20.11., port:P1, test:bert,latency, "zwei Wörter", -Wort, fail',
   keptFilters: 'Gemerkte Filter',
   keep: 'Merken',
   keepHint: 'Name für diese Auswahl',

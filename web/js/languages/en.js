@@ -55,7 +55,7 @@ export default {
   noValue: '(none)',
   count: '{n}',
   moreValues: '{n} more …',
-  findSyntax: 'The search also takes: today, last week, 20.11., 1.11.-20.11., port:P1, test:bert,latency, "two words", -word',
+  findSyntax: 'The search also takes: today, last week, 20.11., 1.11.-20.11., port:P1, test:bert,latency, "two words", -word, fail',
   keptFilters: 'Kept filters',
   keep: 'Keep',
   keepHint: 'Name for what is shown',
