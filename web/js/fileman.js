@@ -1,14 +1,14 @@
 /*
- * First script of every page of the file manager, and the only one that both the list and the filter
- * pages load. It runs before the rest of the page is read, so that nothing a stored file's name can
- * smuggle into the page is executed: the list's array is kept as text (its values stand unescaped) and
- * read by js/fileman/rows.js, and a policy like the web server's own is laid over the page, because
- * small servers cannot send one. Then it starts the module that the page needs.
+ * The first script of every page, both of the list and of the filter pages. It runs before the browser parses the rest
+ * of the page, so that no name of a stored file can run as code. Default answers do not escape the values in the array
+ * of the list. So this script turns the array into plain text, which js/fileman/rows.js reads. It also applies a
+ * Content-Security-Policy like the one of the packaged web server, because small servers do not send one. Then it
+ * starts the module that the page needs.
  */
 (() => {
   'use strict';
 
-  const POLICY = `@PAGE_POLICY@`; // scripts/build-web puts it in
+  const POLICY = `@PAGE_POLICY@`; // scripts/build-web inserts it
   const KNOWN_SCRIPT = /^\s*\$\(function\(\) \{\s*init(?:Pri|Adv)Filter\(\);\s*\}\);\s*$/;
 
   const base = new URL('.', document.currentScript.src).href;
@@ -27,11 +27,11 @@
     }
   }
 
-  // The parser delivers these records before it runs the script they are about.
+  // The browser calls this for a new script element before it runs the script.
   const watch = new MutationObserver((records) => {
     for (const record of records) record.addedNodes.forEach(disarm);
   });
-  // Strict answers have no script that could run, and bring the program's own policy.
+  // Strict answers have no inline script that could run, and they have their own policy.
   const isStrict = document.head.querySelector('meta[name=fileman-answers]')?.content === 'strict';
   if (!isStrict) {
     watch.observe(document, { childList: true, subtree: true });
@@ -42,11 +42,12 @@
   insertHead('meta', { name: 'referrer', content: 'same-origin' });
   insertHead('link', { rel: 'icon', href: 'data:image/svg+xml;base64,@ICON@' });
 
-  // scripts/build-web lists the modules; the first one starts the pages. They get ready while the rest of the page arrives.
+  // scripts/build-web inserts the list of modules. The first one starts the pages. The browser loads the modules while the
+  // rest of the page arrives.
   const modules = '@MODULES@'.split(' ').map((name) => `${base}${name}`);
   for (const href of modules) insertHead('link', { rel: 'modulepreload', href });
   const ready = import(modules[0]);
-  ready.catch(() => {}); // start() tells of it
+  ready.catch(() => {}); // start() shows the error
 
   function start(kind) {
     if (started) return;
@@ -59,8 +60,8 @@
   }
 
   /**
-   * Browsers keep this script for a while. When it names modules that an update of the instrument has replaced, it is
-   * fetched anew, and the page with it; a second failure has another cause.
+   * Browsers cache this script. If an update of the instrument has replaced the modules that it names, fetches the
+   * script again and reloads the page. A second failure has another cause, so it throws the error.
    */
   async function renewOnce(error) {
     if (sessionStorage.getItem('fileman.renewed')) throw error;
@@ -68,10 +69,10 @@
     const named = ['../css/fileman.css', 'fileman.js', 'homepage.js'];
     await Promise.all(named.map((name) => fetch(new URL(name, base), { cache: 'reload' })));
     location.reload();
-    return new Promise(() => {}); // this page is on its way out
+    return new Promise(() => {}); // never resolves, because the page is being replaced
   }
 
-  /** The texts of the other modules may be what is missing, so these two stand here. */
+  /** Shows that a part of the page is missing. The texts are here, because the module with all texts may be missing. */
   function tellBroken(error) {
     const [text, again] = /^de\b/i.test(navigator.language)
       ? ['Ein Teil dieser Seite konnte nicht geladen werden', 'Seite neu laden']
@@ -91,6 +92,6 @@
   window.initPriFilter = () => start('filterpage');
   window.initAdvFilter = () => start('filterpage');
 
-  // A broken page may have lost the element or the script that calls us.
+  // A broken page may lack the element or the script that calls start().
   document.addEventListener('DOMContentLoaded', () => start(window.fileman.page));
 })();

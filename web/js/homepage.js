@@ -1,4 +1,4 @@
-/* Second script of the list page. */
+/* The second script of the list page. It provides onInitPages, which the page calls. */
 (() => {
   'use strict';
   const { fileman } = window;

@@ -1,4 +1,4 @@
-/* What this is: name, version, licences. */
+/* The About dialog: product name, version and licences. */
 import { button, el } from './dom.js';
 import { t } from './texts.js';
 
@@ -8,7 +8,7 @@ export function showAbout() {
     'div',
     { class: 'fm-filter-head' },
     el('h2', { id: 'fm-about-title', text: t('title') }),
-    el('p', { text: t('version', { version: FILEMAN_VERSION }) }), // scripts/build-web puts the number in
+    el('p', { text: t('version', { version: FILEMAN_VERSION }) }), // scripts/build-web inserts the number
     el('p', { text: t('licence') }),
     el('p', {}, notices),
   );

@@ -1,8 +1,11 @@
-/* What a page says about the program's answers: the usual ones, or the strict ones of plain HTTP. */
+/* Tells whether the program sends default answers or strict answers, which follow HTTP. */
 
-let read = { page: null, strict: false }; // each row asks, so the page is looked at once
+let read = { page: null, strict: false }; // a cache, because isStrict() runs for every row
 
-/** Whether the program gives strict answers. The list page says so in its head, where no stored name can stand. */
+/**
+ * Returns true if the program sends strict answers. The list page says so in its head, because no stored name can
+ * appear there.
+ */
 export function isStrict() {
   const page = globalThis.document;
   if (page !== read.page)
@@ -12,7 +15,7 @@ export function isStrict() {
 
 const LONGEST_SENTENCE = 300;
 
-/** The sentence in which a strict answer tells its error; empty when there is none. */
+/** Returns the error message in the body of a strict response, or '' if there is none. */
 export async function errorSentence(response) {
   if (!isStrict() || !/^text\/html\b/i.test(response.headers.get('content-type') ?? '')) return '';
   const page = await response.text().catch(() => '');

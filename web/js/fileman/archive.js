@@ -1,6 +1,6 @@
 /*
- * Looks into a zip archive, so that a person learns what is missing before the archive is opened elsewhere. It may hold
- * gigabytes, so it is read in place: a library for browsers would take all of it into memory.
+ * Reads the directory of a zip archive, so that the page can tell the user which files are missing. The archive may
+ * have gigabytes, so it is read in place. The usual libraries for browsers load the whole archive into memory.
  */
 import { toBinary, toText } from './wire.js';
 
@@ -20,7 +20,7 @@ const LONGEST_FOLDER = 255; // the instrument cuts a folder's name to this lengt
 const view = async (blob, from, to) => new DataView(await blob.slice(from, to).arrayBuffer());
 const number64 = (data, at) => Number(data.getBigUint64(at, true));
 
-/** Where an archive's directory stands: { count, size, start }; null when the archive is cut off. */
+/** Finds the directory of an archive. Returns { count, size, start }, or null if the archive is cut off. */
 async function findDirectory(blob) {
   const tailAt = Math.max(0, blob.size - END_BYTES - MOST_COMMENT);
   const tail = await view(blob, tailAt);
@@ -34,7 +34,7 @@ async function findDirectory(blob) {
       size: tail.getUint32(at + 12, true),
       start: tail.getUint32(at + 16, true),
     };
-  // More than 65,535 members or more than 4 GB.
+  // This record exists if the archive has more than 65,535 members or more than 4 GB.
   const largeAt = number64(tail, placeAt + 8);
   const large = await view(blob, largeAt, largeAt + LARGE_END_BYTES);
   if (large.byteLength < LARGE_END_BYTES || large.getUint32(0, true) !== LARGE_END) return null;
@@ -42,8 +42,8 @@ async function findDirectory(blob) {
 }
 
 /**
- * An archive's members, [{ name, method, size, at }]: the name as a binary string, the packed size, the place of the
- * member's data. Null when the blob is not a whole archive.
+ * Returns the members of an archive, [{ name, method, size, at }]: `name` is a binary string, `size` is the packed
+ * size, `at` is the offset of the member. Returns null if the blob is not a complete archive.
  */
 export async function membersOf(blob) {
   const directory = await findDirectory(blob);
@@ -63,7 +63,7 @@ export async function membersOf(blob) {
   return members.length === directory.count ? members : null;
 }
 
-/** A member's content as a blob. Throws when it cannot be unpacked. */
+/** Returns the content of a member as a blob. Throws if it cannot be unpacked. */
 async function unpack(blob, { at, method, size }) {
   const head = await view(blob, at, at + LOCAL_HEAD_BYTES);
   const start = at + LOCAL_HEAD_BYTES + head.getUint16(26, true) + head.getUint16(28, true);
@@ -72,22 +72,25 @@ async function unpack(blob, { at, method, size }) {
   return new Response(packed.stream().pipeThrough(new DecompressionStream('deflate-raw'))).blob();
 }
 
-/** Whether a PDF was written to its end. */
+/** Returns true if a PDF is complete. */
 export async function isWholePdf(blob) {
   const [head, tail] = await Promise.all([blob.slice(0, 5).text(), blob.slice(-64).text()]);
   return head === '%PDF-' && /%%EOF[\s\0]*$/.test(tail);
 }
 
-/** A pattern's source for a name. Archives keep what is not ASCII in more than one way, so that part may be anything. */
+/**
+ * Returns the source of a regular expression that matches a name. Archives encode characters outside of ASCII in
+ * different ways, so any text matches them.
+ */
 const pattern = (text) => text.replace(/[\\^$.*+?()[\]{}|/]/g, '\\$&').replace(/[^\0-\x7f]+/g, '.+');
 
-/** Whether a member's name, as text, is this name. */
+/** Returns true if `found`, the name of an archive member as text, stands for `name`. */
 export const nameMatches = (name, found) => found === name || new RegExp(`^${pattern(name)}$`, 's').test(found);
 
 export const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
 const baseOf = (path) => fileOf(path).split('.', 1)[0];
 
-/** The name of an entry's PDF. */
+/** Returns the file name of an entry's PDF. */
 export const pdfNameOf = ({ path }) => `${baseOf(path)}.pdf`;
 
 function groupBy(items, keyOf) {
@@ -103,9 +106,10 @@ function groupBy(items, keyOf) {
 const countOf = (items, keyOf) => new Set(items.map(keyOf)).size;
 
 /**
- * What a download lacks of the entries: { missing, shared }. Each record has a folder "[name]-[type]-[port]-[mode]" in
- * which its files lie; the labels in it are not known here. `shared` are entries of one name with fewer folders than
- * there should be: the files of one may have replaced those of another. A folder without a file counts for nothing.
+ * Compares the members of a downloaded archive with the chosen entries. Returns { missing, shared }: the entries that
+ * are not in the archive, and the entries that may have been replaced by another one. Each record has a folder
+ * "[name]-[type]-[port]-[mode]" with its files. This function does not know the labels in that name. So entries with
+ * the same name are `shared` if they have too few folders. A folder without files is ignored.
  */
 export function lacksOfDownload(members, entries) {
   const folders = new Map();
@@ -126,7 +130,7 @@ export function lacksOfDownload(members, entries) {
     for (const same of groupBy(group, ({ path }) => fileOf(path))) {
       const file = fileOf(same[0].path);
       const filePattern = new RegExp(`^${pattern(file)}$`, 's');
-      // The path of a measurement ends with a directory: any file below it counts.
+      // The path of a measurement ends with a directory. Any file below it is enough.
       const isThere = (files) => file === same[0].name || files.some((one) => filePattern.test(one));
       const found = own.filter(isThere).length;
       (found ? arrived : missing).push(...same);
@@ -138,7 +142,10 @@ export function lacksOfDownload(members, entries) {
   return { missing, shared };
 }
 
-/** What an archive of PDFs lacks of the entries: { missing, shared }. A broken PDF is missing; one name has one PDF. */
+/**
+ * Compares an archive of PDFs with the chosen entries. Returns { missing, shared } like lacksOfDownload(). A broken PDF
+ * counts as missing. Entries with the same name are `shared`, because the archive has only one PDF for them.
+ */
 export async function lacksOfPdfs(blob, members, entries) {
   const missing = [];
   const shared = [];

@@ -1,12 +1,13 @@
 /*
- * Which part stands where. Up to COMPACT pixels (the instrument's own screen, tablets) one row of tools is left: the
- * actions and the settings that it has no room for go to the foot, and the active filter stands beside the tabs.
- * css/fileman.css holds what else changes, under the classes "is-compact" and "is-phone".
+ * Moves the parts of the list page to the places that fit the window. In a compact window (the instrument's own screen,
+ * tablets) there is only one row of tools: the actions move to the footer, and the active filter is beside the tabs. On
+ * a phone the settings move to the footer too. css/fileman.css changes the rest by the classes "is-compact" and
+ * "is-phone".
  */
 const COMPACT = matchMedia('(max-width: 1000px)');
 const PHONE = matchMedia('(max-width: 640px)');
 
-/** `parts` are elements by name: header, tabs, settings, bar, actions, chips, banner, foot. */
+/** Arranges the parts (elements of the page) now, and again when the window crosses one of the limits. */
 export function arrange({ header, tabs, settings, bar, actions, chips, banner, foot }) {
   const place = () => {
     const { classList } = document.documentElement;

@@ -1,10 +1,10 @@
-/* The view of a packet capture: what its packets are, not what they hold. */
+/* The view of a packet capture. It shows numbers, times and protocols, but not the contents of packets. */
 import { el } from './dom.js';
 import { summarize } from './pcap.js';
 import { number, size, t } from './texts.js';
 
 const MOST_PROTOCOLS = 20;
-// Written as the list writes its dates.
+// The Swedish format is the one in which the list writes dates.
 const times = new Intl.DateTimeFormat('sv', {
   year: 'numeric',
   month: '2-digit',
@@ -43,7 +43,7 @@ function protocolTable(summary) {
   return el('table', {}, el('thead', {}, el('tr', {}, heads)), el('tbody', {}, protocolRows(summary)));
 }
 
-/** What a capture's bytes hold, as an element; null when they are no capture. */
+/** Returns an element with the summary of a capture, or null if the bytes are not a capture. */
 export function showCapture(bytes) {
   const summary = summarize(bytes);
   if (!summary) return null;

@@ -1,8 +1,11 @@
-/* What a person copies. Most instruments are reached without encryption, where browsers offer the old way only. */
+/*
+ * Copies texts to the clipboard. Most instruments use plain HTTP. There browsers do not offer navigator.clipboard, so
+ * the old command "copy" is used.
+ */
 import { announce, el, visible } from './dom.js';
 import { t } from './texts.js';
 
-/** Copies by a selected field; returns whether the browser has done it. */
+/** Copies a text through a selected text field. Returns true if the browser has copied it. */
 function copySelected(text) {
   const field = el('textarea', { class: 'fm-hidden', 'aria-hidden': 'true', value: text });
   const before = document.activeElement;
@@ -14,7 +17,7 @@ function copySelected(text) {
   return done;
 }
 
-/** Puts a text into the clipboard and says so; `what` names it. */
+/** Copies a text and announces it; `what` is its name in the announcement. Returns true on success. */
 export async function copyText(text, what) {
   const done = await (navigator.clipboard?.writeText(text) ?? Promise.reject(new Error('no clipboard')))
     .then(() => true)
@@ -23,11 +26,11 @@ export async function copyText(text, what) {
   return done;
 }
 
-/** Name, date and path of each entry, as tables take them. */
+/** Returns name, date and path of each entry, separated by tabs, so that they can be pasted into a table. */
 const rowsAsText = (entries) =>
   entries.map(({ name, datetime, path }) => [name, datetime, path].map(visible).join('\t')).join('\n');
 
-/** Ctrl-C in the list copies the entries that `targets()` gives; the browser's own event works without encryption, too. */
+/** Makes Ctrl-C in the list copy the entries that `targets()` returns. The event "copy" works over plain HTTP too. */
 export function copyRows(host, targets) {
   document.addEventListener('copy', (event) => {
     const entries = document.activeElement === host ? targets() : [];

@@ -1,6 +1,6 @@
 /*
- * Two reports side by side in one frame. Their tables are aligned, what differs is marked, and a table above the reports
- * lists it. Each report keeps its own styles, because it stands in a tree of its own.
+ * Shows two reports side by side in one frame. Their tables are aligned, and differences are marked. A table above the
+ * reports lists the differences. Each report is in its own shadow tree, so it keeps its own styles.
  */
 import { align, alignRows, change, differingCells, likeness } from './differences.js';
 import { el, visible } from './dom.js';
@@ -28,7 +28,7 @@ const PAGE = `
     .list table { font-size: 12px; }
     .list :is(td, thead th) { overflow-wrap: anywhere; }
   }`;
-const NARROW = 620; // the width above
+const NARROW = 620; // the same width as in the media query above
 const LEAST_ZOOM = 0.5;
 const LEAVES = 'h1, h2, h3, h4, h5, h6, p, li, dt, dd, figcaption, caption, span, pre';
 const MOST_LISTED = 500;
@@ -39,13 +39,13 @@ const textsOf = (row) => [...row.cells].map(textOf);
 const headOf = (rows) =>
   rows.length && [...rows[0].cells].every(({ localName }) => localName === 'th') ? textsOf(rows[0]) : null;
 
-/** What carries text outside the tables and holds no such part itself. */
+/** Returns the elements with text that are not in a table and contain no other such element. */
 const leavesOf = (body) =>
   [...body.querySelectorAll(LEAVES)].filter(
     (node) => !node.closest('table') && !node.querySelector(LEAVES) && textOf(node),
   );
 
-/** Puts an empty row into a table, before another one or at the end. */
+/** Inserts an empty row into a table, before `row` or (if it is null) at the end. Returns the new row. */
 function gapBefore(row, table) {
   const gap = table.ownerDocument.createElement('tr');
   const cell = table.ownerDocument.createElement('td');
@@ -61,7 +61,7 @@ function gapBefore(row, table) {
 class Comparison {
   constructor() {
     this.found = []; // { where, texts: [a, b] }
-    this.level = []; // pairs of elements that stand side by side
+    this.level = []; // pairs of elements that must have the same vertical position
   }
 
   mark(where, nodes) {
@@ -98,7 +98,7 @@ class Comparison {
       if (i >= 0 && j >= 0) this.compareCells(a[i], b[j], headA, headB);
       else this.lone([a[i] ?? null, b[j] ?? null]);
     }
-    // A row without a partner leaves a gap in the other table, before the row that follows there.
+    // If a row has no partner, insert an empty row into the other table, before the row that follows there.
     let next = [null, null];
     for (const [i, j] of pairs.reverse()) {
       next = [a[i] ?? gapBefore(next[0], tables[0]), b[j] ?? gapBefore(next[1], tables[1])];
@@ -122,7 +122,7 @@ class Comparison {
     }
   }
 
-  /** Makes the reports fit, and puts what belongs together at one height. */
+  /** Zooms the reports so that they fit, and gives matching tables and rows the same vertical position. */
   align(bodies) {
     for (const node of this.level.flat()) node.style.marginTop = node.style.height = '';
     for (const body of bodies) body.style.zoom = '';
@@ -130,7 +130,7 @@ class Comparison {
     const fits = sides.map((side, i) => side.clientWidth / Math.max(bodies[i].scrollWidth, ...widthsIn(bodies[i])));
     const zoom = Math.max(LEAST_ZOOM, Math.min(1, ...fits));
     for (const body of bodies) body.style.zoom = zoom;
-    if (topOf(sides[0]) !== topOf(sides[1])) return; // one below the other
+    if (topOf(sides[0]) !== topOf(sides[1])) return; // one report is below the other
     for (const pair of this.level) {
       if (pair[0].localName === 'table') {
         const [a, b] = pair.map(topOf);
@@ -147,13 +147,13 @@ class Comparison {
 
 const topOf = (node) => node.getBoundingClientRect().top;
 
-/** How far the tables of a report reach. */
+/** Returns the width that each table of a report needs. */
 function widthsIn(body) {
   const { left } = body.getRootNode().host.getBoundingClientRect();
   return [...body.querySelectorAll('table')].map((table) => table.getBoundingClientRect().right - left);
 }
 
-/** A report's body in a tree of its own below a host. */
+/** Moves a report into a shadow tree of `host`. Returns the body of the report. */
 function place(host, { report }) {
   const { ownerDocument } = host;
   const root = host.attachShadow({ mode: 'open' });
@@ -182,8 +182,8 @@ function differenceTable(found, names) {
 }
 
 /**
- * Shows two reports' bytes: { frame, ready, sides }. `ready` resolves with the number of differences; `sides` are the two
- * reports' ways to take the files that they lack, as showReport has them.
+ * Shows two reports, given as bytes. Returns { frame, ready, sides }: `ready` resolves with the number of differences.
+ * `sides` has { paths, fill } for each report, as in the result of showReport().
  */
 export function showComparison(entries, contents, onKey) {
   const names = entries.map(({ name }) => visible(name));
@@ -198,7 +198,7 @@ export function showComparison(entries, contents, onKey) {
     const sides = hosts.map((host, i) =>
       el('section', { class: 'side', 'aria-label': names[i] }, el('h2', { text: names[i] }), host),
     );
-    // Where the reports stand one below the other, the list is what compares them.
+    // In a narrow frame one report is below the other. Then the list is the only comparison, so it is open.
     const isNarrow = frame.clientWidth <= NARROW;
     const list = el('details', { class: 'list', 'aria-label': t('differences'), open: isNarrow });
     target.body.replaceChildren(list, el('div', { class: 'sides' }, sides));
@@ -212,7 +212,7 @@ export function showComparison(entries, contents, onKey) {
     const fit = () => comparison.align(bodies);
     fit();
     frame.contentWindow.addEventListener('resize', fit);
-    for (const host of hosts) host.shadowRoot.addEventListener('load', fit, true); // pictures that come later
+    for (const host of hosts) host.shadowRoot.addEventListener('load', fit, true); // late pictures change the height
     return found.length;
   };
   const sideOf = (i) => ({

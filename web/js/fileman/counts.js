@@ -1,6 +1,6 @@
 /*
- * How many entries each value of a column has among those that are found, counted in short pieces while the browser has
- * nothing else to do. A column's own values are counted as if nothing were asked of it, so that another one can be chosen.
+ * Counts how many of the found entries have each value of a column. It works in short pieces while the browser is idle.
+ * The counts of a column ignore the search in that column, so that the user can choose another value of it.
  */
 import { dateAt } from './searchdates.js';
 import { kindOf, verdictOf } from './kinds.js';
@@ -9,7 +9,7 @@ import { allTexts } from './texts.js';
 const PIECE_MS = 8;
 const DATES = ['today', 'yesterday', 'thisWeek', 'lastWeek', 'thisMonth'];
 
-/** The columns that are counted, and an entry's value in each. */
+/** The columns that are counted, and how to get an entry's value in each of them. */
 export const COUNTED = {
   module: (entry) => entry.module,
   mode: (entry) => entry.mode,
@@ -26,7 +26,7 @@ const idle = () =>
     else setTimeout(resolve, 16);
   });
 
-/** The days and weeks that are offered, as they are typed in the person's language, with their ranges. */
+/** Returns the offered days, weeks and months: the text that the user would type, and its range. */
 function offeredDates() {
   return DATES.map((key) => {
     const [text] = allTexts('findWords')[0][key].split('|');
@@ -35,10 +35,10 @@ function offeredDates() {
 }
 
 /**
- * Counts the entries: a map from each key ('module' ..., 'date') to a map from each value to its number; null when
- * `isWanted()` turns false on the way.
+ * Counts the entries that match a query. Returns a map from each key ('module' ..., 'date') to a map from each value to
+ * its count. Returns null if `isCurrent()` becomes false before the end.
  */
-export async function countValues(entries, query, isWanted) {
+export async function countValues(entries, query, isCurrent) {
   const counts = new Map([...KEYS, 'date'].map((key) => [key, new Map()]));
   const add = (key, value) => counts.get(key).set(value, (counts.get(key).get(value) ?? 0) + 1);
   const dates = offeredDates();
@@ -46,7 +46,7 @@ export async function countValues(entries, query, isWanted) {
   for (let i = 0; i < entries.length; i++) {
     if (i % 256 === 0 && performance.now() >= until) {
       await idle();
-      if (!isWanted()) return null;
+      if (!isCurrent()) return null;
       until = performance.now() + PIECE_MS;
     }
     const entry = entries[i];

@@ -1,6 +1,6 @@
 /*
- * Download and PDF export: asks the instrument, shows how far it is, checks the answer and only then saves
- * it. A choice that is too long for one request goes in parts.
+ * Download and PDF export: sends the request, shows the progress, checks the response and then saves it. If there are
+ * too many ids for one request, it sends several requests.
  */
 import { isWholePdf, lacksOfDownload, lacksOfPdfs, membersOf, pdfNameOf } from './archive.js';
 import { announce, button, el, icon, visible } from './dom.js';
@@ -9,18 +9,19 @@ import { language, size, t } from './texts.js';
 import { AnswerError, deliveryQuery, escape, fetchPieces, sentId, toText } from './wire.js';
 import { wording } from './wording.js';
 
-/** Bytes of ids that one request may carry; the demo's server takes 64 KiB of header lines, small ones 8 or 4. */
+/** Limits for the bytes of ids in one request. The demo's server accepts 64 KiB of header lines, small ones 8 or 4. */
 const REQUEST_LIMITS = [56000, 7000, 3000];
 const PIECES_IN_MEMORY = 8 << 20;
 const NAMES_TOLD = 3;
-const LOST_NAMES_TOLD = 20; // of what did not arrive
+const LOST_NAMES_TOLD = 20; // names of entries that are missing in the response
 const SAVED_STAYS = 12000;
 const STATE_ICONS = { done: 'done', partial: 'warn', cancelled: 'stopped', failed: 'failed' };
 const STATE_TEXTS = { done: 'stateDone', partial: 'statePartial', cancelled: 'stateCancelled', failed: 'stateFailed' };
 
-let limit = 0;
+let limit = 0; // index in REQUEST_LIMITS
 let corner;
 
+/** Adds a box with progress and a Cancel button to the corner of the page. Returns the functions that change it. */
 function task(title) {
   const bar = el('progress', { 'aria-label': title });
   const detail = el('span', { class: 'fm-task-detail' });
@@ -66,14 +67,15 @@ function task(title) {
         announce(detail.textContent);
       }
     },
-    /** Adds what the person must know; the task then counts as done in part only. */
+    /** Adds a note for the user. The task then ends as 'partial' instead of 'done'. */
     note(text) {
       noted = true;
       node.insertBefore(el('span', { class: 'fm-task-note', text }), detail);
     },
     /**
-     * `state` is 'done', 'cancelled' or 'failed'. What is noted makes 'done' into 'partial'. Only what is done stays for
-     * a while; all else stays until it is closed. `retry` is what a button offers to do again.
+     * Ends the task. `state` is 'done', 'cancelled' or 'failed'; a note turns 'done' into 'partial'. A box that is
+     * 'done' disappears after a while, all others stay until the user closes them. A button calls `retry`, if there is
+     * one.
      */
     end(text, { state = 'done', retry = null } = {}) {
       const shown = state === 'done' && noted ? 'partial' : state;
@@ -97,7 +99,9 @@ function task(title) {
   };
 }
 
-/** The name that an answer bears in its header, null without one: quoted, bare or encoded (RFC 6266, RFC 8187). */
+/**
+ * Returns the file name in a Content-Disposition header: quoted, bare or encoded (RFC 6266, RFC 8187). Null if none.
+ */
 export function attachmentName(header) {
   const encoded = /filename\*=UTF-8''([^;\s]+)/i.exec(header)?.[1];
   if (encoded) return decodeURIComponent(encoded);
@@ -105,7 +109,7 @@ export function attachmentName(header) {
   return plain && toText(plain[1]?.replace(/\\(.)/g, '$1') ?? plain[2]);
 }
 
-/** Cuts ids into requests that fit the present limit. */
+/** Splits ids into groups, one per request, that fit the current limit. */
 function parts(ids) {
   const groups = [[]];
   let length = 0;
@@ -121,7 +125,10 @@ function parts(ids) {
   return groups;
 }
 
-/** What a single PDF lacks of the entries: it holds those whose name it bears, or one that cannot be told. */
+/**
+ * Compares a single PDF with the chosen entries, like lacksOfPdfs(). The PDF holds the entries whose PDF name is
+ * `sentName`. If no name matches, it is not known which entry it holds.
+ */
 function lacksOfOnePdf(sentName, entries) {
   const missing = entries.filter((entry) => pdfNameOf(entry) !== sentName);
   if (missing.length < entries.length) return { missing, shared: [] };
@@ -129,12 +136,12 @@ function lacksOfOnePdf(sentName, entries) {
 }
 
 /**
- * Checks that an answer is what it claims to be and holds something of what was asked for. Returns its type, and the
- * entries that it lacks or may lack.
+ * Checks that a response is a complete PDF or archive with at least one of the entries. Returns { type, missing, shared
+ * } (see lacksOfDownload). Throws AnswerError if it is not.
  */
 async function inspect({ blob, sentName }, operation, entries) {
   const isPdf = operation === 'pdf';
-  // All that the usual answers say when something fails; strict ones say what.
+  // An empty body is the only sign of a failure in default answers. Strict answers give the reason.
   if (!blob.size) throw new AnswerError(isPdf ? 'errorEmptyPdf' : 'errorEmpty');
   if (isPdf && (await isWholePdf(blob))) return { type: 'pdf', ...lacksOfOnePdf(sentName, entries) };
   const members = await membersOf(blob);
@@ -144,7 +151,7 @@ async function inspect({ blob, sentName }, operation, entries) {
   return { type: 'zip', ...lacks };
 }
 
-/** Fetches an answer: { blob, sentName }. */
+/** Sends one request. Returns { blob, sentName }. */
 async function transfer(operation, ids, job) {
   const blobs = [];
   let sentName = null;
@@ -158,7 +165,7 @@ async function transfer(operation, ids, job) {
     onPiece(piece, soFar, whole) {
       pieces.push(piece);
       held += piece.length;
-      // Blobs of some size go to the browser's disk, so that a large archive does not fill its memory.
+      // Browsers keep large blobs on disk, so that a large archive does not fill the memory.
       if (held > PIECES_IN_MEMORY) {
         blobs.push(new Blob(pieces));
         pieces = [];
@@ -180,7 +187,7 @@ function save(blob, name) {
   setTimeout(() => URL.revokeObjectURL(address), 60000);
 }
 
-/** A name for what holds these entries. */
+/** Returns the name under which a PDF or archive of these entries is saved. */
 function fileName(operation, entries, type, part) {
   const day = new Intl.DateTimeFormat('sv').format(new Date());
   const many = `${t('resultFiles')}${operation === 'pdf' ? '-pdf' : ''}-${day}-${entries.length}`;
@@ -188,14 +195,14 @@ function fileName(operation, entries, type, part) {
   return `${base.replace(/[/\\:*?"<>|]/g, '_')}${part}.${type}`;
 }
 
-/** The first few names, or paths, and how many more there are. */
+/** Returns a text with the first names (or paths) of the entries and the number of the others. */
 function someNames(entries, field = 'name', most = NAMES_TOLD) {
   const names = entries.slice(0, most).map((entry) => `“${visible(entry[field])}”`);
   if (entries.length > most) names.push(t('andMore', { n: entries.length - most }));
   return new Intl.ListFormat(language).format(names);
 }
 
-/** What is left out, a text for each reason. */
+/** Returns one text for each reason why entries are left out. */
 function leftOutTexts(entries, operation) {
   const byReason = new Map();
   for (const entry of entries) {
@@ -216,7 +223,10 @@ function noteLacks(job, { missing, shared }) {
   }
 }
 
-/** Fetches and saves part after part. `todo` always holds what is still to come (entries) and what did not (missing). */
+/**
+ * Fetches and saves part after part. It moves entries out of `todo.entries` when they are saved, and into
+ * `todo.missing` when the response lacks them. Returns a text for the user.
+ */
 async function fetchAll(operation, todo, list, job) {
   const title = operation === 'pdf' ? 'converting' : 'packing';
   let groups = parts([...new Set(todo.entries.map(sentId))]);
@@ -230,7 +240,7 @@ async function fetchAll(operation, todo, list, job) {
     try {
       sent = await transfer(operation, groups[at], job);
     } catch (error) {
-      // A server with a shorter limit says so or just hangs up: the rest goes in smaller parts.
+      // A server with a lower limit sends an error or closes the connection. Then send the rest in smaller parts.
       const next = REQUEST_LIMITS[limit + 1];
       const long = error.key === 'errorTooLong' || (error.key === 'errorNetwork' && groups[at].join().length > next);
       if (!long || !next) throw error;
@@ -240,7 +250,7 @@ async function fetchAll(operation, todo, list, job) {
     }
     const ids = new Set(groups[at]);
     const isAsked = (entry) => ids.has(sentId(entry));
-    // An entry that was not chosen comes too when it bears the same identity.
+    // The response also holds entries that were not chosen but have the same id.
     const meant = list.filter((entry) => isAsked(entry) && !obstacle(entry, operation));
     const answer = await inspect(sent, operation, meant);
     noteLacks(job, answer);
@@ -258,8 +268,8 @@ async function fetchAll(operation, todo, list, job) {
 }
 
 /**
- * Fetches and saves the archive ('download') or PDFs ('pdf') of some entries of the list; tells the person everything
- * itself.
+ * Fetches and saves the archive (operation 'download') or the PDFs ('pdf') of `entries`. `list` holds all entries of
+ * the list. Shows progress and errors to the user, and never throws.
  */
 export async function deliver(operation, entries, list) {
   const good = entries.filter((entry) => !obstacle(entry, operation));

@@ -1,8 +1,11 @@
-/* Which parts of two sequences belong together, and in what two tables differ. Works on texts alone. */
+/* Finds matching parts of two sequences and differences between two tables. It works on texts only. */
 
 const MOST_STEPS = 4e6;
 
-/** Pairs of places, [[i, j], ...] in order, -1 for what has no partner: as many as possible with `weight(i, j)` over 0. */
+/**
+ * Aligns two sequences. `weight(i, j)` says how well two items match; 0 means not at all. Returns pairs of indices,
+ * [[i, j], ...], in order and with the largest sum of weights; -1 stands for a missing partner.
+ */
 export function align(countA, countB, weight) {
   if (countA * countB > MOST_STEPS) return alignByPlace(countA, countB);
   const width = countB + 1;
@@ -34,7 +37,7 @@ function alignByPlace(countA, countB) {
   return Array.from({ length: count }, (_, i) => [i < countA ? i : -1, i < countB ? i : -1]);
 }
 
-/** How much two tables, rows of texts, have in common: their rows of one name, and their heads. */
+/** Returns how similar two tables (arrays of rows of texts) are, from 0 to 1: rows with the same name, equal heads. */
 export function likeness(a, b) {
   const names = new Set(a.map(([name]) => name));
   const shared = b.filter(([name]) => names.has(name)).length;
@@ -42,12 +45,12 @@ export function likeness(a, b) {
   return (shared + (isHeadEqual ? 1 : 0)) / (Math.max(a.length, b.length) + 1);
 }
 
-/** Pairs of the rows of two tables: those of one name (first text) belong together. */
+/** Aligns the rows of two tables. Two rows match if their first texts are equal. */
 export const alignRows = (a, b) => align(a.length, b.length, (i, j) => (a[i][0] === b[j][0] ? 1 : 0));
 
 /**
- * The pairs of cells of two rows that differ. Columns belong together by the texts of their heads, where both tables have
- * some, else by their places.
+ * Returns the pairs of cells that differ between two rows. Columns match by their heads if both tables have heads, else
+ * by their positions.
  */
 export function differingCells(rowA, rowB, headA, headB) {
   const isNamed = headA && headB && headA.length === rowA.length && headB.length === rowB.length;
@@ -57,14 +60,14 @@ export function differingCells(rowA, rowB, headA, headB) {
   return pairs.filter(([i, j]) => (rowA[i] ?? '') !== (rowB[j] ?? ''));
 }
 
-/** The number that a text begins with, and the rest: its unit. Null for another text. */
+/** Splits a text like "12.5 dB" into { value, unit }. Returns null if it does not begin with a number. */
 function measured(text) {
   const [, digits, unit] = /^([+-]?[\d,]*\.?\d+(?:e[+-]?\d+)?)(|\s.*|%.*)$/i.exec(text) ?? [];
   const value = Number(digits?.replace(/,/g, ''));
   return digits && Number.isFinite(value) ? { value, unit: unit.trim() } : null;
 }
 
-/** By how much the second of two measured values is larger, as a text; empty when they cannot be compared. */
+/** Returns the change from the first measured value to the second as a text, or '' if they cannot be compared. */
 export function change(a, b) {
   const [from, to] = [measured(a), measured(b)];
   if (!from || !to || from.unit !== to.unit) return '';

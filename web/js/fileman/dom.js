@@ -1,8 +1,8 @@
-/* Small helpers over the document. Everything is inserted as text or as elements, never as markup. */
+/* Small helpers for the document. They insert texts and elements, but never markup. */
 
 const SVG = 'http://www.w3.org/2000/svg';
 
-/** Outline icons on a 24 by 24 field. */
+/** Paths of outline icons in a box of 24 by 24. */
 const ICONS = {
   refresh: 'M20 11a8 8 0 1 0-2.3 6.3M20 5v6h-6',
   search: 'M11 4a7 7 0 1 1 0 14 7 7 0 0 1 0-14M16.2 16.2 21 21',
@@ -30,7 +30,10 @@ const ICONS = {
   box: 'M3 8l9-5 9 5v8l-9 5-9-5zM3 8l9 5 9-5M12 13v8',
 };
 
-/** An element: `properties` are attributes, except text, value and on (events); null and false leave one out. */
+/**
+ * Creates an element. `properties` are attributes, except `text`, `value` and `on` (event listeners). Properties that
+ * are null, undefined or false are left out.
+ */
 export function el(tag, properties = {}, ...children) {
   const node = document.createElement(tag);
   for (const [name, value] of Object.entries(properties)) {
@@ -56,8 +59,8 @@ export function icon(name) {
 }
 
 /**
- * A button with an icon and a text. The text stays readable by assistive software when `bare` hides it, or when a `short`
- * one is shown in its place.
+ * Creates a button with an icon and a text. `bare` hides the text, and `short` shows another text in its place. Screen
+ * readers always get the full text.
  */
 export function button(text, { image, press, bare = false, short = null, ...rest } = {}) {
   return el(
@@ -77,7 +80,7 @@ export function button(text, { image, press, bare = false, short = null, ...rest
 let live;
 let pending;
 
-/** Has a screen reader say a text; texts that follow each other quickly are said once, the last one. */
+/** Announces a text to screen readers. If several texts follow quickly, only the last one is announced (debounce). */
 export function announce(text) {
   if (!live) {
     live = el('div', { class: 'fm-hidden', role: 'status', 'aria-live': 'polite' });
@@ -91,7 +94,7 @@ export function announce(text) {
 
 const CONTROL_NAMES = { 9: 'TAB', 10: 'LF', 13: 'CR' };
 
-/** Control and direction characters of a name made visible, so that no name can pass for another. */
+/** Replaces control and direction characters by visible names, so that no name can look like another one. */
 export function visible(text) {
   return text.replace(/[\0-\x1f\x7f\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, (char) => {
     const code = char.charCodeAt(0);

@@ -1,6 +1,7 @@
 /*
- * The panel beside the list: what there is, how often, one tap each. A tap writes into the search, so that panel, typed
- * words and address always say the same. In a narrow window the panel lies over the list until it is closed.
+ * The Refine panel beside the list shows the values of each column and their counts. A click on a value changes the
+ * text of the search, so that panel, search and address always agree. In a narrow window the panel covers the list
+ * until it is closed.
  */
 import { countValues } from './counts.js';
 import { button, el, visible } from './dom.js';
@@ -11,9 +12,9 @@ import { naturalKey } from './order.js';
 import { KIND_TEXTS } from './query.js';
 import { t } from './texts.js';
 
-const FEW_VALUES = 7; // shown of a column until more are asked for
-const BESIDE = matchMedia('(min-width: 1001px)'); // room beside the list
-const ROOMY = 1200; // from here on the panel is open until a person closes it
+const FEW_VALUES = 7; // per column, until the user opens the others
+const BESIDE = matchMedia('(min-width: 1001px)'); // the panel fits beside the list
+const ROOMY = 1200; // from this width on, the panel is open until the user closes it
 const TITLES = { date: 'colDatetime', module: 'module', mode: 'mode', test: 'test', port: 'port', kind: 'kindOfFile', verdict: 'colVerdict' };
 
 const NAMED = { kind: KIND_TEXTS, verdict: VERDICT_TEXTS };
@@ -21,17 +22,17 @@ const textOf = (key, value) => (NAMED[key]?.[value] ? t(NAMED[key][value]) : vis
 
 export class Facets {
   /**
-   * `host` holds the panel beside the list, `opener` is the button that opens it; `events`: find(text) narrows by another
-   * text; about() tells what this is; `switches` are [text, isOn, change(on)] of what a box switches; the others are those
-   * of KeptFilters.
+   * `host` holds the panel beside the list, and `opener` is the button that opens it. `events` has find(text), which
+   * sets the text of the search, about(), which opens the About dialog, `switches`, an array of [text, isOn,
+   * change(on)] for check boxes, and the functions that KeptFilters needs.
    */
   constructor(host, opener, events) {
     this.host = host;
     this.opener = opener;
     this.events = events;
     this.groups = el('div', { class: 'fm-facet-groups' });
-    this.expanded = new Set(); // columns of which all values are shown
-    this.turn = 0; // counts what has been shown; an older counting stops
+    this.expanded = new Set(); // columns that show all their values
+    this.turn = 0; // number of the latest count; older ones stop
     this.over = el('dialog', { class: 'fm-facets fm-facets-over', 'aria-label': t('refine') });
     document.body.append(this.over);
     this.panel = el(
@@ -52,7 +53,7 @@ export class Facets {
     this.groups.addEventListener('keydown', (event) => this.#move(event));
     opener.addEventListener('click', () => (this.#isOpen ? this.#close() : this.#open()));
     this.over.addEventListener('click', (event) => {
-      if (event.target === this.over) this.over.close(); // beside the panel
+      if (event.target === this.over) this.over.close(); // a click beside the panel
     });
     this.over.addEventListener('close', () => this.#showOpener());
     BESIDE.addEventListener('change', () => this.#fold());
@@ -69,7 +70,7 @@ export class Facets {
     return !this.host.hidden || this.over.open;
   }
 
-  /** Puts the panel where the window has room for it. */
+  /** Moves the panel beside the list or into the dialog, as the window is wide or narrow. */
   #fold() {
     this.over.close();
     (BESIDE.matches ? this.host : this.over).append(this.panel);
@@ -100,7 +101,7 @@ export class Facets {
     this.opener.setAttribute('aria-expanded', this.#isOpen);
   }
 
-  /** Shows what these entries, of which a query finds some, hold. */
+  /** Shows the values of these entries. The counts include only entries that the query finds. */
   show(entries, query) {
     this.entries = entries;
     this.query = query;
@@ -133,7 +134,7 @@ export class Facets {
     return [...this.groups.querySelectorAll('button')];
   }
 
-  /** The keyboard stops at one of the buttons; arrows lead on from there. */
+  /** Makes one button the tab stop of the panel. The arrow keys move from there. */
   #lead(to) {
     for (const one of this.#buttons()) one.tabIndex = one === to ? 0 : -1;
   }
@@ -148,7 +149,7 @@ export class Facets {
     to.focus();
   }
 
-  /** A column's values; null when it has nothing to choose from. */
+  /** Returns the element with the values of a column, or null if there is nothing to choose. */
   #group(key, counts) {
     const asked = this.query.valuesOf(key);
     const values = [...counts.keys()];
@@ -193,7 +194,7 @@ export class Facets {
       'data-facet': `${key}:${value}`,
       press: () => this.events.find(this.query.toggled(key, value)),
     });
-    // A range that a person has typed is not among those that are counted.
+    // A range that the user has typed has no count.
     const text = key === 'date' && count === undefined ? '' : t('count', { n: count ?? 0 });
     node.append(el('span', { class: 'fm-facet-count', text }));
     return node;

@@ -1,4 +1,4 @@
-/* What is known of the entry that is looked at: its row, and the advanced information from its archive. */
+/* The details in the view of an entry: the values of its row, and the advanced information from its archive. */
 import { button, el, visible } from './dom.js';
 import { keep, recall } from './memory.js';
 import { t } from './texts.js';
@@ -13,7 +13,7 @@ const OF_ROW = [
   ['colPath', 'path'],
 ];
 const ADVANCED = ['jobid', 'account', 'locator', 'type'];
-const LOW = 560; // a window too low for showing the details without being asked
+const LOW = 560; // in a lower window the details are closed at first
 
 const fact = (title, value) =>
   el('div', {}, el('dt', { text: title }), el('dd', { text: visible(value), title: visible(value) }));
@@ -41,14 +41,14 @@ export class Facts {
     this.say('');
   }
 
-  /** Adds the advanced information; null when there is none. */
+  /** Adds the advanced information. `found` is null if there is none. */
   showAdvanced(found) {
     const known = ADVANCED.filter((key) => found?.[key]);
     this.list.prepend(...known.map((key) => fact(t(key), found[key])));
     this.brief.textContent = known.map((key) => visible(found[key])).join(' · ');
   }
 
-  /** Says how reading the rest goes; `retry` is offered. An empty text takes it away. */
+  /** Shows the state of reading the archive, with a button that calls `retry`. An empty text hides it. */
   say(text, retry = null) {
     this.state.hidden = !text;
     this.state.replaceChildren(text, ...(retry ? [button(t('retry'), { class: 'fm-link', press: retry })] : []));

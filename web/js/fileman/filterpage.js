@@ -1,4 +1,4 @@
-/* A filter page opened by its own address: the same form as the list's dialog, then on to the list. */
+/* A filter page that was opened by its own address. It shows the same form as the dialog, and then opens the list. */
 import { dressPage } from './page.js';
 import { el } from './dom.js';
 import { fetchFilter, filterForm } from './filters.js';

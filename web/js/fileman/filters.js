@@ -1,6 +1,6 @@
 /*
- * The two filter forms. The instrument's filter pages say what can be chosen; the forms are the same
- * whether they stand in a dialog over the list or fill a filter page that was opened by its address.
+ * The two filter forms. Their options come from the instrument's filter pages. The same form is used in a dialog over
+ * the list and on a filter page that was opened by its own address.
  */
 import { button, el, visible } from './dom.js';
 import { parseAdvanced, parsePrimary } from './options.js';
@@ -10,10 +10,10 @@ import { AnswerError, LIST_KEYS, decodePage, fetchBytes, isSendable, listingQuer
 
 const GROUP_TITLES = { module: 'modules', mode: 'modes', test: 'tests', port: 'ports' };
 
-/** Filtering works on results and profiles; from any other list it leads to the results. */
+/** A filter applies only to results and profiles. From any other list it opens the results. */
 const filteredKind = (kind) => (kind === 'prof' ? 'prof' : 'rslt');
 
-/** What the instrument offers for a filter: 'fpri' or 'fadv'. */
+/** Fetches the options of a filter form, 'fpri' or 'fadv'. Throws AnswerError on failure. */
 export async function fetchFilter(which, listing, signal) {
   const page = decodePage(await fetchBytes(`fileman.cgi${listingQuery(listing, `filter=${which}`)}`, { signal }));
   const offer = which === 'fadv' ? parseAdvanced(page) : parsePrimary(page);
@@ -36,13 +36,13 @@ function optionBox(key, option, checked) {
   return { box, label, value: option.value };
 }
 
-function optionGroup({ key, options }, wanted) {
+function optionGroup({ key, options }, selected) {
   const offered = new Set(options.map((option) => option.value));
-  const missing = wanted
+  const missing = selected
     .filter((value) => !offered.has(value))
     .map((value) => ({ value, text: toText(value), missing: true }));
   const inOrder = [...options].sort((a, b) => (naturalKey(a.text) < naturalKey(b.text) ? -1 : 1));
-  const boxes = [...inOrder, ...missing].map((option) => optionBox(key, option, wanted.includes(option.value)));
+  const boxes = [...inOrder, ...missing].map((option) => optionBox(key, option, selected.includes(option.value)));
   const setAll = (on) =>
     boxes.forEach(({ box }) => {
       if (!box.disabled) box.checked = on;
@@ -69,7 +69,7 @@ function optionGroup({ key, options }, wanted) {
   );
   return {
     field,
-    // All ticks mean the same as none: an entry without a port would be lost by a list of every port.
+    // If all boxes are ticked, send none: a list of all ports would exclude the entries without a port.
     read() {
       const ticked = boxes.filter(({ box }) => box.checked).map(({ value }) => value);
       return ticked.length === boxes.length ? [] : ticked;
@@ -118,7 +118,10 @@ function advancedForm(listing, offer) {
   };
 }
 
-/** A whole form; `done(listing)` gets the new listing, or null when the person gives up. `level` is its heading's tag. */
+/**
+ * Creates a filter form. `which` is 'fpri' or 'fadv', `offer` comes from fetchFilter(), `level` is the tag of the
+ * heading. The form calls `done` with the new listing, or with null if the user cancels.
+ */
 export function filterForm(which, listing, offer, done, level = 'h2') {
   const { title, hint, fields, read } = which === 'fadv' ? advancedForm(listing, offer) : primaryForm(listing, offer);
   const heading = el(level, { id: 'fm-filter-title', text: title });
@@ -144,7 +147,7 @@ export function filterForm(which, listing, offer, done, level = 'h2') {
   );
 }
 
-/** Shows a filter as a dialog; resolves to the new listing or null. */
+/** Shows a filter form in a dialog. Resolves with the new listing, or with null if the user cancels. */
 export function askFilter(which, listing, offer) {
   return new Promise((resolve) => {
     let answer = null;

@@ -1,7 +1,6 @@
 /*
- * The fixed parts of the list page. `on` is what they call: showKind(kind), typed(), leadToList(event), view(),
- * fetchFiles(operation), changeFilter(which), refresh(),
- * switchGallery(), clearChoice().
+ * The fixed parts of the list page. `on` holds the functions that they call: showKind(kind), typed(),
+ * leadToList(event), view(), fetchFiles(operation), changeFilter(which), refresh(), switchGallery(), clearChoice().
  */
 import { arrange } from './arrange.js';
 import { button, el, icon } from './dom.js';
@@ -112,15 +111,15 @@ function buildFoot(on) {
   return { node, count, news, chosen, clearChoice, lost, wait };
 }
 
-/** The page's own element, or a new one when a broken page has lost it. */
+/** Returns the element of the page, or a new one if the page is broken and lacks it. */
 const element = (id, tag) => {
   const found = document.getElementById(id);
   return found?.localName === tag ? found : el(tag, { id });
 };
 
 /**
- * Builds the page around the element "rsltgrid" and the two forms, which stay the page's own where it has them.
- * Returns its parts by name.
+ * Builds the page around the element "rsltgrid" and the two forms, which are kept from the page if it has them. Returns
+ * the parts by name.
  */
 export function buildFrame(on) {
   const host = element('rsltgrid', 'div');
@@ -145,7 +144,7 @@ export function buildFrame(on) {
   const list = el('div', { class: 'fm-list' }, host, gallery, empty);
   const main = el('main', { class: 'fm-main' }, list, facets, aside);
   const forms = el('div', { hidden: true }, filterForm, commandForm);
-  // Whatever markup a name may have brought into the page goes with the old body.
+  // This also removes all markup that a hostile file name may have added to the old body.
   document.body.replaceChildren(header, bar, banner, chips, main, foot, forms);
   document.body.removeAttribute('style');
   arrange({ header, tabs: ofHeader.nav, settings: ofHeader.settings, bar, actions: ofBar.actions, chips, banner, foot });

@@ -1,6 +1,6 @@
 /*
- * The list as pictures. Only the tiles in sight are in the document. Choice and active row are the grid's: both show the
- * same rows, and a person may switch between them.
+ * The list as pictures. Only visible tiles are in the document. The grid keeps the selection and the active row for
+ * both, because they show the same rows and the user can switch between them.
  */
 import { el, icon, visible } from './dom.js';
 import { t } from './texts.js';
@@ -10,10 +10,10 @@ import { shortDate } from './showndates.js';
 const LEAST_WIDTH = 160;
 const GAP = 12;
 const CAPTION = 50;
-const RATIO = 0.66; // height of a picture by its width
+const RATIO = 0.66; // height of a picture divided by its width
 
 export class Gallery {
-  /** `events`: open(entry), escape() as for the grid, isViewing(). */
+  /** `events` has open(entry), escape() as for the grid, and isViewing(). */
   constructor(host, grid, events) {
     this.host = host;
     this.grid = grid;
@@ -33,7 +33,7 @@ export class Gallery {
     return !this.host.hidden;
   }
 
-  /** Shows the rows as pictures, or (null) nothing. */
+  /** Shows the rows of `view` as pictures. If `view` is null, hides the gallery. */
   show(view) {
     this.host.hidden = !view;
     this.view = view ?? [];
@@ -65,7 +65,7 @@ export class Gallery {
       this.tiles.delete(row);
     }
     for (let row = first; row < end; row++) if (!this.tiles.has(row)) this.#add(row);
-    this.thumbnails.want(this.view.slice(first, end));
+    this.thumbnails.request(this.view.slice(first, end));
     this.#fillTiles();
     this.mark();
   }
@@ -89,7 +89,7 @@ export class Gallery {
     this.space.append(tile);
   }
 
-  /** Puts the pictures that have arrived into their tiles. */
+  /** Shows the pictures that have been fetched. */
   #fillTiles() {
     for (const [row, tile] of this.tiles) {
       const address = this.thumbnails.addressOf(this.view[row]);
@@ -100,7 +100,7 @@ export class Gallery {
     }
   }
 
-  /** Shows which tiles are chosen and which one is active. */
+  /** Marks the selected tiles and the active one. */
   mark() {
     if (!this.isShown) return;
     for (const [row, tile] of this.tiles) {
@@ -114,7 +114,7 @@ export class Gallery {
     else this.host.removeAttribute('aria-activedescendant');
   }
 
-  /** Scrolls until the active tile is in sight. */
+  /** Scrolls until the active tile is visible. */
   reveal() {
     if (!this.isShown || this.grid.active < 0) return;
     const top = Math.floor(this.grid.active / this.columns) * (this.height + GAP);

@@ -1,6 +1,6 @@
-/* The part of the address behind "#": what a person has typed (find) and looks at (view). */
+/* The part of the address after "#". It holds the text of the search (find) and the open entry (view). */
 
-/** The value of a key, or null. */
+/** Returns the value of a key, or null if it is missing or badly encoded. */
 export function inHash(key, hash = location.hash) {
   for (const piece of hash.replace(/^#/, '').split('&')) {
     const at = piece.indexOf('=');
@@ -14,7 +14,7 @@ export function inHash(key, hash = location.hash) {
   return null;
 }
 
-/** The text behind "#" for these values, "#" included; empty when there are none. */
+/** Returns "#" and the encoded values, or '' if there are none. */
 export function hashOf(values) {
   const pieces = Object.entries(values).filter(([, value]) => value);
   return pieces.length ? `#${pieces.map(([key, value]) => `${key}=${encodeURIComponent(value).replace(/%2F/g, '/')}`).join('&')}` : '';

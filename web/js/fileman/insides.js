@@ -1,17 +1,17 @@
 /*
- * What the instrument stores beside an entry's file: its pictures, and the document with its advanced information. The
- * instrument sends them with the entry's archive only, so that is fetched and read.
+ * Reads the files that belong to an entry: the pictures of its report, and the document with its advanced information.
+ * The instrument sends them only in the archive of the entry, so this module fetches and reads the archive.
  */
 import { unzipSync } from 'fflate';
 import { fileOf, nameMatches } from './archive.js';
 import { fetchBlob, sniff } from './stored.js';
 import { AnswerError, toText } from './wire.js';
 
-const MOST_KEPT = 4; // archives that are remembered
+const MOST_KEPT = 4; // archives in the cache
 const LARGEST_KEPT = 8 << 20;
 const MOST_PICTURES = 200;
 const MOST_UNPACKED = 64 << 20; // bytes of one file
-const MOST_DOCUMENT = 1 << 20; // the instrument reads no longer one either
+const MOST_DOCUMENT = 1 << 20; // bytes; the instrument has the same limit
 const kept = new Map();
 
 function dataAddress(blob) {
@@ -25,11 +25,11 @@ function dataAddress(blob) {
 
 async function pictureAddress(path, bytes) {
   const type = /\.svg$/i.test(path) ? 'image/svg+xml' : sniff(bytes);
-  // A data address needs no change of the frame's policy and no clearing up.
+  // The policy of the frame allows data: addresses, and they need no clean-up.
   return type.startsWith('image/') ? dataAddress(new Blob([bytes], { type })) : null;
 }
 
-/** The advanced information in a document: { jobid, account, locator, type }; null when it holds none. */
+/** Returns the advanced information in a document, { jobid, account, locator, type }, or null if there is none. */
 export function advancedOf(text) {
   const root = new DOMParser().parseFromString(text, 'text/xml').documentElement;
   const found = [...root.children].filter((node) => node.localName.toLowerCase() === 'ktb_advinfo').at(-1);
@@ -45,11 +45,11 @@ export function advancedOf(text) {
 
 const textOf = (bytes) => new TextDecoder().decode(bytes);
 
-/** What stands beside the entry's file: each record has a folder in the archive. */
+/** Returns the path of an archive member without its first folder. Each record has its own folder in the archive. */
 const placeIn = (name) => (/[^\0-\xff]/.test(name) ? name : toText(name)).split('/').slice(1).join('/');
 
 class Insides {
-  /** Throws AnswerError when the bytes are no archive. */
+  /** Throws AnswerError if the bytes are not an archive. */
   constructor(bytes, entry) {
     this.bytes = bytes;
     this.entry = entry;
@@ -68,17 +68,20 @@ class Insides {
     }
   }
 
-  /** The bytes of a file beside the entry's, or below that directory; null when there is none. */
+  /**
+   * Returns the bytes of a file, given by its path from the directory of the entry's file, or null if there is none.
+   */
   file(path) {
     const found = this.names.find((name) => nameMatches(path, placeIn(name)));
     return found ? this.#unpack(({ name }) => name === found)[found] : null;
   }
 
-  /** The entry's own file. */
+  /** Returns the bytes of the entry's file, or null. */
   own() {
     return this.file(fileOf(this.entry.path));
   }
 
+  /** Returns the advanced information of the entry, or null. */
   advanced() {
     const base = fileOf(this.entry.path).replace(/\.[^.]*$/, '');
     for (const name of [base, `${base}.xml`]) {
@@ -89,7 +92,10 @@ class Insides {
     return null;
   }
 
-  /** The files that a report refers to: two functions of their paths, the address of a picture and a file's text. */
+  /**
+   * Reads the files that a report refers to. Returns two functions that take a path: the first one returns the address
+   * of a picture, the second one the text of a style sheet.
+   */
   async references(paths) {
     const addresses = new Map();
     const texts = new Map();
@@ -102,7 +108,7 @@ class Insides {
   }
 }
 
-/** Fetches an entry's archive, or takes it from those that have been fetched last. */
+/** Fetches the archive of an entry, or takes it from the cache. Throws AnswerError or AbortError. */
 export async function fetchInsides(entry, signal) {
   const key = `${entry.datetime} ${entry.path}`;
   if (kept.has(key)) return kept.get(key);

@@ -1,6 +1,6 @@
 /*
- * Filters that a person has named and kept in this browser: the list's kind, its filter on the instrument and what is
- * typed in the search.
+ * Named filters that the user keeps in this browser. Each one holds the kind of the list, the filter that the
+ * instrument applies, and the text of the search.
  */
 import { announce, button, el } from './dom.js';
 import { keep, recall } from './memory.js';
@@ -10,7 +10,9 @@ import { t } from './texts.js';
 const MOST_LETTERS = 60;
 
 export class KeptFilters {
-  /** `events`: current() says what is shown, { query, find }; apply(kept) shows that. */
+  /**
+   * `events` has current(), which returns the shown list as { query, find }, and apply(kept), which shows another one.
+   */
   constructor(events) {
     this.events = events;
     this.list = el('ul', { class: 'fm-kept' });

@@ -1,4 +1,4 @@
-/* What an entry's file is, and what stands in the way of delivering it. */
+/* Tells the kind of an entry's file, and why an entry cannot be viewed or downloaded. */
 import { isStrict } from './answers.js';
 import { isSendable } from './wire.js';
 
@@ -20,17 +20,20 @@ export function extension({ path }) {
   return dot < 0 || path.indexOf('/', dot) >= 0 ? '' : path.slice(dot + 1).toLowerCase();
 }
 
-/** 'report', 'picture', 'capture' or 'other', by the file's name; the viewer looks at the bytes as well. */
+/** Returns 'report', 'picture', 'capture' or 'other' by the name of the file. The viewer checks the bytes as well. */
 export const kindOf = (entry) => KINDS[extension(entry)] ?? 'other';
 
 const CONTROL = /[\0-\x1f\x7f]/;
-/** What a folder's name may not hold, since it stands in a command without quotes. Other blanks than " " are no blanks there. */
+/**
+ * Characters that the path of a folder must not have, because it is part of a shell command without quotes. The shell
+ * splits only at " ", not at other white space.
+ */
 const SPECIAL = /[ |&;<>()$`\\"'*?[\]{}]/;
 
 /**
- * Why an entry cannot be delivered by 'view', 'download' or 'pdf': the key of a text, or null. For default answers
- * archives are packed by shell commands that cannot carry every name; the instrument leaves such entries out, so
- * the person is told beforehand.
+ * Returns the key of the text that says why an operation ('view', 'download' or 'pdf') cannot deliver an entry, or null
+ * if it can. For default answers the instrument packs archives with shell commands, which fail for some names. It
+ * leaves such entries out without a message, so the page must know them before the request.
  */
 export function obstacle(entry, operation) {
   if (!isSendable(entry.id)) return 'whyId';
@@ -48,14 +51,14 @@ export function obstacle(entry, operation) {
   return null;
 }
 
-// The instrument sends the first of those that share an identity, so the others' reports cannot be read.
+// If several entries have the same id, the instrument sends the first one. So the reports of the others cannot be read.
 const isReadable = (entry) => !entry.twin && kindOf(entry) === 'report' && !obstacle(entry, 'view');
 
-/** What an entry's report says: 'pass', 'fail', 'none', or '' when it is still to be read. */
+/** Returns the verdict of an entry: 'pass', 'fail', 'none', or '' if its report has not been read yet. */
 export function verdictOf(entry) {
   entry.verdict ??= isReadable(entry) ? '' : 'none';
   return entry.verdict;
 }
 
-/** Texts for what a report says of its test (verdicts.js); 'unread' when nobody has read it yet. */
+/** The texts for verdicts (verdicts.js). 'unread' means that the report has not been read yet. */
 export const VERDICT_TEXTS = { pass: 'verdictPass', fail: 'verdictFail', none: 'verdictNone', unread: 'verdictUnread' };

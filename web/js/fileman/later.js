@@ -1,10 +1,10 @@
 /*
- * What the list does not need until somebody asks for it. All of it comes as one file: a file for each would make the
- * bundle of parts that they share, each with a request of its own.
+ * Loads the modules that the list does not need at the start. They are one file. With a file for each module, the code
+ * that they share would be in further files, and each file would need its own request.
  */
 import { AnswerError } from './wire.js';
 
-/** The modules that come later; a connection that is gone fails as any other answer does. */
+/** Resolves with these modules. Throws AnswerError if they cannot be loaded. */
 export const later = () =>
   import('./laterparts.js').catch(() => {
     throw new AnswerError('errorNetwork');

@@ -1,4 +1,4 @@
-/* See later.js. */
+/* The modules that later.js loads. */
 export { showAbout } from './about.js';
 export { showCapture } from './capture.js';
 export { showComparison } from './compare.js';

@@ -1,4 +1,7 @@
-/* A listing says what a list shows: { kind, lists, texts } (wire.js reads it from a query). Nothing here changes one. */
+/*
+ * A listing is what a list shows: its kind and its filter, { kind, lists, texts }. wire.js reads it from a query. These
+ * functions never change a listing, they return a new one.
+ */
 import { LIST_KEYS, TEXT_KEYS, listingQuery } from './wire.js';
 
 export const TAB_TEXTS = { all: 'listAll', rslt: 'listRslt', prof: 'listProf', screen: 'listScreen' };
@@ -6,7 +9,7 @@ export const TAB_TEXTS = { all: 'listAll', rslt: 'listRslt', prof: 'listProf', s
 export const addressOf = (listing) => `fileman.cgi${listingQuery(listing)}`;
 export const obeysFilter = ({ kind }) => kind === 'rslt' || kind === 'prof';
 
-/** The listing without one value of its filter. */
+/** Returns the listing without one value of its filter. */
 export function without(listing, key, value) {
   const { lists, texts } = listing;
   return key in lists
@@ -14,7 +17,7 @@ export function without(listing, key, value) {
     : { ...listing, texts: { ...texts, [key]: '' } };
 }
 
-/** The listing without any filter. */
+/** Returns the listing without its filter. */
 export function unfiltered(listing) {
   return {
     ...listing,

@@ -1,4 +1,7 @@
-/* What is remembered: preferences for good, a list's state as long as its window. A full or closed store is no error. */
+/*
+ * Stores preferences in the browser permanently, and the state of a list as long as its window is open. A store that is
+ * full or blocked is not an error.
+ */
 
 function access(store, work) {
   try {
@@ -18,10 +21,10 @@ export function keep(name, value, store = () => localStorage) {
 
 const ofWindow = () => sessionStorage;
 
-/** State of one list: { chosen: [paths], top, active }. */
+/** The state of one list: { chosen: [paths], top, active }. */
 export const recallList = (query) => recall(`list${query}`, {}, ofWindow);
 export const keepList = (query, state) => keep(`list${query}`, state, ofWindow);
 
-/** What is typed in the search; it holds for all lists of a window. */
+/** The text of the search. All lists of a window share it. */
 export const recallFind = () => recall('find', '', ofWindow);
 export const keepFind = (text) => keep('find', text, ofWindow);

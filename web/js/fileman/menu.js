@@ -1,7 +1,7 @@
-/* A small menu beside the button, or at the place, that opens it. */
+/* A small menu that opens at a button or at a rectangle. */
 import { button, el } from './dom.js';
 
-let open = null; // closes the menu that is open
+let open = null; // a function that closes the open menu
 
 function place(node, { left, right, top, bottom }) {
   const { width, height } = node.getBoundingClientRect();
@@ -12,8 +12,8 @@ function place(node, { left, right, top, bottom }) {
 }
 
 /**
- * Shows items, [{ text, press }], at a rectangle { left, right, top, bottom }. `opener` gets the focus back.
- * A press, Escape, Tab or anything outside closes the menu.
+ * Shows a menu of items, [{ text, press }], at a rectangle { left, right, top, bottom }. A click, Escape or Tab closes
+ * it and returns the focus to `opener`. A click outside closes it too.
  */
 export function showMenu(items, rectangle, opener, label) {
   open?.();
@@ -28,7 +28,7 @@ export function showMenu(items, rectangle, opener, label) {
   const outside = (event) => {
     if (!node.contains(event.target)) close(false);
   };
-  const lose = () => close(false); // a report's frame was pressed
+  const lose = () => close(false); // the user has clicked into the frame of a report
   const run = (press) => {
     close();
     press();
@@ -46,7 +46,7 @@ export function showMenu(items, rectangle, opener, label) {
     event.stopPropagation();
   };
   const node = el('div', { class: 'fm-menu', role: 'menu', 'aria-label': label, on: { keydown: keys } }, entries);
-  // Within a landmark, where assistive software finds it.
+  // Inside a landmark screen readers can find the menu.
   (document.querySelector('main') ?? document.body).append(node);
   place(node, rectangle);
   addEventListener('pointerdown', outside, true);
@@ -56,7 +56,7 @@ export function showMenu(items, rectangle, opener, label) {
   entries[0].focus();
 }
 
-/** A button that opens a menu; `items()` gives what it shows. */
+/** Creates a button that opens a menu. `items()` returns its items. */
 export function menuButton(text, items, options = {}) {
   const press = () => showMenu(items(), opener.getBoundingClientRect(), opener, text);
   const opener = button(text, { 'aria-haspopup': 'menu', 'aria-expanded': 'false', ...options, press });

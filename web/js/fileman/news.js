@@ -1,22 +1,25 @@
 /*
- * Looks for new results now and then while the page is visible. There is never more than one request, and a look is
- * followed by a pause of at least twenty times what it took, so that an instrument spends no more than a twentieth on it.
- * Where the window is as narrow as an instrument's own screen, a person has to ask for it.
+ * Checks for new results (polling) while the page is visible. There is never more than one request at a time. After
+ * each check there is a pause of at least 20 times the duration of the check, so that the instrument spends at most 5%
+ * of its time on it. In a window as narrow as the instrument's own screen, the user has to switch it on.
  */
 import { keep, recall } from './memory.js';
 
 const LEAST_PAUSE = 60e3;
-const TIMES = 20; // pause by duration of the last look
+const TIMES = 20; // pause divided by the duration of the last check
 const OWN_SCREEN = 1000; // pixels
 
 const keyOf = ({ path, datetime }) => `${path}\n${datetime}`;
 
 export class News {
-  /** `events`: look() resolves to the list as it is now, or throws; entries() are those shown; found(list, count). */
+  /**
+   * `events` has look(), which resolves with the list as it is now or throws, entries(), which returns the shown
+   * entries, and found(list, count), which is called if there are new entries.
+   */
   constructor(events) {
     this.events = events;
     this.pause = LEAST_PAUSE;
-    this.turn = 0; // of the list that is shown; a look at an older one counts for nothing
+    this.turn = 0; // number of the shown list; the result of a check for an older list is ignored
     document.addEventListener('visibilitychange', () => this.#wait());
     this.#wait();
   }
@@ -30,7 +33,7 @@ export class News {
     this.#wait();
   }
 
-  /** Starts anew with a list that has just been shown. */
+  /** Restarts the timer after a list has been shown. */
   restart() {
     this.turn += 1;
     this.#wait();
@@ -51,7 +54,7 @@ export class News {
       const count = list.entries.filter((entry) => !known.has(keyOf(entry))).length;
       if (count && !list.early && turn === this.turn) this.events.found(list, count);
     } catch {
-      // An instrument that does not answer now may do so later; a person who asks is told.
+      // No message: the instrument may answer at the next check. A refresh by the user does show errors.
     }
     this.isLooking = false;
     this.pause = Math.max(LEAST_PAUSE, TIMES * (performance.now() - began));

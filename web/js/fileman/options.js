@@ -1,6 +1,6 @@
 /*
- * Reads the two filter pages from their text: what they offer stands unescaped in attributes, so the
- * document that a browser builds from them cannot be trusted to hold the names as they are.
+ * Reads the options of the two filter pages from their text. The pages do not escape names in attributes, so the
+ * document that a browser builds from them may have wrong names.
  */
 import { isStrict } from './answers.js';
 import { toBinary, toText, unescape } from './wire.js';
@@ -26,7 +26,10 @@ function between(text, start, end, from = 0) {
   return stop < 0 ? null : text.slice(at + start.length, stop);
 }
 
-/** The names in one fieldset: each option's id, value and label repeat the name, which tells where it ends. */
+/**
+ * Returns the names in one fieldset. The id, the value and the label of an option repeat the name. This shows where the
+ * name ends.
+ */
 function readOptions(field, prefix) {
   const names = [];
   for (const piece of field.split(`<input type="checkbox" id="${prefix}`).slice(1)) {
@@ -43,15 +46,15 @@ function readOptions(field, prefix) {
   return names;
 }
 
-/** The names in one fieldset of a strict answer: each option's id holds its bytes percent-encoded. */
+/** Returns the names in one fieldset of a strict answer, where the id of an option is the percent-encoded name. */
 function readStrictOptions(field, prefix) {
   const ids = field.matchAll(/<input type="checkbox" id="([^"]*)"/g);
   return [...ids].map(([, id]) => unescape(id).slice(prefix.length));
 }
 
 /**
- * The primary page's groups: [{ key, options: [{ value (binary), text }] }]. An option without a name is
- * left out: it could not be told from "no choice". Null when the text is no primary filter page.
+ * Returns the groups of the primary filter page: [{ key, options: [{ value (binary), text }] }]. Options without a name
+ * are left out, because a request with an empty name means "no choice". Returns null for any other page.
  */
 export function parsePrimary({ text, raw }) {
   if (!text.includes('id="pri_form"')) return null;
@@ -65,7 +68,7 @@ export function parsePrimary({ text, raw }) {
   });
 }
 
-/** The advanced page's fields in page order, [key]; null when the text is no advanced filter page. */
+/** Returns the keys of the fields of the advanced filter page, in their order. Returns null for any other page. */
 export function parseAdvanced({ text }) {
   if (!text.includes('id="adv_form"')) return null;
   return ADVANCED.filter(({ input }) => text.includes(`id="${input}"`)).map(({ key }) => key);

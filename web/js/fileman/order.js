@@ -1,14 +1,19 @@
-/* Order of the list; it stays quick at 100,000 entries. */
+/* Sorts the list. It is fast enough for 100,000 entries. */
 
-/** A key by which plain comparison gives natural order: numbers by value, letters without case or accent. */
+/**
+ * Returns a sort key for natural order: a plain comparison of two keys compares numbers by value, and letters without
+ * case and accents.
+ */
 export function naturalKey(text) {
   let key = text.toLowerCase();
   if (/[^\0-\x7f]/.test(key)) key = key.normalize('NFKD').replace(/[\u0300-\u036f]/g, '');
-  // A run of digits becomes its length and its digits: "2" < "10" because 1 digit < 2 digits.
+  // Write the length of a number before its digits. Then "2" < "10", because 1 digit < 2 digits.
   return key.replace(/0*(\d+)/g, (run, digits) => String.fromCharCode(0x30 + Math.min(digits.length, 60)) + digits);
 }
 
-/** Indices of `entries` ordered by date; equal dates are ordered by name, whichever way the dates go. */
+/**
+ * Returns the indices of `entries`, sorted by date. Entries with equal dates are always in ascending order of names.
+ */
 function orderByDate(entries, ascending) {
   const runs = new Map();
   entries.forEach(({ datetime }, i) => {
@@ -29,9 +34,9 @@ function orderByDate(entries, ascending) {
 }
 
 /**
- * Indices of `entries` ordered by a field; equal values keep the order in which the instrument lists them, except dates.
- * The index goes behind its key as two characters, so that the engine sorts plain texts without calling back:
- * at 100,000 different names a tenth of the time that a comparing function takes.
+ * Returns the indices of `entries`, sorted by a field. Entries with equal values stay in the order of the instrument's
+ * list, except for dates. Each index is appended to its key as two characters, so that sort() needs no comparison
+ * function. For 100,000 different names this takes a tenth of the time.
  */
 export function orderBy(entries, field, ascending) {
   if (field === 'datetime') return orderByDate(entries, ascending);

@@ -1,11 +1,11 @@
-/* What both kinds of page need before anything is shown: language, title, light or dark. */
+/* The common set-up of list page and filter pages: language, title, light or dark colours. */
 import { keep, recall } from './memory.js';
 import { language, t } from './texts.js';
 
 const systemIsDark = matchMedia('(prefers-color-scheme: dark)');
 const systemLook = () => (systemIsDark.matches ? 'dark' : 'light');
 
-/** Applies the person's choice, or the system's look when there is none ('auto'). */
+/** Applies the colours that the user has chosen, or those of the system if there is no choice ('auto'). */
 function applyLook() {
   const choice = recall('look', 'auto');
   document.documentElement.dataset.look = choice === 'auto' ? systemLook() : choice;
@@ -20,7 +20,7 @@ export function dressPage(title) {
   applyLook();
 }
 
-/** Goes from the system's look to the other one and back. */
+/** Switches between light and dark. */
 export function switchLook() {
   const other = document.documentElement.dataset.look === 'dark' ? 'light' : 'dark';
   keep('look', other === systemLook() ? 'auto' : other);

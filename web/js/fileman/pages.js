@@ -1,4 +1,4 @@
-/* What fileman.js starts; scripts/build-web makes one file of it and of everything that it needs. */
+/* The entry point of the bundle that scripts/build-web makes. js/fileman.js calls list() or filterpage(). */
 import { later } from './later.js';
 
 export { start as list } from './list.js';

@@ -1,6 +1,7 @@
 /*
- * What a packet capture holds, without its packets' contents: reads pcap (draft-ietf-opsawg-pcap) and pcapng
- * (draft-ietf-opsawg-pcapng) files of either byte order. A file that is cut off or broken is read up to that place.
+ * Summarizes a packet capture: numbers, times and protocols of its packets. Reads pcap (draft-ietf-opsawg-pcap) and
+ * pcapng (draft-ietf-opsawg-pcapng) files of either byte order. A file that is cut off or broken is read up to that
+ * place.
  */
 
 const NANO = 1e9;
@@ -67,7 +68,7 @@ const PORT_NAMES = {
 };
 const MOST_TAGS = 8;
 
-/** Reads whole numbers of a file; a place outside the file reads as -1. */
+/** Reads integers from a file. Outside of the file the result is -1. */
 class Numbers {
   constructor(bytes, little) {
     this.data = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
@@ -127,7 +128,7 @@ function ofEtherType(first, numbers, from, end) {
   return ETHER_NAMES[type] ?? `0x${type.toString(16).padStart(4, '0')}`;
 }
 
-/** The innermost protocol of a packet that its first bytes tell. */
+/** Returns the name of the innermost protocol that the first bytes of a packet show, or '' if it is unknown. */
 function protocolOf(link, numbers, at, end) {
   const ofVersion = (place) => (numbers.u8(place) >> 4 === 6 ? ofIp6(numbers, place, end) : ofIp4(numbers, place, end));
   if (link === ETHERNET && at + 14 <= end) return ofEtherType(numbers.u16(at + 12, false), numbers, at + 14, end);
@@ -138,7 +139,7 @@ function protocolOf(link, numbers, at, end) {
   return '';
 }
 
-/** Gathers what the packets tell. Times are seconds since 1970. */
+/** Collects the summary of all packets. Times are seconds since 1970. */
 class Summary {
   constructor(format) {
     this.result = { format, links: [], packets: 0, bytes: 0, first: null, last: null, protocols: [], cut: false };
@@ -193,7 +194,9 @@ const SIMPLE_PACKET = 3;
 const PACKET = 6;
 const TIME_RESOLUTION = 9;
 
-/** What an interface says: { link, most, fraction }, its longest packet and how many units of time make a second. */
+/**
+ * Reads an interface block. Returns { link, most, fraction }; `most` is its longest packet, `fraction` is in units/s.
+ */
 function readInterface(numbers, at, end) {
   const one = { link: numbers.u16(at + 8), most: numbers.u32(at + 12), fraction: 1e6 };
   for (let option = at + 16; option + 4 <= end; option += 4 + 4 * Math.ceil(numbers.u16(option + 2) / 4)) {
@@ -252,9 +255,9 @@ function readPcapng(bytes) {
 }
 
 /**
- * What a capture holds: { format, links, packets, bytes, first, last, protocols, cut }; null when it is none. `bytes`
- * are those on the line, `first` and `last` seconds since 1970 or null, `protocols` pairs of name and count, the most
- * frequent first, `cut` says that the file ends within a packet or holds something that is none.
+ * Returns { format, links, packets, bytes, first, last, protocols, cut }, or null if the bytes are not a capture.
+ * `bytes` counts the bytes on the line. `first` and `last` are seconds since 1970, or null. `protocols` has pairs of
+ * name and count, the most frequent protocol first. `cut` is true if the file is cut off or broken.
  */
 export function summarize(bytes) {
   const magic = new Numbers(bytes, false).u32(0);

@@ -1,10 +1,10 @@
-/* The whole list on paper. */
+/* Prints the whole list. */
 import { columnText } from './columns.js';
 import { el, visible } from './dom.js';
 
 const PRINTED = ['name', 'test', 'port', 'datetime'];
 
-/** Whenever the page is printed and no view asks for it, all rows that `shown()` gives go to the paper. */
+/** Makes the browser print all rows that `shown()` returns, unless a view is printed. */
 export function printRows(shown) {
   let paper = null;
   addEventListener('beforeprint', () => {

@@ -1,5 +1,5 @@
 /*
- * What a person types to find entries:
+ * The search language:
  *
  *   bert north            both words, anywhere in an entry         "two words"   as they stand
  *   port:P1 test:bert     in this column, at the start of a word   port:"P1"     the whole value
@@ -15,7 +15,7 @@ export const KIND_TEXTS = { report: 'kindReport', picture: 'kindPicture', captur
 
 const VERDICT_LINES = Object.fromEntries(Object.entries(VERDICT_TEXTS).map(([key, text]) => [key, `${key}\n${t(text)}`]));
 
-/** What a key compares: the column's text, or all texts that name it, one in a line. */
+/** Returns the text that a key is compared with. If a value has several names, each one is on its own line. */
 const VALUES = {
   module: (entry) => entry.module,
   mode: (entry) => entry.mode,
@@ -26,7 +26,7 @@ const VALUES = {
   name: (entry) => entry.name,
   path: (entry) => entry.path,
 };
-/** Keys of few different values: whether one matches is remembered. */
+/** Keys with few different values. For them the results of comparisons are cached. */
 const FEW = new Set(['module', 'mode', 'test', 'port', 'kind', 'verdict']);
 
 const kinds = new Map();
@@ -36,7 +36,7 @@ function kindLines(kind, rsltype) {
   return kinds.get(key);
 }
 
-/** A key as it may be written in the person's language or in English, or undefined. */
+/** Returns the key that a word in the user's language or in English stands for, or undefined. */
 function keyNamed(text) {
   const lower = text.toLowerCase();
   return Object.keys(VALUES).find((key) =>
@@ -46,13 +46,13 @@ function keyNamed(text) {
 
 const plain = (text) => text.replace(/[.*+?^${}()|[\]\\/]/g, '\\$&');
 
-/** "P1" begins a word and is not the start of "P10"; in quotes it is the whole value. */
+/** Returns a pattern: "P1" matches the start of a word, but not "P10". A quoted value matches only the whole value. */
 function valuePattern({ text, exact }) {
   if (exact) return `^${plain(text)}$`;
   return `(?<![\\p{L}\\p{N}])${plain(text)}${/\d$/.test(text) ? '(?!\\d)' : ''}`;
 }
 
-/** A quotation mark within quotes is written twice. */
+/** In a quoted text a quotation mark is doubled. */
 const WORD = /(-?)(?:(\p{L}+):)?((?:"(?:[^"]|"")*(?:"|$)|[^\s"])*)/uy;
 const VALUE = /"((?:[^"]|"")*)(?:"|$)|([^,"]+)/g;
 const unquoted = (text) => text.replace(/""/g, '"');
@@ -62,7 +62,7 @@ function fieldClause(key, text) {
   const values = Array.from(text.matchAll(VALUE), ([, quoted, bare]) =>
     bare ? { text: bare, exact: false } : { text: unquoted(quoted), exact: true },
   );
-  if (!values.length) return null; // "port:" is about to be typed
+  if (!values.length) return null; // so far the user has typed only "port:"
   const pattern = new RegExp(values.map(valuePattern).join('|'), 'ium');
   const valueOf = VALUES[key];
   const known = new Map();
@@ -78,7 +78,7 @@ function fieldClause(key, text) {
   return { key, values, test };
 }
 
-/** Where a word may stand; the path first, because it holds most of the others. */
+/** The fields in which words are searched. The path comes first, because it contains most of the other fields. */
 const SEARCHED = ['path', 'test', 'port', 'module', 'mode', 'datetime', 'rsltype', 'name'];
 
 function wordClause(text) {
@@ -103,7 +103,9 @@ function dateClause({ from, to }, text) {
   return { key: 'date', values: [{ text }], test: ({ datetime }) => datetime >= from && datetime < to };
 }
 
-/** The clause that begins at a place of the text, { ..., start, end }; its test is null where nothing is asked yet. */
+/**
+ * Reads the clause at a place of the text. Returns { ..., start, end }; `test` is null if the clause has no value yet.
+ */
 function clauseAt(text, start) {
   const isNot = text[start] === '-' && start + 1 < text.length;
   const date = dateAt(text, start + isNot);
@@ -126,7 +128,7 @@ function clauseAt(text, start) {
   return { ...clause, isNot, start, end, test: isNot ? (entry) => !test(entry) : test };
 }
 
-/** Whether every entry that `clause` lets through passes one of the others, too. */
+/** Returns true if every entry that matches one of `others` also matches `clause`. */
 const isImplied = (clause, others, text, otherText) =>
   others.some((other) =>
     clause.key === 'word' && other.key === 'word' && !clause.isNot && !other.isNot
@@ -151,7 +153,7 @@ export class Query {
     return !this.clauses.length;
   }
 
-  /** Words to be marked in names. */
+  /** The words that are marked in names. */
   get words() {
     return this.clauses.flatMap(({ key, isNot, word, values }) => {
       if (isNot) return [];
@@ -164,14 +166,14 @@ export class Query {
     return true;
   }
 
-  /** Whether all entries that match this query are among those that match the other one. */
+  /** Returns true if every entry that matches this query also matches the other one. */
   isWithin(other) {
     return other.clauses.every((clause) => isImplied(clause, this.clauses, other.text, this.text));
   }
 
   /**
-   * The one key that keeps an entry out, by what it asks for; '' when the entry matches, null when more than that keeps
-   * it out.
+   * Tells why an entry does not match: returns the key if the clauses of only one key exclude it, null if there is any
+   * other reason, and '' if the entry matches.
    */
   obstacleOf(entry) {
     let obstacle = '';
@@ -183,12 +185,12 @@ export class Query {
     return obstacle;
   }
 
-  /** The values that a key asks for. */
+  /** Returns the values for which the query searches with a key. */
   valuesOf(key) {
     return this.#valuesOf(key).map(({ text }) => text);
   }
 
-  /** Whether a key asks for this value. */
+  /** Returns true if the query searches for this value with a key. */
   asksFor(key, value) {
     return this.valuesOf(key).some((text) => text.toLowerCase() === value.toLowerCase());
   }
@@ -201,7 +203,7 @@ export class Query {
     return this.#clausesOf(key).flatMap(({ values }) => values);
   }
 
-  /** The text with a value of a key asked for, or no longer asked for when it was; of dates there is one at a time. */
+  /** Returns the text of the query with a value added, or removed if it was there. Only one date is kept at a time. */
   toggled(key, value) {
     const had = this.asksFor(key, value);
     if (key === 'date') return this.#replaced(key, had ? '' : value);
@@ -210,7 +212,7 @@ export class Query {
     return this.#replaced(key, values.length ? `${key}:${values.map(written).join(',')}` : '');
   }
 
-  /** The text with another clause in the place of a key's clauses. */
+  /** Returns the text of the query with the clauses of a key replaced by another clause. */
   #replaced(key, clause) {
     let rest = this.text;
     for (const { start, end } of this.#clausesOf(key).reverse())

@@ -1,6 +1,6 @@
 /*
- * A report in a frame whose document (js/report.html) lets nothing run or load. What the report refers to in its own
- * directory leaves a note in its place until the files are there.
+ * Shows a report in a frame. The document of the frame (js/report.html) lets nothing run or load. A note replaces each
+ * picture from the report's directory until the file has been fetched.
  */
 import { el, visible } from './dom.js';
 import { t } from './texts.js';
@@ -8,6 +8,7 @@ import { t } from './texts.js';
 const UNSAFE = 'script, base, meta[http-equiv], link, iframe, frame, object, embed, audio, video, source';
 const LEADING = ['background', 'action', 'formaction', 'ping', 'poster', 'target', 'srcset'];
 
+/** Decodes the bytes of a report by the charset that it declares, else as UTF-8. */
 export function decodeReport(bytes) {
   const head = new TextDecoder('latin1').decode(bytes.subarray(0, 2048));
   const label = /<meta[^>]+charset\s*=\s*["']?([\w-]+)/i.exec(head)?.[1] ?? 'utf-8';
@@ -18,7 +19,7 @@ export function decodeReport(bytes) {
   }
 }
 
-/** The place of a file that a report refers to, seen from the report's directory; null for one elsewhere. */
+/** Returns the path of a file relative to the report's directory, or null if the file is not below this directory. */
 export function ownPath(source) {
   if (/^(?:[a-z][a-z0-9+.-]*:|[/\\]|#|$)/i.test(source)) return null;
   const places = [];
@@ -38,7 +39,7 @@ export function ownPath(source) {
 
 const CSS_URL = /url\(\s*(?:"([^"]*)"|'([^']*)'|([^)]*?))\s*\)/gi;
 
-/** Styles in which only pictures that `addressOf(path)` knows are left. */
+/** Returns the style sheet without imports, and with only those pictures whose address `addressOf(path)` returns. */
 function withOwnUrls(css, addressOf = () => null) {
   return css.replace(/@import[^;]*;?/gi, '').replace(CSS_URL, (whole, double, single, bare) => {
     const source = double ?? single ?? bare;
@@ -48,7 +49,7 @@ function withOwnUrls(css, addressOf = () => null) {
   });
 }
 
-/** Puts a note in the place of what is not there yet, as large as it will be. */
+/** Replaces a picture by a note of the same size. Returns the note. */
 function placeNote(node, name) {
   const note = node.ownerDocument.createElement('span');
   const [width, height] = ['width', 'height'].map((side) => parseInt(node.getAttribute(side), 10));
@@ -63,7 +64,7 @@ function placeNote(node, name) {
   return note;
 }
 
-/** A picture of the report's own directory, to be put in the place of its note. */
+/** Replaces a picture by a note, and returns the slot that shows the picture when its file is there. */
 function pictureSlot(picture, source) {
   const path = ownPath(source);
   const name = picture.getAttribute('alt') || source.slice(source.lastIndexOf('/') + 1);
@@ -88,7 +89,7 @@ function styleSlot(node, css) {
   return { paths: paths.filter(Boolean), fill };
 }
 
-/** A style sheet of the report's own directory, which becomes a style element. */
+/** Replaces a linked style sheet by a style element, and returns the slot that fills the element. */
 function sheetSlot(link) {
   const path = ownPath(link.getAttribute('href') ?? '');
   const style = link.ownerDocument.createElement('style');
@@ -102,7 +103,7 @@ function sheetSlot(link) {
 const PICTURE_NAME = /\.(?:svg|png|jpe?g|gif|bmp)(?:[?#].*)?$/i;
 const sourceOf = (node) => node.getAttribute('data') ?? node.getAttribute('src') ?? '';
 
-/** A chart that the report embeds: it is shown as the picture that it is. */
+/** Replaces an embedded chart by a picture, and returns the slot of the picture. */
 function chartSlot(node) {
   const source = sourceOf(node);
   const picture = node.ownerDocument.createElement('img');
@@ -113,7 +114,7 @@ function chartSlot(node) {
   return pictureSlot(picture, source);
 }
 
-/** Takes away what would run, load or lead away. */
+/** Removes the attributes that could run a script, load something or open another page. */
 function calmAttributes(node) {
   for (const { name, value } of [...node.attributes]) {
     const isAway = (name === 'href' || name.endsWith(':href')) && !value.startsWith('#');
@@ -123,12 +124,12 @@ function calmAttributes(node) {
 }
 
 /**
- * A report's document without what would run, load or lead away: { report, slots }. A slot is a place to be filled when
- * the files that it needs (`paths`) are there. `Parser` is the frame's own: the list's policy would complain about the
- * report's styles while they are read.
+ * Parses a report and removes everything that could run, load or open another page. Returns { report, slots }. A slot
+ * is a place that is filled later, when the files in its `paths` are there. `Parser` is the DOMParser of the frame:
+ * with the one of the page, the policy of the page would report the styles as violations.
  */
 export function calmReport(text, Parser) {
-  // The frame runs no handlers. Renamed ones do not make the browser report that, either.
+  // The frame runs no event handlers anyway. Rename them, so that the browser does not report each one as a violation.
   const quiet = text.replace(/<[a-z][^>]*>/gi, (tag) => tag.replace(/(\s)on(?=\w+\s*=)/gi, '$1data-on'));
   const report = new Parser().parseFromString(quiet, 'text/html');
   const slots = [];
@@ -148,9 +149,9 @@ export function calmReport(text, Parser) {
   return { report, slots: slots.filter(({ paths }) => paths.length) };
 }
 
-/** A frame for reports, { frame, ready }: `ready` resolves with its empty document. */
+/** Creates a frame for reports. Returns { frame, ready }; `ready` resolves with the empty document of the frame. */
 export function reportShell(title, onKey) {
-  // Without allow-scripts nothing runs in the frame; same origin lets us fill it, and modals let us print it.
+  // Without allow-scripts no script runs. This page needs allow-same-origin to fill the frame, allow-modals to print it.
   const frame = el('iframe', {
     class: 'fm-report',
     title,
@@ -169,7 +170,7 @@ export function reportShell(title, onKey) {
 
 const LEAST_ZOOM = 0.5;
 
-/** Makes a report that is wider than its frame fit; on paper it keeps its size. */
+/** Zooms a report that is wider than its frame, so that it fits. The printed report keeps its size. */
 function fitWidth({ body, documentElement: root }) {
   body.style.zoom = '';
   const zoom = Math.max(LEAST_ZOOM, root.clientWidth / root.scrollWidth);
@@ -177,8 +178,9 @@ function fitWidth({ body, documentElement: root }) {
 }
 
 /**
- * Shows a report: { frame, ready, paths, fill }. `ready` resolves when it is shown, `paths()` are those of the files that
- * it lacks, and `fill(addressOf, textOf)` puts in the files that these know by their paths.
+ * Shows a report. Returns { frame, ready, paths, fill }: `ready` resolves when the report is shown. `paths()` returns
+ * the paths of the files that it needs. `fill(addressOf, textOf)` inserts these files; both functions take a path (see
+ * Insides.references).
  */
 export function showReport(entry, bytes, onKey) {
   const { frame, ready } = reportShell(t('reportTitle', { name: visible(entry.name) }), onKey);

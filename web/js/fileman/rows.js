@@ -1,18 +1,18 @@
 /*
- * Reads the list page's rows from its text. The page writes every value between apostrophes exactly as it is stored,
- * so the name of a file or directory may hold apostrophes, line ends or something that looks like rows; executing the
- * array would run such a name. A wrong reading must not pass for a right one. That rests on three things:
+ * Reads the rows of the list page from its text. The page writes every value between apostrophes exactly as it is
+ * stored. So the name of a file or directory may contain apostrophes, line ends or a text that looks like rows. If the
+ * array were executed, such a name would run as code. A wrong reading must never be accepted. Three rules ensure this:
  *
- * - No name holds a "/". So no name can bring what ANCHOR matches, for the first directories of a path are not free:
- *   there is exactly one anchor in each row, and their number is the number of rows.
- * - Between two anchors one row ends and the next one begins. If the text there looks like that only once, this is
- *   the place. If it does so more often, all of them are tried.
- * - The values of a row agree with each other: the id is made of five of them, and the path ends with the name.
+ * - No name contains a "/". ANCHOR matches a text with the fixed first directories of a path, so no name can contain a
+ *   match. Therefore each row has exactly one anchor, and the number of anchors is the number of rows.
+ * - Between two anchors one row ends and the next one begins. If the text there has only one such border, this is the
+ *   right one. If it has several, all of them are tried.
+ * - The values of a row agree with each other: the id consists of five of them, and the path ends with the name.
  *
- * A row is taken when there is exactly one way to read it that leaves a way to read its neighbours. Any other row is
+ * A row is accepted if there is exactly one way to read it so that its neighbours can be read too. All other rows are
  * lost, and the lost rows are counted.
  *
- * None of this is needed in strict answers, where each row is one line of JSON.
+ * Strict answers need none of this, because each row is one line of JSON.
  */
 import { toBinary, toText } from './wire.js';
 
@@ -23,21 +23,24 @@ const LIST_START = '\tvar griddata = [\n';
 const ROW_START = "\t\t{ id: '";
 const ROW_END = "' },\n";
 const LIST_END = '\t\t];\n';
-/** The list's end and what follows it in a page. No path holds this: it would need two directories that end with "<". */
+/**
+ * The end of the list and the text after it in a page. No path contains this text, because it would need two
+ * directories whose names end with "<".
+ */
 const PAGE_LIST_END = `${LIST_END}</script>\n</head>\n`;
 const ID_BYTES = 255; // the instrument cuts an id to this length
 
 const anchorPattern = "', datetime: '([^'/\n]*)', rsltype: '([^'/\n]*)', path: '(?=/home/[^/\n]*/)";
 const ANCHOR = new RegExp(anchorPattern, 'g');
 
-/** A row whose values hold neither an apostrophe nor a line end. */
+/** Matches a row without apostrophes and line ends in its values. */
 const PLAIN_ROW = new RegExp(
   `${["\t\t\\{ id: '", "', name: '", "', module: '", "', mode: '", "', test: '", "', port: '"].join("([^'\n]*)")}` +
     `([^'\n]*)${anchorPattern}([^'\n]*)' \\},\n`,
   'y',
 );
 
-/** Places of a part in a text. Each one costs a unit of the budget; when that is used up there are no more. */
+/** Yields the places of a part in a text. Each place costs one unit of the budget; without budget it ends. */
 function* places(text, part, from, budget) {
   for (let at = text.indexOf(part, from); at >= 0 && budget.left > 0; at = text.indexOf(part, at + 1)) {
     budget.left -= 1;
@@ -51,7 +54,10 @@ function anchorAfter(text, from) {
   return found && { at: found.index, path: ANCHOR.lastIndex, datetime: found[1], rsltype: found[2] };
 }
 
-/** Names that fit a path: the file's up to its first dot; that of a measurement, which lies in a directory of its name. */
+/**
+ * * Returns the names that fit a path: the file name up to its first dot, and for a measurement the name of its
+ * directory.
+ */
 function namesOf(path) {
   const fileAt = path.lastIndexOf('/') + 1;
   const file = path.slice(fileAt);
@@ -60,7 +66,7 @@ function namesOf(path) {
   return path.endsWith(`/${file}/`, fileAt) ? [...names, file] : names;
 }
 
-/** All ways to read what stands before a row's anchor when its name is known: [id, name, module, mode, test, port]. */
+/** Yields all ways to read the text before an anchor if the name is known: [id, name, module, mode, test, port]. */
 function* headReadings(head, rsltype, name, budget) {
   const afterId = `', name: '${name}', module: '`;
   for (const idEnd of places(head, afterId, 0, budget)) {
@@ -85,8 +91,8 @@ function* headReadings(head, rsltype, name, budget) {
 }
 
 /**
- * All ways to read the row around an anchor that begins at one of `starts` and ends at one of `ends`, as { from, to,
- * values }; null when it takes more steps than the text has characters.
+ * Returns all ways to read the row around an anchor, [{ from, to, values }]. The row begins at one of `starts` and ends
+ * at one of `ends`. Returns null if the budget is used up.
  */
 function rowReadings(text, anchor, starts, ends, budget) {
   const endsOfName = new Map();
@@ -116,8 +122,8 @@ function rowReadings(text, anchor, starts, ends, budget) {
 }
 
 /**
- * The rows around some anchors, null for a lost one. Row i begins at one of borders[i] and ends at one of
- * borders[i + 1].
+ * Returns the rows around some anchors, with null for a lost one. Row i begins at one of borders[i] and ends at one of
+ * borders[i + 1]. `count` gets the number of steps.
  */
 function readGroup(text, anchors, borders, count) {
   const readings = [];
@@ -141,8 +147,8 @@ function readGroup(text, anchors, borders, count) {
 }
 
 /**
- * Finds the rows from a certain border to the next one that is certain because only one place is possible:
- * { anchors, borders }. The text's end is such a border when it is the list's.
+ * Finds the rows from the border at `start` to the next border that has only one possible place. Returns
+ * { anchors, borders }. The last border may be the end of the text.
  */
 function findGroup(text, start) {
   const anchors = [];
@@ -162,7 +168,7 @@ function findGroup(text, start) {
   return { anchors, borders };
 }
 
-/** A row of values in the order of FIELDS. */
+/** Makes a row from values in the order of FIELDS. */
 const rowOf = ([id, name, module, mode, test, port, datetime, rsltype, path]) => ({
   id,
   name,
@@ -176,9 +182,9 @@ const rowOf = ([id, name, module, mode, test, port, datetime, rsltype, path]) =>
 });
 
 /**
- * Reads the text between the list's first and last line: { rows, lost, whole, sure, steps }. A row holds a value for each
- * of FIELDS; `lost` is the number of those that could not be told apart; `sure` is false when the reading depends on
- * line ends or on bytes that a browser may have changed; `steps` says how much was tried.
+ * Reads the text between the first and the last line of the list. Returns { rows, lost, whole, sure, steps }. A row has
+ * a value for each of FIELDS. `lost` is the number of rows that could not be read. `sure` is false if the result
+ * depends on line ends or bytes that the browser may have changed. `steps` is the number of attempts.
  */
 function readRows(text, whole) {
   const result = { rows: [], lost: 0, whole, sure: !text.includes('\ufffd'), steps: 0 };
@@ -186,7 +192,7 @@ function readRows(text, whole) {
     result.steps += steps;
   };
   let at = 0;
-  let lastPlain = -1; // start of a plain row whose end depends on what follows
+  let lastPlain = -1; // start of the last plain row; its end is not certain before the next row is read
   for (;;) {
     PLAIN_ROW.lastIndex = at;
     const plain = PLAIN_ROW.exec(text);
@@ -198,7 +204,7 @@ function readRows(text, whole) {
       continue;
     }
     if (whole && at === text.length) return result;
-    // A plain row before another one can be read in one way only; before anything else its path may go on.
+    // A plain row before another one can be read in only one way. Before any other text its path may be longer.
     if (lastPlain >= 0) {
       result.rows.pop();
       at = lastPlain;
@@ -215,10 +221,13 @@ function readRows(text, whole) {
   }
 }
 
-/** Stands for a byte that is no text. */
+/** A surrogate that stands for a byte that is not UTF-8. */
 const LONE_BYTE = /[\udc80-\udcff]/u;
 
-/** Reads the rows of a strict answer: one to a line, an object of FIELDS. The last line of a list that was cut off is no row. */
+/**
+ * Reads the rows of a strict answer: one object per line, with FIELDS as keys. If the list is cut off, its last line is
+ * ignored. Returns an object like readRows(), plus `hasLoneBytes`: true if some values are not UTF-8.
+ */
 function readStrictRows(text, whole) {
   const end = text.lastIndexOf('\n');
   const rows = JSON.parse(`[${text.slice(0, text[end - 1] === ',' ? end - 1 : end)}]`);
@@ -228,7 +237,7 @@ function readStrictRows(text, whole) {
 
 const readAll = (text, whole) => (text.startsWith(STRICT_ROW_START) ? readStrictRows : readRows)(text, whole);
 
-/** Parses a list page as the instrument sends it; null when it holds no list. */
+/** Parses the text of a list page. Returns an object like readRows(), or null if the page has no list. */
 export function parsePage(text) {
   const start = text.indexOf(LIST_START);
   if (start < 0) return null;
@@ -237,7 +246,7 @@ export function parsePage(text) {
   return readAll(text.slice(from, end < 0 ? text.length : end), end >= 0);
 }
 
-/** Parses the text of the script that holds a page's list; null when it holds none. */
+/** Parses the text of a script element. Returns an object like readRows(), or null if the script has no list. */
 export function parseScript(text) {
   const start = text.indexOf(LIST_START);
   if (start < 0) return null;
@@ -245,13 +254,13 @@ export function parseScript(text) {
   return readAll(text.slice(start + LIST_START.length, whole ? -LIST_END.length : text.length), whole);
 }
 
-/** A row with its values as texts. What is no text was changed by that, so the id is kept as it was sent. */
+/** Returns a row with readable texts. This changes bytes that are not UTF-8, so `sent` keeps the original id. */
 function shown(row, raw) {
   const show = raw ? toText : (value) => (LONE_BYTE.test(value) ? toText(toBinary(value)) : value);
   return { ...rowOf(FIELDS.map((field) => show(row[field]))), sent: raw ? row.id : toBinary(row.id) };
 }
 
-/** Rows as entries of texts. An entry is a `twin` if an earlier one of the list has the same id. */
+/** Turns rows into entries with readable texts. An entry is a `twin` if an earlier entry has the same id. */
 export function toEntries({ rows, hasLoneBytes }, raw) {
   const entries = raw || hasLoneBytes ? rows.map((row) => shown(row, raw)) : rows;
   const ids = new Set();

@@ -1,12 +1,12 @@
 /*
- * Days and ranges as people write them: "yesterday", "20.11.", "last 3 days", "20.11.-22.11.", "since monday's date".
- * The words come from the person's language and from English (js/languages). Weeks begin on Monday (ISO 8601). "Now" is
- * the browser's clock: an instrument tells the time of its files, not its own.
+ * Reads dates and ranges in the search: "yesterday", "20.11.", "last 3 days", "20.11.-22.11.", "since 20.11.". The
+ * words come from the user's language and from English (js/languages). Weeks begin on Monday (ISO 8601). The current
+ * time is that of the browser, because the list does not contain the time of the instrument.
  */
 import { allTexts } from './texts.js';
 
 const DAY = 'day';
-/** The words for each point in time: the number of units back at which it begins and ends, counted from the unit's start. */
+/** For each key of words: the unit, and how many units before the current one the range begins and ends. */
 const NAMED = {
   today: [DAY, 0, -1],
   yesterday: [DAY, 1, 0],
@@ -20,7 +20,7 @@ const NAMED = {
 };
 const COUNTED = { lastHours: 'hour', lastDays: DAY, lastWeeks: 'week', lastMonths: 'month' };
 
-/** The start of the unit that holds a moment, moved back by a number of units. */
+/** Returns the start of the current unit, moved back by a number of units. */
 function startOf(unit, back, now) {
   const [year, month, day] = [now.getFullYear(), now.getMonth(), now.getDate()];
   if (unit === 'hour') return new Date(now.getTime() - back * 3600e3);
@@ -32,13 +32,13 @@ function startOf(unit, back, now) {
 
 const two = (number) => String(number).padStart(2, '0');
 
-/** A moment as the list writes it. */
+/** Writes a time in the format of the list. */
 export function stamp(date) {
   const day = `${date.getFullYear()}-${two(date.getMonth() + 1)}-${two(date.getDate())}`;
   return `${day} ${two(date.getHours())}:${two(date.getMinutes())}:${two(date.getSeconds())}`;
 }
 
-/** A day that exists, or null; without a year the last such day that is not in the future. */
+/** Returns a date, or null if it does not exist. Without a year it is the latest such day that is not in the future. */
 function dayAt(year, month, day, now) {
   const at = (some) => new Date(some, month - 1, day);
   let date = at(year ?? now.getFullYear());
@@ -49,7 +49,9 @@ function dayAt(year, month, day, now) {
 const nextDay = (date) => new Date(date.getFullYear(), date.getMonth(), date.getDate() + 1);
 const fullYear = (text) => (text ? Number(text.length === 2 ? `20${text}` : text) : null);
 
-/** Alternatives of a word in all languages, longest first, so that "last week" is not read as "last". */
+/**
+ * Returns a pattern for a word in all languages. Long alternatives come first, so that "last week" wins over "last".
+ */
 function alternatives(key) {
   const texts = new Set(allTexts('findWords').flatMap((words) => words[key].split('|')));
   const escaped = [...texts].map((text) => text.replace(/[.*+?^${}()|[\]\\]/g, '\\$&').replace(/ /g, '\\s+'));
@@ -58,7 +60,7 @@ function alternatives(key) {
 
 let patterns;
 
-/** The patterns of single points and of whole expressions, built when the first text is read. */
+/** Builds the patterns of single dates and of whole expressions. */
 function build() {
   const named = Object.keys(NAMED).map((key) => [key, new RegExp(`^(?:${alternatives(key)})$`, 'i')]);
   const counted = Object.keys(COUNTED).map((key) => {
@@ -74,7 +76,7 @@ function build() {
   return { named, counted, whole: new RegExp(`(?:${whole})(?=\\s|$)`, 'iy') };
 }
 
-/** A point's first moment and the first one after it, or null. */
+/** Reads a single date. Returns { from, to }, where `to` is the first moment after it, or null. */
 function readPoint(text, now) {
   for (const [key, pattern] of patterns.named) {
     if (!pattern.test(text)) continue;
@@ -86,7 +88,7 @@ function readPoint(text, now) {
     if (!found) continue;
     const count = Number(found.slice(1).find(Boolean) ?? 1);
     const unit = COUNTED[key];
-    // "last 3 days" are today and the two before; "last 2 hours" end now.
+    // "last 3 days" means today and the two days before. "last 2 hours" ends now.
     const from = unit === 'hour' ? startOf(unit, count, now) : startOf(DAY, { day: 1, week: 7, month: 30 }[unit] * count - 1, now);
     return { from, to: startOf(DAY, -1, now) };
   }
@@ -104,14 +106,15 @@ function readRange(first, last, now) {
   const month = end.from.getMonth() + 1;
   const short = /^(\d{1,2})\.$/.exec(first);
   const whole = short ? `${first}${month}.${end.from.getFullYear()}` : first;
-  // Without a year of its own the first day lies before the last one.
+  // If the first day has no year, it is the latest such day before the last day.
   const start = readPoint(whole, /^\d{1,2}\.\d{1,2}\.$/.test(whole) ? end.from : now);
   return start && { from: start.from, to: end.to };
 }
 
 /**
- * The date or range that stands in a text at a place: { from, to, length }, the list's own way of writing, `to` being
- * the first moment after it; null when there is none. One date in the list's own form is none: as a word it finds names, too.
+ * Reads the date or range at a place of a text. Returns { from, to, length } in the format of the list; `to` is the
+ * first moment after the range. Returns null if there is none. A single date like "2026-11-20" is not read as a date,
+ * because as a word it finds names too.
  */
 export function dateAt(text, at, now = new Date()) {
   patterns ??= build();

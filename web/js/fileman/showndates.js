@@ -1,4 +1,7 @@
-/* Dates as a person reads them: "Today 19:32", "Fri 20 Nov 19:32", "3 Aug 2024 09:10". The clock is the instrument's. */
+/*
+ * Writes dates for the user: "Today 19:32", "Fri 20 Nov 19:32", "3 Aug 2024 09:10". The time of day stays as the
+ * instrument has written it.
+ */
 import { language } from './texts.js';
 
 const WRITTEN = /^(\d{4})-(\d\d)-(\d\d) (\d\d:\d\d)/;
@@ -11,7 +14,7 @@ const inOtherYear = new Intl.DateTimeFormat(language, { day: 'numeric', month: '
 
 const capital = (text) => text.charAt(0).toLocaleUpperCase(language) + text.slice(1);
 
-/** A date of the list in few words; what is no date stays as it is. */
+/** Shortens a date of the list. Any other text is returned unchanged. */
 export function shortDate(datetime, now = new Date()) {
   const found = WRITTEN.exec(datetime);
   if (!found) return datetime;

@@ -1,28 +1,34 @@
-/* Where the list comes from: the page that the browser has just read, or a page that is fetched. */
+/* Reads the list from the page that the browser has loaded, or fetches it. */
 import { parsePage, parseScript, toEntries } from './rows.js';
 import { AnswerError, decodePage, fetchBytes } from './wire.js';
 
-/** How many places of the storage the page says that it could not read. Only what stands before the list counts. */
+/**
+ * Returns the number of storage directories that the instrument could not read. Only a meta element before the list is
+ * trusted.
+ */
 function incompleteBefore(script) {
   const meta = document.querySelector('meta[name=fileman-incomplete]');
   const isBefore = meta && meta.compareDocumentPosition(script) & Node.DOCUMENT_POSITION_FOLLOWING;
   return isBefore ? Number(meta.content) || 0 : 0;
 }
 
-/** What the browser's own page lists (see fetchList); null when its rows can only be read from its bytes. */
+/**
+ * Reads the list of the page itself. Returns an object like fetchList(), or null if the list must be fetched again,
+ * because its rows can be read only from the bytes of the page.
+ */
 export function readOwnPage() {
   for (const script of document.scripts) {
     const parsed = script.src ? null : parseScript(script.textContent);
     if (!parsed) continue;
     const incomplete = incompleteBefore(script);
-    script.remove(); // some megabytes that nobody needs any more
+    script.remove(); // frees some megabytes
     const isSound = parsed.sure && parsed.whole && !parsed.lost;
     return isSound ? { entries: toEntries(parsed, false), lost: 0, early: false, incomplete } : null;
   }
   return null;
 }
 
-/** The bytes of a page, and whether they are all: an answer that breaks off leaves what has arrived. */
+/** Fetches a page. Returns { bytes, broken }. If the response breaks off, `broken` is the error, and `bytes` a part. */
 async function fetchPage(address, options) {
   try {
     return { bytes: await fetchBytes(address, options), broken: null };
@@ -33,9 +39,9 @@ async function fetchPage(address, options) {
 }
 
 /**
- * What the list at an address holds: { entries, lost, early, incomplete }. `lost` rows could not be read, `early` says
- * that the list ended before its end, `incomplete` in how many places the instrument could not read its storage.
- * `onProgress(received)` sees how far it is.
+ * Fetches a list. Returns { entries, lost, early, incomplete }: `lost` is the number of rows that could not be read,
+ * `early` is true if the list is cut off, `incomplete` is the number of storage directories that the instrument could
+ * not read. Calls `onProgress(received)`. Throws AnswerError or AbortError.
  */
 export async function fetchList(address, signal, onProgress) {
   let incomplete = 0;
@@ -47,6 +53,6 @@ export async function fetchList(address, signal, onProgress) {
   const parsed = parsePage(page.text);
   if (!parsed) throw broken ?? new AnswerError('errorPage');
   const early = !parsed.whole;
-  // The row that was cut off is no row that could not be read.
+  // If the list is cut off, its last row is cut off too. Do not count it as lost.
   return { entries: toEntries(parsed, page.raw), lost: early ? 0 : parsed.lost, early, incomplete };
 }

@@ -1,6 +1,6 @@
 /*
- * A stored file as the instrument sends it. The usual answer calls every file text/html and puts four bytes in front of
- * it, and most servers cut its last four; so the bytes decide what it is.
+ * Fetches a stored file. Default answers declare every file as text/html and write four bytes before it, and most web
+ * servers cut off its last four bytes. So the type is found from the bytes.
  */
 import { isStrict } from './answers.js';
 import { AnswerError, deliveryQuery, fetchPieces, sentId } from './wire.js';
@@ -13,10 +13,10 @@ const MAGIC = [
   ['image/bmp', 'BM'],
 ];
 
-/** What the program says while it reads the storage; all there is when it sends no file. */
+/** The diagnostic lines of the program. If the response holds nothing else, the program has sent no file. */
 const DIAGNOSTICS = /^(?:(?:Find at|Common port result|Common profile):[^\n]*\n)+$/;
 
-/** The type that a file's first bytes show: that of a picture, 'text/html', or '' for anything else. */
+/** Returns the type by the first bytes of a file: that of a picture, 'text/html', or '' for any other type. */
 export function sniff(bytes) {
   const head = String.fromCharCode(...bytes.subarray(0, 512));
   const picture = MAGIC.find(([, magic]) => head.startsWith(magic));
@@ -24,13 +24,13 @@ export function sniff(bytes) {
   return /^(?:\xef\xbb\xbf)?\s*<[!?a-z]/i.test(head) ? 'text/html' : '';
 }
 
-/** Removes the line ends that the view header leaves before the file's first byte. */
+/** Removes the line ends that the header of default answers leaves before the file. */
 export function stripLead(bytes) {
   const lead = [13, 10, 13, 10];
   return lead.every((byte, i) => bytes[i] === byte) ? bytes.subarray(lead.length) : bytes;
 }
 
-/** Fetches 'view' or 'download' of one entry as a blob; one that is too large to look at is an error. */
+/** Fetches 'view' or 'download' of one entry as a blob. Throws AnswerError, also if it is too large. */
 export async function fetchBlob(operation, entry, signal) {
   const pieces = [];
   await fetchPieces(`fileman.cgi${deliveryQuery(operation, [sentId(entry)])}`, {
@@ -43,7 +43,10 @@ export async function fetchBlob(operation, entry, signal) {
   return new Blob(pieces);
 }
 
-/** The bytes of an entry's file. An empty usual answer means that it has gone; a strict one has a status for that. */
+/**
+ * Fetches the file of an entry and returns its bytes. Throws AnswerError. An empty default answer means that the file
+ * no longer exists. A strict answer has a status code for that.
+ */
 export async function fetchFile(entry, signal) {
   const blob = await fetchBlob('view', entry, signal);
   const bytes = stripLead(new Uint8Array(await blob.arrayBuffer()));

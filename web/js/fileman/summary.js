@@ -1,6 +1,6 @@
 /*
- * What changes with the list: counts, which actions make sense, tabs, filter chips, the word for an empty list, forms.
- * `frame` holds the page's parts (frame.js).
+ * Updates the parts of the page that depend on the list: counts, actions, tabs, filter chips, the message for an empty
+ * list, and the forms. `frame` holds the parts of the page (frame.js).
  */
 import { button, el, icon, visible } from './dom.js';
 import { kindOf, obstacle } from './kinds.js';
@@ -9,12 +9,12 @@ import { dressPage } from './page.js';
 import { number, t } from './texts.js';
 import { LIST_KEYS, TEXT_KEYS, isFiltered, toText } from './wire.js';
 
-const MOST_EXAMINED = 200; // entries whose names are looked at before an action is offered
+const MOST_EXAMINED = 200; // with more selected entries, actions are enabled without a check of each name
 
-/** How many entries are shown of how many. */
+/** Returns the text for the number of shown entries and the number of all entries. */
 export const countText = (shown, all) => (shown === all ? t('shown', { n: all }) : t('shownOf', { n: shown, all }));
 
-/** The choice and the number of entries: all of the list, and those that were lost on the way. */
+/** Shows the number of entries, of selected entries and of lost rows, and updates the actions. */
 export function showCounts(frame, grid, { all, lost }) {
   const chosen = grid.chosen.size;
   frame.count.textContent = countText(grid.view.length, all);
@@ -29,7 +29,7 @@ export function showCounts(frame, grid, { all, lost }) {
   showActions(frame, grid);
 }
 
-/** Has the toolbar say how many entries it acts on. */
+/** Shows in the toolbar how many entries the actions apply to. */
 function sayTargets(frame, grid, count) {
   const what = grid.chosen.size ? t('actsOnChosen', { n: count }) : t('actsOnActive');
   for (const action of [frame.view, frame.pdf, frame.download]) action.title = count ? what : t('actsOnNone');
@@ -52,7 +52,7 @@ function showActions(frame, grid) {
   frame.download.disabled = !can('download');
 }
 
-/** `addressOf(listing)` is where a tab leads to. */
+/** Updates the tabs. `addressOf(listing)` returns the address for a tab. */
 export function showTabs(frame, listing, addressOf) {
   for (const [kind, link] of frame.tabs) {
     link.href = addressOf({ ...listing, kind });
@@ -78,7 +78,7 @@ function chip(frame, listing, key, value, load) {
   );
 }
 
-/** `load(listing)` shows another listing. */
+/** Shows the filter as chips that can be removed. `load(listing)` shows another listing. */
 export function showChips(frame, listing, load) {
   const filtered = isFiltered(listing);
   frame.chips.hidden = !filtered;
@@ -99,7 +99,7 @@ export function showChips(frame, listing, load) {
   );
 }
 
-/** Why a list without a row to show is empty, and a way out; `all` is the number of its entries. */
+/** If the list is empty, says why and offers a button. `all` is the number of entries before the search. */
 export function showEmpty(frame, listing, { all, isEmpty, load, clearFind }) {
   frame.empty.hidden = !isEmpty;
   if (!isEmpty) return;
@@ -118,7 +118,7 @@ export function showEmpty(frame, listing, { all, isEmpty, load, clearFind }) {
   }
 }
 
-/** Writes what is shown into the page's form, as the program would. */
+/** Writes the listing into the form of the page, as the program does. */
 export function showForms(frame, listing) {
   const fields = { fmtype: listing.kind };
   for (const key of LIST_KEYS) fields[key] = listing.lists[key].map(toText).join(',');

@@ -1,4 +1,4 @@
-/* The texts that a person reads, in the person's language: js/languages holds one file per language. */
+/* The texts of the user interface in the user's language. js/languages has one file per language. */
 import de from '../languages/de.js';
 import en from '../languages/en.js';
 import { recall } from './memory.js';
@@ -17,8 +17,8 @@ const numbers = new Intl.NumberFormat(language);
 const plural = new Intl.PluralRules(language);
 
 /**
- * The text named `key` with its {places} filled; numbers are written the language's way. A text that the language lacks
- * is English.
+ * Returns the text `key` with its {places} replaced by `values`. Numbers are formatted for the language. If the
+ * language lacks the text, the English one is used.
  */
 export function t(key, values = {}) {
   let entry = TABLES[language][key] ?? TABLES.en[key];
@@ -29,18 +29,18 @@ export function t(key, values = {}) {
   });
 }
 
-/** A number as a person reads it. */
+/** Formats a number for the language. */
 export const number = (n) => numbers.format(n);
 
-/** A text out of a group of texts; empty when the group lacks it. */
+/** Returns a text of a group of texts, or '' if the group lacks it. */
 export const tIn = (group, key) => (TABLES[language][group] ?? TABLES.en[group])[key] ?? '';
 
-/** A group of texts in the person's language and in English, which is understood everywhere. */
+/** Returns a group of texts in the user's language and in English, because the search always accepts English words. */
 export const allTexts = (group) => [...new Set([TABLES[language], TABLES.en])].map((table) => table[group]);
 
 export const languageName = (tag) => TABLES[tag].language;
 
-/** A number of bytes as a person reads it. */
+/** Formats a number of bytes, such as "1.5 MB". */
 export function size(bytes) {
   const units = ['B', 'KB', 'MB', 'GB'];
   let value = bytes;

@@ -1,4 +1,4 @@
-/* Fetches the pictures that are in sight, a few at a time, and gives up those that no longer are. */
+/* Fetches the visible pictures, a few at a time, and aborts the requests for those that are no longer visible. */
 import { obstacle } from './kinds.js';
 import { fetchFile, sniff } from './stored.js';
 
@@ -8,31 +8,31 @@ const MOST_KEPT = 300; // pictures
 const keyOf = ({ path, datetime }) => `${path}\n${datetime}`;
 
 export class Thumbnails {
-  /** `ready(entry)` is called when addressOf(entry) has changed. */
+  /** Calls `ready(entry)` when addressOf(entry) has changed. */
   constructor(ready) {
     this.ready = ready;
-    this.addresses = new Map(); // by key: a blob's address, or '' for what shows no picture
-    this.running = new Map(); // by key: what stops a request
-    this.wanted = [];
+    this.addresses = new Map(); // key to the address of a blob, or '' if the file cannot be shown
+    this.running = new Map(); // key to the AbortController of the request
+    this.requested = [];
   }
 
-  /** The address of an entry's picture, '' when there is none to show, undefined when it is not known yet. */
+  /** Returns the address of an entry's picture, '' if it cannot be shown, or undefined if it is not known yet. */
   addressOf(entry) {
-    // The instrument sends the first of those that share an identity.
+    // If several entries have the same id, the instrument sends the first one.
     if (entry.twin || obstacle(entry, 'view')) return '';
     return this.addresses.get(keyOf(entry));
   }
 
-  /** Names the entries in sight. */
-  want(entries) {
-    this.wanted = entries;
+  /** Requests the pictures of the visible entries. */
+  request(entries) {
+    this.requested = entries;
     const keys = new Set(entries.map(keyOf));
     for (const [key, stop] of this.running) if (!keys.has(key)) stop.abort();
     this.#next();
   }
 
   #next() {
-    for (const entry of this.wanted) {
+    for (const entry of this.requested) {
       if (this.running.size >= AT_ONCE) return;
       if (this.addressOf(entry) === undefined && !this.running.has(keyOf(entry))) this.#fetch(entry);
     }
@@ -62,7 +62,7 @@ export class Thumbnails {
     if (old) URL.revokeObjectURL(old);
   }
 
-  /** Forgets what could not be shown, so that it is tried again. */
+  /** Removes failed pictures from the cache, so that they are requested again. */
   retry() {
     for (const [key, address] of this.addresses) if (!address) this.addresses.delete(key);
   }

@@ -1,7 +1,7 @@
 /*
- * Whether a report says PASS or FAIL. js/verdict.json, which the instrument's maker may edit, tells where a report says
- * so. Reports are read in the background, one at a time with a rest as long as the reading took, and what they say is
- * remembered by path and date.
+ * Finds out if a report says PASS or FAIL. js/verdict.json, which the maker of the instrument may edit, tells where a
+ * report says so. Reports are read in the background, one at a time. After each one there is a pause as long as the
+ * reading took. The verdicts are cached by path and date.
  */
 import { verdictOf } from './kinds.js';
 import { keep, recall } from './memory.js';
@@ -9,12 +9,12 @@ import { decodeReport } from './report.js';
 import { fetchFile, sniff } from './stored.js';
 
 const MOST_KEPT = 4000;
-const STILL = 400; // milliseconds without a scroll before anything is read
+const STILL = 400; // debounce: milliseconds without a new request before the first report is read
 const LEAST_REST = 50;
 
-/** 'pass', 'fail' or 'none': what a report's text says. Of several elements the worst one counts. */
+/** Returns the verdict of a report: 'pass', 'fail' or 'none'. If several elements match, one 'fail' is enough. */
 export function verdictIn(text, { selector, pass, fail }) {
-  // Nothing runs or loads in a parsed document; without its own styles the page's policy has nothing to complain about.
+  // Nothing runs or loads in a parsed document. Disable its styles, because the policy of the page would report them.
   const quiet = text.replace(/<(\/?)style\b/gi, '<$1template').replace(/(\s)(style|on\w+)(?=\s*=)/gi, '$1data-$2');
   const nodes = new DOMParser().parseFromString(quiet, 'text/html').querySelectorAll(selector);
   const said = [...nodes].map((node) => node.textContent.trim().toLowerCase());
@@ -22,12 +22,12 @@ export function verdictIn(text, { selector, pass, fail }) {
   return says(fail) ? 'fail' : says(pass) ? 'pass' : 'none';
 }
 
-/** The maker's description, or null when there is none or it is not one. */
+/** Fetches js/verdict.json. Returns { selector, pass, fail }, or null if it is missing or not valid. */
 async function fetchDescription() {
   try {
     const response = await fetch(`${window.fileman.base}verdict.json`, { credentials: 'same-origin' });
     const { selector, pass, fail } = await response.json();
-    document.createDocumentFragment().querySelector(selector); // throws when it is no selector
+    document.createDocumentFragment().querySelector(selector); // throws if the selector is not valid
     const areWords = [pass, fail].every((words) => Array.isArray(words) && words.every((word) => typeof word === 'string'));
     return areWords ? { selector, pass, fail } : null;
   } catch {
@@ -38,7 +38,7 @@ async function fetchDescription() {
 const keyOf = ({ path, datetime }) => `${path}\n${datetime}`;
 
 export class Verdicts {
-  /** `changed(entry)` is called when an entry's verdict has become known. */
+  /** Calls `changed(entry)` when the verdict of an entry has become known. */
   constructor(changed) {
     this.changed = changed;
     const kept = recall('verdicts', []);
@@ -50,15 +50,15 @@ export class Verdicts {
     addEventListener('pagehide', () => this.#save());
   }
 
-  /** Gives the entries the verdicts that are remembered. */
+  /** Sets the cached verdicts of the entries. */
   recallFor(entries) {
     if (!this.known.size) return;
-    // A date is looked up sooner than a path and a date are put together, which adds up in a long list.
+    // In a long list it is faster to look up only the date first than to build the key of each entry.
     const mayBeKnown = (entry) => this.knownDates.has(entry.datetime) && !entry.twin;
     for (const entry of entries) if (mayBeKnown(entry)) entry.verdict = this.known.get(keyOf(entry));
   }
 
-  /** Names the entries whose verdict the list needs, the most urgent first. */
+  /** Requests the verdicts of entries, the most urgent first. This replaces the previous request. */
   want(entries) {
     this.wanted = entries.filter((entry) => verdictOf(entry) === '');
     clearTimeout(this.timer);
@@ -89,7 +89,7 @@ export class Verdicts {
       clearTimeout(this.saving);
       this.saving = setTimeout(() => this.#save(), 2000);
     } catch {
-      entry.verdict = 'none'; // until the list is read again
+      entry.verdict = 'none'; // no retry before the list is loaded again
     }
     this.changed(entry);
   }

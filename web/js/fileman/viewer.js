@@ -1,6 +1,6 @@
 /*
- * Shows one stored file beside the list, with what belongs to it: once a view has rested, the entry's archive is read for
- * the pictures of a report, the packets of a capture and the advanced information.
+ * Shows one stored file beside the list. If a view stays open for a moment, the archive of the entry is fetched too. It
+ * holds the pictures of a report, the packets of a capture and the advanced information.
  */
 import { announce, button, el, icon, visible } from './dom.js';
 import { Facts } from './facts.js';
@@ -13,10 +13,13 @@ import { t } from './texts.js';
 import { AnswerError } from './wire.js';
 import { wording } from './wording.js';
 
-const REST = 500; // milliseconds after which a view has rested
+const REST = 500; // debounce: milliseconds before the archive is fetched
 
 export class Viewer {
-  /** `events`: close(), step(by), deliver(operation, entries), copies(entries) that gives what a menu offers to copy. */
+  /**
+   * `events` has close(), step(by), deliver(operation, entries), and copies(entries), which returns the items of the
+   * menu Copy.
+   */
   constructor(host, events) {
     this.host = host;
     this.events = events;
@@ -75,7 +78,7 @@ export class Viewer {
     this.#cover();
   }
 
-  /** While the view lies over the list, the keyboard and assistive software find nothing behind it. */
+  /** While the view covers the list, makes everything behind it inert for the keyboard and for screen readers. */
   #cover() {
     const isOver = this.isOpen && getComputedStyle(this.host).position === 'fixed';
     const behind = [...this.host.parentNode.children, ...document.body.children];
@@ -92,7 +95,7 @@ export class Viewer {
     return !this.host.hidden;
   }
 
-  /** Takes the view away. */
+  /** Hides the view and aborts its requests. */
   hide() {
     this.#drop();
     this.host.hidden = true;
@@ -107,12 +110,12 @@ export class Viewer {
     this.report = null;
   }
 
-  /** The entries that are looked at: one, or two that are compared. */
+  /** The shown entries: one, or two in a comparison. */
   get entries() {
     return this.other ? [this.entry, this.other] : [this.entry];
   }
 
-  /** The same entries in a list that was read again. */
+  /** Replaces the entries by the same entries of a list that was loaded again. */
   renew([entry, other = null], place) {
     this.entry = entry;
     this.other = other;
@@ -127,7 +130,9 @@ export class Viewer {
     this.next.disabled = at < 0 || at >= count - 1;
   }
 
-  /** Shows an entry; `place` is { at, count } of the rows shown, with -1 for an entry that is not among them. */
+  /**
+   * Shows an entry. `place` is { at, count }: its index in the shown rows, or -1 if it is not there, and their number.
+   */
   async open(entry, place) {
     const { signal } = this.#begin([entry], place);
     this.facts.show(entry);
@@ -194,7 +199,7 @@ export class Viewer {
     }
   }
 
-  /** Reads the entry's archive and fills in what it holds. */
+  /** Fetches the archive of the entry and shows its pictures, packets and advanced information. */
   async #lookInside(entry, signal) {
     const why = obstacle(entry, 'download');
     if (why) {
@@ -219,7 +224,7 @@ export class Viewer {
     }
   }
 
-  /** Fills in the pictures of two reports that are compared; one without its archive keeps its notes. */
+  /** Fills in the pictures of two compared reports. If an archive cannot be fetched, the notes stay in its report. */
   async #fillPictures(entries, signal) {
     const { fetchInsides } = await later();
     const { sides } = this.report;
@@ -232,7 +237,7 @@ export class Viewer {
     }
   }
 
-  /** Prints what is looked at, without the page around it. */
+  /** Prints the report or the view without the page around it. */
   print() {
     if (this.report) {
       this.report.frame.contentWindow.print();
@@ -292,7 +297,7 @@ async function packetsOf(bytes) {
   return bytes && showCapture(bytes);
 }
 
-/** Whether the left and right arrows have something to scroll at a place. */
+/** Returns true if the left and right arrow keys can scroll something at `target`. */
 function scrollsSideways(target) {
   for (let node = target; node?.nodeType === Node.ELEMENT_NODE; node = node.parentNode)
     if (node.scrollWidth > node.clientWidth + 1 && /auto|scroll/.test(getComputedStyle(node).overflowX)) return true;

@@ -1,24 +1,23 @@
 /*
- * What travels between the page and the instrument: query strings out, page bytes in.
+ * Requests to the instrument and its responses.
  *
- * Names are byte strings without a declared encoding, so a value is kept as a "binary" string (one
- * character a byte) wherever it must return to the instrument unchanged, and turned into text only to
- * be shown.
+ * Names are byte strings without a declared encoding. So a value that is sent back to the instrument is kept as a
+ * "binary" string, with one character for each byte. It is decoded to text only for display.
  */
 import { errorSentence, isStrict } from './answers.js';
 
 const encoder = new TextEncoder();
 const decoder = new TextDecoder();
 
-/** Keys of the listing's filter: the lists, then the single texts. The order is that of the page's form. */
+/** The keys of a filter: first those with a list of values, then those with one text. The form has the same order. */
 export const LIST_KEYS = ['module', 'mode', 'test', 'port'];
 export const TEXT_KEYS = ['jobid', 'account', 'locator', 'type', 'fname', 'prefix', 'suffix'];
-/** The lists that a person can open; only 'rslt' and 'prof' obey the filter. */
+/** The kinds of lists. The filter applies only to 'rslt' and 'prof'. */
 export const KINDS = ['all', 'rslt', 'prof', 'screen'];
 
 /**
- * Text to its UTF-8 bytes, one character a byte. A lone surrogate U+DC80 to U+DCFF stands for the byte 0x80 to 0xFF that
- * belongs to no UTF-8, as strict answers write it.
+ * Encodes a text as a binary string in UTF-8. A lone surrogate U+DC80 to U+DCFF becomes the byte 0x80 to 0xFF: this is
+ * how strict answers write bytes that are not UTF-8.
  */
 export function toBinary(text) {
   if (/^[\0-\x7f]*$/.test(text)) return text;
@@ -31,13 +30,13 @@ export function toBinary(text) {
   );
 }
 
-/** Bytes to text; what is no UTF-8 shows as replacement characters. */
+/** Decodes a binary string. Bytes that are not UTF-8 become replacement characters. */
 export function toText(binary) {
   if (/^[\0-\x7f]*$/.test(binary)) return binary;
   return decoder.decode(Uint8Array.from(binary, (char) => char.charCodeAt(0)));
 }
 
-/** Percent-encodes a binary string; commas of a list are added by the caller. */
+/** Percent-encodes a binary string, including commas. The caller adds the commas between the values of a list. */
 export function escape(binary) {
   return binary.replace(/[^A-Za-z0-9\-_.~:/@()!*]/g, (char) =>
     `%${char.charCodeAt(0).toString(16).toUpperCase().padStart(2, '0')}`,
@@ -45,16 +44,16 @@ export function escape(binary) {
 }
 
 /**
- * Whether a value survives the way. For default answers the instrument decodes the whole query first and cuts it at
- * "&" and (lists) at "," afterwards, so an escaped one is a separator too; a zero byte ends the query. Any "=" after a
- * key's own stays in the value. For strict answers it cuts first.
+ * Returns true if a value reaches the instrument unchanged. For default answers the instrument first decodes the whole
+ * query and then splits it at "&", and lists at ",". So an escaped "&" or "," is a separator too, and a zero byte ends
+ * the query. A "=" in a value is safe. For strict answers the instrument splits first.
  */
 export function isSendable(value, inList = true) {
   if (isStrict()) return !value.includes('\0');
   return inList ? !/[,&\0]/.test(value) : !/[&\0]/.test(value);
 }
 
-/** Decodes as the instrument does for default answers: any two characters after "%" count as digits. */
+/** Decodes like the instrument for default answers: any two characters after "%" are taken as digits. */
 function unescapeLoosely(text) {
   return text.replace(/\+|%(.?)(.?)/gs, (escape2, high, low) => {
     if (escape2 === '+') return ' ';
@@ -64,10 +63,10 @@ function unescapeLoosely(text) {
   });
 }
 
-/** Undoes what escape() does. */
+/** Reverses escape(). */
 export const unescape = (text) => text.replace(/%([0-9a-f]{2})/gi, (_, digits) => String.fromCharCode(parseInt(digits, 16)));
 
-/** Cuts a query into keys and values; the first of equal keys stays. */
+/** Splits a query into keys and values. If a key occurs more than once, the first one counts. */
 function cutQuery(text) {
   const values = new Map();
   for (const piece of text.split('&')) {
@@ -77,10 +76,7 @@ function cutQuery(text) {
   return values;
 }
 
-/**
- * A query by the instrument's rules: { text(key), list(key) }. Default answers decode it as a whole before it is cut,
- * strict ones cut it first.
- */
+/** Parses a query by the rules of the instrument (see isSendable). Returns { text(key), list(key) }. */
 export function parseQuery(search) {
   const query = search.replace(/^\?/, '');
   const values = cutQuery(isStrict() ? query : unescapeLoosely(query).split('\0', 1)[0]);
@@ -89,7 +85,7 @@ export function parseQuery(search) {
   return { text: (key) => read(raw(key)), list: (key) => raw(key).split(',').filter(Boolean).map(read) };
 }
 
-/** The listing that a query names: { kind, lists: {module: [...] ...}, texts: {jobid: '' ...} }, all binary. */
+/** Reads a listing from a query: { kind, lists: {module: [...] ...}, texts: {jobid: '' ...} }, with binary strings. */
 export function readListing(search) {
   const query = parseQuery(search);
   const asked = query.text('fmtype').toLowerCase();
@@ -99,12 +95,14 @@ export function readListing(search) {
   return listing;
 }
 
-/** True when the listing carries any restriction (whether or not its kind obeys it). */
+/** Returns true if the listing has a filter, even if the filter does not apply to its kind. */
 export function isFiltered({ lists, texts }) {
   return LIST_KEYS.some((key) => lists[key].length) || TEXT_KEYS.some((key) => texts[key]);
 }
 
-/** Query of a listing; `first` goes before everything else, because web servers judge a query by its start. */
+/**
+ * Returns the query of a listing. `first` is put at the start, because rules of web servers match the start of a query.
+ */
 export function listingQuery({ kind, lists, texts }, first = '') {
   const pieces = [first, `fmtype=${kind}`];
   for (const key of LIST_KEYS) if (lists[key].length) pieces.push(`${key}=${lists[key].map(escape).join(',')}`);
@@ -112,15 +110,15 @@ export function listingQuery({ kind, lists, texts }, first = '') {
   return `?${pieces.filter(Boolean).join('&')}`;
 }
 
-/** An entry's id as the instrument must get it back (binary). */
+/** Returns the id of an entry as a binary string, exactly as the instrument has sent it. */
 export const sentId = ({ id, sent }) => sent ?? toBinary(id);
 
-/** Query of a delivery: 'view', 'pdf' or 'download' of the records with these ids (binary). */
+/** Returns the query for 'view', 'pdf' or 'download' of the records with these ids (binary strings). */
 export function deliveryQuery(operation, ids) {
   return `?opertype=${operation}&rsltid=${ids.map(escape).join(',')}`;
 }
 
-/** An answer that the person must be told about; `key` names its text, `values` fill it. */
+/** A failed request. `key` is the key of the message for the user, `values` fill its places. */
 export class AnswerError extends Error {
   constructor(key, values = {}) {
     super(key);
@@ -131,18 +129,19 @@ export class AnswerError extends Error {
 
 const REFUSALS = { 404: 'errorNotFound', 413: 'errorTooLong', 414: 'errorTooLong', 431: 'errorTooLong', 503: 'errorBusy' };
 
-/** Why an answer is none: by its status, and by the sentence that a strict one holds. */
+/** Returns the AnswerError for a response with an error status. A strict answer adds its own message. */
 async function refusal(response) {
   const { status } = response;
   const sentence = await errorSentence(response);
-  // A server refuses a long request with 400 as well; the program itself says what it found wrong.
+  // Some servers refuse a long request with 400. If the status comes from the program, there is a message.
   if (status === 400 && !sentence) return new AnswerError('errorTooLong', { status });
   return new AnswerError(REFUSALS[status] ?? (sentence ? 'errorSaid' : 'errorStatus'), { status, sentence });
 }
 
 /**
- * Fetches an answer piece by piece. `onPiece(bytes, received, total)` sees every piece (total is 0 when
- * it is not declared); returning false ends the transfer early. Throws AnswerError or AbortError.
+ * Fetches a response piece by piece. Calls `onPiece(bytes, received, total)` for each piece; `total` is 0 if the length
+ * is unknown. If onPiece returns false, the transfer ends early. Returns { received, total }. Throws AnswerError or
+ * AbortError.
  */
 export async function fetchPieces(url, { signal, onStart, onPiece }) {
   let response;
@@ -184,7 +183,10 @@ function join(pieces) {
   return bytes;
 }
 
-/** Fetches a whole answer into one array of bytes. The error of an answer that broke off holds `bytes`: what has come. */
+/**
+ * Fetches a whole response and returns its bytes. Throws like fetchPieces(). If the response breaks off, the error has
+ * the received bytes in `bytes`.
+ */
 export async function fetchBytes(url, { signal, onStart, onProgress } = {}) {
   const pieces = [];
   const onPiece = (piece, soFar) => {
@@ -200,7 +202,7 @@ export async function fetchBytes(url, { signal, onStart, onProgress } = {}) {
   return join(pieces);
 }
 
-/** Page bytes as { text, raw }: text, or (raw) one character a byte when they are no UTF-8. */
+/** Decodes the bytes of a page. Returns { text, raw }. If they are not UTF-8, `raw` is true and `text` is binary. */
 export function decodePage(bytes) {
   try {
     return { text: new TextDecoder('utf-8', { fatal: true }).decode(bytes), raw: false };

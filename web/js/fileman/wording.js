@@ -1,8 +1,8 @@
-/* Failures in the person's words. */
+/* Messages for errors, in the user's language. */
 import { size, t } from './texts.js';
 import { AnswerError } from './wire.js';
 
-/** The worded form of a failure. */
+/** Returns the message for an error. */
 export function wording(error) {
   if (!(error instanceof AnswerError)) return error.message;
   const { received, ...values } = error.values;

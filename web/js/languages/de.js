@@ -1,4 +1,4 @@
-/* What a person reads, in German. An entry is a text or [one, several], chosen by {n}. */
+/* The German texts. An entry is a text, or [one, several]: {n} decides which of them is used. */
 export default {
   language: 'Deutsch',
   title: 'Ergebnisdateien',
@@ -19,7 +19,7 @@ export default {
   find: 'Liste eingrenzen',
   findHint: 'Name, Test, Port, Datum …',
   clearFind: 'Suche leeren',
-  // In der Suche verstanden; "|" steht zwischen Wörtern gleicher Bedeutung, "#" für eine Zahl.
+  // The search accepts these words. "|" separates words with the same meaning, "#" stands for a number.
   findKeys: {
     module: 'modul',
     mode: 'modus|betriebsart',

@@ -1,4 +1,4 @@
-/* What a person reads, in English. An entry is a text or [one, several], chosen by {n}. */
+/* The English texts. An entry is a text, or [one, several]: {n} decides which of them is used. */
 export default {
   language: 'English',
   title: 'Result files',
@@ -19,7 +19,7 @@ export default {
   find: 'Narrow the list',
   findHint: 'Name, test, port, date …',
   clearFind: 'Clear the search',
-  // Understood in the search; "|" stands between words that mean the same, "#" for a number.
+  // The search accepts these words. "|" separates words with the same meaning, "#" stands for a number.
   findKeys: {
     module: 'module',
     mode: 'mode',
