@@ -1,6 +1,6 @@
 /*
- * The list's columns: their heads (buttons that sort, with the keyboard too), their widths, what a cell shows, and
- * the one column that replaces them where there is no room.
+ * The columns of the list: their heads (buttons that sort), their widths, the content of their cells, and the single
+ * column that replaces them on a narrow screen.
  */
 import { el, icon, visible } from './dom.js';
 import { VERDICT_TEXTS, kindOf, obstacle } from './kinds.js';
@@ -22,13 +22,13 @@ const ALWAYS = ['name', 'datetime'];
 const LEAST_WIDTH = 56;
 const MOST_GROWTH = 1.3;
 const LONG_NAME = 18;
-const KEPT_END = 8; // signs of a long name that stay: numbers stand there
+const KEPT_END = 8; // the last characters of a long name stay visible, because they are often numbers
 const RIGHT_TO_LEFT = /[\u0590-\u08ff\ufb1d-\ufdff\ufe70-\ufefc]/;
 const CHECK_WIDTH = 44;
 const WIDTH_STEP = 16;
 const KIND_ICONS = { report: 'report', picture: 'picture', capture: 'capture', other: 'box' };
 
-/** A column's title. */
+/** Returns the title of a column. */
 export const columnText = (id) => t(`col${id[0].toUpperCase()}${id.slice(1)}`);
 
 export function keepWidths(columns) {
@@ -44,7 +44,10 @@ function scrollbarWidth() {
   return width;
 }
 
-/** Widths of the columns with these ids: as remembered, else each its share. The name takes or gives what is left. */
+/**
+ * Returns the widths of the columns with these ids: the stored widths, or else the default widths, scaled to the width
+ * of the list. The column of the name gets the rest.
+ */
 function widthsFor(hostWidth, ids) {
   const kept = recall('widths', null);
   const some = COLUMNS.filter(({ id }) => ids.includes(id));
@@ -57,24 +60,27 @@ function widthsFor(hostWidth, ids) {
   return widths;
 }
 
-/** Whether a report says that a test has passed or failed. */
+/** Returns true if the report of an entry says PASS or FAIL. */
 const isVerdict = ({ verdict }) => verdict === 'pass' || verdict === 'fail';
 
-/** Which columns stay when each of these says something: one value for all entries says nothing. */
+/** Returns the ids of the columns that are shown: name, date, and all columns with more than one value in the entries. */
 export function tellingColumns(entries) {
   const tells = (id) => entries.length < 2 || entries.some((entry) => entry[id] !== entries[0][id]);
   const isJudged = entries.some(isVerdict);
   return COLUMNS.map(({ id }) => id).filter((id) => ALWAYS.includes(id) || (id === 'verdict' ? isJudged : tells(id)));
 }
 
-/** The part of a text from `from` to `to`, with what lies between `at` and `end` marked. */
+/** Returns the part of a text from `from` to `to` as nodes. The characters from `at` to `end` are marked. */
 function marked(text, from, to, at, end) {
   const [begin, stop] = [at, end].map((place) => Math.max(from, Math.min(place, to)));
   if (begin === stop) return [text.slice(from, to)];
   return [text.slice(from, begin), el('mark', { text: text.slice(begin, stop) }), text.slice(stop, to)];
 }
 
-/** A name with the first of the searched words marked. Where there is no room, a long one loses its middle. */
+/**
+ * Returns the nodes of a name with the first of the searched words marked. A long name has two parts, so that the style
+ * sheet can shorten it in the middle.
+ */
 function nameParts(text, words) {
   const lower = text.toLowerCase();
   const word = lower.length === text.length && words.find((one) => lower.includes(one));
@@ -126,10 +132,10 @@ function drawCell(id, entry, words) {
 }
 
 export class Columns {
-  /** `events`: sort(field), resize(id, step) by keyboard, chooseAll(on). */
+  /** `events` has sort(field), resize(id, step), which is called by keyboard, and chooseAll(on). */
   constructor(events) {
     this.events = events;
-    this.words = []; // marked in names
+    this.words = []; // the words that are marked in names
     this.telling = null; // ids of the columns that are shown
     this.heads = new Map(COLUMNS.map(({ id }) => [id, this.#head(id)]));
     this.checkAll = el('input', {
@@ -141,12 +147,12 @@ export class Columns {
     this.#buildChooser();
   }
 
-  /** The columns for a list of this width. */
+  /** Returns the columns for a list of this width. */
   list(narrow, hostWidth) {
     return narrow ? [this.#check(true), this.#only(hostWidth)] : [this.#check(false), ...this.#all(hostWidth)];
   }
 
-  /** Puts the box for all and the choice of an order where a list without heads has them: into `place`. */
+  /** In a narrow list, which has no column heads, moves the box for all and the sort order into `place`. */
   showTools(place, narrow) {
     place.hidden = !narrow;
     if (narrow) place.replaceChildren(el('label', { class: 'fm-check-all' }, this.checkAll), this.chooser);
@@ -207,7 +213,7 @@ export class Columns {
     );
   }
 
-  /** Stands in the one column's head: what to sort by, and a button that turns the order round. */
+  /** Builds the controls for a narrow list: the field to sort by, and a button that reverses the order. */
   #buildChooser() {
     this.choose = el(
       'select',

@@ -151,10 +151,10 @@ export class Facets {
 
   /** Returns the element with the values of a column, or null if there is nothing to choose. */
   #group(key, counts) {
-    const asked = this.query.valuesOf(key);
+    const searched = this.query.valuesOf(key);
     const values = [...counts.keys()];
-    for (const value of asked) if (!values.some((one) => one.toLowerCase() === value.toLowerCase())) values.push(value);
-    if (values.length < 2 && !asked.length && key !== 'date') return null;
+    for (const value of searched) if (!values.some((one) => one.toLowerCase() === value.toLowerCase())) values.push(value);
+    if (values.length < 2 && !searched.length && key !== 'date') return null;
     if (!values.length) return null;
     const all = this.expanded.has(key);
     const shown = all ? values : this.#mostFrequent(values, counts, key);

@@ -1,8 +1,8 @@
 /*
- * The list itself: choice, active row, mouse and keyboard. table.js draws the rows that are in sight. The element
- * "rsltgrid" always keeps the keyboard focus (aria-activedescendant names the active row), rows
- * carry their place and choice for assistive software, headers are buttons, and on a narrow screen one
- * column shows an entry in two lines.
+ * The list: selection, active row, mouse and keyboard. table.js draws the visible rows. The element "rsltgrid" always
+ * keeps the keyboard focus, and aria-activedescendant names the active row. For screen readers each row has its index
+ * and its selection state. The column heads are buttons. On a narrow screen there is one column with two lines per
+ * entry.
  */
 import { Columns, keepWidths, tellingColumns } from './columns.js';
 import { announce, visible } from './dom.js';
@@ -10,12 +10,12 @@ import { keep, recall } from './memory.js';
 import { Table } from './table.js';
 import { t } from './texts.js';
 
-const NARROW = 880; // what the columns need
+const NARROW = 880; // the columns need at least this width
 const ROW_HEIGHT = 36;
 const DENSE_ROW_HEIGHT = 28;
-const NARROW_ROW_HEIGHT = 44; // of two lines; also what a finger needs
-const LONG_TAP = 500;
-const STILL = 10; // pixels that a finger may move in it
+const NARROW_ROW_HEIGHT = 44; // two lines; also the least height for a finger
+const LONG_TAP = 500; // milliseconds
+const STILL = 10; // a finger may move so many pixels during a long tap
 
 const sizeOf = ({ clientWidth, clientHeight }) => `${clientWidth} ${clientHeight}`;
 export const isDense = () => recall('dense', false);
@@ -23,8 +23,9 @@ const isNarrow = (host) => host.clientWidth < NARROW || document.documentElement
 
 export class FileGrid {
   /**
-   * `events`: sort(field), changed() after another choice or active row, open(entry), menu(entry, rectangle),
-   * escape() which is true when something else than the choice was given up. `tools` takes the place of the heads on a narrow screen.
+   * `tools` is the element that replaces the column heads on a narrow screen. `events` has sort(field), open(entry),
+   * menu(entry, rectangle), drawn() after rows were drawn, changed() after a change of the selection or the active row,
+   * and escape(), which returns true if it has closed something. Otherwise Escape clears the selection.
    */
   constructor(host, tools, events) {
     this.host = host;
@@ -70,7 +71,7 @@ export class FileGrid {
     }).observe(host);
   }
 
-  /** Two-line rows are what a finger needs, so the choice of dense rows is about the others. */
+  /** Rows with two lines have the least height for a finger, so the setting "dense" does not change them. */
   get #rowHeight() {
     if (this.narrow) return NARROW_ROW_HEIGHT;
     return isDense() ? DENSE_ROW_HEIGHT : ROW_HEIGHT;
@@ -102,7 +103,7 @@ export class FileGrid {
 
   #fit() {
     this.fitted = sizeOf(this.host);
-    if (!this.host.clientWidth && this.table.columns) return; // out of sight
+    if (!this.host.clientWidth && this.table.columns) return; // the list is hidden
     this.narrow = isNarrow(this.host);
     this.columns.showTools(this.tools, this.narrow);
     const columns = this.columns.list(this.narrow, this.host.clientWidth);
@@ -111,7 +112,7 @@ export class FileGrid {
     this.table.renew();
   }
 
-  /** Leaves out the columns in which all of these entries agree. */
+  /** Hides the columns that have the same value in all of these entries. */
   fold(entries) {
     const telling = tellingColumns(entries);
     if (telling.join() === this.columns.telling?.join()) return;
@@ -121,7 +122,7 @@ export class FileGrid {
 
   // ---- drawing
 
-  /** Gives the rows in sight their state; runs after every drawing and every change of the choice. */
+  /** Updates the state of the drawn rows. Runs after each drawing and each change of the selection. */
   #mark() {
     this.host.setAttribute('aria-rowcount', this.view.length + 1);
     let activeId = null;
@@ -144,7 +145,7 @@ export class FileGrid {
     else this.host.removeAttribute('aria-activedescendant');
   }
 
-  /** Counts how many of the shown entries are chosen. */
+  /** Counts the selected entries among the shown ones, and updates the box for all. */
   #count() {
     const shown = this.view.length;
     this.hits = 0;
@@ -154,21 +155,23 @@ export class FileGrid {
     this.columns.checkAll.disabled = !shown;
   }
 
-  /** The entries in sight. */
-  get inSight() {
-    const { from, to } = this.table.inSight;
+  /** The entries whose rows are visible. */
+  get visibleEntries() {
+    const { from, to } = this.table.visibleRange;
     return this.view.slice(from, to);
   }
 
-  /** Fills an entry's row again when it is in sight. The row itself stays, and so does its place for assistive software. */
+  /**
+   * Draws the row of an entry again if it is visible. The element stays, so that screen readers keep their position.
+   */
   redrawEntry(entry) {
-    const row = this.inSight.includes(entry) ? this.view.indexOf(entry) : -1;
+    const row = this.visibleEntries.includes(entry) ? this.view.indexOf(entry) : -1;
     if (row < 0) return;
     this.table.redraw(row);
     this.#mark();
   }
 
-  /** Shows other entries, in this order; the active one stays active when it is among them. */
+  /** Shows other entries, in this order. The active entry stays active if it is one of them. `words` are marked. */
   show(view, words = []) {
     const was = this.view[this.active];
     this.view = view;
@@ -194,7 +197,7 @@ export class FileGrid {
 
   // ---- choice
 
-  /** The entries that an action is about: the chosen ones in the order shown, else the active one. */
+  /** Returns the entries for an action: the selected ones in the shown order, or else the active one. */
   targets() {
     if (!this.chosen.size) return this.activeEntry ? [this.activeEntry] : [];
     return [...new Set([...this.view.filter((entry) => this.chosen.has(entry)), ...this.chosen])];
@@ -244,7 +247,7 @@ export class FileGrid {
 
   #press(event) {
     if (this.#rowAt(event) < 0) return;
-    event.preventDefault(); // neither text selection nor a focused cell
+    event.preventDefault(); // prevents a text selection and the focus on a cell
     this.host.focus({ preventScroll: true });
   }
 
@@ -267,7 +270,7 @@ export class FileGrid {
     if (Math.hypot(event.clientX - x, event.clientY - y) > STILL) clearTimeout(this.touching);
   }
 
-  /** A finger opens a row, and chooses by the box or a long tap; a mouse chooses, and opens by a double click. */
+  /** A tap opens a row; the box or a long tap selects it. A mouse click selects a row; a double click opens it. */
   #click(event) {
     const row = this.#rowAt(event);
     if (row < 0) return;
@@ -286,7 +289,7 @@ export class FileGrid {
     if (isTap) this.events.open(this.view[row]);
   }
 
-  /** The menu of a row: by the right button at the pointer, by the keyboard at the active row. A long tap chooses. */
+  /** Opens the menu of a row: at the pointer, or (by keyboard) at the active row. A long tap selects instead. */
   #menu(event) {
     event.preventDefault();
     if (event.pointerType === 'touch') return;
@@ -308,7 +311,7 @@ export class FileGrid {
   #key(event) {
     if (!this.view.length) return;
     if (event.target !== this.host) {
-      // From the heads an arrow leads into the rows.
+      // An arrow key moves the focus from the column heads to the rows.
       if (!/^Arrow(Down|Up)$/.test(event.key)) return;
       this.host.focus();
     }

@@ -1,8 +1,8 @@
 /*
- * The list page: reads the list, changes it and remembers it. Another list is fetched and shown in place,
- * with its address in the history, so that nothing that the person has set up is lost.
+ * The list page. Another list is fetched and shown without loading a new page, and its address becomes a history entry.
+ * So no settings of the user are lost.
  *
- * What is shown is kept here and nowhere else. The other modules get what they need as arguments.
+ * Only this module keeps the state of the page. The other modules get what they need as arguments.
  */
 import { copyRows, copyText } from './clipboard.js';
 import { columnText } from './columns.js';
@@ -30,10 +30,10 @@ import { Verdicts } from './verdicts.js';
 import { Viewer } from './viewer.js';
 import { wording } from './wording.js';
 
-const MOST_KEPT = 2000;
-const TYPING_PAUSE = 50;
+const MOST_KEPT = 2000; // selected entries that are stored
+const TYPING_PAUSE = 50; // debounce of the search, in milliseconds
 
-let frame; // the page's parts by name
+let frame; // the parts of the page by name
 let grid;
 let viewer;
 let facets;
@@ -41,33 +41,34 @@ let gallery;
 let verdicts;
 let news;
 
-let listing; // what is shown: kind, lists, texts
+let listing; // the kind and the filter of the list (listing.js)
 let entries = []; // all rows of the list, in the instrument's order
 let lost = 0; // rows that could not be read
-let order = []; // indices of the entries in the order shown
-let query = new Query(''); // what is typed to narrow the list
-let found = null; // what a query found in an order: { query, order, view }
+let order = []; // indices of the entries in the shown order
+let query = new Query(''); // the search
+let found = null; // the cached result of the last search: { query, order, view }
 let sort = recall('sort', { field: 'datetime', ascending: false });
-let loading = null; // stops what is being fetched
+let loading = null; // the AbortController of the last request for a list
 
 const count = () => countText(grid.view.length, entries.length);
 
 // ---- reading the list
 
-/** The address of a listing with what is typed. */
-const addressWith = (wanted) => `${addressOf(wanted)}${hashOf({ find: frame.find.value })}`;
+/** Returns the address of a listing with the text of the search. */
+const addressWith = (other) => `${addressOf(other)}${hashOf({ find: frame.find.value })}`;
 
-/** The address of what is shown, the viewed entry included. */
+/** Returns the address of the current state, with the text of the search and the open view. */
 function addressShown() {
   const [view, other] = viewer.isOpen ? viewer.entries.map(({ path }) => path) : [];
   return `${addressOf(listing)}${hashOf({ find: frame.find.value, view, with: other })}`;
 }
 
 /**
- * Fetches another listing and shows it; the old list stays until the new one is there. `kept` is the state to show it in,
- * the one remembered for it unless given; `find` what is to be typed there, the same as now unless given.
+ * Fetches another listing and shows it. The old list stays until the new one is there. On failure it shows a message.
+ * `push` adds a history entry. `kept` is the state of the list (selection, active row, scroll position), by default the
+ * stored one. `find` is the new text of the search; null keeps the current text.
  */
-async function load(wanted, { push = true, kept = recallList(listingQuery(wanted)), find = null } = {}) {
+async function load(next, { push = true, kept = recallList(listingQuery(next)), find = null } = {}) {
   loading?.abort();
   loading = new AbortController();
   const { signal } = loading;
@@ -79,12 +80,12 @@ async function load(wanted, { push = true, kept = recallList(listingQuery(wanted
     frame.wait.textContent = t('loadingSize', { size: size(received) });
   };
   try {
-    const list = await fetchList(addressOf(wanted), signal, showSize);
-    if (list.early && entries.length && listingQuery(wanted) === listingQuery(listing)) {
-      showNotice(t('endedEarlyKept'), () => load(wanted, { push, kept, find }));
+    const list = await fetchList(addressOf(next), signal, showSize);
+    if (list.early && entries.length && listingQuery(next) === listingQuery(listing)) {
+      showNotice(t('endedEarlyKept'), () => load(next, { push, kept, find }));
       return;
     }
-    listing = wanted;
+    listing = next;
     if (find !== null) frame.find.value = find;
     if (push) {
       viewer.hide();
@@ -94,7 +95,7 @@ async function load(wanted, { push = true, kept = recallList(listingQuery(wanted
     announce(`${t(TAB_TEXTS[listing.kind])}. ${count()}`);
   } catch (error) {
     if (error.name === 'AbortError') return;
-    if (error instanceof AnswerError) complain(error, () => load(wanted, { push, kept, find }));
+    if (error instanceof AnswerError) complain(error, () => load(next, { push, kept, find }));
     else throw error;
   } finally {
     if (loading?.signal === signal) showLoading(false);
@@ -115,7 +116,7 @@ function say(error) {
 
 const complain = (error, retry) => showNotice(say(error), retry);
 
-/** Tells something above the list that stays there until it is closed or done again. */
+/** Shows a message above the list. It stays until the user closes it or tries again. */
 function showNotice(text, retry) {
   const { banner } = frame;
   const close = () => {
@@ -130,7 +131,7 @@ function showNotice(text, retry) {
   banner.hidden = false;
 }
 
-/** A list that is not all of the storage is told as such; what it holds is shown. */
+/** Shows a message if the list is cut off or if the instrument could not read all directories. */
 function tellGaps({ early, incomplete }) {
   const texts = [];
   if (early) texts.push(t('endedEarly', { n: entries.length }));
@@ -138,6 +139,7 @@ function tellGaps({ early, incomplete }) {
   if (texts.length) showNotice(texts.join(' '), () => load(listing, { push: false, kept: snapshot() }));
 }
 
+/** Shows a list from fetchList() or readOwnPage(), in the state `kept`. */
 function takeList(list, kept) {
   ({ entries, lost } = list);
   verdicts.recallFor(entries);
@@ -150,7 +152,7 @@ function takeList(list, kept) {
   showChips(frame, listing, load);
   grid.fold(entries);
   narrow();
-  // By path: two files of one name share their id.
+  // Compare paths, because files with the same name may have the same id.
   const paths = new Set(kept.chosen ?? []);
   if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
   grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
@@ -159,7 +161,7 @@ function takeList(list, kept) {
   takeView();
 }
 
-// ---- what is remembered
+// ---- stored state
 
 function snapshot() {
   return {
@@ -174,17 +176,17 @@ function remember() {
   keepFind(frame.find.value);
 }
 
-// ---- narrowing and order
+// ---- search and order
 
 function showState() {
   showCounts(frame, grid, { all: entries.length, lost });
   gallery.mark();
 }
 
-/** What holds the keyboard: the list, or the gallery in its place. */
+/** Returns the element that gets the keyboard focus: the list, or the gallery if it is shown. */
 const listHost = () => (gallery.isShown ? frame.gallery : frame.host);
 
-/** Screenshots are shown as pictures unless a person prefers the list. */
+/** Shows screenshots as pictures, unless the user has chosen the list. */
 function showGallery() {
   const canShow = listing.kind === 'screen';
   const isOn = canShow && recall('gallery', true) && grid.view.length > 0;
@@ -201,7 +203,7 @@ function switchGallery() {
   showGallery();
 }
 
-/** The entries that the query finds, in order. A longer query looks only at what the shorter one found. */
+/** Returns the entries that match the query, in order. A longer query searches only the result of the shorter one. */
 function findEntries() {
   const isWithin = found?.order === order && query.isWithin(found.query);
   const among = isWithin ? found.view : Array.from(order, (i) => entries[i]);
@@ -209,6 +211,7 @@ function findEntries() {
   return found.view;
 }
 
+/** Applies the query: shows the matching entries and updates everything that depends on them. */
 function narrow() {
   const shown = findEntries();
   grid.show(shown, query.words);
@@ -218,7 +221,7 @@ function narrow() {
   facets.show(entries, query);
 }
 
-/** Offers a newer list; it is shown when the person asks for it. */
+/** Offers a newer list with a button. The list is shown when the user presses it. */
 function offerNews(list, n) {
   const { news: offer } = frame;
   offer.querySelector('span').textContent = t('news', { n });
@@ -231,14 +234,15 @@ function offerNews(list, n) {
   announce(t('news', { n }));
 }
 
-/** Has the verdicts read that are in sight, or all that may matter when a verdict is asked for. */
-function wantVerdicts() {
-  const isAsked = query.valuesOf('verdict').length > 0;
+/** Requests the verdicts of the visible entries. If the query has a verdict, requests those of all possible matches. */
+function requestVerdicts() {
+  const hasVerdict = query.valuesOf('verdict').length > 0;
   const mayFit = (entry) => !verdictOf(entry) && query.obstacleOf(entry) !== null;
-  verdicts.want(isAsked ? entries.filter(mayFit) : grid.inSight);
+  verdicts.request(hasVerdict ? entries.filter(mayFit) : grid.visibleEntries);
 }
 
 let renewing = null;
+/** Shows a new verdict in its row at once. The rest of the page is updated at most twice a second (throttle). */
 function takeVerdict(entry) {
   grid.redrawEntry(entry);
   renewing ??= setTimeout(() => {
@@ -252,7 +256,7 @@ function takeVerdict(entry) {
   }, 500);
 }
 
-/** Narrows by what is typed now; the address follows. */
+/** Applies the text of the search now, and updates the address. */
 function applyFind() {
   clearTimeout(typing);
   typing = null;
@@ -264,25 +268,25 @@ function applyFind() {
   history.replaceState(history.state, '', addressShown());
 }
 
-let typing = null; // runs until a person pauses
+let typing = null; // the timer that waits for a pause in typing
 function typed() {
   clearTimeout(typing);
   typing = setTimeout(applyFind, TYPING_PAUSE);
 }
 
-/** Narrows by a text as if it had been typed. */
+/** Sets the text of the search and applies it. */
 function findText(text) {
   frame.find.value = text;
   applyFind();
 }
 
-/** Shows what a kept filter holds. */
+/** Applies a named filter. */
 function applyKept({ query: search, find }) {
   if (search === listingQuery(listing)) findText(find);
   else load(readListing(search), { find });
 }
 
-/** "/" leads to the search from anywhere but a field. */
+/** The key "/" moves the focus to the search, except in a text field. */
 function leadToFind(event) {
   const isField = event.target.closest?.('input:not([type=checkbox]), textarea, select, dialog');
   if (event.key !== '/' || event.ctrlKey || event.metaKey || event.altKey || isField) return;
@@ -291,7 +295,7 @@ function leadToFind(event) {
   frame.find.select();
 }
 
-/** Down leads from the search into the list. */
+/** The key Down moves the focus from the search to the list. */
 function leadToList(event) {
   if (event.key !== 'ArrowDown') return;
   event.preventDefault();
@@ -320,7 +324,7 @@ function sortBy(field) {
 
 // ---- actions
 
-/** Writes a command into the page's form, which always holds the last command. */
+/** Writes a command into the form of the page, which always holds the last command. */
 function command(operation, targets) {
   setField(frame.commandForm, 'opertype', operation);
   setField(frame.commandForm, 'rsltid', targets.map((entry) => entry.id).join(','));
@@ -328,7 +332,7 @@ function command(operation, targets) {
 
 const placeOf = (entry) => ({ at: grid.view.indexOf(entry), count: grid.view.length });
 
-/** Opens the view of an entry, or of two side by side. It has a place in the history, which the next views share. */
+/** Opens the view of one entry, or of two side by side. The first view adds a history entry, later ones replace it. */
 function view(...targets) {
   if (!targets.length) return;
   const change = viewer.isOpen ? 'replaceState' : 'pushState';
@@ -342,7 +346,7 @@ function openView(targets) {
   else viewer.open(targets[0], placeOf(targets[0]));
 }
 
-/** Shows the view that an address names behind its "#", if any. */
+/** Opens the view that the part of the address after "#" names. If it names none, closes the view. */
 function takeView(hash = location.hash) {
   const paths = [inHash('view', hash), inHash('with', hash)].filter((path) => path !== null);
   const targets = paths.map((path) => entries.find((entry) => entry.path === path));
@@ -361,9 +365,9 @@ function takeView(hash = location.hash) {
   }
 }
 
-let isLeaving = false; // on the way out of a view's place in the history
+let isLeaving = false; // true from history.back() until the browser has left the history entry of the view
 
-/** Closes the view, and leaves its place in the history when it has one of its own. */
+/** Closes the view. If the view has its own history entry, goes back. */
 function closeView() {
   isLeaving = Boolean(history.state?.viewing);
   if (isLeaving) history.back();
@@ -373,11 +377,14 @@ function closeView() {
 function hideView() {
   viewer.hide();
   listHost().focus();
-  // What was typed during the view stays.
+  // Keep the text that was typed while the view was open.
   if (!isLeaving) history.replaceState(history.state, '', addressShown());
 }
 
-/** Views the next entry (1), the one before (-1) or the same again (0). The choice goes along when it was only that entry. */
+/**
+ * Views the next entry (1) or the previous one (-1). If only the viewed entry was selected, the new one is selected
+ * instead.
+ */
 function step(by) {
   if (viewer.entries.length > 1) return;
   const at = grid.view.indexOf(viewer.entry) + by;
@@ -389,7 +396,7 @@ function step(by) {
   view(grid.view[at]);
 }
 
-/** Left and right step through the views from the list, too. */
+/** While a view is open, the keys Left and Right in the list show the previous and the next entry. */
 function stepByKey(event) {
   const by = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
   if (!by || !viewer.isOpen || event.target !== listHost() || event.altKey || event.ctrlKey || event.metaKey) return;
@@ -397,7 +404,7 @@ function stepByKey(event) {
   step(by);
 }
 
-/** What a menu offers to copy of one entry or of two. */
+/** Returns the items of the menu Copy for one entry or two. */
 function copies(some) {
   const [view, other] = some.map(({ path }) => path);
   const link = new URL(`${addressOf(listing)}${hashOf({ view, with: other })}`, location.href).href;
@@ -444,7 +451,7 @@ function clearChoice() {
   listHost().focus();
 }
 
-/** Escape in the list closes the view first. */
+/** Handles Escape in the list: closes the view. Returns false if there was none. */
 function escape() {
   if (!viewer.isOpen) return false;
   closeView();
@@ -463,17 +470,17 @@ const handlers = {
   clearChoice,
 };
 
-/** Follows the address: Back and Forward, or an address that a person has changed behind its "#". */
+/** Shows the state of the address after Back, Forward, or a change of the part after "#". */
 function takeAddress() {
-  const wanted = readListing(location.search);
+  const next = readListing(location.search);
   const find = inHash('find') ?? '';
   const path = inHash('view');
-  if (listingQuery(wanted) !== listingQuery(listing)) load(wanted, { push: false, find });
+  if (listingQuery(next) !== listingQuery(listing)) load(next, { push: false, find });
   else if (path === null && (isLeaving || viewer.isOpen)) {
     isLeaving = false;
     hideView();
   } else {
-    const { hash } = location; // changes with what is found
+    const { hash } = location; // findText() changes it
     if (find !== frame.find.value && !history.state?.viewing) findText(find);
     takeView(hash);
   }
@@ -493,7 +500,7 @@ export async function start() {
     copies,
   });
   news = new News({ look: () => fetchList(addressOf(listing)), entries: () => entries, found: offerNews });
-  // Before the grid, which measures what the panel leaves.
+  // Create the panel before the grid, because the grid measures the remaining width.
   facets = new Facets(frame.facets, frame.refine, {
     find: findText,
     current: () => ({ query: listingQuery(listing), find: frame.find.value }),
@@ -506,7 +513,7 @@ export async function start() {
       }],
     ],
   });
-  const ofGrid = { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: wantVerdicts };
+  const ofGrid = { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: requestVerdicts };
   grid = new FileGrid(frame.host, frame.tools, ofGrid);
   verdicts = new Verdicts(takeVerdict);
   gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });

@@ -88,11 +88,11 @@ function wordClause(text) {
   return { key: 'word', word, test: (entry) => SEARCHED.some((field) => pattern.test(entry[field])) };
 }
 
-/** Whether the word is a verdict that a report can say, in English or in the person's language. */
+/** Returns true if the word is "pass" or "fail" in English or in the user's language. */
 const isVerdict = (word) =>
   ['pass', 'fail'].some((key) => [key, ...allTexts(VERDICT_TEXTS[key])].some((text) => text.toLowerCase() === word));
 
-/** "fail" finds the verdict; it may also be part of a name. */
+/** A word like "fail" finds entries with this verdict, and all entries that contain the word. */
 function verdictClause(word) {
   const verdict = fieldClause('verdict', word);
   const anywhere = wordClause(word);

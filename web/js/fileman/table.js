@@ -1,22 +1,23 @@
 /*
- * A table of rows of one height, of which only those in sight are in the document. The widths of its columns are one
- * property of the host's style, so that a width changes all rows at once.
+ * A table whose rows all have the same height. Only the visible rows are in the document. The widths of the columns are
+ * in one style property of the host, so that one change applies to all rows.
  */
 import { el } from './dom.js';
 
-const BEYOND = 8; // rows drawn above and below those in sight
+const BEYOND = 8; // additional rows that are drawn above and below the visible ones
 
 export class Table {
   /**
-   * `source`: count() rows, entry(row). `events`: drawn() after rows have come, resized() after a person has changed a
-   * width. A column is { id, head, className, width, minWidth, isFixed, fill(cell, entry) }.
+   * `source` has count(), the number of rows, and entry(row). `events` has drawn() after rows were drawn, and resized()
+   * after the user has changed a width. A column is { id, head, className, width, minWidth, isFixed, fill(cell, entry)
+   * }.
    */
   constructor(host, source, events) {
     this.host = host;
     this.source = source;
     this.events = events;
-    this.first = 0; // of the rows in the document
-    this.rows = []; // their elements
+    this.first = 0; // index of the first row in the document
+    this.rows = []; // elements of the rows in the document
     this.heads = el('div', { class: 'fm-heads', role: 'row', 'aria-rowindex': 1 });
     this.frame = el('div', { class: 'fm-heads-frame', role: 'rowgroup' }, this.heads);
     this.canvas = el('div', { class: 'fm-canvas' });
@@ -28,7 +29,7 @@ export class Table {
     host.append(this.frame, this.viewport);
   }
 
-  /** Takes other columns and another height of the rows; renew() draws them. */
+  /** Sets the columns and the height of the rows. After this, renew() must draw them. */
   lay(columns, { rowHeight, hasHeads }) {
     this.columns = columns;
     this.rowHeight = rowHeight;
@@ -41,7 +42,7 @@ export class Table {
   showWidths() {
     const widths = this.columns.map(({ width }) => width);
     this.host.style.setProperty('--columns', widths.map((width) => `${width}px`).join(' '));
-    // Also while no row is drawn, so that the place of a list that scrolls sideways stays.
+    // Set the width even if no row is drawn. Otherwise the horizontal scroll position is lost.
     this.canvas.style.minWidth = `${widths.reduce((sum, width) => sum + width, 0)}px`;
   }
 
@@ -67,14 +68,14 @@ export class Table {
     handle.addEventListener('lostpointercapture', end, { once: true });
   }
 
-  /** The rows in sight, from the first one to the one behind the last. */
-  get inSight() {
+  /** The visible rows, { from, to }; `to` is the index after the last one. */
+  get visibleRange() {
     const { scrollTop, clientHeight } = this.viewport;
     const row = (y) => Math.min(y / this.rowHeight, this.source.count());
     return { from: Math.floor(row(scrollTop)), to: Math.ceil(row(scrollTop + clientHeight)) };
   }
 
-  /** Draws all rows anew. */
+  /** Removes all rows and draws the visible ones again. */
   renew() {
     this.rows = [];
     this.canvas.replaceChildren();
@@ -82,9 +83,9 @@ export class Table {
     this.draw();
   }
 
-  /** Draws the rows that have come into sight, and removes those far from it. */
+  /** Draws the rows that have become visible, and removes those that are far away. */
   draw() {
-    const { from, to } = this.inSight;
+    const { from, to } = this.visibleRange;
     const first = Math.max(0, from - BEYOND);
     const end = Math.min(this.source.count(), to + BEYOND);
     const oldEnd = this.first + this.rows.length;
@@ -118,12 +119,12 @@ export class Table {
     });
   }
 
-  /** Fills a row again if it is drawn; its element stays. */
+  /** Fills the cells of a row again if it is drawn. The element of the row stays. */
   redraw(row) {
     this.rows[row - this.first]?.replaceChildren(...this.#cells(row));
   }
 
-  /** Scrolls until a row is in sight. */
+  /** Scrolls until a row is visible. */
   reveal(row) {
     const top = row * this.rowHeight;
     const { scrollTop, clientHeight } = this.viewport;

@@ -44,7 +44,7 @@ export class Verdicts {
     const kept = recall('verdicts', []);
     this.known = new Map(Array.isArray(kept) ? kept : []);
     this.knownDates = new Set([...this.known.keys()].map((key) => key.slice(key.lastIndexOf('\n') + 1)));
-    this.wanted = [];
+    this.pending = [];
     this.isReading = false;
     document.addEventListener('visibilitychange', () => this.#start());
     addEventListener('pagehide', () => this.#save());
@@ -59,19 +59,19 @@ export class Verdicts {
   }
 
   /** Requests the verdicts of entries, the most urgent first. This replaces the previous request. */
-  want(entries) {
-    this.wanted = entries.filter((entry) => verdictOf(entry) === '');
+  request(entries) {
+    this.pending = entries.filter((entry) => verdictOf(entry) === '');
     clearTimeout(this.timer);
-    if (this.wanted.length) this.timer = setTimeout(() => this.#start(), STILL);
+    if (this.pending.length) this.timer = setTimeout(() => this.#start(), STILL);
   }
 
   async #start() {
     if (this.isReading) return;
     this.isReading = true;
-    while (this.wanted.length && !document.hidden) {
+    while (this.pending.length && !document.hidden) {
       this.description ??= (await fetchDescription()) ?? { selector: null };
       if (!this.description.selector) break;
-      const entry = this.wanted.shift();
+      const entry = this.pending.shift();
       const began = performance.now();
       if (entry?.verdict === '') await this.#read(entry);
       const rest = Math.max(LEAST_REST, performance.now() - began);

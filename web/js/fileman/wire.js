@@ -88,8 +88,8 @@ export function parseQuery(search) {
 /** Reads a listing from a query: { kind, lists: {module: [...] ...}, texts: {jobid: '' ...} }, with binary strings. */
 export function readListing(search) {
   const query = parseQuery(search);
-  const asked = query.text('fmtype').toLowerCase();
-  const listing = { kind: KINDS.includes(asked) ? asked : 'all', lists: {}, texts: {} };
+  const kind = query.text('fmtype').toLowerCase();
+  const listing = { kind: KINDS.includes(kind) ? kind : 'all', lists: {}, texts: {} };
   for (const key of LIST_KEYS) listing.lists[key] = query.list(key);
   for (const key of TEXT_KEYS) listing.texts[key] = query.text(key);
   return listing;
