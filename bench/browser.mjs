@@ -1,14 +1,18 @@
-// Opens the list of the storage below /home in fresh and in used profiles and prints what the person waits for.
+// Opens the list of the results below /home, first with an empty cache and then again, and prints the waiting times.
 import { setTimeout as pause } from 'node:timers/promises';
 import { plainServer, startInstrument } from '../tests/browser/instrument.mjs';
 
 const SLOWED = Number(process.env.SLOWED ?? 6);
 const ROUNDS = Number(process.env.ROUNDS ?? 3);
 const ADDRESS = 'fmtype=all';
-/** Requests that follow when the list stands: reports read for their verdicts. */
+/**
+ * Requests that follow after the list is shown: reports are read for their verdicts. These requests are not counted.
+ */
 const IN_THE_BACKGROUND = /verdict\.json$|[?&]opertype=view&/;
 
-/** The packaged server sends strict answers; this one the default ones, packed and cached in the same way. */
+/**
+ * The packaged server sends strict answers. This server sends default answers, with the same compression and caching.
+ */
 const PACKED = `
 server.modules += ( "mod_deflate" )
 deflate.mimetypes = ( "text/javascript", "text/css", "text/html", "image/svg+xml" )
@@ -17,7 +21,9 @@ $HTTP["url"] =~ "^/(?:css|js|LigerUI)/" { setenv.add-response-header = ( "Cache-
 `;
 const SERVERS = { strict: undefined, default: plainServer(PACKED) };
 
-/** Runs in the page: notes when the first row is painted, and when what the footer says has been painted. */
+/**
+ * Runs in the page. Stores the times when the first row is painted and when the footer shows that the list is complete.
+ */
 function watch() {
   window.times = {};
   const painted = (name) =>
@@ -37,7 +43,10 @@ function watch() {
   look();
 }
 
-/** Runs in the page: milliseconds from a typed sign to the painted rows; the address follows the rows. */
+/**
+ * Runs in the page. Stores a promise for the milliseconds from a typed character to the painted rows. The page changes
+ * its address after the rows, so the new address is the end of the measurement.
+ */
 function typing() {
   const input = document.querySelector('input[type=search]');
   window.typed = new Promise((resolve) => {
@@ -58,6 +67,7 @@ function typing() {
   input.focus();
 }
 
+/** Starts to count the requests and their bytes, without those that the cache answers. */
 async function traffic(cdp) {
   const seen = { requests: 0, bytes: 0, names: [] };
   await cdp.send('Network.enable');
@@ -78,7 +88,7 @@ async function traffic(cdp) {
   return seen;
 }
 
-/** Opens the list and waits until all of it stands: { first, whole, requests, bytes, names, script }. */
+/** Opens the list and waits until it is complete. Returns { first, whole, used, requests, bytes, names }. */
 async function visit(page, address) {
   const cdp = await page.context().newCDPSession(page);
   await cdp.send('Emulation.setCPUThrottlingRate', { rate: SLOWED });
@@ -110,7 +120,7 @@ const COLUMNS = {
   'first rows again': ({ second }) => seconds(second.first),
 };
 
-/** The best of some rounds, each figure by itself. */
+/** Returns the smallest value of each figure in all rounds. */
 function best(rounds) {
   const least = (of) => Math.min(...rounds.map(of));
   const part = (name) =>

@@ -1,7 +1,7 @@
 """compare.py [--quick]
 
-Makes the trees, runs the rivals and prints the table. bench/run starts it inside scripts/with-storage, in the root of
-the checkout.
+Makes the trees with results, runs the rivals and prints the table. bench/run starts it behind scripts/with-storage, in
+the root of the checkout.
 """
 
 import contextlib
@@ -25,8 +25,8 @@ FILTERS = {
     "file-name prefix (a fifth)": "fmtype=rslt&prefix=lab",
     "job id (every 24th; every eighth tells one)": "fmtype=rslt&jobid=JOB-1",
 }
-# The requests to the web server on the sample instrument. Only lists without diagnostic lines before the header, because
-# wrk refuses such lines.
+# The requests to the web server with the sample instrument. These lists have no diagnostic lines before the header,
+# because wrk refuses such lines.
 SERVED = {
     "the screenshots": "fmtype=screen",
     "the results of five modules": "fmtype=rslt&module=1GE,40GE,100G,Cable,OSA",
@@ -35,7 +35,7 @@ BASE_MEMORY = 2 * 1024 * 1024
 
 
 class Figures:
-    """The result of measure for one rival."""
+    """The figures that bench/measure prints for one rival."""
 
     def __init__(self, fields):
         self.cpu, self.wall, self.least, resident, self.faults, self.bytes = map(int, fields)

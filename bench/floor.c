@@ -1,8 +1,8 @@
 // floor ROOT COUNT BYTES
 //
-// The least work for a listing of COUNT results below ROOT: reads every directory once, calls fstatat once
-// for every listed file relative to its open directory, and writes BYTES bytes in one piece per file, through
-// one buffer. It stores nothing and makes no lookups; the rows are constant text.
+// Does the least work that a list of COUNT results below ROOT needs. It reads every directory once. For every
+// listed file it calls fstatat once, relative to the open directory, and writes one row through a buffer. It
+// writes BYTES bytes in total. It stores nothing and looks nothing up. All rows have the same text.
 
 #include <dirent.h>
 #include <errno.h>
@@ -30,7 +30,7 @@ static size_t pending;
 static char row[OUTPUT_SIZE];
 static size_t row_size;
 static size_t left; // bytes still to be written
-static long newest; // keeps the compiler from dropping the stat
+static long newest; // the result is used, so that the compiler cannot remove the call of fstatat
 
 static void flush(void) {
     for (size_t done = 0; done < pending;) {
@@ -64,7 +64,7 @@ static void list_file(int directory, const char* name) {
     put(row_size);
 }
 
-// Keeps the names of the subdirectories, one after the other, each with its zero byte.
+// The names of the subdirectories, one after the other. Each name ends with a zero byte.
 struct names {
     char* text;
     size_t size, space;

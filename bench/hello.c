@@ -1,4 +1,4 @@
-// The least that a CGI program costs: a header and a small body.
+// The smallest CGI program: it writes a header and a short body.
 
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""The list of all results as a Python CGI script would write it: the fields that follow from a file's path below /home,
-and its date, in rows of the same form."""
+"""Writes the list of all results as a Python CGI script would do it. The rows have the same form as those of the
+program. They contain the date of each file and the fields that follow from its path."""
 
 import os
 import sys

@@ -1,13 +1,13 @@
-// measure ROUNDS NAME [VARIABLE=VALUE...] PROGRAM [ARGUMENT...] [-- NAME ...]...
+// measure ROUNDS NAME TREE [VARIABLE=VALUE...] PROGRAM [ARGUMENT...] [-- NAME TREE ...]...
 //
-// Runs the programs in turn, ROUNDS times. Prints one line for each, separated by tabs: name, median CPU time
-// and median wall time in microseconds, least CPU time, largest resident set in KiB, median of the page
-// faults, bytes written.
+// Runs the programs in turn, ROUNDS times, each with its TREE mounted on /home. Prints one line for each
+// program, separated by tabs: name, median CPU time and median wall time in microseconds, least CPU time,
+// largest resident set in KiB, median number of page faults, bytes written.
 //
-// The output goes into a pipe, as with a web server, and is read here. So the cost of copying it is included,
-// but not the time of the reader. CPU time is the user and system time of the process from fork to exit, as
-// wait4 reports it, because wall time says little on a busy machine. This program is static and small,
-// because the resident set that wait4 reports begins with that of the parent.
+// This program reads the output of the others from a pipe, like a web server. So the figures include the cost
+// of writing to the pipe, but not the time of the reader. CPU time is the user and system time of the process
+// from fork to exit, as wait4 reports it. Wall time says little on a busy machine. This program is static and
+// small, because the resident set that wait4 reports begins with that of the parent.
 
 #define _GNU_SOURCE
 #include <errno.h>
@@ -26,7 +26,7 @@ enum { MOST_RIVALS = 32, MOST_ROUNDS = 2000 };
 struct rival {
     const char* name;
     const char* tree;
-    char** variables; // up to the program
+    char** variables; // ends where the program begins
     char** program;   // ends with NULL
     long cpu[MOST_ROUNDS], wall[MOST_ROUNDS], faults[MOST_ROUNDS];
     long resident, bytes;
@@ -52,7 +52,7 @@ static void become(const struct rival* rival, const int output[2]) {
     char* const saved = *rival->program;
     if (dup2(output[1], STDOUT_FILENO) < 0)
         fail("dup2");
-    // The words before the program are the whole environment, as a web server would pass it.
+    // The environment has only these variables. A web server passes the request in the same way.
     char* variables[64];
     size_t count = 0;
     while (environment != rival->program && count < 63)
@@ -113,7 +113,7 @@ static long median(long* values, int count) {
     return values[count / 2];
 }
 
-// Takes one rival off the arguments and returns the rest.
+// Reads one rival from the arguments and returns the arguments after it.
 static char** parse(struct rival* rival, char** argument) {
     rival->name = *argument++;
     if (*argument == NULL)

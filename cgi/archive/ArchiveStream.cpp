@@ -28,7 +28,7 @@ constexpr std::size_t kChunk = 65536;
 constexpr mode_t kFileMode = 0644;
 constexpr mode_t kDirectoryMode = 0755;
 
-// Kinds of files that are packed already.
+// The extensions of files that are already compressed.
 constexpr std::array<std::string_view, 19> kPackedEndings = {
     ".png", ".jpg", ".jpeg", ".gif", ".webp", ".zip", ".gz",  ".tgz", ".bz2", ".xz",
     ".zst", ".lz4", ".7z",   ".rar", ".pdf",  ".mp4", ".jar", ".ods", ".xlsx"};
@@ -40,15 +40,16 @@ bool isPacked(std::string_view name) {
     });
 }
 
-// The field in the archive has 32 bits without a sign. time_t may have only 32 bits, too: this file is
-// compiled with the time_t of the platform, as the library was, and all others with one of 64 bits.
+// Limits a time to what fits into the archive, which has an unsigned field of 32 bits, and into time_t. This
+// file is compiled with the time_t of the platform, like the library, so it may have only 32 bits. All other
+// files are compiled with 64 bits.
 std::time_t entryTime(std::int64_t time) {
     constexpr std::int64_t kLatest = std::min<std::int64_t>(std::numeric_limits<std::uint32_t>::max(),
                                                             std::numeric_limits<std::time_t>::max());
     return static_cast<std::time_t>(std::clamp<std::int64_t>(time, 0, kLatest));
 }
 
-// Writes through the buffer of the response, so that many small files do not make many small writes.
+// Writes through the buffer of the response, so that small files do not cause many small writes.
 la_ssize_t writeSome(archive* /*archive*/, void* /*stream*/, const void* data, std::size_t size) {
     return std::fwrite(data, 1, size, stdout) == size && !output::isStopped() ? static_cast<la_ssize_t>(size)
                                                                               : -1;
@@ -61,12 +62,13 @@ ArchiveStream::ArchiveStream(std::function<void()> begin)
       m_entry(nullptr, &::archive_entry_free) {}
 
 ArchiveStream::~ArchiveStream() {
-    // Otherwise the library would end the archive as if it were whole.
+    // Otherwise the library would write the end record, and the archive would look complete.
     if (m_archive && !m_hasEnded)
         ::archive_write_fail(m_archive.get());
 }
 
-// The library and the locale are set up here, so a request that packs nothing does not pay for them.
+// Sets up the library and the locale. This happens only here, so that a request without any file saves the
+// time for it.
 bool ArchiveStream::start() {
     if (m_hasBegun)
         return !m_hasEnded;
@@ -75,7 +77,7 @@ bool ArchiveStream::start() {
     m_hasEnded = output::isStopped();
     if (m_hasEnded)
         return false;
-    // In this locale the library marks names as UTF-8. It converts nothing.
+    // In this locale the library marks names as UTF-8 and does not convert them.
     if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr)
         return breakOff("the archive", "no locale for UTF-8");
     m_chunk.resize(kChunk);
@@ -83,7 +85,7 @@ bool ArchiveStream::start() {
     m_entry.reset(::archive_entry_new());
     if (!m_archive || !m_entry)
         return breakOff("the archive", "out of memory");
-    // Options are not set by name: that would link every format of the library.
+    // Do not set options by name, because this would link every format of the library.
     if (::archive_write_set_format_zip(m_archive.get()) != ARCHIVE_OK ||
         ::archive_write_set_bytes_per_block(m_archive.get(), 0) != ARCHIVE_OK ||
         ::archive_write_open(m_archive.get(), nullptr, nullptr, &writeSome, nullptr) != ARCHIVE_OK)
@@ -108,7 +110,7 @@ bool ArchiveStream::startEntry(const std::string& name, unsigned type, long long
         ::archive_write_zip_set_compression_deflate(m_archive.get());
     if (::archive_write_header(m_archive.get(), entry) != ARCHIVE_OK)
         return breakOffArchive(name);
-    // The reader sees at once that the download has begun, however long the first file takes.
+    // Send the first bytes at once, so that the browser shows the download even if the first file is long.
     if (isFirst)
         std::fflush(stdout);
     return true;
@@ -171,7 +173,7 @@ bool ArchiveStream::breakOff(const std::string& name, std::string_view why) {
     return false;
 }
 
-// A response that cannot be written has been reported already.
+// Breaks off after an error of the library. If the response cannot be written, this was reported before.
 bool ArchiveStream::breakOffArchive(const std::string& name) {
     const char* const why = m_archive ? ::archive_error_string(m_archive.get()) : nullptr;
     if (!output::isStopped())

@@ -10,34 +10,35 @@
 struct archive;
 struct archive_entry;
 
-// A zip archive that is written to standard output while it is made. Memory holds the buffer of the response
-// and, for the list at the end of the archive, the name of each entry. An archive that cannot be whole breaks
-// off: it has no end record, a line on standard error says why, and nothing follows in the response.
+// Writes a zip archive to standard output while it reads the files. It keeps in memory only the buffer of the
+// response and the name of each entry, for the directory at the end of the archive. If the archive cannot be
+// completed, it breaks off: it has no end record, a line on standard error gives the reason, and the response
+// ends.
 //
-// Size and check sum of an entry follow its data (bit 3 of the format), with 64 bits where they need them.
-// The date is the time of the last modification, in local time too.
+// The size and the checksum of an entry follow its data (bit 3 of the format), with 64 bits if necessary. The
+// date of an entry is the time of its last modification, also in local time.
 class ArchiveStream {
 public:
     // begin writes the header of the response. It is called once, just before the first byte of the archive.
-    // It stops the response when the request is a HEAD request; then no archive follows.
+    // For a HEAD request it stops the response, and no archive follows.
     explicit ArchiveStream(std::function<void()> begin);
     ~ArchiveStream();
     ArchiveStream(const ArchiveStream&) = delete;
     ArchiveStream& operator=(const ArchiveStream&) = delete;
 
-    // The following return false when the response has ended: the archive broke off, the reader has gone, or
-    // the request is a HEAD request. From then on they write nothing.
+    // The following functions return false if the response has ended: the archive broke off, the reader
+    // closed the connection, or it is a HEAD request. After that they write nothing.
 
-    // Adds size bytes of an open regular file, last modified at time (seconds since 1970). A file that cannot
-    // be read so far, because it has become shorter or the medium fails, breaks the archive off. Pictures and
-    // packed files are stored as they are, all others are deflated.
+    // Adds size bytes of an open regular file, last modified at time (seconds since 1970). If the file has
+    // become shorter or cannot be read, the archive breaks off. Pictures and compressed files are stored, all
+    // other files are deflated.
     bool addFile(const std::string& name, int file, long long size, std::int64_t time);
     bool addDirectory(const std::string& name, std::int64_t time);
     bool addText(const std::string& name, std::string_view text, std::int64_t time);
     // Writes the end record.
     bool finish();
 
-    // Whether begin was called.
+    // Returns true if begin was called.
     bool hasBegun() const { return m_hasBegun; }
     bool hasEnded() const { return m_hasEnded; }
 

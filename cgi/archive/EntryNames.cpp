@@ -21,7 +21,8 @@ bool isHexDigit(char c) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
-// How a name without '/' goes on: one character, or the escape of one byte. size: what of the name that is.
+// Returns the first piece of the plain form of a name: one character, or the escape of one byte. Sets size to
+// the number of bytes of the name that it stands for.
 std::string nextPiece(std::string_view name, std::size_t& size) {
     size = utf8Length(name);
     const char first = name.front();
@@ -32,7 +33,7 @@ std::string nextPiece(std::string_view name, std::size_t& size) {
     return escaped(first);
 }
 
-// The plain form of a name without '/', cut to so many bytes.
+// Returns the plain form of a name without '/', with at most limit bytes.
 std::string plainComponent(std::string_view name, std::size_t limit) {
     std::string plain;
     if (isDotEntry(name)) {
@@ -55,7 +56,7 @@ std::string_view extensionOf(std::string_view name) {
     return hasOne ? name.substr(dot) : std::string_view();
 }
 
-// The name with a number before its extension, unless that is 1.
+// Returns the plain form of the name with the number before its extension. The number 1 is left out.
 std::string numbered(std::string_view name, EntryNames::Kind kind, unsigned number) {
     const std::string_view extension =
         kind == EntryNames::Kind::File ? extensionOf(name) : std::string_view();

@@ -23,12 +23,12 @@
 
 namespace {
 
-// Each level holds a descriptor, of which a process usually has 1,024.
+// Each level keeps a descriptor open, and a process may usually have 1,024 of them.
 constexpr int kDeepest = 200;
-// Longer paths cannot be made when an archive is unpacked.
+// When an archive is unpacked, longer paths cannot be created.
 constexpr std::size_t kLongestEntry = 4095;
 
-// O_NONBLOCK: a FIFO without a writer would hold the request for ever.
+// Without O_NONBLOCK a FIFO without a writer would block the request for ever.
 constexpr int kReadFile = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 constexpr int kReadDirectory = O_RDONLY | O_DIRECTORY;
 
@@ -59,9 +59,9 @@ private:
     ArchiveStream m_archive;
     StorageRoot m_root;
     EntryNames m_names;
-    std::set<std::pair<std::string, std::string>> m_added; // what records are packed as, and from where
-    std::unique_ptr<SortedDirectory> m_directory;          // of the last record
-    std::string m_missing;                                 // lines
+    std::set<std::pair<std::string, std::string>> m_added; // name in the archive and path of each record
+    std::unique_ptr<SortedDirectory> m_directory;          // the directory of the last record
+    std::string m_missing;                                 // the lines of MISSING.txt
     bool m_isAnythingStored = false;
 };
 
@@ -72,7 +72,8 @@ UniqueFd openIn(const SortedDirectory& directory, const DirEntry& entry, int fla
 void Download::addRecord(const _ResultInfo& record) {
     const std::string name = CResultItem::uniqueName(&record);
     const SortedDirectory& directory = directoryOf(CCommUtils::absFilePath(record.path));
-    // A name with several extensions is several records of the same files; without a name each file is alone.
+    // Files with the same name and different extensions are different records, but each of these records has
+    // all the files. So they are packed only once. A record without a name has only its own file.
     const std::string from = record.name.empty() ? record.path : entryPath(directory.path(), record.name);
     if (!m_added.emplace(name, from).second)
         return;
@@ -88,7 +89,7 @@ void Download::addRecord(const _ResultInfo& record) {
         addEntry(directory, entry, place, 0);
 }
 
-// Records of one directory follow each other.
+// Keeps the last directory open, because records of the same directory follow each other.
 const SortedDirectory& Download::directoryOf(const std::string& path) {
     if (!m_directory || m_directory->path() != path) {
         m_directory.reset();
@@ -112,7 +113,7 @@ void Download::addEntry(const SortedDirectory& directory, const DirEntry& entry,
         addDirectory(openIn(directory, entry, kReadDirectory), path, place, depth + 1);
 }
 
-// Handles an entry whose kind the listing does not tell. A link to a stored file is packed as that file.
+// Adds an entry if the listing does not give its type. A link to a stored file is packed as that file.
 void Download::addUnlisted(const SortedDirectory& directory, const DirEntry& entry, const std::string& place,
                            int depth) {
     const std::string path = entryPath(directory.path(), entry.name);
@@ -149,7 +150,7 @@ void Download::addDirectory(UniqueFd opened, const std::string& path, const std:
     const std::string name =
         m_names.take(place, CCommUtils::completeFileName(path), EntryNames::Kind::Directory);
     struct stat status = {};
-    // Other directories appear in the names of their files.
+    // Only an empty directory needs its own entry. The names of files contain all other directories.
     if (directory.entries().empty() && !isTooLong(path, name) &&
         ::fstat(directory.descriptor(), &status) == 0)
         m_archive.addDirectory(name, status.st_mtime);

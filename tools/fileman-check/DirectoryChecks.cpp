@@ -48,8 +48,8 @@ int lineOf(const std::string& path, const std::vector<Source>& sources) {
     return innermost == nullptr ? 0 : innermost->line;
 }
 
-// Adds a finding for each directory with rows that deliveries do not know, unless another finding has the
-// reason.
+// Adds a finding for each directory whose files are listed but cannot be viewed or downloaded, unless there
+// is already a finding for the same line.
 void checkDeliveries(const std::vector<Source>& sources, const Requests& requests, Findings& findings) {
     std::set<std::string> delivered;
     for (const auto& [path, row] : requests.rows(Requests::Deliveries))

@@ -20,7 +20,7 @@ using xml::attribute;
 constexpr char kOnlySomeLists[] =
     "its files are missing in the list of all results and cannot be viewed, downloaded or printed";
 
-// Reports entries whose key is already in the section.
+// Adds a finding for each entry whose key occurs twice in its section.
 class Duplicates {
 public:
     Duplicates(Findings& findings, const char* keyName) : m_findings(findings), m_keyName(keyName) {}
@@ -110,8 +110,8 @@ void VocabularyCheck::checkMode(const TiXmlElement& mode) {
     }
 }
 
-// The filter page offers names and the lists compare keys, so each name has to be a key, of this category or
-// of another.
+// The filter page offers names, but lists compare keys. So each name must be the key of this category or of
+// another one.
 void VocabularyCheck::checkCategory(const TiXmlElement& category) {
     const std::string name = attribute(category, "name");
     const std::string key = attribute(category, "key");

@@ -7,9 +7,9 @@
 class Findings;
 class LinedDocument;
 
-// Finds faults in the text alone: ignored duplicates, words that the program does not know, names that lead
-// to another entry.
+// Finds faults that need no look at the disk: ignored duplicates, words that the program does not know, names
+// that lead to another entry.
 void checkVocabulary(const LinedDocument& document, Findings& findings);
 
-// Finds sources whose files some or all requests leave out.
+// Finds sources whose files are missing in the answers to some or all requests.
 void checkSources(const std::vector<Source>& sources, Findings& findings);

@@ -35,7 +35,7 @@ std::optional<EntryType> typeOf(const std::string& path) {
     return parent ? parent->find(path.substr(slash + 1)) : std::nullopt;
 }
 
-// Returns what keeps the file out of every list, or an empty text.
+// Returns the reason why no list has the file, or an empty text if there is none.
 std::string obstacleOfFile(const std::string& path) {
     const std::optional<EntryType> type = typeOf(path);
     const std::string name = path.substr(path.rfind('/') + 1);

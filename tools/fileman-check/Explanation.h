@@ -7,6 +7,7 @@
 #include "fileman-check/Requests.h"
 #include "fileman-check/Sources.h"
 
-// Writes which requests list the file at path, and why others do not. Returns true if a list has it.
+// Writes which requests list the file at path, and why other requests do not. Returns true if at least one
+// list has it.
 bool explain(std::FILE* out, const std::string& path, const std::vector<Source>& sources,
              const Requests& requests);

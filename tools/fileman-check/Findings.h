@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-// The faults that were found, each with its line in the document.
+// The list of faults. Each fault has its line in the document.
 class Findings {
 public:
-    // line: 0 if no line of the document declares it.
+    // line is 0 if the fault is not at a line of the document.
     void add(int line, std::string text) { m_items.push_back({line, std::move(text)}); }
     bool hasLine(int line) const;
     std::size_t size() const { return m_items.size(); }
@@ -25,5 +25,6 @@ private:
     std::vector<Item> m_items;
 };
 
-// "text", with control bytes as '?', for messages that quote a document or a file name.
+// Returns the text in quotation marks, with '?' instead of control bytes. Messages use it for texts from the
+// document and for file names.
 std::string quoted(const std::string& text);

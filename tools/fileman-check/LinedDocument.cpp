@@ -24,7 +24,7 @@ bool LinedDocument::read(const std::string& path, Findings& findings) {
     const std::optional<std::string> content = xml::readContent(path, xml::kLargestFile, failure);
     TiXmlDocument asRead;
     const bool isAccepted = content && xml::parse(asRead, *content, failure);
-    // A document within the limits may be parsed once more, even if it is not well-formed.
+    // A document within the limits is parsed again, also if it is not well-formed, to get the line numbers.
     if (content && (isAccepted || asRead.Error()))
         m_document.Parse(content->c_str(), nullptr, TIXML_ENCODING_UNKNOWN);
     if (!isAccepted)

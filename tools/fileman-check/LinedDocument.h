@@ -6,15 +6,15 @@
 
 #include "fileman-check/Findings.h"
 
-// The document, parsed again with the line numbers of its elements. The program itself does not read these.
+// The document, parsed with the line numbers of its elements. The program itself reads it without them.
 class LinedDocument {
 public:
     // Returns false if the program refuses the document; then a finding gives the reason.
     bool read(const std::string& path, Findings& findings);
 
-    // Returns the element that the program reads, or null.
+    // Returns the element "filter", which the program reads, or null if there is none.
     const TiXmlElement* filter() const;
-    // Returns the element that stores the state of the filters.
+    // Returns the first child of the root, or null. The program stores the state of the filters there.
     const TiXmlElement* firstChild() const;
 
 private:

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-// The records that each kind of request finds on disk, loaded by the program's own classes.
+// The records that each kind of request finds on disk. The classes of the program load them.
 class Requests {
 public:
     enum Kind : std::size_t { All, Results, Profiles, Screenshots, Deliveries, kKinds };
@@ -21,7 +21,7 @@ public:
     };
     using Rows = std::multimap<std::string, Row>; // by path
 
-    // Scans /home and loads all rows. The configuration has been read.
+    // Scans /home and loads all rows. The configuration must have been read.
     Requests();
     const Rows& rows(Kind kind) const { return m_rows[kind]; }
 

@@ -9,7 +9,7 @@
 class Findings;
 class LinedDocument;
 
-// One directory from which the program lists files. The document declares it, or it is built in.
+// A directory from which the program lists files. It is declared in the document or built in.
 struct Source {
     // The path of a file below the directory.
     enum class Shape {
@@ -19,20 +19,20 @@ struct Source {
         Nothing, // nothing is listed from here
     };
 
-    int line = 0;      // in the document; 0: built in
-    std::string title; // for messages: "results of module 1GE, mode Ethernet"
+    int line = 0;      // the line in the document, or 0 if built in
+    std::string title; // the name in messages: "results of module 1GE, mode Ethernet"
     std::string dir;   // full path
     Shape shape = Shape::Flat;
-    std::list<std::string> names; // port directories of a tree, type directories of a fixed source
+    std::list<std::string> names; // port directories of a tree, or type directories of a fixed source
     std::string module;
-    std::string mode; // empty: none
-    std::string type; // of a flat source
+    std::string mode; // empty if there is none
+    std::string type; // only of a flat source
     bool isExtra = false;
-    std::string port; // of an extra directory
+    std::string port; // only of an extra directory
 };
 
-// Returns all sources. The configuration must have been read. Adds to findings each source that can never be
-// listed.
+// Returns all sources. The configuration must have been read. Adds a finding for each source whose files can
+// never be listed.
 std::vector<Source> readSources(const LinedDocument& document, Findings& findings);
 
 // Returns the filter of a request for everything. Views, downloads and PDF exports use it too.

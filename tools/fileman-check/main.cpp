@@ -1,13 +1,13 @@
-// fileman-check: what does not fit in a configuration document, and why is a file listed or not?
+// fileman-check finds faults in a configuration document and explains why a file is listed or not.
 //
-//   LinedDocument    the document with the lines of its elements
-//   Sources          the places from which the program lists files
-//   DocumentChecks   faults in the text alone
-//   Requests         what each kind of request finds on the disk
-//   DirectoryChecks  faults that only a look at the disk shows
-//   Explanation      one file
+//   LinedDocument    reads the document with the line numbers of its elements
+//   Sources          finds the directories from which the program lists files
+//   DocumentChecks   finds faults in the text of the document
+//   Requests         loads what each kind of request finds on disk
+//   DirectoryChecks  finds faults that are visible only on disk
+//   Explanation      explains one file
 //
-// The rules are the program's own: this tool asks the classes below conf/ and fileman/ and adds none.
+// This tool has no rules of its own. It calls the classes below conf/ and fileman/.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -40,7 +40,7 @@ constexpr char kUsageText[] = R"(usage: fileman-check [--no-storage] [DOCUMENT]
 
 struct Task {
     std::string document = paths::kConfFile;
-    std::string path; // to explain; empty: check the document
+    std::string path; // the file to explain; if empty, the document is checked
     bool looksAtStorage = true;
 };
 
@@ -64,8 +64,8 @@ bool parseArguments(const std::vector<std::string_view>& words, Task& task) {
     return task.path.empty() || task.looksAtStorage;
 }
 
-// The store writes diagnostic lines to standard output, where a response would have them. Here they go
-// to /dev/null. Returns the former standard output.
+// The result store writes diagnostic lines to standard output, because they belong to a response. This
+// function sends them to /dev/null instead. Returns the former standard output, or null on failure.
 std::FILE* setStandardOutputAside() {
     const int kept = ::dup(STDOUT_FILENO);
     if (std::freopen("/dev/null", "w", stdout) == nullptr)
