@@ -114,7 +114,7 @@ const COLUMNS = {
   'first rows': ({ first }) => seconds(first.first),
   'whole list': ({ first }) => seconds(first.whole),
   'page thread': ({ first }) => `${first.used.toFixed(2)} s`,
-  'typed sign': ({ signs }) => signs.map((ms) => `${Math.round(ms)} ms`).join(', '),
+  'typed character': ({ signs }) => signs.map((ms) => `${Math.round(ms)} ms`).join(', '),
   'first visit': ({ first }) => `${first.requests} requests, ${Math.round(first.bytes / 1000)} KB`,
   'second visit': ({ second }) => `${second.requests} requests, ${Math.round(second.bytes / 1000)} KB`,
   'first rows again': ({ second }) => seconds(second.first),
