@@ -15,7 +15,7 @@ const ROW_HEIGHT = 36;
 const DENSE_ROW_HEIGHT = 28;
 const NARROW_ROW_HEIGHT = 44; // two lines; also the least height for a finger
 const LONG_TAP = 500; // milliseconds
-const STILL = 10; // a finger may move so many pixels during a long tap
+const STILL = 10; // pixels that a finger may move during a long tap
 
 const sizeOf = ({ clientWidth, clientHeight }) => `${clientWidth} ${clientHeight}`;
 export const isDense = () => recall('dense', false);

@@ -1,10 +1,10 @@
 /*
  * The search language:
  *
- *   bert north            both words, anywhere in an entry         "two words"   as they stand
+ *   bert north            both words, anywhere in an entry         "two words"   exactly this text
  *   port:P1 test:bert     in this column, at the start of a word   port:"P1"     the whole value
- *   test:bert,latency     one of them                              -word         none of that
- *   fail                  this verdict, or the word as any other
+ *   test:bert,latency     one of these values                      -word         entries without this word
+ *   fail                  this verdict, or this word anywhere in an entry
  *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (searchdates.js)
  */
 import { dateAt } from './searchdates.js';
