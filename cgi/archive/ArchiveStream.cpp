@@ -132,8 +132,8 @@ bool ArchiveStream::addText(const std::string& name, std::string_view text, std:
 bool ArchiveStream::writeContent(const std::string& name, int file, long long size) {
     ::posix_fadvise(file, 0, 0, POSIX_FADV_SEQUENTIAL);
     while (size > 0) {
-        const auto wanted = static_cast<std::size_t>(std::min(size, static_cast<long long>(m_chunk.size())));
-        const ssize_t count = retryInterrupted([&] { return ::read(file, m_chunk.data(), wanted); });
+        const auto most = static_cast<std::size_t>(std::min(size, static_cast<long long>(m_chunk.size())));
+        const ssize_t count = retryInterrupted([&] { return ::read(file, m_chunk.data(), most); });
         if (count < 0)
             return breakOff(name, std::strerror(errno));
         if (count == 0)
