@@ -1,71 +1,24 @@
-#include <unistd.h>
-
 #include <ctime>
 
 #include "cgi/CFileManCGI.h"
 #include "cgi/answer/Answers.h"
 #include "cgi/answer/HttpErrors.h"
 #include "cgi/archive/ArchiveStream.h"
-#include "cgi/archive/EntryNames.h"
 #include "cgi/delivery/Attachment.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "cgi/delivery/Converter.h"
 #include "cgi/delivery/FileStream.h"
 #include "cgi/delivery/Packing.h"
 #include "cgi/delivery/PdfFiles.h"
+#include "cgi/delivery/TaskList.h"
 #include "cgi/delivery/Termination.h"
 #include "cgi/delivery/UnsafeNames.h"
-#include "cgi/staging/OwnPlace.h"
 #include "cgi/staging/RemoveTree.h"
 #include "cgi/staging/StagingArea.h"
 #include "common/CCommUtils.h"
-#include "common/FixedPaths.h"
 #include "common/Report.h"
-#include "common/WriteAll.h"
 
 namespace {
-
-// One document for the converter, and the path of the PDF that it makes.
-struct PdfTask {
-    std::string document;
-    std::string pdf;
-};
-using TaskList = std::list<PdfTask>;
-
-// In default answers two documents of one base name get one PDF. Strict answers tell them apart by a number.
-std::string pdfPathFor(const std::string& document, EntryNames& names) {
-    std::string path = pdfPath(document);
-    if (!Answers::current().areStrict())
-        return path;
-    const std::string name = names.take("", CCommUtils::dirName(path), EntryNames::Kind::File);
-    return CCommUtils::absFilePath(path) + "/" + name;
-}
-
-TaskList tasksOf(const std::list<const _ResultInfo*>& records) {
-    TaskList tasks;
-    EntryNames names;
-    for (const _ResultInfo* const record : records) {
-        if (const char* const obstacle = pdfObstacle(record->path))
-            reportLeftOut("export to PDF", record->path, obstacle);
-        else
-            tasks.push_back({record->path, pdfPathFor(record->path, names)});
-    }
-    return tasks;
-}
-
-std::string taskLines(const TaskList& tasks) {
-    std::string lines;
-    for (const PdfTask& task : tasks)
-        lines.append(task.document).append(" -> ").append(CCommUtils::dirName(task.pdf)).append("\n");
-    return lines;
-}
-
-std::list<std::string> documentsOf(const TaskList& tasks) {
-    std::list<std::string> documents;
-    for (const PdfTask& task : tasks)
-        documents.push_back(task.document);
-    return documents;
-}
 
 // Returns the path of the file to send: the PDF of one document, or the archive of several or none. Returns
 // "" when there is no whole file to send.
@@ -187,7 +140,7 @@ void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
         return;
     const TerminationDeferral deferral;
     const bool isReady =
-        area.isUsable() && (chosen.empty() || area.removeLeftovers()) && area.writeTaskList(taskLines(tasks));
+        area.isUsable() && (chosen.empty() || area.removeLeftovers()) && area.writeTaskList(textOf(tasks));
     if (Answers::current().areStrict())
         sendStrictAnswer(area, tasks, isReady);
     else
