@@ -195,5 +195,7 @@ if __name__ == "__main__":
             print(f"SKIPPED: needs the package server: {error}")
             sys.exit(77)
         os.environ["FILEMAN_OWN_MOUNTS"] = "1"
-        os.execvp("unshare", ["unshare", "-m", "--propagation", "private", sys.executable, "-B", __file__, PACKAGES, *sys.argv[1:]])
+        # It makes mounts of its own also where "/" is no mount point, as in a chroot.
+        os.execv("scripts/with-storage", ["scripts/with-storage", "-", sys.executable, "-B", __file__,
+                                          os.path.relpath(PACKAGES), *sys.argv[1:]])
     unittest.main(verbosity=2)
