@@ -46,6 +46,7 @@ let entries = []; // all rows of the list, in the instrument's order
 let lost = 0; // rows that could not be read
 let order = []; // indices of the entries in the shown order
 let query = new Query(''); // the search
+let sorted = { order: null, list: [] }; // the cached entries in the shown order
 let found = null; // the cached result of the last search: { query, order, view }
 let sort = recall('sort', { field: 'datetime', ascending: false });
 let loading = null; // the AbortController of the last request for a list
@@ -203,10 +204,21 @@ function switchGallery() {
   showGallery();
 }
 
+/** Returns all entries in the shown order. */
+function sortedEntries() {
+  if (sorted.order !== order) {
+    sorted = { order, list: new Array(order.length) };
+    order.forEach((place, i) => {
+      sorted.list[i] = entries[place];
+    });
+  }
+  return sorted.list;
+}
+
 /** Returns the entries that match the query, in order. A longer query searches only the result of the shorter one. */
 function findEntries() {
   const isWithin = found?.order === order && query.isWithin(found.query);
-  const among = isWithin ? found.view : Array.from(order, (i) => entries[i]);
+  const among = isWithin ? found.view : sortedEntries();
   found = { query, order, view: query.isEmpty ? among : among.filter((entry) => query.matches(entry)) };
   return found.view;
 }

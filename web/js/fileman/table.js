@@ -18,12 +18,17 @@ export class Table {
     this.events = events;
     this.first = 0; // index of the first row in the document
     this.rows = []; // elements of the rows in the document
+    // The scroll position and height of the viewport in pixels. They are remembered, because reading them from the document
+    // makes the browser compute its layout.
+    this.scrolled = 0;
+    this.height = null; // not read yet
     this.heads = el('div', { class: 'fm-heads', role: 'row', 'aria-rowindex': 1 });
     this.frame = el('div', { class: 'fm-heads-frame', role: 'rowgroup' }, this.heads);
     this.canvas = el('div', { class: 'fm-canvas' });
     this.viewport = el('div', { class: 'fm-viewport', role: 'rowgroup', tabindex: '-1' }, this.canvas);
     this.viewport.addEventListener('scroll', () => {
       this.frame.scrollLeft = this.viewport.scrollLeft;
+      this.scrolled = this.viewport.scrollTop;
       this.draw();
     });
     host.append(this.frame, this.viewport);
@@ -33,6 +38,7 @@ export class Table {
   lay(columns, { rowHeight, hasHeads }) {
     this.columns = columns;
     this.rowHeight = rowHeight;
+    this.height = null;
     this.frame.hidden = !hasHeads;
     this.heads.replaceChildren(...columns.map((column) => this.#head(column)));
     this.host.style.setProperty('--row', `${rowHeight}px`);
@@ -70,16 +76,19 @@ export class Table {
 
   /** The visible rows, { from, to }; `to` is the index after the last one. */
   get visibleRange() {
-    const { scrollTop, clientHeight } = this.viewport;
+    this.height ??= this.viewport.clientHeight;
     const row = (y) => Math.min(y / this.rowHeight, this.source.count());
-    return { from: Math.floor(row(scrollTop)), to: Math.ceil(row(scrollTop + clientHeight)) };
+    return { from: Math.floor(row(this.scrolled)), to: Math.ceil(row(this.scrolled + this.height)) };
   }
 
   /** Removes all rows and draws the visible ones again. */
   renew() {
     this.rows = [];
     this.canvas.replaceChildren();
-    this.canvas.style.height = `${this.source.count() * this.rowHeight}px`;
+    const whole = this.source.count() * this.rowHeight;
+    this.canvas.style.height = `${whole}px`;
+    this.height ??= this.viewport.clientHeight;
+    this.scrolled = Math.min(this.scrolled, Math.max(0, whole - this.height)); // as the browser does
     this.draw();
   }
 
@@ -127,17 +136,18 @@ export class Table {
   /** Scrolls until a row is visible. */
   reveal(row) {
     const top = row * this.rowHeight;
-    const { scrollTop, clientHeight } = this.viewport;
-    if (top < scrollTop) this.top = top;
-    else if (top + this.rowHeight > scrollTop + clientHeight) this.top = top + this.rowHeight - clientHeight;
+    if (top < this.scrolled) this.top = top;
+    else if (top + this.rowHeight > this.scrolled + this.height) this.top = top + this.rowHeight - this.height;
   }
 
   get top() {
-    return this.viewport.scrollTop;
+    return this.scrolled;
   }
 
   set top(top) {
+    if (top === this.scrolled) return;
     this.viewport.scrollTop = top;
+    this.scrolled = this.viewport.scrollTop;
     this.draw();
   }
 }
