@@ -219,7 +219,7 @@ function sortedEntries() {
 function findEntries() {
   const isWithin = found?.order === order && query.isWithin(found.query);
   const among = isWithin ? found.view : sortedEntries();
-  found = { query, order, view: query.isEmpty ? among : among.filter((entry) => query.matches(entry)) };
+  found = { query, order, view: query.filter(among) };
   return found.view;
 }
 

@@ -78,14 +78,21 @@ function fieldClause(key, text) {
   return { key, values, test };
 }
 
-/** The fields in which words are searched. The path comes first, because it contains most of the other fields. */
-const SEARCHED = ['path', 'test', 'port', 'module', 'mode', 'datetime', 'rsltype', 'name'];
-
 function wordClause(text) {
   const word = text.replace(/"/g, '').toLowerCase();
   if (!word) return null;
   const pattern = new RegExp(plain(word), 'iu');
-  return { key: 'word', word, test: (entry) => SEARCHED.some((field) => pattern.test(entry[field])) };
+  // The path comes first, because it contains most of the others. Written out, this is faster than a list of fields.
+  const test = (entry) =>
+    pattern.test(entry.path) ||
+    pattern.test(entry.test) ||
+    pattern.test(entry.port) ||
+    pattern.test(entry.module) ||
+    pattern.test(entry.mode) ||
+    pattern.test(entry.datetime) ||
+    pattern.test(entry.rsltype) ||
+    pattern.test(entry.name);
+  return { key: 'word', word, test };
 }
 
 /** Returns true if the word is "pass" or "fail" in English or in the user's language. */
@@ -149,10 +156,6 @@ export class Query {
     }
   }
 
-  get isEmpty() {
-    return !this.clauses.length;
-  }
-
   /** The words that are marked in names. */
   get words() {
     return this.clauses.flatMap(({ key, isNot, word, values }) => {
@@ -161,9 +164,9 @@ export class Query {
     });
   }
 
-  matches(entry) {
-    for (const { test } of this.clauses) if (!test(entry)) return false;
-    return true;
+  /** Returns the entries that match, in their order. */
+  filter(entries) {
+    return this.clauses.reduce((left, { test }) => left.filter(test), entries);
   }
 
   /** Returns true if every entry that matches this query also matches the other one. */
