@@ -31,8 +31,8 @@ done <"$1"
 KEPT = r".*tmp/\(download\|pdf\|htm2pdf_task_list\|\.private-storage\|\.[^/]*\.lock\)"
 
 
-def same(found, wanted):
-    assert found == wanted, f"\n  expected {wanted!r}\n  found    {found!r}"
+def same(found, expected):
+    assert found == expected, f"\n  expected {expected!r}\n  found    {found!r}"
 
 
 def entries(archive):

@@ -44,9 +44,9 @@ class Wrong(Exception):
     pass
 
 
-def same(found, wanted, what=""):
-    if found != wanted:
-        raise Wrong(f"{what}\n  expected {wanted!r}\n  found    {found!r}")
+def same(found, expected, what=""):
+    if found != expected:
+        raise Wrong(f"{what}\n  expected {expected!r}\n  found    {found!r}")
 
 
 class Case:

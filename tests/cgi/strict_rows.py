@@ -28,7 +28,7 @@ def in_page(page):
     text = grid.decode()
     demand(not re.search("[<>&\u2028\u2029\x7f\0-\x08\x0b-\x1f]", text), "not escaped", text)
     found = json.loads(b"[" + grid + b"]", object_pairs_hook=ordered)
-    demand(len(found) == text.count("\n") == len(re.findall("^\t\t{", text, re.M)), "not a row a line", text)
+    demand(len(found) == text.count("\n") == len(re.findall("^\t\t{", text, re.M)), "not one line per row", text)
     return found, before + start + LIST_END + after if start else page
 
 
