@@ -4,8 +4,8 @@ import { execFileSync, spawnSync } from 'node:child_process';
 import fs from 'node:fs';
 import { test } from 'node:test';
 import { obstacle } from '../../web/js/fileman/kinds.js';
-import { parsePage, toEntries } from '../../web/js/fileman/rows.js';
-import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/wire.js';
+import { parsePage, toEntries } from '../../web/js/fileman/readrows.js';
+import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/requests.js';
 import { archiveOf } from './archives.mjs';
 import { CGI_DIR, DIR, answerOf, footer, pressed, row, saved, startInstrument, task, told, withAnswer, withFiles } from './instrument.mjs';
 

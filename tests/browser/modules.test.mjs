@@ -4,13 +4,13 @@ import fs from 'node:fs';
 import { test } from 'node:test';
 import { lacksOfDownload, lacksOfPdfs, membersOf } from '../../web/js/fileman/archive.js';
 import { align, change, differingCells } from '../../web/js/fileman/differences.js';
-import { FIELDS } from '../../web/js/fileman/rows.js';
+import { FIELDS } from '../../web/js/fileman/readrows.js';
 import english from '../../web/js/languages/en.js';
 import { parsePrimary } from '../../web/js/fileman/options.js';
 import { dateAt } from '../../web/js/fileman/searchdates.js';
 import { naturalKey, orderBy } from '../../web/js/fileman/order.js';
 import { Query } from '../../web/js/fileman/query.js';
-import { escape, isSendable, listingQuery, parseQuery, readListing, toBinary, toText } from '../../web/js/fileman/wire.js';
+import { escape, isSendable, listingQuery, parseQuery, readListing, toBinary, toText } from '../../web/js/fileman/requests.js';
 import { sniff, stripLead } from '../../web/js/fileman/stored.js';
 import { archiveOf } from './archives.mjs';
 

@@ -2,7 +2,7 @@
  * Reads the directory of a zip archive, so that the page can tell the user which files are missing. The archive may
  * have gigabytes, so it is read in place. The usual libraries for browsers load the whole archive into memory.
  */
-import { toBinary, toText } from './wire.js';
+import { toBinary, toText } from './requests.js';
 
 const END = 0x06054b50;
 const LARGE_END = 0x06064b50;

@@ -5,8 +5,8 @@
 import { isWholePdf, lacksOfDownload, lacksOfPdfs, membersOf, pdfNameOf } from './archive.js';
 import { announce, button, el, icon, visible } from './dom.js';
 import { obstacle } from './kinds.js';
+import { AnswerError, deliveryQuery, escape, fetchPieces, sentId, toText } from './requests.js';
 import { language, size, t } from './texts.js';
-import { AnswerError, deliveryQuery, escape, fetchPieces, sentId, toText } from './wire.js';
 import { wording } from './wording.js';
 
 /** Limits for the bytes of ids in one request. The demo's server accepts 64 KiB of header lines, small ones 8 or 4. */

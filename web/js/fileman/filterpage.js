@@ -3,7 +3,7 @@ import { dressPage } from './page.js';
 import { el } from './dom.js';
 import { fetchFilter, filterForm } from './filters.js';
 import { t } from './texts.js';
-import { listingQuery, parseQuery, readListing } from './wire.js';
+import { listingQuery, parseQuery, readListing } from './requests.js';
 import { wording } from './wording.js';
 
 export async function start() {

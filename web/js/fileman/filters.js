@@ -5,8 +5,17 @@
 import { button, el, visible } from './dom.js';
 import { parseAdvanced, parsePrimary } from './options.js';
 import { naturalKey } from './order.js';
+import {
+  AnswerError,
+  LIST_KEYS,
+  decodePage,
+  fetchBytes,
+  isSendable,
+  listingQuery,
+  toBinary,
+  toText,
+} from './requests.js';
 import { t, tIn } from './texts.js';
-import { AnswerError, LIST_KEYS, decodePage, fetchBytes, isSendable, listingQuery, toBinary, toText } from './wire.js';
 
 const GROUP_TITLES = { module: 'modules', mode: 'modes', test: 'tests', port: 'ports' };
 

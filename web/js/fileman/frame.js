@@ -9,7 +9,7 @@ import { keep } from './memory.js';
 import { switchLook } from './page.js';
 
 import { LANGUAGES, language, languageName, t } from './texts.js';
-import { KINDS } from './wire.js';
+import { KINDS } from './requests.js';
 
 function tab(kind, on) {
   const link = el('a', {

@@ -4,8 +4,8 @@
  */
 import { unzipSync } from 'fflate';
 import { fileOf, nameMatches } from './archive.js';
+import { AnswerError, toText } from './requests.js';
 import { fetchBlob, sniff } from './stored.js';
-import { AnswerError, toText } from './wire.js';
 
 const MOST_KEPT = 4; // archives in the cache
 const LARGEST_KEPT = 8 << 20;

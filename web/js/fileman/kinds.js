@@ -1,6 +1,6 @@
 /* Tells the kind of an entry's file, and why an entry cannot be viewed or downloaded. */
 import { isStrict } from './answers.js';
-import { isSendable } from './wire.js';
+import { isSendable } from './requests.js';
 
 const KINDS = {
   html: 'report',

@@ -25,7 +25,7 @@ import { Query } from './query.js';
 import { fetchList, readOwnPage } from './source.js';
 import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
 import { size, t } from './texts.js';
-import { AnswerError, listingQuery, readListing, toText } from './wire.js';
+import { AnswerError, listingQuery, readListing, toText } from './requests.js';
 import { Verdicts } from './verdicts.js';
 import { Viewer } from './viewer.js';
 import { wording } from './wording.js';

@@ -3,7 +3,7 @@
  * document that a browser builds from them may have wrong names.
  */
 import { isStrict } from './answers.js';
-import { toBinary, toText, unescape } from './wire.js';
+import { toBinary, toText, unescape } from './requests.js';
 
 const GROUPS = [
   { key: 'module', fieldset: 'field_module', prefix: 'id_module_opt_' },

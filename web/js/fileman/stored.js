@@ -3,7 +3,7 @@
  * servers cut off its last four bytes. So the type is found from the bytes.
  */
 import { isStrict } from './answers.js';
-import { AnswerError, deliveryQuery, fetchPieces, sentId } from './wire.js';
+import { AnswerError, deliveryQuery, fetchPieces, sentId } from './requests.js';
 
 const MOST_BYTES = 64 << 20;
 const MAGIC = [

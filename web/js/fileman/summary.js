@@ -6,8 +6,8 @@ import { button, el, icon, visible } from './dom.js';
 import { kindOf, obstacle } from './kinds.js';
 import { TAB_TEXTS, obeysFilter, unfiltered, without } from './listing.js';
 import { dressPage } from './page.js';
+import { LIST_KEYS, TEXT_KEYS, isFiltered, toText } from './requests.js';
 import { number, t } from './texts.js';
-import { LIST_KEYS, TEXT_KEYS, isFiltered, toText } from './wire.js';
 
 const MOST_EXAMINED = 200; // with more selected entries, actions are enabled without a check of each name
 

@@ -8,9 +8,9 @@ import { extension, kindOf, obstacle } from './kinds.js';
 import { later } from './later.js';
 import { menuButton } from './menu.js';
 import { showReport } from './report.js';
+import { AnswerError } from './requests.js';
 import { fetchFile, sniff } from './stored.js';
 import { t } from './texts.js';
-import { AnswerError } from './wire.js';
 import { wording } from './wording.js';
 
 const REST = 500; // debounce: milliseconds before the archive is fetched

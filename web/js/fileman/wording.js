@@ -1,6 +1,6 @@
 /* Messages for errors, in the user's language. */
+import { AnswerError } from './requests.js';
 import { size, t } from './texts.js';
-import { AnswerError } from './wire.js';
 
 /** Returns the message for an error. */
 export function wording(error) {
