@@ -4,6 +4,7 @@
  */
 import { el, icon, visible } from './dom.js';
 import { VERDICT_TEXTS, kindOf, obstacle } from './kinds.js';
+import { nameParts } from './longnames.js';
 import { keep, recall } from './memory.js';
 import { t } from './texts.js';
 import { shortDate } from './showndates.js';
@@ -21,9 +22,6 @@ const COLUMNS = [
 const ALWAYS = ['name', 'datetime'];
 const LEAST_WIDTH = 56;
 const MOST_GROWTH = 1.3;
-const LONG_NAME = 18;
-const KEPT_END = 8; // the last characters of a long name stay visible, because they are often numbers
-const RIGHT_TO_LEFT = /[\u0590-\u08ff\ufb1d-\ufdff\ufe70-\ufefc]/;
 const CHECK_WIDTH = 44;
 const WIDTH_STEP = 16;
 const KIND_ICONS = { report: 'report', picture: 'picture', capture: 'capture', other: 'box' };
@@ -68,27 +66,6 @@ export function tellingColumns(entries) {
   const tells = (id) => entries.length < 2 || entries.some((entry) => entry[id] !== entries[0][id]);
   const isJudged = entries.some(isVerdict);
   return COLUMNS.map(({ id }) => id).filter((id) => ALWAYS.includes(id) || (id === 'verdict' ? isJudged : tells(id)));
-}
-
-/** Returns the part of a text from `from` to `to` as nodes. The characters from `at` to `end` are marked. */
-function marked(text, from, to, at, end) {
-  const [begin, stop] = [at, end].map((place) => Math.max(from, Math.min(place, to)));
-  if (begin === stop) return [text.slice(from, to)];
-  return [text.slice(from, begin), el('mark', { text: text.slice(begin, stop) }), text.slice(stop, to)];
-}
-
-/**
- * Returns the nodes of a name with the first of the searched words marked. A long name has two parts, so that the style
- * sheet can shorten it in the middle.
- */
-function nameParts(text, words) {
-  const lower = text.toLowerCase();
-  const word = lower.length === text.length && words.find((one) => lower.includes(one));
-  const at = word ? lower.indexOf(word) : 0;
-  const part = (from, to) => marked(text, from, to, at, at + (word || '').length);
-  if (text.length < LONG_NAME || RIGHT_TO_LEFT.test(text)) return part(0, text.length);
-  const cut = text.length - KEPT_END;
-  return [el('span', { class: 'fm-name-start' }, part(0, cut)), el('span', { class: 'fm-name-end' }, part(cut, text.length))];
 }
 
 function warning(text) {

@@ -3,9 +3,11 @@
  * too many ids for one request, it sends several requests.
  */
 import { isWholePdf, lacksOfDownload, lacksOfPdfs, membersOf, pdfNameOf } from './archive.js';
-import { announce, button, el, icon, visible } from './dom.js';
+import { el, visible } from './dom.js';
 import { obstacle } from './kinds.js';
-import { AnswerError, deliveryQuery, escape, fetchPieces, sentId, toText } from './requests.js';
+import { task } from './progress.js';
+import { AnswerError, deliveryQuery, escape, fetchPieces, sentId } from './requests.js';
+import { attachmentName, savedName } from './savednames.js';
 import { language, size, t } from './texts.js';
 import { wording } from './wording.js';
 
@@ -14,100 +16,8 @@ const REQUEST_LIMITS = [56000, 7000, 3000];
 const PIECES_IN_MEMORY = 8 << 20;
 const NAMES_TOLD = 3;
 const LOST_NAMES_TOLD = 20; // names of entries that are missing in the response
-const SAVED_STAYS = 12000;
-const STATE_ICONS = { done: 'done', partial: 'warn', cancelled: 'stopped', failed: 'failed' };
-const STATE_TEXTS = { done: 'stateDone', partial: 'statePartial', cancelled: 'stateCancelled', failed: 'stateFailed' };
 
 let limit = 0; // index in REQUEST_LIMITS
-let corner;
-
-/** Adds a box with progress and a Cancel button to the corner of the page. Returns the functions that change it. */
-function task(title) {
-  const bar = el('progress', { 'aria-label': title });
-  const detail = el('span', { class: 'fm-task-detail' });
-  const head = el('strong', { text: title });
-  const stop = button(t('cancel'), { class: 'fm-button' });
-  const done = button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: () => node.remove() });
-  const node = el(
-    'section',
-    { class: 'fm-task', 'aria-label': title },
-    head,
-    bar,
-    detail,
-    el('div', { class: 'fm-task-foot' }, stop, done),
-  );
-  done.hidden = true;
-  if (!corner) {
-    corner = el('aside', { class: 'fm-tasks', 'aria-label': t('actions') });
-    document.body.append(corner);
-  }
-  corner.append(node);
-  const controller = new AbortController();
-  stop.addEventListener('click', () => controller.abort());
-  let told = 0;
-  let noted = false;
-  return {
-    signal: controller.signal,
-    start(text) {
-      head.textContent = text;
-      bar.removeAttribute('value');
-      detail.textContent = '';
-      told = 0;
-      announce(text);
-    },
-    progress(received, total) {
-      if (total) {
-        bar.max = total;
-        bar.value = received;
-      }
-      detail.textContent = total ? t('ofTotal', { size: size(received), total: size(total) }) : size(received);
-      const quarter = total ? Math.floor((4 * received) / total) : 0;
-      if (quarter > told) {
-        told = quarter;
-        announce(detail.textContent);
-      }
-    },
-    /** Adds a note for the user. The task then ends as 'partial' instead of 'done'. */
-    note(text) {
-      noted = true;
-      node.insertBefore(el('span', { class: 'fm-task-note', text }), detail);
-    },
-    /**
-     * Ends the task. `state` is 'done', 'cancelled' or 'failed'; a note turns 'done' into 'partial'. A box that is
-     * 'done' disappears after a while, all others stay until the user closes them. A button calls `retry`, if there is
-     * one.
-     */
-    end(text, { state = 'done', retry = null } = {}) {
-      const shown = state === 'done' && noted ? 'partial' : state;
-      bar.remove();
-      stop.remove();
-      done.hidden = false;
-      head.replaceChildren(icon(STATE_ICONS[shown]), `${title}: ${t(STATE_TEXTS[shown])}`);
-      detail.textContent = text;
-      node.classList.add(`is-${shown}`);
-      node.setAttribute('aria-label', head.textContent);
-      announce(`${head.textContent}. ${text}`);
-      if (retry) {
-        const again = () => {
-          node.remove();
-          retry();
-        };
-        done.before(button(t('retry'), { class: 'fm-button', press: again }));
-      }
-      if (shown === 'done') setTimeout(() => node.remove(), SAVED_STAYS);
-    },
-  };
-}
-
-/**
- * Returns the file name in a Content-Disposition header: quoted, bare or encoded (RFC 6266, RFC 8187). Null if none.
- */
-export function attachmentName(header) {
-  const encoded = /filename\*=UTF-8''([^;\s]+)/i.exec(header)?.[1];
-  if (encoded) return decodeURIComponent(encoded);
-  const plain = /filename=(?:"((?:[^"\\]|\\.)*)"|(.*))/i.exec(header);
-  return plain && toText(plain[1]?.replace(/\\(.)/g, '$1') ?? plain[2]);
-}
 
 /** Splits ids into groups, one per request, that fit the current limit. */
 function parts(ids) {
@@ -187,14 +97,6 @@ function save(blob, name) {
   setTimeout(() => URL.revokeObjectURL(address), 60000);
 }
 
-/** Returns the name under which a PDF or archive of these entries is saved. */
-function fileName(operation, entries, type, part) {
-  const day = new Intl.DateTimeFormat('sv').format(new Date());
-  const many = `${t('resultFiles')}${operation === 'pdf' ? '-pdf' : ''}-${day}-${entries.length}`;
-  const base = entries.length === 1 ? visible(entries[0].name) : many;
-  return `${base.replace(/[/\\:*?"<>|]/g, '_')}${part}.${type}`;
-}
-
 /** Returns a text with the first names (or paths) of the entries and the number of the others. */
 function someNames(entries, field = 'name', most = NAMES_TOLD) {
   const names = entries.slice(0, most).map((entry) => `“${visible(entry[field])}”`);
@@ -256,7 +158,7 @@ async function fetchAll(operation, todo, list, job) {
     noteLacks(job, answer);
     const missing = new Set(answer.missing);
     const held = todo.entries.filter((entry) => isAsked(entry) && !missing.has(entry));
-    const name = fileName(operation, held, answer.type, groups.length > 1 ? `-${at + 1}` : '');
+    const name = savedName(operation, held, answer.type, groups.length > 1 ? `-${at + 1}` : '');
     save(sent.blob, name);
     todo.missing.push(...todo.entries.filter((entry) => missing.has(entry)));
     todo.entries = todo.entries.filter((entry) => !isAsked(entry));
