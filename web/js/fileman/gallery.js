@@ -1,16 +1,11 @@
 /*
- * The list as pictures. Only visible tiles are in the document. The grid keeps the selection and the active row for
- * both, because they show the same rows and the user can switch between them.
+ * The list as pictures. Only visible tiles are in the document. css/fileman.css sets the measures of a tile. The grid
+ * keeps the selection and the active row for both, because they show the same rows and the user can switch between them.
  */
 import { el, icon, visible } from './dom.js';
 import { t } from './texts.js';
 import { Thumbnails } from './thumbnails.js';
 import { shortDate } from './showndates.js';
-
-const LEAST_WIDTH = 160;
-const GAP = 12;
-const CAPTION = 50;
-const RATIO = 0.66; // height of a picture divided by its width
 
 export class Gallery {
   /** `events` has open(entry), escape() as for the grid, and isViewing(). */
@@ -45,18 +40,22 @@ export class Gallery {
     for (const tile of this.tiles.values()) tile.remove();
     this.tiles.clear();
     if (!this.isShown) return;
-    const width = this.host.clientWidth - GAP;
-    this.columns = Math.max(1, Math.floor(width / (LEAST_WIDTH + GAP)));
-    this.width = Math.floor(width / this.columns) - GAP;
-    this.height = Math.round(this.width * RATIO) + CAPTION;
-    this.space.style.height = `${Math.ceil(this.view.length / this.columns) * (this.height + GAP) + GAP}px`;
+    const style = getComputedStyle(this.host);
+    const number = (name) => parseFloat(style.getPropertyValue(name));
+    this.gap = number('--tile-gap');
+    const width = this.host.clientWidth - this.gap;
+    this.columns = Math.max(1, Math.floor(width / (number('--tile-least-width') + this.gap)));
+    this.width = Math.floor(width / this.columns) - this.gap;
+    this.height = Math.round(this.width * number('--tile-picture-ratio')) + number('--tile-caption');
+    const lines = Math.ceil(this.view.length / this.columns);
+    this.space.style.height = `${lines * (this.height + this.gap) + this.gap}px`;
     this.#draw();
   }
 
   #draw() {
     if (!this.isShown || this.width <= 0) return;
     const { scrollTop, clientHeight } = this.host;
-    const line = this.height + GAP;
+    const line = this.height + this.gap;
     const first = Math.floor(scrollTop / line) * this.columns;
     const end = Math.min(this.view.length, Math.ceil((scrollTop + clientHeight) / line) * this.columns);
     for (const [row, tile] of this.tiles) {
@@ -82,8 +81,8 @@ export class Gallery {
       el('span', { class: 'fm-tile-date', title: entry.datetime, text: visible(shortDate(entry.datetime)) }),
     );
     tile.dataset.row = row;
-    const x = GAP + (row % this.columns) * (this.width + GAP);
-    const y = GAP + Math.floor(row / this.columns) * (this.height + GAP);
+    const x = this.gap + (row % this.columns) * (this.width + this.gap);
+    const y = this.gap + Math.floor(row / this.columns) * (this.height + this.gap);
     Object.assign(tile.style, { left: `${x}px`, top: `${y}px`, width: `${this.width}px`, height: `${this.height}px` });
     this.tiles.set(row, tile);
     this.space.append(tile);
@@ -117,11 +116,11 @@ export class Gallery {
   /** Scrolls until the active tile is visible. */
   reveal() {
     if (!this.isShown || this.grid.active < 0) return;
-    const top = Math.floor(this.grid.active / this.columns) * (this.height + GAP);
+    const top = Math.floor(this.grid.active / this.columns) * (this.height + this.gap);
     const { scrollTop, clientHeight } = this.host;
     if (top < scrollTop) this.host.scrollTop = top;
-    else if (top + this.height + 2 * GAP > scrollTop + clientHeight)
-      this.host.scrollTop = top + this.height + 2 * GAP - clientHeight;
+    else if (top + this.height + 2 * this.gap > scrollTop + clientHeight)
+      this.host.scrollTop = top + this.height + 2 * this.gap - clientHeight;
     this.#draw();
   }
 
@@ -143,7 +142,7 @@ export class Gallery {
   #key(event) {
     if (event.altKey || !this.view.length) return;
     const { active } = this.grid;
-    const page = this.columns * Math.max(1, Math.floor(this.host.clientHeight / (this.height + GAP)));
+    const page = this.columns * Math.max(1, Math.floor(this.host.clientHeight / (this.height + this.gap)));
     const sideways = this.events.isViewing() ? {} : { ArrowLeft: active - 1, ArrowRight: active + 1 };
     const moves = {
       ...sideways,
