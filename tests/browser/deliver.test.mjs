@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { execFileSync, spawnSync } from 'node:child_process';
 import fs from 'node:fs';
 import { test } from 'node:test';
-import { obstacle } from '../../web/js/fileman/kinds.js';
+import { obstacle } from '../../web/js/fileman/obstacles.js';
 import { parsePage, toEntries } from '../../web/js/fileman/readrows.js';
 import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/requests.js';
 import { archiveOf } from './archives.mjs';

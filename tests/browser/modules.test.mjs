@@ -2,8 +2,9 @@
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import { test } from 'node:test';
-import { lacksOfDownload, lacksOfPdfs, membersOf } from '../../web/js/fileman/archive.js';
+import { membersOf } from '../../web/js/fileman/archive.js';
 import { align, change, differingCells } from '../../web/js/fileman/differences.js';
+import { lacksOfDownload, lacksOfPdfs } from '../../web/js/fileman/missing.js';
 import { FIELDS } from '../../web/js/fileman/readrows.js';
 import english from '../../web/js/languages/en.js';
 import { parsePrimary } from '../../web/js/fileman/options.js';

@@ -1,8 +1,7 @@
 /*
- * Reads the directory of a zip archive, so that the page can tell the user which files are missing. The archive may
- * have gigabytes, so it is read in place. The usual libraries for browsers load the whole archive into memory.
+ * Reads the directory of a zip archive. The archive may have gigabytes, so it is read in place. The usual libraries for
+ * browsers load the whole archive into memory.
  */
-import { toBinary, toText } from './requests.js';
 
 const END = 0x06054b50;
 const LARGE_END = 0x06064b50;
@@ -15,7 +14,6 @@ const MEMBER_BYTES = 46;
 const LOCAL_HEAD_BYTES = 30;
 const MOST_COMMENT = 65535;
 const DEFLATED = 8;
-const LONGEST_FOLDER = 255; // the instrument cuts a folder's name to this length
 
 const view = async (blob, from, to) => new DataView(await blob.slice(from, to).arrayBuffer());
 const number64 = (data, at) => Number(data.getBigUint64(at, true));
@@ -64,7 +62,7 @@ export async function membersOf(blob) {
 }
 
 /** Returns the content of a member as a blob. Throws if it cannot be unpacked. */
-async function unpack(blob, { at, method, size }) {
+export async function unpack(blob, { at, method, size }) {
   const head = await view(blob, at, at + LOCAL_HEAD_BYTES);
   const start = at + LOCAL_HEAD_BYTES + head.getUint16(26, true) + head.getUint16(28, true);
   const packed = blob.slice(start, start + size);
@@ -72,89 +70,14 @@ async function unpack(blob, { at, method, size }) {
   return new Response(packed.stream().pipeThrough(new DecompressionStream('deflate-raw'))).blob();
 }
 
-/** Returns true if a PDF is complete. */
-export async function isWholePdf(blob) {
-  const [head, tail] = await Promise.all([blob.slice(0, 5).text(), blob.slice(-64).text()]);
-  return head === '%PDF-' && /%%EOF[\s\0]*$/.test(tail);
-}
-
 /**
  * Returns the source of a regular expression that matches a name. Archives encode characters outside of ASCII in
  * different ways, so any text matches them.
  */
-const pattern = (text) => text.replace(/[\\^$.*+?()[\]{}|/]/g, '\\$&').replace(/[^\0-\x7f]+/g, '.+');
+export const pattern = (text) => text.replace(/[\\^$.*+?()[\]{}|/]/g, '\\$&').replace(/[^\0-\x7f]+/g, '.+');
 
 /** Returns true if `found`, the name of an archive member as text, stands for `name`. */
 export const nameMatches = (name, found) => found === name || new RegExp(`^${pattern(name)}$`, 's').test(found);
 
+/** Returns the last name of a path. */
 export const fileOf = (path) => path.slice(path.lastIndexOf('/') + 1);
-const baseOf = (path) => fileOf(path).split('.', 1)[0];
-
-/** Returns the file name of an entry's PDF. */
-export const pdfNameOf = ({ path }) => `${baseOf(path)}.pdf`;
-
-function groupBy(items, keyOf) {
-  const groups = new Map();
-  for (const item of items) {
-    const key = keyOf(item);
-    if (!groups.has(key)) groups.set(key, []);
-    groups.get(key).push(item);
-  }
-  return [...groups.values()];
-}
-
-const countOf = (items, keyOf) => new Set(items.map(keyOf)).size;
-
-/**
- * Compares the members of a downloaded archive with the chosen entries. Returns { missing, shared }: the entries that
- * are not in the archive, and the entries that may have been replaced by another one. Each record has a folder
- * "[name]-[type]-[port]-[mode]" with its files. This function does not know the labels in that name. So entries with
- * the same name are `shared` if they have too few folders. A folder without files is ignored.
- */
-export function lacksOfDownload(members, entries) {
-  const folders = new Map();
-  for (const { name } of members) {
-    const [folder, ...rest] = name.split('/');
-    if (!rest.at(-1)) continue;
-    if (!folders.has(folder)) folders.set(folder, []);
-    folders.get(folder).push(rest.join('/'));
-  }
-  const missing = [];
-  const shared = [];
-  for (const group of groupBy(entries, ({ name }) => name)) {
-    const start = toText(toBinary(`[${group[0].name}]-[`).slice(0, LONGEST_FOLDER));
-    const startPattern = new RegExp(`^${pattern(start)}`, 's');
-    const own = [...folders].filter(([folder]) => startPattern.test(folder)).map(([, files]) => files);
-    const arrived = [];
-    let isShared = false;
-    for (const same of groupBy(group, ({ path }) => fileOf(path))) {
-      const file = fileOf(same[0].path);
-      const filePattern = new RegExp(`^${pattern(file)}$`, 's');
-      // The path of a measurement ends with a directory. Any file below it is enough.
-      const isThere = (files) => file === same[0].name || files.some((one) => filePattern.test(one));
-      const found = own.filter(isThere).length;
-      (found ? arrived : missing).push(...same);
-      isShared ||= found > 0 && found < countOf(same, ({ path }) => path);
-    }
-    isShared ||= own.length < countOf(arrived, ({ test, port, mode }) => [test, port, mode].join('\n'));
-    if (isShared && arrived.length > 1) shared.push(...arrived);
-  }
-  return { missing, shared };
-}
-
-/**
- * Compares an archive of PDFs with the chosen entries. Returns { missing, shared } like lacksOfDownload(). A broken PDF
- * counts as missing. Entries with the same name are `shared`, because the archive has only one PDF for them.
- */
-export async function lacksOfPdfs(blob, members, entries) {
-  const missing = [];
-  const shared = [];
-  for (const group of groupBy(entries, ({ path }) => baseOf(path))) {
-    const name = baseOf(group[0].path);
-    const member = members.find((one) => new RegExp(`^${pattern(name)}\\.pdf$`, 's').test(one.name));
-    const content = member && (await unpack(blob, member).catch(() => null));
-    if (!content || !(await isWholePdf(content))) missing.push(...group);
-    else if (countOf(group, ({ path }) => path) > 1) shared.push(...group);
-  }
-  return { missing, shared };
-}

@@ -2,7 +2,9 @@
  * Copies texts to the clipboard. Most instruments use plain HTTP. There browsers do not offer navigator.clipboard, so
  * the old command "copy" is used.
  */
-import { announce, el, visible } from './dom.js';
+import { announce } from './announce.js';
+import { visible } from './controlchars.js';
+import { el } from './dom.js';
 import { t } from './texts.js';
 
 /** Copies a text through a selected text field. Returns true if the browser has copied it. */

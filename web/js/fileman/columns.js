@@ -2,12 +2,16 @@
  * The columns of the list: their heads (buttons that sort), their widths, the content of their cells, and the single
  * column that replaces them on a narrow screen.
  */
-import { el, icon, visible } from './dom.js';
-import { VERDICT_TEXTS, kindOf, obstacle } from './kinds.js';
+import { visible } from './controlchars.js';
+import { el } from './dom.js';
+import { icon } from './icons.js';
+import { kindOf } from './kinds.js';
 import { nameParts } from './longnames.js';
 import { keep, recall } from './memory.js';
-import { t } from './texts.js';
+import { obstacle } from './obstacles.js';
 import { shortDate } from './showndates.js';
+import { t } from './texts.js';
+import { VERDICT_TEXTS } from './verdicts.js';
 
 const COLUMNS = [
   { id: 'name', width: 220, minWidth: 140 },

@@ -2,8 +2,9 @@
  * Shows two reports side by side in one frame. Their tables are aligned, and differences are marked. A table above the
  * reports lists the differences. Each report is in its own shadow tree, so it keeps its own styles.
  */
+import { visible } from './controlchars.js';
 import { align, alignRows, change, differingCells, likeness } from './differences.js';
-import { el, visible } from './dom.js';
+import { el } from './dom.js';
 import { calmReport, decodeReport, reportShell } from './report.js';
 import { t } from './texts.js';
 

@@ -2,9 +2,10 @@
  * Counts how many of the found entries have each value of a column. It works in short pieces while the browser is idle.
  * The counts of a column ignore the search in that column, so that the user can choose another value of it.
  */
+import { kindOf } from './kinds.js';
 import { dateAt } from './searchdates.js';
-import { kindOf, verdictOf } from './kinds.js';
 import { allTexts } from './texts.js';
+import { verdictOf } from './verdicts.js';
 
 const PIECE_MS = 8;
 const DATES = ['today', 'yesterday', 'thisWeek', 'lastWeek', 'thisMonth'];

@@ -2,9 +2,11 @@
  * Download and PDF export: sends the request, shows the progress, checks the response and then saves it. If there are
  * too many ids for one request, it sends several requests.
  */
-import { isWholePdf, lacksOfDownload, lacksOfPdfs, membersOf, pdfNameOf } from './archive.js';
-import { el, visible } from './dom.js';
-import { obstacle } from './kinds.js';
+import { membersOf } from './archive.js';
+import { visible } from './controlchars.js';
+import { el } from './dom.js';
+import { isWholePdf, lacksOfDownload, lacksOfOnePdf, lacksOfPdfs } from './missing.js';
+import { obstacle } from './obstacles.js';
 import { task } from './progress.js';
 import { AnswerError, deliveryQuery, escape, fetchPieces, sentId } from './requests.js';
 import { attachmentName, savedName } from './savednames.js';
@@ -33,16 +35,6 @@ function parts(ids) {
     length += more;
   }
   return groups;
-}
-
-/**
- * Compares a single PDF with the chosen entries, like lacksOfPdfs(). The PDF holds the entries whose PDF name is
- * `sentName`. If no name matches, it is not known which entry it holds.
- */
-function lacksOfOnePdf(sentName, entries) {
-  const missing = entries.filter((entry) => pdfNameOf(entry) !== sentName);
-  if (missing.length < entries.length) return { missing, shared: [] };
-  return { missing: [], shared: entries.length > 1 ? entries : [] };
 }
 
 /**

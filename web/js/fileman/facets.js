@@ -3,14 +3,15 @@
  * text of the search, so that panel, search and address always agree. In a narrow window the panel covers the list
  * until it is closed.
  */
+import { visible } from './controlchars.js';
 import { countValues } from './counts.js';
-import { button, el, visible } from './dom.js';
-import { VERDICT_TEXTS } from './kinds.js';
+import { button, el } from './dom.js';
 import { KeptFilters } from './keptfilters.js';
 import { keep, recall } from './memory.js';
 import { naturalKey } from './order.js';
 import { KIND_TEXTS } from './query.js';
 import { t } from './texts.js';
+import { VERDICT_TEXTS } from './verdicts.js';
 
 const FEW_VALUES = 7; // per column, until the user opens the others
 const BESIDE = matchMedia('(min-width: 1001px)'); // the panel fits beside the list

@@ -1,5 +1,6 @@
 /* The details in the view of an entry: the values of its row, and the advanced information from its archive. */
-import { button, el, visible } from './dom.js';
+import { visible } from './controlchars.js';
+import { button, el } from './dom.js';
 import { keep, recall } from './memory.js';
 import { t } from './texts.js';
 

@@ -1,9 +1,9 @@
 /* A filter page that was opened by its own address. It shows the same form as the dialog, and then opens the list. */
-import { dressPage } from './page.js';
 import { el } from './dom.js';
 import { fetchFilter, filterForm } from './filters.js';
-import { t } from './texts.js';
+import { dressPage } from './page.js';
 import { listingQuery, parseQuery, readListing } from './requests.js';
+import { t } from './texts.js';
 import { wording } from './wording.js';
 
 export async function start() {

@@ -2,7 +2,8 @@
  * The two filter forms. Their options come from the instrument's filter pages. The same form is used in a dialog over
  * the list and on a filter page that was opened by its own address.
  */
-import { button, el, visible } from './dom.js';
+import { visible } from './controlchars.js';
+import { button, el } from './dom.js';
 import { parseAdvanced, parsePrimary } from './options.js';
 import { naturalKey } from './order.js';
 import {

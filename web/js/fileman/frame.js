@@ -3,13 +3,13 @@
  * leadToList(event), view(), fetchFiles(operation), changeFilter(which), refresh(), switchGallery(), clearChoice().
  */
 import { arrange } from './arrange.js';
-import { button, el, icon } from './dom.js';
+import { button, el } from './dom.js';
+import { icon } from './icons.js';
 import { TAB_TEXTS } from './listing.js';
+import { switchLook } from './look.js';
 import { keep } from './memory.js';
-import { switchLook } from './page.js';
-
-import { LANGUAGES, language, languageName, t } from './texts.js';
 import { KINDS } from './requests.js';
+import { LANGUAGES, language, languageName, t } from './texts.js';
 
 function tab(kind, on) {
   const link = el('a', {

@@ -1,11 +1,14 @@
 /*
- * The list as pictures. Only visible tiles are in the document. css/fileman.css sets the measures of a tile. The grid
- * keeps the selection and the active row for both, because they show the same rows and the user can switch between them.
+ * The list as pictures. Only visible tiles are in the document. css/fileman.css sets the measures of a tile. The
+ * grid keeps the selection and the active row for both, because they show the same rows and the user can switch between
+ * them.
  */
-import { el, icon, visible } from './dom.js';
+import { visible } from './controlchars.js';
+import { el } from './dom.js';
+import { icon } from './icons.js';
+import { shortDate } from './showndates.js';
 import { t } from './texts.js';
 import { Thumbnails } from './thumbnails.js';
-import { shortDate } from './showndates.js';
 
 export class Gallery {
   /** `events` has open(entry), escape() as for the grid, and isViewing(). */

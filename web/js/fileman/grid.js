@@ -4,8 +4,9 @@
  * and its selection state. The column heads are buttons. On a narrow screen there is one column with two lines per
  * entry.
  */
+import { announce } from './announce.js';
 import { Columns, keepWidths, tellingColumns } from './columns.js';
-import { announce, visible } from './dom.js';
+import { visible } from './controlchars.js';
 import { keep, recall } from './memory.js';
 import { Table } from './table.js';
 import { t } from './texts.js';

@@ -2,7 +2,8 @@
  * Named filters that the user keeps in this browser. Each one holds the kind of the list, the filter that the
  * instrument applies, and the text of the search.
  */
-import { announce, button, el } from './dom.js';
+import { announce } from './announce.js';
+import { button, el } from './dom.js';
 import { keep, recall } from './memory.js';
 import { naturalKey } from './order.js';
 import { t } from './texts.js';

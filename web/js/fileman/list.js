@@ -4,29 +4,31 @@
  *
  * Only this module keeps the state of the page. The other modules get what they need as arguments.
  */
+import { announce } from './announce.js';
 import { copyRows, copyText } from './clipboard.js';
 import { columnText } from './columns.js';
-import { announce, button, el, icon, visible } from './dom.js';
+import { visible } from './controlchars.js';
+import { button, el } from './dom.js';
 import { Facets } from './facets.js';
 import { buildFrame } from './frame.js';
 import { Gallery } from './gallery.js';
 import { FileGrid, isDense } from './grid.js';
 import { hashOf, inHash } from './hash.js';
+import { icon } from './icons.js';
 import { later } from './later.js';
 import { TAB_TEXTS, addressOf } from './listing.js';
 import { keep, keepFind, keepList, recall, recallFind, recallList } from './memory.js';
-import { verdictOf } from './kinds.js';
+import { showMenu } from './menu.js';
 import { News } from './news.js';
 import { orderBy } from './order.js';
-import { showMenu } from './menu.js';
 import { dressPage } from './page.js';
 import { printRows } from './printing.js';
 import { Query } from './query.js';
+import { AnswerError, listingQuery, readListing, toText } from './requests.js';
 import { fetchList, readOwnPage } from './source.js';
 import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
 import { size, t } from './texts.js';
-import { AnswerError, listingQuery, readListing, toText } from './requests.js';
-import { Verdicts } from './verdicts.js';
+import { Verdicts, verdictOf } from './verdicts.js';
 import { Viewer } from './viewer.js';
 import { wording } from './wording.js';
 

@@ -1,6 +1,7 @@
 /* Prints the whole list. */
 import { columnText } from './columns.js';
-import { el, visible } from './dom.js';
+import { visible } from './controlchars.js';
+import { el } from './dom.js';
 
 const PRINTED = ['name', 'test', 'port', 'datetime'];
 

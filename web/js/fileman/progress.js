@@ -1,5 +1,7 @@
 /* The boxes in the corner of the page. Each one shows the progress of a download or a PDF export, and how it ended. */
-import { announce, button, el, icon } from './dom.js';
+import { announce } from './announce.js';
+import { button, el } from './dom.js';
+import { icon } from './icons.js';
 import { size, t } from './texts.js';
 
 const SAVED_STAYS = 12000; // milliseconds

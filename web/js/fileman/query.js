@@ -7,9 +7,10 @@
  *   fail                  this verdict, or this word anywhere in an entry
  *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (searchdates.js)
  */
+import { kindOf } from './kinds.js';
 import { dateAt } from './searchdates.js';
-import { VERDICT_TEXTS, kindOf, verdictOf } from './kinds.js';
 import { allTexts, t } from './texts.js';
+import { VERDICT_TEXTS, verdictOf } from './verdicts.js';
 
 export const KIND_TEXTS = { report: 'kindReport', picture: 'kindPicture', capture: 'kindCapture', other: 'kindOther' };
 

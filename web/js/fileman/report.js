@@ -2,7 +2,8 @@
  * Shows a report in a frame. The document of the frame (js/report.html) lets nothing run or load. A note replaces each
  * picture from the report's directory until the file has been fetched.
  */
-import { el, visible } from './dom.js';
+import { visible } from './controlchars.js';
+import { el } from './dom.js';
 import { t } from './texts.js';
 
 const UNSAFE = 'script, base, meta[http-equiv], link, iframe, frame, object, embed, audio, video, source';

@@ -1,5 +1,5 @@
 /* The names of downloads: the one in a response, and the one under which the browser saves it. */
-import { visible } from './dom.js';
+import { visible } from './controlchars.js';
 import { toText } from './requests.js';
 import { t } from './texts.js';
 

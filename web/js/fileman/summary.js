@@ -2,9 +2,12 @@
  * Updates the parts of the page that depend on the list: counts, actions, tabs, filter chips, the message for an empty
  * list, and the forms. `frame` holds the parts of the page (frame.js).
  */
-import { button, el, icon, visible } from './dom.js';
-import { kindOf, obstacle } from './kinds.js';
+import { visible } from './controlchars.js';
+import { button, el } from './dom.js';
+import { icon } from './icons.js';
+import { kindOf } from './kinds.js';
 import { TAB_TEXTS, obeysFilter, unfiltered, without } from './listing.js';
+import { obstacle } from './obstacles.js';
 import { dressPage } from './page.js';
 import { LIST_KEYS, TEXT_KEYS, isFiltered, toText } from './requests.js';
 import { number, t } from './texts.js';

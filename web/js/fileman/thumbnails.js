@@ -1,5 +1,5 @@
 /* Fetches the visible pictures, a few at a time, and aborts the requests for those that are no longer visible. */
-import { obstacle } from './kinds.js';
+import { obstacle } from './obstacles.js';
 import { fetchFile, sniff } from './stored.js';
 
 const AT_ONCE = 4;

@@ -3,14 +3,27 @@
  * report says so. Reports are read in the background, one at a time. After each one there is a pause as long as the
  * reading took. The verdicts are cached by path and date.
  */
-import { verdictOf } from './kinds.js';
+import { kindOf } from './kinds.js';
 import { keep, recall } from './memory.js';
+import { obstacle } from './obstacles.js';
 import { decodeReport } from './report.js';
 import { fetchFile, sniff } from './stored.js';
 
 const MOST_KEPT = 4000;
 const STILL = 400; // debounce: milliseconds without a new request before the first report is read
 const LEAST_REST = 50;
+
+/** The texts for verdicts. 'unread' means that the report has not been read yet. */
+export const VERDICT_TEXTS = { pass: 'verdictPass', fail: 'verdictFail', none: 'verdictNone', unread: 'verdictUnread' };
+
+// If several entries have the same id, the instrument sends the first one. So the reports of the others cannot be read.
+const isReadable = (entry) => !entry.twin && kindOf(entry) === 'report' && !obstacle(entry, 'view');
+
+/** Returns the verdict of an entry: 'pass', 'fail', 'none', or '' if its report has not been read yet. */
+export function verdictOf(entry) {
+  entry.verdict ??= isReadable(entry) ? '' : 'none';
+  return entry.verdict;
+}
 
 /** Returns the verdict of a report: 'pass', 'fail' or 'none'. If several elements match, one 'fail' is enough. */
 export function verdictIn(text, { selector, pass, fail }) {

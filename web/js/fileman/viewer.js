@@ -2,11 +2,15 @@
  * Shows one stored file beside the list. If a view stays open for a moment, the archive of the entry is fetched too. It
  * holds the pictures of a report, the packets of a capture and the advanced information.
  */
-import { announce, button, el, icon, visible } from './dom.js';
+import { announce } from './announce.js';
+import { visible } from './controlchars.js';
+import { button, el } from './dom.js';
 import { Facts } from './facts.js';
-import { extension, kindOf, obstacle } from './kinds.js';
+import { icon } from './icons.js';
+import { extension, kindOf } from './kinds.js';
 import { later } from './later.js';
 import { menuButton } from './menu.js';
+import { obstacle } from './obstacles.js';
 import { showReport } from './report.js';
 import { AnswerError } from './requests.js';
 import { fetchFile, sniff } from './stored.js';
