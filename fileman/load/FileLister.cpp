@@ -31,7 +31,7 @@ std::string storedInfoName(StoredInfo kind, std::string_view fileName) {
 
 bool FileLister::passes(const FileSource& source, Directory& directory, std::string_view fileName) {
     const std::string_view base = listed::baseName(fileName);
-    if (m_advanced.needs() != AdvancedFilter::Needs::StoredInfo)
+    if (m_advanced.needs() != StoredInfoFilter::Needs::StoredInfo)
         return m_advanced.passesByName(base);
     const std::string stored = storedInfoName(source.storedInfo, fileName);
     // If the listing lacks the file, there is no need to open it.
@@ -44,7 +44,7 @@ int FileLister::list(FileSource source) {
     if (directory == nullptr)
         return 0;
     // Most requests have no criteria here; then no file is tested.
-    const bool passesAll = m_advanced.needs() == AdvancedFilter::Needs::Nothing;
+    const bool passesAll = m_advanced.needs() == StoredInfoFilter::Needs::Nothing;
     std::optional<DirectoryDates> dates;
     std::vector<ListedFile> files;
     for (const DirEntry entry : *directory) {

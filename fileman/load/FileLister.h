@@ -1,9 +1,9 @@
 #pragma once
 
 #include "fileman/disk/StorageTree.h"
-#include "fileman/load/AdvancedFilter.h"
 #include "fileman/load/FileSource.h"
 #include "fileman/load/LoadedList.h"
+#include "fileman/load/StoredInfoFilter.h"
 
 // The step that all sources share: adds the files of one directory to the loaded list if they pass the
 // filter.
@@ -16,7 +16,7 @@ public:
     int list(FileSource source);
 
     // For a source whose records are not files.
-    AdvancedFilter& advanced() { return m_advanced; }
+    StoredInfoFilter& advanced() { return m_advanced; }
 
     // During its lifetime the lister reads no dates. For callers that keep only few of the records.
     class DatesLater {
@@ -35,7 +35,7 @@ private:
     bool passes(const FileSource& source, Directory& directory, std::string_view fileName);
 
     StorageTree& m_tree;
-    AdvancedFilter m_advanced;
+    StoredInfoFilter m_advanced;
     LoadedList& m_loaded;
     bool m_readsDates = true;
 };

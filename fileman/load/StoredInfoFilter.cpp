@@ -1,4 +1,4 @@
-#include "fileman/load/AdvancedFilter.h"
+#include "fileman/load/StoredInfoFilter.h"
 
 #include "conf/CFileManConf.h"
 
@@ -21,7 +21,7 @@ _AdvanceInfo nameCriteria(const _AdvanceInfo& criteria) {
 
 } // namespace
 
-AdvancedFilter::Needs AdvancedFilter::needs() const {
+StoredInfoFilter::Needs StoredInfoFilter::needs() const {
     const _AdvanceInfo& criteria = m_filter.fields().advanceInfo;
     if (!criteria.jobId.empty() || !criteria.account.empty() || isNone(criteria.locator) ||
         isNone(criteria.type))
@@ -30,11 +30,11 @@ AdvancedFilter::Needs AdvancedFilter::needs() const {
     return isBlank ? Needs::Nothing : Needs::Name;
 }
 
-bool AdvancedFilter::passesByName(std::string_view baseName) const {
+bool StoredInfoFilter::passesByName(std::string_view baseName) const {
     return CFileManConf::advMatch(m_filter.fields().advanceInfo, named(baseName));
 }
 
-bool AdvancedFilter::passes(std::string_view baseName, const std::string& path) {
+bool StoredInfoFilter::passes(std::string_view baseName, const std::string& path) {
     if (needs() != Needs::StoredInfo)
         return passesByName(baseName);
     const _AdvanceInfo& criteria = m_filter.fields().advanceInfo;

@@ -8,11 +8,11 @@
 #include "conf/ResultFilter.h"
 #include "fileman/load/ActiveFilter.h"
 
-// Decides whether a file passes the advanced part of the filter, by its name and by the information stored
-// about it. The stored information is read only when it can decide, and only once for each path.
-class AdvancedFilter {
+// Decides whether the information stored about a file must be read to know that the file passes the advanced
+// filter, and remembers what was read for each path. Whether the file passes: conf/AdvancedMatch.cpp.
+class StoredInfoFilter {
 public:
-    explicit AdvancedFilter(const ActiveFilter& filter) : m_filter(filter) {}
+    explicit StoredInfoFilter(const ActiveFilter& filter) : m_filter(filter) {}
 
     // What the filter needs for its decision: nothing, only the name, or also the stored information.
     enum class Needs { Nothing, Name, StoredInfo };
