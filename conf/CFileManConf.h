@@ -161,15 +161,21 @@ public:
 
     static void copyFilter(_ResultFilter& to, const _ResultFilter& from) { to = from; }
 
-    // --- advanced information (ConfAdvance.cpp) ---
+    // --- the information that files store (Companion.cpp) ---
 
     // Reads the advanced information that the file at path stores. Returns info with these fields, or info
     // unchanged when the file stores none.
     static _AdvanceInfo getAdvInfo(_AdvanceInfo info, const std::string& path);
     // The same for one of many files, which share the budget.
     static _AdvanceInfo getAdvInfo(_AdvanceInfo info, const std::string& path, CompanionBudget& budget);
+
+    // --- which files match the advanced filter (AdvancedMatch.cpp) ---
+
     // Whether a file with this advanced information passes the filter.
     static bool advMatch(const _AdvanceInfo& filter, const _AdvanceInfo& file);
+
+    // --- the advanced filter in the document (ConfAdvancedFilter.cpp) ---
+
     // Reads the stored state of the advanced filter, and the choices that the document offers.
     static void getAdvanceInfo(_AdvanceInfo& info);
     // Stores the state of the advanced filter. Returns 1, or 0 when the document could not be parsed or

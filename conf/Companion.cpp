@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "common/Report.h"
+#include "conf/AdvancedMatch.h"
+#include "conf/CFileManConf.h"
 #include "conf/XmlFile.h"
 #include "conf/XmlLimits.h"
 
@@ -33,6 +35,16 @@ std::optional<std::string> readCompanion(const std::string& path, CompanionBudge
     return content;
 }
 
+void readStored(_AdvanceInfo& info, const TiXmlElement& element) {
+    info.jobId = xml::attribute(element, "job_id");
+    info.account = xml::attribute(element, "account_id");
+    info.locator = xml::attribute(element, "locator");
+    info.type = xml::attribute(element, "advtype");
+    info.prefix = xml::attribute(element, "prefix");
+    info.suffix = xml::attribute(element, "suffix");
+    info.hasAdvance = !isBlank(info);
+}
+
 } // namespace
 
 bool CompanionBudget::spend(std::size_t cost, const std::string& path) {
@@ -55,4 +67,24 @@ std::unique_ptr<TiXmlDocument> loadCompanion(const std::string& path, CompanionB
     if (failure.errorNumber != 0)
         reportUnlessAbsent(kTask, path, failure.errorNumber);
     return document;
+}
+
+_AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path) {
+    CompanionBudget budget;
+    return getAdvInfo(std::move(info), path, budget);
+}
+
+_AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path,
+                                      CompanionBudget& budget) try {
+    info.hasAdvance = false;
+    const std::unique_ptr<TiXmlDocument> document = loadCompanion(path, budget);
+    if (!document)
+        return info;
+    xml::forEachChild(*document->RootElement(), [&](const TiXmlElement& child) {
+        if (xml::isNamed(child, kStoredInfoElement))
+            readStored(info, child);
+    });
+    return info;
+} catch (const std::string&) {
+    return info;
 }

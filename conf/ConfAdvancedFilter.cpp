@@ -1,34 +1,17 @@
 #include <tinyxml.h>
 
 #include <memory>
-#include <utility>
 
 #include "common/CCommUtils.h"
 #include "common/UniqueNames.h"
+#include "conf/AdvancedMatch.h"
 #include "conf/CFileManConf.h"
-#include "conf/Companion.h"
 #include "conf/XmlEdit.h"
 #include "conf/XmlFile.h"
 
 namespace {
 
 using xml::attribute;
-
-bool isBlank(const _AdvanceInfo& info) {
-    const auto unchosen = [](const std::string& choice) { return choice.empty() || isNone(choice); };
-    return info.jobId.empty() && info.account.empty() && unchosen(info.locator) && unchosen(info.type) &&
-           info.prefix.empty() && info.fileName.empty() && info.suffix.empty();
-}
-
-void readStored(_AdvanceInfo& info, const TiXmlElement& element) {
-    info.jobId = attribute(element, "job_id");
-    info.account = attribute(element, "account_id");
-    info.locator = attribute(element, "locator");
-    info.type = attribute(element, "advtype");
-    info.prefix = attribute(element, "prefix");
-    info.suffix = attribute(element, "suffix");
-    info.hasAdvance = !isBlank(info);
-}
 
 // Calls visit(element) for each advinfo element in the first child element of the root, whatever its name.
 // Unlike readConf, this goes by position. This is intentional.
@@ -98,50 +81,7 @@ void writeAdvInfo(TiXmlElement& element, const _AdvanceInfo& info) {
     });
 }
 
-// An empty filter text restricts nothing.
-bool contains(const std::string& text, const std::string& part) {
-    return part.empty() || CCommUtils::isContains(text, part);
-}
-
-// Only the choice "None" restricts: the file's field must contain this word. With any other choice every file
-// passes. This is the opposite of what one expects, and intentional.
-bool passesChooser(const std::string& choice, const std::string& field) {
-    return !isNone(choice) || CCommUtils::isContains(field, choice);
-}
-
 } // namespace
-
-bool isNone(const std::string& choice) {
-    return CCommUtils::isEquals(choice, "None");
-}
-
-_AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path) {
-    CompanionBudget budget;
-    return getAdvInfo(std::move(info), path, budget);
-}
-
-_AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path,
-                                      CompanionBudget& budget) try {
-    info.hasAdvance = false;
-    const std::unique_ptr<TiXmlDocument> document = loadCompanion(path, budget);
-    if (!document)
-        return info;
-    xml::forEachChild(*document->RootElement(), [&](const TiXmlElement& child) {
-        if (xml::isNamed(child, kStoredInfoElement))
-            readStored(info, child);
-    });
-    return info;
-} catch (const std::string&) {
-    return info;
-}
-
-bool CFileManConf::advMatch(const _AdvanceInfo& filter, const _AdvanceInfo& file) {
-    return contains(file.jobId, filter.jobId) && contains(file.account, filter.account) &&
-           contains(file.fileName, filter.fileName) &&
-           CCommUtils::isStartsWith(file.fileName, filter.prefix) &&
-           CCommUtils::isEndsWith(file.fileName, filter.suffix) &&
-           passesChooser(filter.locator, file.locator) && passesChooser(filter.type, file.type);
-}
 
 void CFileManConf::getAdvanceInfo(_AdvanceInfo& info) {
     info.hasAdvance = false;
