@@ -3,6 +3,7 @@
 #include <tinyxml.h>
 
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -16,6 +17,11 @@ namespace {
 
 constexpr char kTask[] = "read document";
 
+// The child element of the root in which a file stores its advanced information. Letter case is ignored.
+constexpr char kStoredInfoElement[] = "ktb_advinfo";
+
+constexpr off_t kLargest = off_t{1} * 1024 * 1024; // in bytes
+
 // Reading and searching this many bytes costs one unit of the budget.
 constexpr std::size_t kBytesReadPerUnit = 8;
 
@@ -25,7 +31,7 @@ constexpr std::size_t kFewBytes = 1024;
 // Returns the content if it may contain the element and must be parsed.
 std::optional<std::string> readCompanion(const std::string& path, CompanionBudget& budget,
                                          xml::Failure& failure) {
-    std::optional<std::string> content = xml::readContent(path, xml::kLargestCompanion, failure);
+    std::optional<std::string> content = xml::readContent(path, kLargest, failure);
     if (!content || !budget.spend(content->size() / kBytesReadPerUnit, path))
         return std::nullopt;
     const bool mayTell =
@@ -33,6 +39,20 @@ std::optional<std::string> readCompanion(const std::string& path, CompanionBudge
     if (!mayTell || !budget.spend(xml::parseCost(*content), path))
         return std::nullopt;
     return content;
+}
+
+// Parses the file at path if it may store advanced information. Returns null when it stores none, is not an
+// XML document, is too large, or when the budget is spent. Only a spent budget and failures of the
+// system are reported: the caller may pass any listed file.
+std::unique_ptr<TiXmlDocument> loadCompanion(const std::string& path, CompanionBudget& budget) {
+    xml::Failure failure;
+    std::optional<std::string> content = readCompanion(path, budget, failure);
+    auto document = content ? std::make_unique<TiXmlDocument>() : nullptr;
+    if (document && !xml::parse(*document, std::move(*content), failure))
+        document.reset();
+    if (failure.errorNumber != 0)
+        reportUnlessAbsent(kTask, path, failure.errorNumber);
+    return document;
 }
 
 void readStored(_AdvanceInfo& info, const TiXmlElement& element) {
@@ -47,6 +67,18 @@ void readStored(_AdvanceInfo& info, const TiXmlElement& element) {
 
 } // namespace
 
+std::string storedInfoName(StoredInfo kind, std::string_view fileName, std::string_view base) {
+    switch (kind) {
+    case StoredInfo::Plain:
+        return std::string(base);
+    case StoredInfo::Companion:
+        return std::string(base) + ".xml";
+    case StoredInfo::Itself:
+        break;
+    }
+    return std::string(fileName);
+}
+
 bool CompanionBudget::spend(std::size_t cost, const std::string& path) {
     if (m_isExhausted)
         return false;
@@ -56,17 +88,6 @@ bool CompanionBudget::spend(std::size_t cost, const std::string& path) {
     else
         m_left -= cost;
     return !m_isExhausted;
-}
-
-std::unique_ptr<TiXmlDocument> loadCompanion(const std::string& path, CompanionBudget& budget) {
-    xml::Failure failure;
-    std::optional<std::string> content = readCompanion(path, budget, failure);
-    auto document = content ? std::make_unique<TiXmlDocument>() : nullptr;
-    if (document && !xml::parse(*document, std::move(*content), failure))
-        document.reset();
-    if (failure.errorNumber != 0)
-        reportUnlessAbsent(kTask, path, failure.errorNumber);
-    return document;
 }
 
 _AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path) {

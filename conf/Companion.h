@@ -1,16 +1,24 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <string>
+#include <string_view>
 
-class TiXmlDocument;
+// The file that stores the advanced information of a listed file D/base.ext. The difference is intentional:
+// the instruments store it in different places.
+enum class StoredInfo {
+    Plain,     // D/base
+    Companion, // D/base.xml
+    Itself,    // D/base.ext
+};
 
-// The child element of the root in which a file stores its advanced information. Letter case is ignored.
-inline constexpr char kStoredInfoElement[] = "ktb_advinfo";
+// Returns the name of that file. It lies in the directory of the listed file. base: the name up to its first
+// dot.
+std::string storedInfoName(StoredInfo kind, std::string_view fileName, std::string_view base);
 
-// Limits the work of one request on files that may store advanced information. 100,000 files of 4 kB are
-// within the limit. So no storage tree can make a request read for more than a few seconds.
+// Limits the work of one request (CFileManConf::getAdvInfo) on files that may store advanced information.
+// 100,000 files of 4 kB are within the limit. So no storage tree can make a request read for more than a few
+// seconds.
 class CompanionBudget {
 public:
     // Takes cost, in units of xml::parseCost, from the budget for the file at path. Returns false when less
@@ -23,8 +31,3 @@ private:
     std::size_t m_left = kAtFirst;
     bool m_isExhausted = false;
 };
-
-// Parses the file at path if it may store advanced information. Returns null when it stores none, is not an
-// XML document, has more than 1 MiB, or when the budget is spent. Only a spent budget and failures of the
-// system are reported: the caller may pass any listed file.
-std::unique_ptr<TiXmlDocument> loadCompanion(const std::string& path, CompanionBudget& budget);

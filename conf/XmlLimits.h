@@ -13,9 +13,8 @@ class TiXmlElement;
 // memory.
 namespace xml {
 
-// In bytes.
+// In bytes. A file beside a result has a lower limit (Companion.cpp).
 inline constexpr off_t kLargestFile = off_t{16} * 1024 * 1024;
-inline constexpr off_t kLargestCompanion = off_t{1} * 1024 * 1024;
 
 // Returns the limit that the text exceeds, as a text for a message, or "" when the parser may see the text.
 std::string_view passedLimit(const std::string& text);

@@ -14,26 +14,13 @@ bool isListedName(const FileSource& source, std::string_view fileName) {
            (source.lastConfiguration == LastConfiguration::Keep || !listed::isLastConfiguration(fileName));
 }
 
-std::string storedInfoName(StoredInfo kind, std::string_view fileName) {
-    std::string base(listed::baseName(fileName));
-    switch (kind) {
-    case StoredInfo::Plain:
-        return base;
-    case StoredInfo::Companion:
-        return base + ".xml";
-    case StoredInfo::Itself:
-        break;
-    }
-    return std::string(fileName);
-}
-
 } // namespace
 
 bool FileLister::passes(const FileSource& source, Directory& directory, std::string_view fileName) {
     const std::string_view base = listed::baseName(fileName);
     if (m_advanced.needs() != StoredInfoFilter::Needs::StoredInfo)
         return m_advanced.passesByName(base);
-    const std::string stored = storedInfoName(source.storedInfo, fileName);
+    const std::string stored = storedInfoName(source.storedInfo, fileName, base);
     // If the listing lacks the file, there is no need to open it.
     return directory.find(stored) ? m_advanced.passes(base, entryPath(source.dir, stored))
                                   : m_advanced.passesByName(base);

@@ -2,15 +2,8 @@
 
 #include <string>
 
+#include "conf/Companion.h"
 #include "fileman/ResultInfo.h"
-
-// The file that stores the advanced information of a listed file D/base.ext. The difference is intentional:
-// the instruments store it in different places.
-enum class StoredInfo {
-    Plain,     // D/base
-    Companion, // D/base.xml
-    Itself,    // D/base.ext
-};
 
 // Whether the instrument's own saved last configuration is listed.
 enum class LastConfiguration { Keep, Drop };
