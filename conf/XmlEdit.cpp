@@ -1,20 +1,14 @@
 #include "conf/XmlEdit.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <tinyxml.h>
 
 #include <cerrno>
-#include <chrono>
 #include <new>
 #include <optional>
-#include <thread>
 #include <utility>
 
 #include "common/AtomicFile.h"
-#include "common/CCommUtils.h"
 #include "common/Report.h"
-#include "common/Retry.h"
 #include "conf/XmlFile.h"
 #include "conf/XmlLimits.h"
 #include "conf/XmlRewrite.h"
@@ -22,35 +16,6 @@
 namespace {
 
 constexpr char kTask[] = "rewrite document";
-
-// The waits add up to ten seconds. A writer needs a few milliseconds, so after this time the lock is stuck.
-constexpr int kMostWaits = 2000;
-constexpr auto kWait = std::chrono::milliseconds(5);
-
-// Returns 0, or an errno value. It is EWOULDBLOCK when another process still holds the lock.
-int takeLock(int directory) {
-    for (int waits = 0; retryInterrupted([&] { return ::flock(directory, LOCK_EX | LOCK_NB); }) != 0;
-         ++waits) {
-        if (errno != EWOULDBLOCK || waits == kMostWaits)
-            return errno;
-        std::this_thread::sleep_for(kWait);
-    }
-    return 0;
-}
-
-// Returns no descriptor, with a line on standard error, on failure.
-UniqueFd lockDirectory(const std::string& path) {
-    UniqueFd directory(
-        retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    const int error = directory ? takeLock(directory.get()) : errno;
-    if (error == 0)
-        return directory;
-    if (error == EWOULDBLOCK)
-        report("lock directory", path, "still held by another writer");
-    else
-        reportErrno("lock directory", path, error);
-    return {};
-}
 
 // The document as text, to compare two documents.
 std::string printed(const TiXmlDocument& document) {
@@ -81,7 +46,7 @@ XmlEdit::XmlEdit(const std::string& path) : m_path(resolveLinks(path)) {
     xml::Failure failure;
     if (m_path.empty())
         failure.errorNumber = errno;
-    else if (m_lock = lockDirectory(CCommUtils::absFilePath(m_path) + "/"); !m_lock || load(failure))
+    else if (m_lock = DocumentLock(m_path); !m_lock.isHeld() || load(failure))
         return;
     xml::reportFailure(path, failure);
 }

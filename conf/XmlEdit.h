@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "common/UniqueFd.h"
+#include "conf/DocumentLock.h"
 
 class TiXmlDocument;
 
@@ -11,12 +11,11 @@ namespace xml {
 struct Failure;
 }
 
-// Opens a document to change its attribute values. Its directory is locked (flock) during the lifetime of
-// this object, so that several processes make their changes one after the other. The file itself cannot be
-// locked, because each process replaces it.
+// Opens a document to change its attribute values. It is locked (DocumentLock.h) during the lifetime of this
+// object, so that several processes make their changes one after the other.
 class XmlEdit {
 public:
-    // Loads the file at path, which may be a link. Waits up to ten seconds for other writers.
+    // Loads the file at path, which may be a link. Waits for other writers.
     explicit XmlEdit(const std::string& path);
     XmlEdit(const XmlEdit&) = delete;
     XmlEdit& operator=(const XmlEdit&) = delete;
@@ -36,7 +35,7 @@ private:
     bool load(xml::Failure& failure);
 
     std::string m_path; // links resolved
-    UniqueFd m_lock;
+    DocumentLock m_lock;
     std::string m_content; // the file's content when it was last loaded or saved
     std::unique_ptr<TiXmlDocument> m_document;
 };
