@@ -89,8 +89,8 @@ function drawEntry(entry, words, telling) {
   const more = ['test', 'port', 'module', 'mode', 'rsltype'].filter((id) => telling.includes(id) && entry[id]);
   const cell = document.createDocumentFragment();
   cell.append(
-    el('span', { class: 'fm-line' }, drawName(entry, words), drawVerdict(entry), drawDate(entry.datetime)),
-    el('span', { class: 'fm-more', text: more.map((id) => visible(entry[id])).join(' · ') }),
+    el('span', { class: 'fm-line' }, drawName(entry, words), drawDate(entry.datetime)),
+    el('span', { class: 'fm-more' }, el('span', { text: more.map((id) => visible(entry[id])).join(' · ') }), drawVerdict(entry)),
   );
   return cell;
 }
