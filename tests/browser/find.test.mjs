@@ -97,6 +97,23 @@ instrument.onList('reports in sight get their verdict, which is remembered and c
   assert.deepEqual(verdicts, [...verdicts].sort());
 }, { viewport: { width: 1280, height: 1600 } });
 
+test('the columns that people read stay where they are when the verdicts arrive', async () => {
+  const page = await instrument.newPage();
+  await page.route(VIEWS, async (route) => {
+    await pause(600);
+    await route.continue();
+  });
+  await openList(page, instrument.list('fmtype=rslt&module=10G'));
+  const others = page.locator('[role=columnheader]:is([data-id=mode], [data-id=test], [data-id=port], [data-id=datetime])');
+  const places = () => others.evaluateAll((heads) => heads.map((head) => [head.dataset.id, head.getBoundingClientRect().left]));
+  assert.equal(await page.locator('[data-id=verdict]').count(), 0);
+  const before = await places();
+  assert.equal(before.length, 4);
+  await page.waitForSelector('[data-id=verdict]');
+  assert.deepEqual(await places(), before);
+  await page.context().close();
+});
+
 test('new results are offered while the page is visible, with a pause by how long the last look took', async () => {
   const page = await instrument.newPage();
   await page.clock.install();

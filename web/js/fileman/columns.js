@@ -15,11 +15,11 @@ import { VERDICT_TEXTS } from './verdicts.js';
 
 const COLUMNS = [
   { id: 'name', width: 220, minWidth: 140 },
+  { id: 'verdict', width: 84 },
   { id: 'module', width: 84 },
   { id: 'mode', width: 116 },
-  { id: 'test', width: 124 },
-  { id: 'port', width: 96 },
-  { id: 'verdict', width: 84 },
+  { id: 'test', width: 150 },
+  { id: 'port', width: 84 },
   { id: 'datetime', width: 152 },
   { id: 'rsltype', width: 84 },
 ];
@@ -48,13 +48,15 @@ function scrollbarWidth() {
 
 /**
  * Returns the widths of the columns with these ids: the stored widths, or else the default widths, scaled to the width
- * of the list. The column of the name gets the rest.
+ * of the list. The column of the name gets the rest. The scale always allows for the verdicts, which are known later than
+ * the list. So when their column appears beside the name, only the name becomes narrower and no other column moves.
  */
 function widthsFor(hostWidth, ids) {
   const kept = recall('widths', null);
   const some = COLUMNS.filter(({ id }) => ids.includes(id));
   const room = hostWidth - CHECK_WIDTH - scrollbarWidth();
-  const needed = some.reduce((sum, { width }) => sum + width, 0);
+  const scaled = COLUMNS.filter(({ id }) => ids.includes(id) || id === 'verdict');
+  const needed = scaled.reduce((sum, { width }) => sum + width, 0);
   const grown = ({ width }) => Math.floor(width * Math.min(room / needed, MOST_GROWTH));
   const widths = Object.fromEntries(some.map((column) => [column.id, kept?.[column.id] ?? grown(column)]));
   const taken = Object.values(widths).reduce((sum, width) => sum + width, 0);
