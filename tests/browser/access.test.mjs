@@ -68,6 +68,22 @@ instrument.onList('a filter, a choice and a download by keyboard alone', 'fmtype
   await page.waitForFunction(() => /Saved as/.test(document.querySelector('[role=status]').textContent));
 });
 
+instrument.onList('the ring around a row is for the keyboard, its bar for everybody', 'fmtype=rslt', async (page) => {
+  const look = (i) =>
+    page.locator(`#fm-row-${i}`).evaluate((row) => {
+      const { outlineStyle, boxShadow } = getComputedStyle(row);
+      return { ring: outlineStyle !== 'none', bar: boxShadow !== 'none' };
+    });
+  await page.locator('#fm-row-2').click();
+  assert.deepEqual(await look(2), { ring: false, bar: true });
+  await page.keyboard.press('ArrowDown');
+  assert.deepEqual([await look(2), await look(3)], [{ ring: false, bar: false }, { ring: true, bar: true }]);
+  await page.locator('#fm-row-5').click();
+  await page.keyboard.press('Shift+Tab');
+  await page.keyboard.press('Tab');
+  assert.deepEqual(await look(5), { ring: true, bar: true });
+});
+
 /** Runs in the page: what scrolls sideways, dates of which an element around them cuts off a part, what is too low for a finger. */
 function misfits() {
   const seen = [...document.querySelectorAll('*')].filter((node) => node.checkVisibility());

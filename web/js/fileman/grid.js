@@ -59,7 +59,11 @@ export class FileGrid {
       this.events.drawn();
     };
     this.table = new Table(host, source, { drawn, resized: () => this.#keepWidths() });
-    host.addEventListener('keydown', (event) => this.#key(event));
+    host.addEventListener('keydown', (event) => {
+      this.#point(false);
+      this.#key(event);
+    });
+    host.addEventListener('focusout', () => this.#point(false));
     host.addEventListener('mousedown', (event) => this.#press(event));
     host.addEventListener('click', (event) => this.#click(event));
     host.addEventListener('dblclick', (event) => this.#openRow(event));
@@ -250,6 +254,12 @@ export class FileGrid {
     if (this.#rowAt(event) < 0) return;
     event.preventDefault(); // prevents a text selection and the focus on a cell
     this.host.focus({ preventScroll: true });
+    this.#point(true);
+  }
+
+  /** The ring around the active row is for the keyboard. Browsers would also show it here after a press of the mouse. */
+  #point(on) {
+    this.host.classList.toggle('is-pointed', on);
   }
 
   #touch(event) {
