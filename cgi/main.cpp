@@ -30,7 +30,7 @@
 //     ArchiveStream     the archive; EntryNames: the names in it
 //   staging/        the shared directories below /tmp
 //     StagingArea     one of them; AreaLock, SignOfLife: whose turn it is
-//     PlaceKeeper     the process that may write directly in /tmp; PassedFd: how it passes files on
+//     TmpKeeper       the process that may write directly in /tmp; PassedFd: how it passes files on
 //     OwnPlace        names in /tmp that another user may have taken
 //     CopiedTree      makes copies and checks that they are whole; PlainFiles: replaces links
 //     Shell           runs commands and keeps their output out of the response

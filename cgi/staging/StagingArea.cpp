@@ -13,7 +13,7 @@
 #include "common/Report.h"
 #include "common/WriteAll.h"
 
-using Order = PlaceKeeper::Order;
+using Order = TmpKeeper::Order;
 
 StagingArea::StagingArea(StagingPlaces places)
     : m_places(std::move(places)), m_keeper(m_places), m_lockFile(m_keeper.open(Order::OpenLock)) {
@@ -63,7 +63,7 @@ bool StagingArea::writeTaskList(std::string_view lines) const {
     return false;
 }
 
-bool StagingArea::writeWhole(PlaceKeeper::Order order, std::string_view content,
+bool StagingArea::writeWhole(TmpKeeper::Order order, std::string_view content,
                              const std::string& path) const {
     UniqueFd file = m_keeper.open(order);
     if (!file)

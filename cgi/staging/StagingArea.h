@@ -6,14 +6,14 @@
 #include <string_view>
 
 #include "cgi/staging/AreaLock.h"
-#include "cgi/staging/PlaceKeeper.h"
 #include "cgi/staging/SignOfLife.h"
+#include "cgi/staging/TmpKeeper.h"
 
 // One of the two places below /tmp where a delivery collects its files: a directory that every request fills
 // and empties, and the archive made from it.
 //
 // It is made before the request confines itself: from then on the request writes below the directory only,
-// and a process of its own does the rest (PlaceKeeper.h).
+// and a process of its own does the rest (TmpKeeper.h).
 //
 // Requests for the same area take turns. The lock is free again when this process and every command that it
 // started in the area have ended, even when the process was killed.
@@ -59,10 +59,10 @@ public:
     void cleanUp(std::chrono::milliseconds pause = kPause) const;
 
 private:
-    bool writeWhole(PlaceKeeper::Order order, std::string_view content, const std::string& path) const;
+    bool writeWhole(TmpKeeper::Order order, std::string_view content, const std::string& path) const;
 
     StagingPlaces m_places;
-    PlaceKeeper m_keeper;
+    TmpKeeper m_keeper;
     UniqueFd m_lockFile;
     UniqueFd m_directory; // the claimed one
     std::optional<AreaLock> m_lock;

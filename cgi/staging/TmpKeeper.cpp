@@ -1,4 +1,4 @@
-#include "cgi/staging/PlaceKeeper.h"
+#include "cgi/staging/TmpKeeper.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -24,7 +24,7 @@
 
 namespace {
 
-using Order = PlaceKeeper::Order;
+using Order = TmpKeeper::Order;
 
 constexpr mode_t kArchiveMode = 0600;
 // Others may read it: an instrument's converter may run as another user.
@@ -127,7 +127,7 @@ std::optional<passed::Message> giveAndWait(const UniqueFd& channel, Order order)
 
 } // namespace
 
-PlaceKeeper::PlaceKeeper(const StagingPlaces& places) {
+TmpKeeper::TmpKeeper(const StagingPlaces& places) {
     std::array<int, 2> ends = {-1, -1};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
         reportErrno("keep places of", places.directory, errno);
@@ -146,12 +146,12 @@ PlaceKeeper::PlaceKeeper(const StagingPlaces& places) {
         m_channel = std::move(mine);
 }
 
-bool PlaceKeeper::give(Order order) const {
+bool TmpKeeper::give(Order order) const {
     const auto answer = giveAndWait(m_channel, order);
     return answer && answer->byte == kDone;
 }
 
-UniqueFd PlaceKeeper::open(Order order) const {
+UniqueFd TmpKeeper::open(Order order) const {
     auto answer = giveAndWait(m_channel, order);
     return answer ? std::move(answer->fd) : UniqueFd();
 }

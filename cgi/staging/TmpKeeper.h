@@ -19,7 +19,7 @@ struct StagingPlaces {
 // /tmp: it gives that right up before it reads anything from storage.
 //
 // The process ends with the request. An order that fails has a line on standard error.
-class PlaceKeeper {
+class TmpKeeper {
 public:
     enum class Order : char {
         OpenLock,        // the file of this user's lock; both processes share what is locked through it
@@ -34,7 +34,7 @@ public:
     };
 
     // Starts the process. When it cannot be started, every order fails.
-    explicit PlaceKeeper(const StagingPlaces& places);
+    explicit TmpKeeper(const StagingPlaces& places);
 
     // Returns whether the order was obeyed.
     //
