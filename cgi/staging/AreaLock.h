@@ -13,6 +13,9 @@
 // inherited it have ended.
 class AreaLock {
 public:
+    // A request gives up its wait for a holder that is silent for so long.
+    static constexpr std::chrono::seconds kLongestSilence{30};
+
     // Opens the lock file, makes it if it does not exist. Fails, with a line on standard error, when the file
     // is not this user's own.
     static UniqueFd openFile(const std::string& path);

@@ -8,8 +8,6 @@
 class SignOfLife {
 public:
     static constexpr std::chrono::seconds kInterval{1};
-    // A request gives up its wait for a holder that is silent for so long.
-    static constexpr std::chrono::seconds kLongestSilence{30};
 
     // lock: a descriptor that stays open during the lifetime of this object.
     explicit SignOfLife(int lock);

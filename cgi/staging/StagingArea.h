@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "cgi/staging/AreaLock.h"
-#include "cgi/staging/SignOfLife.h"
 #include "cgi/staging/TmpKeeper.h"
 
 // One of the two places below /tmp where a delivery collects its files: a directory that every request fills
@@ -30,7 +29,7 @@ public:
 
     // Waits for the turn of this request. longestWait: the longest time without a sign of life from the
     // holder of the area. While the queue moves, the wait has no limit.
-    void takeTurn(std::chrono::milliseconds longestWait = SignOfLife::kLongestSilence);
+    void takeTurn(std::chrono::milliseconds longestWait = AreaLock::kLongestSilence);
 
     // Whether the area is held and its directory is this user's own. Otherwise nothing may be run, removed or
     // sent there.
