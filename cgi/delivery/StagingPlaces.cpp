@@ -1,34 +1,28 @@
 #include "cgi/CFileManCGI.h"
+#include "cgi/delivery/TaskList.h"
 #include "cgi/staging/StagingArea.h"
 #include "common/FixedPaths.h"
 
 namespace {
 
-StagingPlaces placesOfDownload() {
-    StagingPlaces places;
-    places.directory = paths::kDownloadDir;
-    places.archive = paths::kDownloadArchive;
-    places.newArchive = paths::kNewDownloadArchive;
-    places.lock = paths::kDownloadLock;
-    return places;
-}
-
-StagingPlaces placesOfPdfExport() {
-    StagingPlaces places;
-    places.directory = paths::kPdfDir;
-    places.archive = paths::kPdfArchive;
-    places.newArchive = paths::kNewPdfArchive;
-    places.lock = paths::kPdfLock;
-    places.taskList = paths::kPdfTaskList;
-    places.newTaskList = paths::kNewPdfTaskList;
-    return places;
+StagingPlaces placesOf(CFileManCGI::ActionType delivery) {
+    if (delivery == CFileManCGI::ACTION_PDF)
+        return {paths::kPdfDir,      paths::kPdfArchive,     paths::kNewPdfArchive, paths::kPdfLock,
+                paths::kPdfTaskList, paths::kNewPdfTaskList, kTaskListMode};
+    return {paths::kDownloadDir,
+            paths::kDownloadArchive,
+            paths::kNewDownloadArchive,
+            paths::kDownloadLock,
+            // no task list
+            {},
+            {},
+            0};
 }
 
 } // namespace
 
 StagingArea& CFileManCGI::stagingArea(ActionType delivery) {
     if (!m_stagingArea)
-        m_stagingArea =
-            std::make_shared<StagingArea>(delivery == ACTION_PDF ? placesOfPdfExport() : placesOfDownload());
+        m_stagingArea = std::make_shared<StagingArea>(placesOf(delivery));
     return *m_stagingArea;
 }

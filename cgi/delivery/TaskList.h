@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <list>
 #include <string>
 
@@ -11,6 +13,9 @@ struct PdfTask {
     std::string pdf;
 };
 using TaskList = std::list<PdfTask>;
+
+// The mode of the file. Others may read it: an instrument's converter may run as another user.
+inline constexpr mode_t kTaskListMode = 0644;
 
 // Returns a task for each record. A record whose path the list cannot carry is left out, with a line on
 // standard error.

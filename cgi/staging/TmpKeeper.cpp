@@ -27,8 +27,6 @@ namespace {
 using Order = TmpKeeper::Order;
 
 constexpr mode_t kArchiveMode = 0600;
-// Others may read it: an instrument's converter may run as another user.
-constexpr mode_t kTaskListMode = 0644;
 
 // The answer to an order.
 constexpr char kDone = 'y';
@@ -88,7 +86,7 @@ private:
         case Order::PublishArchive:
             return moveOver(m_places.newArchive, m_places.archive);
         case Order::CreateTaskList:
-            file = createOwnFile(m_places.newTaskList, kTaskListMode);
+            file = createOwnFile(m_places.newTaskList, m_places.taskListMode);
             return static_cast<bool>(file);
         case Order::PublishTaskList:
             return moveOver(m_places.newTaskList, m_places.taskList);

@@ -1,18 +1,7 @@
 #pragma once
 
-#include <string>
-
+#include "cgi/staging/StagingPlaces.h"
 #include "common/UniqueFd.h"
-
-// The paths of a staging area. All but newArchive lie directly in /tmp.
-struct StagingPlaces {
-    std::string directory;
-    std::string archive;
-    std::string newArchive; // below the directory; the archive has this path until it is complete
-    std::string lock;
-    std::string taskList;    // "" in an area that has none
-    std::string newTaskList; // the task list has this path until it is complete
-};
 
 // A process of its own that does what must be done directly in /tmp, where the staging areas of other
 // requests lie, too. It takes a few fixed orders from the request. So the request needs no right to write in

@@ -19,7 +19,7 @@ using std::chrono::milliseconds;
 class Delivery : public FilesTest {
 protected:
     StagingPlaces places(const std::string& area = "area") const {
-        return {at(area), at(area + ".zip"), at(area + "/.zip/archive.zip"), at(area + ".lock"), "", ""};
+        return {at(area), at(area + ".zip"), at(area + "/.zip/archive.zip"), at(area + ".lock"), "", "", 0};
     }
     // Waits for the turn in the area.
     std::unique_ptr<StagingArea> take(int wait = 1500) const {
