@@ -21,7 +21,7 @@
 //     UnsafeNames     which of them cannot be written into the shell commands
 //     StagedRecord    copies a record and compares the copy
 //     Packing         makes the archive
-//     Converter       makes PDFs; TaskList: of which documents; PdfFiles: which PDFs are whole
+//     Converter       makes PDFs; TaskList: of which documents; WholePdfs: which PDFs are whole
 //     Attachment      sends the answer; FileStream: the bytes of a file
 //     StagingPlaces   where each of them collects its files
 //     Termination     lets the clean-up finish when the server ends the request early

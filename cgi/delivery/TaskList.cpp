@@ -2,8 +2,8 @@
 
 #include "cgi/answer/Answers.h"
 #include "cgi/archive/EntryNames.h"
-#include "cgi/delivery/PdfFiles.h"
 #include "cgi/delivery/UnsafeNames.h"
+#include "cgi/delivery/WholePdfs.h"
 #include "common/CCommUtils.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "cgi/delivery/PdfFiles.h"
+#include "cgi/delivery/WholePdfs.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -3,7 +3,7 @@
 #include <list>
 #include <string>
 
-// The files that the converter left in its directory.
+// Which of the files that the converter left in its directory are whole PDFs.
 
 // Returns the reason why the file at path cannot be sent as a whole PDF, or null when it can. A file that
 // begins like a PDF must also end like one. Any other file is accepted when the converter reported success.
