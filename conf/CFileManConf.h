@@ -101,7 +101,7 @@ public:
     // Returns the name without its last n characters, or "Unknown" for "". It is not looked up.
     static std::string str2Type(const std::string& name, int n);
 
-    // --- what was found on disk (ConfCurrent.cpp) ---
+    // --- what was found on disk (ConfFoundOnDisk.cpp) ---
 
     static void addCurrentMode(const std::string& name);
     // Also adds the type to the list of the mode that was added last.
