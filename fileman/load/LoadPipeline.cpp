@@ -3,8 +3,28 @@
 #include <algorithm>
 
 #include "common/CCommUtils.h"
+#include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
-#include "fileman/ModeSources.h"
+#include "fileman/disk/Directory.h"
+#include "fileman/names/MtieMode.h"
+
+namespace {
+
+// All directories that may contain files of the mode, as full paths.
+std::list<std::string> dirsOfMode(const ModuleInfo& module, const ModeOptInfo& option) {
+    std::list<std::string> dirs;
+    for (const std::string& dir : {option.rslt_dir_name, option.prof_dir_name}) {
+        if (!dir.empty())
+            dirs.push_back(entryPath(paths::kHome, dir));
+    }
+    if (isMtieMode(module.name, option.mode_name))
+        dirs.emplace_back(paths::kMtieDir);
+    for (const ExtraDirInfo* const extra : CFileManConf::getExtraDirs(module.name, option.mode_name))
+        dirs.push_back(entryPath(paths::kHome, extra->dir_name));
+    return dirs;
+}
+
+} // namespace
 
 LoadPipeline::Modules LoadPipeline::modules() const {
     std::list<std::string> names = m_filter.fields().modules;
@@ -36,7 +56,7 @@ void LoadPipeline::load(const Modules& modules) {
 bool LoadPipeline::isAccepted(const ModuleInfo& module, const ModeOptInfo& option) {
     if (!m_filter.fields().modes.empty())
         return m_filter.namesMode(option.mode_name);
-    std::list<std::string> dirs = sourceDirs(module, option);
+    std::list<std::string> dirs = dirsOfMode(module, option);
     dirs.remove_if([this](const std::string& path) { return !m_tree.exists(path); });
     if (dirs.empty())
         return false;

@@ -11,9 +11,9 @@
 #include "fileman-check/Findings.h"
 #include "fileman-check/LinedDocument.h"
 #include "fileman/LoadInfo.h"
-#include "fileman/ModeSources.h"
 #include "fileman/disk/Directory.h"
 #include "fileman/names/FlatModes.h"
+#include "fileman/names/MtieMode.h"
 
 namespace {
 
