@@ -9,15 +9,13 @@ protected:
     // Scans a storage that consists of this directory.
     static void scan(const std::string& path) {
         std::string modes, types;
-        for (const auto& [name, dir] : {std::pair<std::string, std::string>("A", "first"),
-                                        {"SDH", "ktp-rslt"},
-                                        {"OTUX", "otux"},
-                                        {"ODU0", "odu0-prof' prof_dir_name='odu0p1-bert"},
-                                        {"CPRI", "cpri"},
-                                        {"X", "x-rslt"},
-                                        {"KTS", "kts-a-rslt"},
-                                        {"KTB", "ktb-rslt"}})
-            modes.append("<e name='" + name + "' rslt_dir_name='" + dir + "'/>");
+        for (const std::string attributes :
+             {"name='A' rslt_dir_name='first'", "name='SDH' rslt_dir_name='ktp-rslt'",
+              "name='OTUX' rslt_dir_name='otux'",
+              "name='ODU0' rslt_dir_name='odu0-prof' prof_dir_name='odu0p1-bert'",
+              "name='CPRI' rslt_dir_name='cpri'", "name='X' rslt_dir_name='x-rslt'",
+              "name='KTS' rslt_dir_name='kts-a-rslt'", "name='KTB' rslt_dir_name='ktb-rslt'"})
+            modes.append("<e " + attributes + "/>");
         for (const std::string key : {"bert", "ds3", "sonet", "jit", "cpril1", "cpril2", "meter", "xmeter",
                                       "audio-trace", "xvideo", "screen", "opm"})
             types.append("<e name='" + key + "!' key='" + key + "'/>");
