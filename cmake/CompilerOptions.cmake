@@ -1,6 +1,8 @@
 # Compiler and linker options for our own code. They belong to our directories, so that a program that links our
 # libraries keeps its own options.
 
+# A release is optimised with -O3, CMake's own level for the build type. Distributions replace it by
+# CMAKE_CXX_FLAGS_RELEASE; so it is not an option below, which would come after theirs.
 add_compile_options(
   -Wall -Wextra -Wshadow -Wconversion
   $<$<BOOL:${FILEMAN_WERROR}>:-Werror>
@@ -11,7 +13,7 @@ add_compile_options(
 add_link_options(-Wl,--gc-sections -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 
 if(FILEMAN_SANITIZE)
-  add_compile_options(-fsanitize=${FILEMAN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_compile_options(-O1 -fsanitize=${FILEMAN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${FILEMAN_SANITIZE})
   add_compile_definitions(FILEMAN_SANITIZED)
 endif()
