@@ -5,7 +5,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "support/trcfg_utils_internal.h"
+#include "support/trcfg_utils_io.h"
 
 const char* baseNameOf(const char* path) {
     const char* slash = std::strrchr(path, '/');

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "support/trcfg_utils_internal.h"
+#include "support/trcfg_utils_log.h"
 #include "support/trcfg_utils_proc.h"
 
 int __tarn_log_level = kLogFailure;

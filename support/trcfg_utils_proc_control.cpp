@@ -12,7 +12,8 @@
 #include <ctime>
 #include <initializer_list>
 
-#include "support/trcfg_utils_internal.h"
+#include "support/trcfg_utils_io.h"
+#include "support/trcfg_utils_log.h"
 #include "support/trcfg_utils_proc.h"
 
 // ---- Stopping a child ----

@@ -13,7 +13,8 @@
 #include <ctime>
 
 #include "common/UniqueFd.h"
-#include "support/trcfg_utils_internal.h"
+#include "support/trcfg_utils_io.h"
+#include "support/trcfg_utils_log.h"
 
 namespace {
 

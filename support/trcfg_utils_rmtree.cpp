@@ -12,8 +12,10 @@
 
 #include "common/DotEntry.h"
 #include "common/UniqueFd.h"
-#include "support/trcfg_utils_internal.h"
+#include "support/trcfg_utils_io.h"
+#include "support/trcfg_utils_log.h"
 #include "support/trcfg_utils_proc.h"
+#include "support/trcfg_utils_rmtree.h"
 
 namespace {
 

@@ -1,0 +1,33 @@
+// What the sources of the support library share to read, write and name files. They use no exceptions, no
+// operator new and no part of the C++ run-time library, so that a C compiler can link a program with this
+// library.
+#pragma once
+
+#include <dirent.h>
+#include <sys/types.h>
+
+#include <cstdlib>
+#include <memory>
+
+struct FreeDeleter {
+    void operator()(void* memory) const { std::free(memory); }
+};
+using HeapText = std::unique_ptr<char, FreeDeleter>;
+
+struct DirCloser {
+    void operator()(DIR* stream) const { ::closedir(stream); }
+};
+using DirStream = std::unique_ptr<DIR, DirCloser>;
+
+// Returns the part of path after its last slash. It is empty if path ends in a slash.
+const char* baseNameOf(const char* path);
+
+// Reads at most `size` bytes, up to the end of the file. Repeats a read that a signal interrupts. Returns the
+// number of bytes, or -1 if the first read fails.
+ssize_t readUpTo(int fd, void* buffer, std::size_t size);
+
+// Returns true if everything was written.
+bool writeAll(int fd, const void* data, std::size_t size);
+
+// Returns a pseudo-random number, for names that other processes are unlikely to use.
+unsigned drawNumber();
