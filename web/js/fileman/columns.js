@@ -14,7 +14,7 @@ import { t } from './texts.js';
 import { VERDICT_TEXTS } from './verdicts.js';
 
 const COLUMNS = [
-  { id: 'name', width: 220, minWidth: 140 },
+  { id: 'name', width: 220, minWidth: 120 },
   { id: 'verdict', width: 84 },
   { id: 'module', width: 84 },
   { id: 'mode', width: 116 },
@@ -25,7 +25,7 @@ const COLUMNS = [
 ];
 const ALWAYS = ['name', 'datetime'];
 const LEAST_WIDTH = 56;
-const MOST_GROWTH = 1.3;
+const MOST_GROWTH = 1.7;
 const CHECK_WIDTH = 44;
 const WIDTH_STEP = 16;
 const KIND_ICONS = { report: 'report', picture: 'picture', capture: 'capture', other: 'box' };
@@ -48,8 +48,9 @@ function scrollbarWidth() {
 
 /**
  * Returns the widths of the columns with these ids: the stored widths, or else the default widths, scaled to the width
- * of the list. The column of the name gets the rest. The scale always allows for the verdicts, which are known later than
- * the list. So when their column appears beside the name, only the name becomes narrower and no other column moves.
+ * of the list. The column of the name gets the rest, or gives what is missing. The scale always allows for the verdicts,
+ * which are known later than the list. So when their column appears beside the name, only the name becomes narrower and
+ * no other column moves.
  */
 function widthsFor(hostWidth, ids) {
   const kept = recall('widths', null);
@@ -57,7 +58,8 @@ function widthsFor(hostWidth, ids) {
   const room = hostWidth - CHECK_WIDTH - scrollbarWidth();
   const scaled = COLUMNS.filter(({ id }) => ids.includes(id) || id === 'verdict');
   const needed = scaled.reduce((sum, { width }) => sum + width, 0);
-  const grown = ({ width }) => Math.floor(width * Math.min(room / needed, MOST_GROWTH));
+  const scale = Math.min(Math.max(room / needed, 1), MOST_GROWTH);
+  const grown = ({ width }) => Math.floor(width * scale);
   const widths = Object.fromEntries(some.map((column) => [column.id, kept?.[column.id] ?? grown(column)]));
   const taken = Object.values(widths).reduce((sum, width) => sum + width, 0);
   widths.name = Math.max(COLUMNS[0].minWidth, widths.name + room - taken);
