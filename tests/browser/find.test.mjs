@@ -97,6 +97,17 @@ instrument.onList('reports in sight get their verdict, which is remembered and c
   assert.deepEqual(verdicts, [...verdicts].sort());
 }, { viewport: { width: 1280, height: 1600 } });
 
+instrument.onList('the second click of a double click on a picture changes nothing in the view', 'fmtype=screen', async (page) => {
+  const tile = page.locator('.fm-tile').nth(2);
+  const { x, y, width, height } = await tile.boundingBox();
+  await tile.dblclick();
+  await page.locator('.fm-picture img').waitFor();
+  const isOver = ([left, top]) => document.elementFromPoint(left, top).closest('.fm-facts summary') !== null;
+  assert.ok(await page.evaluate(isOver, [x + width / 2, y + height / 2]), 'the details open below the pointer');
+  assert.equal(await page.locator('.fm-facts').getAttribute('open'), '');
+  assert.equal(await page.evaluate(() => getSelection().toString()), '');
+});
+
 test('the columns that people read stay where they are when the verdicts arrive', async () => {
   const page = await instrument.newPage();
   await page.route(VIEWS, async (route) => {

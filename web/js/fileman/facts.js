@@ -25,10 +25,12 @@ export class Facts {
     this.list = el('dl');
     this.state = el('p', { class: 'fm-facts-state', hidden: true });
     const open = recall('details', innerHeight >= LOW);
+    // The first click of a double click on a picture opens the view, perhaps with the details below the pointer.
+    const click = (event) => event.detail > 1 && event.preventDefault();
     this.node = el(
       'details',
       { class: 'fm-facts', open },
-      el('summary', {}, el('span', { text: t('details') }), this.brief),
+      el('summary', { on: { click } }, el('span', { text: t('details') }), this.brief),
       this.list,
       this.state,
     );
