@@ -11,6 +11,15 @@ export function naturalKey(text) {
   return key.replace(/0*(\d+)/g, (run, digits) => String.fromCharCode(0x30 + Math.min(digits.length, 60)) + digits);
 }
 
+/** Sorts numbers by the keys with these numbers. Numbers with equal keys are in ascending order. */
+function sortByKeys(numbers, keys, ascending) {
+  const after = ascending ? 1 : -1;
+  return numbers.sort((a, b) => {
+    if (keys[a] === keys[b]) return a - b;
+    return keys[a] > keys[b] ? after : -after;
+  });
+}
+
 /**
  * Returns the indices of `entries`, sorted by date. Entries with equal dates are always in ascending order of names.
  */
@@ -23,33 +32,21 @@ function orderByDate(entries, ascending) {
   });
   const dates = [...runs.keys()].sort();
   if (!ascending) dates.reverse();
-  const order = new Uint32Array(entries.length);
-  let at = 0;
-  for (const run of dates.map((date) => runs.get(date))) {
-    const names = run.map((i) => entries[i]);
-    order.set(run.length > 1 ? orderBy(names, 'name', true).map((place) => run[place]) : run, at);
-    at += run.length;
-  }
-  return order;
+  const names = new Array(entries.length); // only for entries whose date another one has, too
+  return dates.flatMap((date) => {
+    const run = runs.get(date);
+    if (run.length === 1) return run;
+    for (const i of run) names[i] = naturalKey(entries[i].name);
+    return sortByKeys(run, names, true);
+  });
 }
 
 /**
  * Returns the indices of `entries`, sorted by a field. Entries with equal values stay in the order of the instrument's
- * list, except for dates. Each index is appended to its key as two characters, so that sort() needs no comparison
- * function. For 100,000 different names this takes a tenth of the time.
+ * list, except for dates.
  */
 export function orderBy(entries, field, ascending) {
   if (field === 'datetime') return orderByDate(entries, ascending);
-  const last = entries.length - 1;
-  const marked = entries
-    .map((entry, i) => {
-      const tie = ascending ? i : last - i;
-      return `${naturalKey(entry[field])}\0${String.fromCharCode(tie >>> 15, tie & 0x7fff)}`;
-    })
-    .sort();
-  if (!ascending) marked.reverse();
-  return Uint32Array.from(marked, (mark) => {
-    const tie = (mark.charCodeAt(mark.length - 2) << 15) | mark.charCodeAt(mark.length - 1);
-    return ascending ? tie : last - tie;
-  });
+  const keys = entries.map((entry) => naturalKey(entry[field]));
+  return sortByKeys([...keys.keys()], keys, ascending);
 }
