@@ -1,9 +1,8 @@
 // Finding from a person's side: counts to tap, kept filters, pictures, verdicts, new results.
 import assert from 'node:assert/strict';
-import fs from 'node:fs';
 import { test } from 'node:test';
 import { setTimeout as pause } from 'node:timers/promises';
-import { arrive, column, footer, openList, pressed, rowsOf, settled, startInstrument, withAnswer, withFiles } from './instrument.mjs';
+import { arrive, column, footer, openList, pressed, reportsOf, rowsOf, settled, startInstrument, withAnswer, withFiles } from './instrument.mjs';
 
 const instrument = await startInstrument();
 
@@ -78,11 +77,9 @@ test('screenshots are pictures, fetched in sight and four at a time, and arrows 
 });
 
 instrument.onList('reports in sight get their verdict, which is remembered and can be asked for', 'fmtype=rslt&module=10G', async (page) => {
-  const paths = rowsOf('fmtype=rslt&module=10G').map((row) => /path: '([^']*)'/.exec(row)[1]);
-  const reports = paths.filter((path) => path.endsWith('.html'));
-  const failed = reports.filter((path) => fs.readFileSync(path, 'utf8').includes('>FAIL<')).length;
-  const passed = reports.length - failed;
-  await page.waitForFunction((all) => document.querySelectorAll('.fm-verdict').length === all, reports.length);
+  const { all, failed } = reportsOf('fmtype=rslt&module=10G');
+  const passed = all - failed;
+  await page.waitForFunction((count) => document.querySelectorAll('.fm-verdict').length === count, all);
   assert.ok(passed && failed);
   assert.equal((await column(page, 'verdict')).filter((text) => text === 'FAIL').length, failed);
   await value(page, `PASS ${passed}`).click();

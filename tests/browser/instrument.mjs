@@ -219,6 +219,13 @@ export const rowsOf = (query) =>
     .split('\n')
     .filter((line) => line.startsWith("\t\t{ id: '"));
 
+/** The number of reports in the list of a query, and of those that say FAIL. */
+export function reportsOf(query) {
+  const paths = rowsOf(query).map((row) => /path: '([^']*)'/.exec(row)[1]);
+  const reports = paths.filter((path) => path.endsWith('.html'));
+  return { all: reports.length, failed: reports.filter((path) => fs.readFileSync(path, 'utf8').includes('>FAIL<')).length };
+}
+
 /** Names of serious faults that axe finds. */
 export async function faults(page) {
   await page.evaluate(AXE);

@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
 import { test } from 'node:test';
-import { find, names, openList, plainServer, pressed, row, saved, settled, startInstrument, strictServer, withFiles } from './instrument.mjs';
+import { find, names, openList, plainServer, pressed, reportsOf, row, saved, settled, startInstrument, strictServer, withFiles } from './instrument.mjs';
 
 // Default answers here: the other files ask the packaged server, whose answers are strict.
 const instrument = await startInstrument(plainServer());
@@ -68,6 +68,26 @@ instrument.onList('Back closes a view and Forward opens it; what was typed meanw
   await page.goto(`${list}#view=/home/gone.html`);
   await page.getByRole('alert').getByText('This list does not hold /home/gone.html.').waitFor();
 });
+
+instrument.onList('the place of a view follows the list: verdicts that arrive, a search, a refresh', 'fmtype=rslt&module=10G#find=fail', async (page) => {
+  const place = viewer(page).locator('.fm-viewer-place');
+  const { failed } = reportsOf('fmtype=rslt&module=10G');
+  await row(page, 0).dblclick();
+  await place.getByText(`of ${failed}`).waitFor();
+  await find(page, 'test:bert .html');
+  await place.getByText(`of ${(await names(page)).length}`).waitFor();
+  await find(page, 'no such entry');
+  assert.equal(await place.innerText(), '');
+
+  await find(page, '.html');
+  await pressed(page, 'Clear the choice').click();
+  for (const i of [0, 1]) await row(page, i).locator('.fm-check').click();
+  await pressed(page, 'Compare').click();
+  await page.frameLocator('.fm-report').locator('h1').first().waitFor();
+  await pressed(page, 'Read the list again').click();
+  await settled(page);
+  assert.equal(await place.innerText(), '', 'a pair has no place');
+}, { viewport: { width: 1280, height: 1600 } });
 
 const INSIDES = {
   'whole_files/chart Ü.svg': '<svg xmlns="http://www.w3.org/2000/svg" width="40" height="30"><rect width="40" height="30"/></svg>',

@@ -232,6 +232,7 @@ function narrow() {
   showEmpty(frame, listing, { all: entries.length, isEmpty: !shown.length, load, clearFind });
   showState();
   showGallery();
+  if (viewer.isOpen) viewer.showPlace(placeOf(viewer.entry));
   facets.show(entries, query);
 }
 

@@ -8,9 +8,9 @@ const BEYOND = 8; // additional rows that are drawn above and below the visible 
 
 export class Table {
   /**
-   * `source` has count(), the number of rows, and entry(row). `events` has drawn() after rows were drawn, and resized()
-   * after the user has changed a width. A column is { id, head, className, width, minWidth, isFixed, fill(cell, entry)
-   * }.
+   * `source` has count(), the number of rows, and entry(row). `events` has drawn() after rows were drawn or all removed,
+   * and resized() after the user has changed a width. A column is { id, head, className, width, minWidth, isFixed,
+   * fill(cell, entry) }.
    */
   constructor(host, source, events) {
     this.host = host;
@@ -90,6 +90,7 @@ export class Table {
     this.height ??= this.viewport.clientHeight;
     this.scrolled = Math.min(this.scrolled, Math.max(0, whole - this.height)); // as the browser does
     this.draw();
+    if (!whole) this.events.drawn();
   }
 
   /** Draws the rows that have become visible, and removes those that are far away. */

@@ -18,6 +18,7 @@ import { t } from './texts.js';
 import { wording } from './wording.js';
 
 const REST = 500; // debounce: milliseconds before the archive is fetched
+const NOWHERE = { at: -1, count: 0 }; // the place of an entry that is not among the shown rows
 
 export class Viewer {
   /**
@@ -123,11 +124,12 @@ export class Viewer {
   renew([entry, other = null], place) {
     this.entry = entry;
     this.other = other;
-    this.#showPlace(place);
+    this.showPlace(place);
   }
 
-  #showPlace(place) {
-    const { at, count } = place;
+  /** Shows `place`, as in open(). Two compared reports have no place. */
+  showPlace(place) {
+    const { at, count } = this.other ? NOWHERE : place;
     this.at = place;
     this.place.textContent = at < 0 ? '' : t('place', { at: at + 1, count });
     this.previous.disabled = at <= 0;
@@ -146,7 +148,7 @@ export class Viewer {
 
   /** Shows two reports side by side. */
   async compare(entries) {
-    const { signal } = this.#begin(entries, { at: -1, count: 0 });
+    const { signal } = this.#begin(entries, NOWHERE);
     try {
       const contents = [];
       for (const entry of entries) contents.push(await fetchFile(entry, signal));
@@ -171,7 +173,7 @@ export class Viewer {
     this.facts.node.hidden = entries.length > 1;
     this.title.textContent = entries.map(({ name }) => visible(name)).join(' ↔ ');
     this.title.title = this.title.textContent;
-    this.#showPlace(place);
+    this.showPlace(place);
     for (const operation of ['pdf', 'download'])
       this[operation].disabled = entries.every((entry) => obstacle(entry, operation));
     this.#fill(el('p', { class: 'fm-wait', text: t('opening') }));
