@@ -36,3 +36,8 @@ export function button(text, { image, press, bare = false, short = null, ...rest
     el('span', { class: bare || short ? 'fm-hidden' : 'fm-label', text }),
   );
 }
+
+/** Runs a task when the browser has painted what is in the document now. In a hidden tab it waits for that. */
+export function afterPaint(task) {
+  requestAnimationFrame(() => setTimeout(task));
+}

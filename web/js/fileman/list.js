@@ -8,7 +8,7 @@ import { announce } from './announce.js';
 import { copyRows, copyText } from './clipboard.js';
 import { columnText } from './columns.js';
 import { visible } from './controlchars.js';
-import { button, el } from './dom.js';
+import { afterPaint, button, el } from './dom.js';
 import { Facets } from './facets.js';
 import { buildFrame } from './frame.js';
 import { Gallery } from './gallery.js';
@@ -33,7 +33,6 @@ import { Viewer } from './viewer.js';
 import { wording } from './wording.js';
 
 const MOST_KEPT = 2000; // selected entries that are stored
-const TYPING_PAUSE = 50; // debounce of the search, in milliseconds
 
 let frame; // the parts of the page by name
 let grid;
@@ -233,7 +232,7 @@ function narrow() {
   showState();
   showGallery();
   if (viewer.isOpen) viewer.showPlace(placeOf(viewer.entry));
-  facets.show(entries, query);
+  afterPaint(() => facets.show(entries, query));
 }
 
 /** Offers a newer list with a button. The list is shown when the user presses it. */
@@ -271,7 +270,7 @@ function takeVerdict(entry) {
   }, 500);
 }
 
-/** Applies the text of the search now, and updates the address. */
+/** Applies the text of the search now. The address follows when the rows are painted. */
 function applyFind() {
   clearTimeout(typing);
   typing = null;
@@ -279,14 +278,20 @@ function applyFind() {
   narrow();
   grid.top = 0;
   announce(count());
-  showTabs(frame, listing, addressWith);
-  history.replaceState(history.state, '', addressShown());
+  afterPaint(keepFindInAddress);
 }
 
-let typing = null; // the timer that waits for a pause in typing
+function keepFindInAddress() {
+  showTabs(frame, listing, addressWith);
+  // history.back() is under way, so the current history entry is still that of the view.
+  if (!isLeaving) history.replaceState(history.state, '', addressShown());
+}
+
+let typing = null; // the timer of typed()
+/** Applies the search when the browser has handled all keys that were pressed so far. */
 function typed() {
   clearTimeout(typing);
-  typing = setTimeout(applyFind, TYPING_PAUSE);
+  typing = setTimeout(applyFind);
 }
 
 /** Sets the text of the search and applies it. */
