@@ -125,6 +125,11 @@ export class FileGrid {
     if (!this.narrow || !this.table.columns) this.#fit();
   }
 
+  /** Returns true if fold() has left this column in the list. */
+  hasColumn(id) {
+    return this.columns.telling.includes(id);
+  }
+
   // ---- drawing
 
   /** Updates the state of the drawn rows. Runs after each drawing and each change of the selection. */

@@ -261,7 +261,7 @@ function takeVerdict(entry) {
   grid.redrawEntry(entry);
   renewing ??= setTimeout(() => {
     renewing = null;
-    grid.fold(entries);
+    if (!grid.hasColumn('verdict')) grid.fold(entries);
     found = null;
     const { top } = grid;
     if (query.valuesOf('verdict').length) narrow();
