@@ -15,7 +15,8 @@
 //     ListPage        the grid page                  CFileManager loads what it lists
 //     ListForPrograms the same rows as JSON Lines or CSV; RowFormat: the formats; RowWriter: the rows
 //     FilterPages     the two filter dialogs
-//     CGICommonUtils  HTML lines, and the answer to every other request
+//     RequestInfoPage the answer to every other request
+//     CGICommonUtils  HTML lines; PageHead, PageFrame: the top and the foot of a page
 //   delivery/       sends files instead of pages: View, Download, PdfExport
 //     ChosenIds       which records the request chose
 //     UnsafeNames     which of them cannot be written into the shell commands

@@ -8,7 +8,6 @@
 
 #include "cgi/answer/Answers.h"
 #include "cgi/answer/Header.h"
-#include "cgi/pages/PageLine.h"
 #include "common/CCommUtils.h"
 
 namespace {
@@ -35,28 +34,6 @@ __attribute__((format(printf, 1, 2))) std::string formatLine(const char* format,
 // glibc prints a null string like this; other libraries crash.
 const char* orNull(const char* text) {
     return text == nullptr ? "(null)" : text;
-}
-
-int writeCells(const std::string& cells) {
-    CGICommonUtils::writeHTMLine("\t<tr>");
-    CGICommonUtils::writeHTMLine("\t" + cells);
-    return CGICommonUtils::writeHTMLine("\t</tr>");
-}
-
-int writeVariable(const char* name, const std::string& stored) {
-    return writeCells(CGICommonUtils::createHTMLine(
-        page::either(R"(<th width="30%%">%s</th><td>%s</td>)", "<th>%s</th><td>%s</td>"), name,
-        page::value(stored).c_str()));
-}
-
-int writeVariable(const char* name) {
-    return writeVariable(name, orNull(std::getenv(name)));
-}
-
-// Returns CONTENT_LENGTH as a 64-bit decimal number; 0 when it is unset or not a number.
-std::string contentLength() {
-    const char* const text = std::getenv("CONTENT_LENGTH");
-    return std::to_string(text == nullptr ? 0 : std::strtoll(text, nullptr, 10));
 }
 
 } // namespace
@@ -86,42 +63,10 @@ int CGICommonUtils::writeEndNode(const std::string& tag) {
     return std::printf("</%s>\n", tag.c_str());
 }
 
-int CGICommonUtils::writePageTop(const char* indent) {
-    writeHTMLine(createHTMLine(R"(%s<div class="topmenu">)", indent));
-    writeHTMLine(createHTMLine("%s\t<div class=\"topmenu-logo\"></div>", indent));
-    return writeHTMLine(createHTMLine("%s</div>", indent));
-}
-
-int CGICommonUtils::writePageFoot(const char* indent) {
-    writeHTMLine(createHTMLine(
-        R"(%s<div style="height:32px; line-height:32px; text-align:center; color:#FFFFFF;">)", indent));
-    writeHTMLine(createHTMLine(
-        "%s\t<div id=\"copyright\">Copyright (c) the Result File Manager authors</div>", indent));
-    return writeHTMLine(createHTMLine("%s</div>", indent));
-}
-
 int CGICommonUtils::writeDebugInfo(const char* text) {
     writeCGIHeader();
     writeHTMLBeginNode();
     std::printf("%s\r\n", orNull(text));
-    return writeHTMLEndNode();
-}
-
-int CGICommonUtils::writeRequestInfo() {
-    writeCGIHeader();
-    writeHTMLBeginNode();
-    page::strictLine(0, "<head>");
-    page::writeMeta();
-    page::strictLine(0, "</head>");
-    page::strictLine(0, "<body>");
-    writeHTMLine(page::either(
-        R"(<table border="1" cellpadding="0" cellspacing="0" align="center" width="40%">)", "<table>"));
-    writeVariable("CONTENT_LENGTH", contentLength());
-    for (const char* const name :
-         {"QUERY_STRING", "CONTENT_TYPE", "REMOTE_ADDR", "REQUEST_METHOD", "PATH_INFO", "PATH_TRANSLATED"})
-        writeVariable(name);
-    writeHTMLine("</table>");
-    page::strictLine(0, "</body>");
     return writeHTMLEndNode();
 }
 

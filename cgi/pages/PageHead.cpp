@@ -1,3 +1,5 @@
+#include "cgi/pages/PageHead.h"
+
 #include "cgi/answer/Header.h"
 #include "cgi/pages/PageLine.h"
 
