@@ -28,7 +28,7 @@
 //     Termination     lets the clean-up finish when the server ends the request early
 //   archive/        writes archives of strict answers straight to the response
 //     StreamedDownload  what goes in, and what is missing; RecordFiles: the files of a record
-//     ArchiveStream     the archive; EntryNames: the names in it
+//     ArchiveStream     the archive; EntryNames: the names in it; PackedEndings: what is compressed already
 //   staging/        the shared directories below /tmp
 //     StagingArea     one of them; AreaLock, SignOfLife: whose turn it is
 //     TmpKeeper       the process that may write directly in /tmp; PassedFd: how it passes files on

@@ -3,11 +3,9 @@
 #include <archive.h>
 #include <archive_entry.h>
 #include <fcntl.h>
-#include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <clocale>
 #include <cstdint>
@@ -18,6 +16,7 @@
 #include <utility>
 
 #include "cgi/answer/Output.h"
+#include "cgi/archive/PackedEndings.h"
 #include "common/Report.h"
 #include "common/Retry.h"
 
@@ -27,18 +26,6 @@ constexpr std::size_t kChunk = 65536;
 
 constexpr mode_t kFileMode = 0644;
 constexpr mode_t kDirectoryMode = 0755;
-
-// The extensions of files that are already compressed.
-constexpr std::array<std::string_view, 19> kPackedEndings = {
-    ".png", ".jpg", ".jpeg", ".gif", ".webp", ".zip", ".gz",  ".tgz", ".bz2", ".xz",
-    ".zst", ".lz4", ".7z",   ".rar", ".pdf",  ".mp4", ".jar", ".ods", ".xlsx"};
-
-bool isPacked(std::string_view name) {
-    return std::any_of(kPackedEndings.begin(), kPackedEndings.end(), [name](std::string_view ending) {
-        return name.size() >= ending.size() &&
-               ::strncasecmp(name.data() + name.size() - ending.size(), ending.data(), ending.size()) == 0;
-    });
-}
 
 // Limits a time to what fits into the archive, which has an unsigned field of 32 bits, and into time_t. This
 // file is compiled with the time_t of the platform, like the library, so it may have only 32 bits. All other
@@ -104,7 +91,7 @@ bool ArchiveStream::startEntry(const std::string& name, unsigned type, long long
     ::archive_entry_set_perm(entry, isDirectory ? kDirectoryMode : kFileMode);
     ::archive_entry_set_size(entry, size);
     ::archive_entry_set_mtime(entry, entryTime(time), 0);
-    if (isPacked(name))
+    if (hasPackedEnding(name))
         ::archive_write_zip_set_compression_store(m_archive.get());
     else
         ::archive_write_zip_set_compression_deflate(m_archive.get());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -15,6 +16,9 @@ std::string plainName(std::string_view name);
 // next one gets a number: "name (2).html".
 class EntryNames {
 public:
+    // The longest full name, in bytes. When an archive is unpacked, longer paths cannot be created.
+    static constexpr std::size_t kLongest = 4095;
+
     enum class Kind { File, Directory };
 
     // Returns the full name for an entry in a directory of the archive ("" is the top). If the name contains

@@ -25,8 +25,6 @@ namespace {
 
 // Each level keeps a descriptor open, and a process may usually have 1,024 of them.
 constexpr int kDeepest = 200;
-// When an archive is unpacked, longer paths cannot be created.
-constexpr std::size_t kLongestEntry = 4095;
 
 // Without O_NONBLOCK a FIFO without a writer would block the request for ever.
 constexpr int kReadFile = O_RDONLY | O_NONBLOCK | O_NOCTTY;
@@ -159,7 +157,7 @@ void Download::addDirectory(UniqueFd opened, const std::string& path, const std:
 }
 
 bool Download::isTooLong(const std::string& path, const std::string& name) {
-    if (name.size() <= kLongestEntry)
+    if (name.size() <= EntryNames::kLongest)
         return false;
     leaveOut(path, "its name in the archive is too long");
     return true;
