@@ -13,14 +13,15 @@ import { shortDate } from './showndates.js';
 import { t } from './texts.js';
 import { VERDICT_TEXTS } from './verdicts.js';
 
+/** Each width holds the longest usual value: "Optical Power Meter", "20. Sept. 2025 20:48". */
 const COLUMNS = [
-  { id: 'name', width: 220, minWidth: 120 },
+  { id: 'name', width: 260, minWidth: 120 },
   { id: 'verdict', width: 84 },
   { id: 'module', width: 84 },
-  { id: 'mode', width: 116 },
-  { id: 'test', width: 150 },
-  { id: 'port', width: 84 },
-  { id: 'datetime', width: 152 },
+  { id: 'mode', width: 118 },
+  { id: 'test', width: 162 },
+  { id: 'port', width: 72 },
+  { id: 'datetime', width: 170 },
   { id: 'rsltype', width: 84 },
 ];
 const ALWAYS = ['name', 'datetime'];

@@ -11,7 +11,7 @@ import { keep, recall } from './memory.js';
 import { Table } from './table.js';
 import { t } from './texts.js';
 
-const NARROW = 940; // all columns need at least this width, see columns.js
+const NARROW = 960; // all columns need at least this width, see columns.js
 const ROW_HEIGHT = 36;
 const DENSE_ROW_HEIGHT = 28;
 const NARROW_ROW_HEIGHT = 44; // two lines; also the least height for a finger
