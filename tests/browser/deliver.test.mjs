@@ -3,9 +3,9 @@ import assert from 'node:assert/strict';
 import { execFileSync, spawnSync } from 'node:child_process';
 import fs from 'node:fs';
 import { test } from 'node:test';
-import { obstacle } from '../../web/js/fileman/obstacles.js';
-import { parsePage, toEntries } from '../../web/js/fileman/readrows.js';
-import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/requests.js';
+import { obstacle } from '../../web/js/fileman/answers/obstacles.js';
+import { parsePage, toEntries } from '../../web/js/fileman/answers/readrows.js';
+import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/answers/requests.js';
 import { archiveOf } from './archives.mjs';
 import { CGI_DIR, DIR, answerOf, footer, pressed, row, saved, startInstrument, task, told, withAnswer, withFiles } from './instrument.mjs';
 

@@ -1,7 +1,7 @@
 // What did not come is told, and can be asked for again.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { parsePage } from '../../web/js/fileman/readrows.js';
+import { parsePage } from '../../web/js/fileman/answers/readrows.js';
 import { answerOf, footer, openList, pressed, rowsOf, startInstrument, withAnswer } from './instrument.mjs';
 
 const instrument = await startInstrument();

@@ -1,5 +1,5 @@
 // Stores whose names were chosen to confuse a reader of their list, and the page that the program prints for them.
-import { FIELDS } from '../../web/js/fileman/readrows.js';
+import { FIELDS } from '../../web/js/fileman/answers/readrows.js';
 
 const ID_BYTES = 255;
 const NAME_BYTES = 255;

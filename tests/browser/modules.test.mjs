@@ -2,17 +2,18 @@
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import { test } from 'node:test';
-import { membersOf } from '../../web/js/fileman/archive.js';
-import { align, change, differingCells } from '../../web/js/fileman/differences.js';
-import { lacksOfDownload, lacksOfPdfs } from '../../web/js/fileman/missing.js';
-import { FIELDS } from '../../web/js/fileman/readrows.js';
+import { membersOf } from '../../web/js/fileman/answers/archive.js';
+import { align, change, differingCells } from '../../web/js/fileman/view/differences.js';
+import { lacksOfDownload, lacksOfPdfs } from '../../web/js/fileman/delivery/missing.js';
+import { FIELDS } from '../../web/js/fileman/answers/readrows.js';
 import english from '../../web/js/languages/en.js';
-import { parsePrimary } from '../../web/js/fileman/options.js';
-import { dateAt } from '../../web/js/fileman/searchdates.js';
-import { naturalKey, orderBy } from '../../web/js/fileman/order.js';
-import { Query } from '../../web/js/fileman/query.js';
-import { escape, isSendable, listingQuery, parseQuery, readListing, toBinary, toText } from '../../web/js/fileman/requests.js';
-import { sniff, stripLead } from '../../web/js/fileman/stored.js';
+import { parsePrimary } from '../../web/js/fileman/filter/options.js';
+import { dateAt } from '../../web/js/fileman/search/searchdates.js';
+import { naturalKey } from '../../web/js/fileman/common/naturalorder.js';
+import { orderBy } from '../../web/js/fileman/grid/order.js';
+import { Query } from '../../web/js/fileman/search/query.js';
+import { escape, isSendable, listingQuery, parseQuery, readListing, toBinary, toText } from '../../web/js/fileman/answers/requests.js';
+import { sniff, stripLead } from '../../web/js/fileman/answers/stored.js';
 import { archiveOf } from './archives.mjs';
 
 const bytesOf = (binary) => Uint8Array.from(binary, (char) => char.charCodeAt(0));
@@ -197,7 +198,7 @@ test('an archive of PDFs tells which are missing or broken, and which share a na
 
 test('every language has every text, and no text is left over', async () => {
   const folder = new URL('../../web/js/', import.meta.url);
-  const files = fs.readdirSync(new URL('fileman', folder));
+  const files = fs.readdirSync(new URL('fileman', folder), { recursive: true }).filter((file) => file.endsWith('.js'));
   const sources = files.map((file) => fs.readFileSync(new URL(`fileman/${file}`, folder), 'utf8'));
   const columns = [...FIELDS, 'verdict'].map((field) => `col${field[0].toUpperCase()}${field.slice(1)}`);
   for (const file of fs.readdirSync(new URL('languages', folder))) {

@@ -1,7 +1,7 @@
 // What a packet capture holds is read from files of each form, and whatever a file holds, reading ends.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { summarize } from '../../web/js/fileman/pcap.js';
+import { summarize } from '../../web/js/fileman/view/pcap.js';
 import { dice } from './hostile-names.mjs';
 
 const number = (bits) => (value) => ({ bits, value });

@@ -4,7 +4,7 @@ import { execFileSync } from 'node:child_process';
 import crypto from 'node:crypto';
 import fs from 'node:fs';
 import { test } from 'node:test';
-import { parsePage } from '../../web/js/fileman/readrows.js';
+import { parsePage } from '../../web/js/fileman/answers/readrows.js';
 import { dice, hostileName, record } from './hostile-names.mjs';
 import { CGI_DIR, DIR, answerOf, footer, names, openList, plainServer, pressed, saved, startInstrument, startServers, withFiles } from './instrument.mjs';
 

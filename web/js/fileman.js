@@ -1,7 +1,7 @@
 /*
  * The first script of every page, both of the list and of the filter pages. It runs before the browser parses the rest
  * of the page, so that no name of a stored file can run as code. Default answers do not escape the values in the array
- * of the list. So this script turns the array into plain text, which js/fileman/readrows.js reads. It also applies a
+ * of the list. So this script turns the array into plain text, which js/fileman/answers/readrows.js reads. It also applies a
  * Content-Security-Policy like the one of the packaged web server, because small servers do not send one. Then it
  * starts the module that the page needs.
  */

@@ -1,0 +1,554 @@
+/*
+ * The list page. Another list is fetched and shown without loading a new page, and its address becomes a history entry.
+ * So no settings of the user are lost.
+ *
+ * Only this module keeps the state of the page. The other modules get what they need as arguments.
+ */
+import { announce } from '../common/announce.js';
+import { copyRows, copyText } from '../common/clipboard.js';
+import { columnText } from '../grid/columns.js';
+import { visible } from '../common/controlchars.js';
+import { afterPaint, button, el } from '../common/dom.js';
+import { Facets } from '../search/facets.js';
+import { buildFrame } from './frame.js';
+import { Gallery } from '../grid/gallery.js';
+import { FileGrid, isDense } from '../grid/grid.js';
+import { hashOf, inHash } from '../search/hash.js';
+import { icon } from '../common/icons.js';
+import { later } from './later.js';
+import { TAB_TEXTS, addressOf } from '../answers/listing.js';
+import { keep, keepFind, keepList, recall, recallFind, recallList } from '../common/memory.js';
+import { showMenu } from '../common/menu.js';
+import { News } from './news.js';
+import { orderBy } from '../grid/order.js';
+import { dressPage } from '../common/page.js';
+import { printRows } from '../grid/printing.js';
+import { Query } from '../search/query.js';
+import { AnswerError, listingQuery, readListing, toText } from '../answers/requests.js';
+import { fetchList, readOwnPage } from '../answers/source.js';
+import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
+import { size, t } from '../common/texts.js';
+import { Verdicts, verdictOf } from '../view/verdicts.js';
+import { Viewer } from './viewer.js';
+import { wording } from '../answers/wording.js';
+
+const MOST_KEPT = 2000; // selected entries that are stored
+
+let frame; // the parts of the page by name
+let grid;
+let viewer;
+let facets;
+let gallery;
+let verdicts;
+let news;
+
+let listing; // the kind and the filter of the list (listing.js)
+let entries = []; // all rows of the list, in the instrument's order
+let lost = 0; // rows that could not be read
+let order = []; // indices of the entries in the shown order
+let query = new Query(''); // the search
+let sorted = { order: null, list: [] }; // the cached entries in the shown order
+let found = null; // the cached result of the last search: { query, order, view }
+let sort = recall('sort', { field: 'datetime', ascending: false });
+let loading = null; // the AbortController of the last request for a list
+
+const count = () => countText(grid.view.length, entries.length);
+
+// ---- reading the list
+
+/** Returns the address of a listing with the text of the search. */
+const addressWith = (other) => `${addressOf(other)}${hashOf({ find: frame.find.value })}`;
+
+/** Returns the address of the current state, with the text of the search and the open view. */
+function addressShown() {
+  const [view, other] = viewer.isOpen ? viewer.entries.map(({ path }) => path) : [];
+  return `${addressOf(listing)}${hashOf({ find: frame.find.value, view, with: other })}`;
+}
+
+/**
+ * Fetches another listing and shows it. The old list stays until the new one is there. On failure it shows a message.
+ * `push` adds a history entry. `kept` is the state of the list (selection, active row, scroll position), by default the
+ * stored one. `find` is the new text of the search; null keeps the current text.
+ */
+async function load(next, { push = true, kept = recallList(listingQuery(next)), find = null } = {}) {
+  loading?.abort();
+  loading = new AbortController();
+  const { signal } = loading;
+  remember();
+  frame.wait.textContent = t('loading');
+  showLoading(true);
+  frame.banner.hidden = true;
+  const showSize = (received) => {
+    frame.wait.textContent = t('loadingSize', { size: size(received) });
+  };
+  try {
+    const list = await fetchList(addressOf(next), signal, showSize);
+    if (list.early && entries.length && listingQuery(next) === listingQuery(listing)) {
+      showNotice(t('endedEarlyKept'), () => load(next, { push, kept, find }));
+      return;
+    }
+    listing = next;
+    if (find !== null) frame.find.value = find;
+    if (push) {
+      viewer.hide();
+      history.pushState(null, '', addressWith(listing));
+    }
+    takeList(list, kept);
+    announce(`${t(TAB_TEXTS[listing.kind])}. ${count()}`);
+  } catch (error) {
+    if (error.name === 'AbortError') return;
+    if (error instanceof AnswerError) complain(error, () => load(next, { push, kept, find }));
+    else throw error;
+  } finally {
+    if (loading?.signal === signal) showLoading(false);
+  }
+}
+
+function showLoading(on) {
+  frame.wait.hidden = !on;
+  frame.list.classList.toggle('is-loading', on);
+  frame.list.setAttribute('aria-busy', on);
+}
+
+function say(error) {
+  const module = listing.lists.module.map(toText).join(', ');
+  if (error.key === 'errorStatus' && module) return t('errorModule', { ...error.values, module });
+  return wording(error);
+}
+
+const complain = (error, retry) => showNotice(say(error), retry);
+
+/** Shows a message above the list. It stays until the user closes it or tries again. */
+function showNotice(text, retry) {
+  const { banner } = frame;
+  const close = () => {
+    banner.hidden = true;
+  };
+  banner.replaceChildren(
+    icon('warn'),
+    el('span', { text }),
+    button(t('retry'), { class: 'fm-button', press: retry }),
+    button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: close }),
+  );
+  banner.hidden = false;
+}
+
+/** Shows a message if the list is cut off or if the instrument could not read all directories. */
+function tellGaps({ early, incomplete }) {
+  const texts = [];
+  if (early) texts.push(t('endedEarly', { n: entries.length }));
+  if (incomplete) texts.push(t('incomplete', { n: incomplete }));
+  if (texts.length) showNotice(texts.join(' '), () => load(listing, { push: false, kept: snapshot() }));
+}
+
+/** Shows a list from fetchList() or readOwnPage(), in the state `kept`. */
+function takeList(list, kept) {
+  ({ entries, lost } = list);
+  verdicts.recallFor(entries);
+  frame.news.hidden = true;
+  news.restart();
+  order = orderBy(entries, sort.field, sort.ascending);
+  query = new Query(frame.find.value);
+  showForms(frame, listing);
+  showTabs(frame, listing, addressWith);
+  showChips(frame, listing, load);
+  grid.fold(entries);
+  narrow();
+  // Compare paths, because files with the same name may have the same id.
+  const paths = new Set(kept.chosen ?? []);
+  if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
+  grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
+  if (kept.top || grid.top) grid.top = kept.top ?? 0;
+  tellGaps(list);
+  takeView();
+}
+
+// ---- stored state
+
+function snapshot() {
+  return {
+    chosen: [...grid.chosen].slice(0, MOST_KEPT).map((entry) => entry.path),
+    active: grid.activeEntry?.path,
+    top: grid.top,
+  };
+}
+
+function remember() {
+  keepList(listingQuery(listing), snapshot());
+  keepFind(frame.find.value);
+}
+
+// ---- search and order
+
+function showState() {
+  showCounts(frame, grid, { all: entries.length, lost });
+  gallery.mark();
+}
+
+/** Returns the element that gets the keyboard focus: the list, or the gallery if it is shown. */
+const listHost = () => (gallery.isShown ? frame.gallery : frame.host);
+
+/** Shows screenshots as pictures, unless the user has chosen the list. */
+function showGallery() {
+  const canShow = listing.kind === 'screen';
+  const isOn = canShow && recall('gallery', true) && grid.view.length > 0;
+  const changes = gallery.isShown !== isOn;
+  frame.pictures.hidden = !canShow;
+  frame.pictures.setAttribute('aria-pressed', String(recall('gallery', true)));
+  frame.host.hidden = isOn;
+  gallery.show(isOn ? grid.view : null);
+  if (changes) gallery.reveal();
+}
+
+function switchGallery() {
+  keep('gallery', !recall('gallery', true));
+  showGallery();
+}
+
+/** Returns all entries in the shown order. */
+function sortedEntries() {
+  if (sorted.order !== order) {
+    sorted = { order, list: new Array(order.length) };
+    order.forEach((place, i) => {
+      sorted.list[i] = entries[place];
+    });
+  }
+  return sorted.list;
+}
+
+/** Returns the entries that match the query, in order. A longer query searches only the result of the shorter one. */
+function findEntries() {
+  const isWithin = found?.order === order && query.isWithin(found.query);
+  const among = isWithin ? found.view : sortedEntries();
+  found = { query, order, view: query.filter(among) };
+  return found.view;
+}
+
+/** Applies the query: shows the matching entries and updates everything that depends on them. */
+function narrow() {
+  const shown = findEntries();
+  grid.show(shown, query.words);
+  showEmpty(frame, listing, { all: entries.length, isEmpty: !shown.length, load, clearFind });
+  showState();
+  showGallery();
+  if (viewer.isOpen) viewer.showPlace(placeOf(viewer.entry));
+  afterPaint(() => facets.show(entries, query));
+}
+
+/** Offers a newer list with a button. The list is shown when the user presses it. */
+function offerNews(list, n) {
+  const { news: offer } = frame;
+  offer.querySelector('span').textContent = t('news', { n });
+  offer.hidden = false;
+  offer.onclick = () => {
+    takeList(list, { ...snapshot(), top: 0 });
+    announce(count());
+    listHost().focus();
+  };
+  announce(t('news', { n }));
+}
+
+/** Requests the verdicts of the visible entries. If the query has a verdict, requests those of all possible matches. */
+function requestVerdicts() {
+  const hasVerdict = query.valuesOf('verdict').length > 0;
+  const mayFit = (entry) => !verdictOf(entry) && query.obstacleOf(entry) !== null;
+  verdicts.request(hasVerdict ? entries.filter(mayFit) : grid.visibleEntries);
+}
+
+let renewing = null;
+/** Shows a new verdict in its row at once. The rest of the page is updated at most twice a second (throttle). */
+function takeVerdict(entry) {
+  grid.redrawEntry(entry);
+  renewing ??= setTimeout(() => {
+    renewing = null;
+    if (!grid.hasColumn('verdict')) grid.fold(entries);
+    found = null;
+    const { top } = grid;
+    if (query.valuesOf('verdict').length) narrow();
+    else facets.show(entries, query);
+    grid.top = top;
+  }, 500);
+}
+
+/** Applies the text of the search now. The address follows when the rows are painted. */
+function applyFind() {
+  clearTimeout(typing);
+  typing = null;
+  query = new Query(frame.find.value);
+  narrow();
+  grid.top = 0;
+  announce(count());
+  afterPaint(keepFindInAddress);
+}
+
+function keepFindInAddress() {
+  showTabs(frame, listing, addressWith);
+  // history.back() is under way, so the current history entry is still that of the view.
+  if (!isLeaving) history.replaceState(history.state, '', addressShown());
+}
+
+let typing = null; // the timer of typed()
+/** Applies the search when the browser has handled all keys that were pressed so far. */
+function typed() {
+  clearTimeout(typing);
+  typing = setTimeout(applyFind);
+}
+
+/** Sets the text of the search and applies it. */
+function findText(text) {
+  frame.find.value = text;
+  applyFind();
+}
+
+/** Applies a named filter. */
+function applyKept({ query: search, find }) {
+  if (search === listingQuery(listing)) findText(find);
+  else load(readListing(search), { find });
+}
+
+/** The key "/" moves the focus to the search, except in a text field. */
+function leadToFind(event) {
+  const isField = event.target.closest?.('input:not([type=checkbox]), textarea, select, dialog');
+  if (event.key !== '/' || event.ctrlKey || event.metaKey || event.altKey || isField) return;
+  event.preventDefault();
+  frame.find.focus();
+  frame.find.select();
+}
+
+/** The key Down moves the focus from the search to the list. */
+function leadToList(event) {
+  if (event.key !== 'ArrowDown') return;
+  event.preventDefault();
+  if (typing) applyFind();
+  if (!grid.view.length) return;
+  listHost().focus();
+  grid.activate(Math.max(grid.active, 0));
+  gallery.reveal();
+}
+
+function clearFind() {
+  findText('');
+  frame.find.focus();
+}
+
+function sortBy(field) {
+  const again = field === sort.field;
+  sort = { field, ascending: again ? !sort.ascending : field !== 'datetime' };
+  keep('sort', sort);
+  order = orderBy(entries, field, sort.ascending);
+  narrow();
+  grid.showSort(sort);
+  const direction = t(sort.ascending ? 'ascending' : 'descending');
+  announce(t('sorted', { column: columnText(field), order: direction }));
+}
+
+// ---- actions
+
+/** Writes a command into the form of the page, which always holds the last command. */
+function command(operation, targets) {
+  setField(frame.commandForm, 'opertype', operation);
+  setField(frame.commandForm, 'rsltid', targets.map((entry) => entry.id).join(','));
+}
+
+const placeOf = (entry) => ({ at: grid.view.indexOf(entry), count: grid.view.length });
+
+/** Opens the view of one entry, or of two side by side. The first view adds a history entry, later ones replace it. */
+function view(...targets) {
+  if (!targets.length) return;
+  const change = viewer.isOpen ? 'replaceState' : 'pushState';
+  command('view', targets);
+  openView(targets);
+  history[change]({ viewing: true }, '', addressShown());
+}
+
+function openView(targets) {
+  if (targets.length > 1) viewer.compare(targets);
+  else viewer.open(targets[0], placeOf(targets[0]));
+}
+
+/** Opens the view that the part of the address after "#" names. If it names none, closes the view. */
+function takeView(hash = location.hash) {
+  const paths = [inHash('view', hash), inHash('with', hash)].filter((path) => path !== null);
+  const targets = paths.map((path) => entries.find((entry) => entry.path === path));
+  const gone = targets.indexOf(undefined);
+  if (!targets.length || gone >= 0) {
+    if (viewer.isOpen) viewer.hide();
+    if (gone < 0 || !entries.length) return;
+    history.replaceState(null, '', addressShown());
+    showNotice(t('viewGone', { path: visible(paths[gone]) }), handlers.refresh);
+  } else if (viewer.isOpen && viewer.entries.map(({ path }) => path).join('\n') === paths.join('\n')) {
+    viewer.renew(targets, placeOf(targets[0]));
+  } else {
+    const { at } = placeOf(targets[0]);
+    if (at >= 0) grid.activate(at);
+    openView(targets);
+  }
+}
+
+let isLeaving = false; // true from history.back() until the browser has left the history entry of the view
+
+/** Closes the view. If the view has its own history entry, goes back. */
+function closeView() {
+  isLeaving = Boolean(history.state?.viewing);
+  if (isLeaving) history.back();
+  hideView();
+}
+
+function hideView() {
+  viewer.hide();
+  listHost().focus();
+  // Keep the text that was typed while the view was open.
+  if (!isLeaving) history.replaceState(history.state, '', addressShown());
+}
+
+/**
+ * Views the next entry (1) or the previous one (-1). If only the viewed entry was selected, the new one is selected
+ * instead.
+ */
+function step(by) {
+  if (viewer.entries.length > 1) return;
+  const at = grid.view.indexOf(viewer.entry) + by;
+  if (at < 0 || at >= grid.view.length) return;
+  const isChoice = grid.chosen.size === 1 && grid.chosen.has(viewer.entry);
+  grid.activate(at);
+  if (isChoice) grid.choose([grid.view[at]]);
+  gallery.reveal();
+  view(grid.view[at]);
+}
+
+/** While a view is open, the keys Left and Right in the list show the previous and the next entry. */
+function stepByKey(event) {
+  const by = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
+  if (!by || !viewer.isOpen || event.target !== listHost() || event.altKey || event.ctrlKey || event.metaKey) return;
+  event.preventDefault();
+  step(by);
+}
+
+/** Returns the items of the menu Copy for one entry or two. */
+function copies(some) {
+  const [view, other] = some.map(({ path }) => path);
+  const link = new URL(`${addressOf(listing)}${hashOf({ view, with: other })}`, location.href).href;
+  const item = (what, text) => ({ text: what, press: () => copyText(text, what) });
+  const lines = (field) => some.map((entry) => entry[field]).join('\n');
+  return [item(t('copyName'), lines('name')), item(t('copyPath'), lines('path')), item(t('copyLink'), link)];
+}
+
+function showRowMenu(entry, place) {
+  showMenu([{ text: t('view'), press: () => view(entry) }, ...copies([entry])], place, frame.host, visible(entry.name));
+}
+
+function fetchFiles(operation, targets) {
+  if (!targets.length) return;
+  command(operation, targets);
+  later()
+    .then(({ deliver }) => deliver(operation, targets, entries))
+    .catch((error) => complain(error, () => fetchFiles(operation, targets)));
+}
+
+function about() {
+  later()
+    .then(({ showAbout }) => showAbout())
+    .catch((error) => complain(error, about));
+}
+
+async function changeFilter(which) {
+  const opener = which === 'fadv' ? frame.advanced : frame.filter;
+  opener.setAttribute('aria-busy', 'true');
+  try {
+    const { askFilter, fetchFilter } = await later();
+    const chosen = await askFilter(which, listing, await fetchFilter(which, listing));
+    if (chosen) await load(chosen);
+  } catch (error) {
+    if (!(error instanceof AnswerError)) throw error;
+    complain(error, () => changeFilter(which));
+  } finally {
+    opener.removeAttribute('aria-busy');
+  }
+}
+
+function clearChoice() {
+  grid.choose([]);
+  listHost().focus();
+}
+
+/** Handles Escape in the list: closes the view. Returns false if there was none. */
+function escape() {
+  if (!viewer.isOpen) return false;
+  closeView();
+  return true;
+}
+
+const handlers = {
+  showKind: (kind) => load({ ...listing, kind }),
+  typed,
+  leadToList,
+  switchGallery,
+  view: () => view(...grid.targets()),
+  fetchFiles: (operation) => fetchFiles(operation, grid.targets()),
+  changeFilter,
+  refresh: () => load(listing, { push: false, kept: snapshot() }),
+  clearChoice,
+};
+
+/** Shows the state of the address after Back, Forward, or a change of the part after "#". */
+function takeAddress() {
+  const next = readListing(location.search);
+  const find = inHash('find') ?? '';
+  const path = inHash('view');
+  if (listingQuery(next) !== listingQuery(listing)) load(next, { push: false, find });
+  else if (path === null && (isLeaving || viewer.isOpen)) {
+    isLeaving = false;
+    hideView();
+  } else {
+    const { hash } = location; // findText() changes it
+    if (find !== frame.find.value && !history.state?.viewing) findText(find);
+    takeView(hash);
+  }
+}
+
+export async function start() {
+  dressPage();
+  listing = readListing(location.search);
+  const own = readOwnPage();
+  frame = buildFrame(handlers);
+  frame.find.value = inHash('find') ?? recallFind();
+  history.replaceState(history.state, '', addressOf(listing) + hashOf({ find: frame.find.value, view: inHash('view'), with: inHash('with') }));
+  viewer = new Viewer(frame.aside, {
+    close: closeView,
+    step,
+    deliver: fetchFiles,
+    copies,
+  });
+  news = new News({ look: () => fetchList(addressOf(listing)), entries: () => entries, found: offerNews });
+  // Create the panel before the grid, because the grid measures the remaining width.
+  facets = new Facets(frame.facets, frame.refine, {
+    find: findText,
+    current: () => ({ query: listingQuery(listing), find: frame.find.value }),
+    apply: applyKept,
+    about,
+    switches: [
+      [t('denseRows'), isDense(), (on) => grid.switchDense(on)],
+      [t('lookForNews'), news.isOn, (on) => {
+        news.isOn = on;
+      }],
+    ],
+  });
+  const ofGrid = { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: requestVerdicts };
+  grid = new FileGrid(frame.host, frame.tools, ofGrid);
+  verdicts = new Verdicts(takeVerdict);
+  gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });
+  copyRows(frame.host, () => grid.targets());
+  printRows(() => grid.view);
+  grid.showSort(sort);
+  addEventListener('pagehide', remember);
+  document.addEventListener('keydown', leadToFind);
+  for (const node of [frame.host, frame.gallery]) node.addEventListener('keydown', stepByKey);
+  addEventListener('popstate', takeAddress);
+  const kept = recallList(listingQuery(listing));
+  if (own) takeList(own, kept);
+  else {
+    takeList({ entries: [], lost: 0 }, {});
+    frame.empty.hidden = true;
+    await load(listing, { push: false, kept });
+  }
+}
