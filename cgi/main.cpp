@@ -17,15 +17,16 @@
 //     FilterPages     the two filter dialogs
 //     RequestInfoPage the answer to every other request
 //     CGICommonUtils  HTML lines; PageHead, PageFrame: the top and the foot of a page
-//   delivery/       sends files instead of pages: View, Download, PdfExport
+//   delivery/       sends files instead of pages: View, Download
 //     ChosenIds       which records the request chose
 //     UnsafeNames     which of them cannot be written into the shell commands
 //     StagedRecord    copies a record and compares the copy
 //     Packing         makes the archive
-//     Converter       makes PDFs; TaskList: of which documents; WholePdfs: which PDFs are whole
 //     Attachment      sends the answer; FileStream: the bytes of a file
-//     StagingPlaces   where each of them collects its files
 //     Termination     lets the clean-up finish when the server ends the request early
+//   pdf/            makes PDFs of reports and sends them: PdfExport
+//     Converter       runs the converter; TaskList: for which documents; WholePdfs: which PDFs are whole
+//   StagingPlaces   where downloads and PDFs are collected
 //   archive/        writes archives of strict answers straight to the response
 //     StreamedDownload  what goes in, and what is missing; RecordFiles: the files of a record
 //     ArchiveStream     the archive; EntryNames: the names in it; PackedEndings: what is compressed already

@@ -10,8 +10,8 @@
 #include "common/Report.h"
 #include "conf/AdvancedMatch.h"
 #include "conf/CFileManConf.h"
-#include "conf/XmlFile.h"
-#include "conf/XmlLimits.h"
+#include "conf/xml/XmlFile.h"
+#include "conf/xml/XmlLimits.h"
 
 namespace {
 

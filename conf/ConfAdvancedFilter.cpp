@@ -6,8 +6,8 @@
 #include "common/UniqueNames.h"
 #include "conf/AdvancedMatch.h"
 #include "conf/CFileManConf.h"
-#include "conf/XmlEdit.h"
-#include "conf/XmlFile.h"
+#include "conf/xml/XmlEdit.h"
+#include "conf/xml/XmlFile.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
 #include "conf/ConfState.h"
-#include "conf/XmlFile.h"
+#include "conf/xml/XmlFile.h"
 
 TiXmlDocument* g_pXmlDoc = nullptr;
 

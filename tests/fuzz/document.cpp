@@ -8,7 +8,7 @@
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
 #include "conf/ConfState.h"
-#include "conf/XmlFile.h"
+#include "conf/xml/XmlFile.h"
 
 namespace {
 

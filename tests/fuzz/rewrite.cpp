@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "FuzzInput.h"
-#include "conf/XmlEdit.h"
-#include "conf/XmlFile.h"
+#include "conf/xml/XmlEdit.h"
+#include "conf/xml/XmlFile.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <optional>
 
-#include "conf/XmlFile.h"
-#include "conf/XmlLimits.h"
+#include "conf/xml/XmlFile.h"
+#include "conf/xml/XmlLimits.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
-#include "conf/XmlFile.h"
+#include "conf/xml/XmlFile.h"
 #include "fileman-check/Findings.h"
 #include "fileman-check/LinedDocument.h"
 #include "fileman/LoadInfo.h"

@@ -2,9 +2,9 @@
 #include <tinyxml.h>
 
 #include "TestFiles.h"
-#include "conf/XmlEdit.h"
-#include "conf/XmlFile.h"
-#include "conf/XmlLimits.h"
+#include "conf/xml/XmlEdit.h"
+#include "conf/xml/XmlFile.h"
+#include "conf/xml/XmlLimits.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "TestFiles.h"
 #include "conf/Companion.h"
-#include "conf/XmlLimits.h"
+#include "conf/xml/XmlLimits.h"
 
 namespace {
 

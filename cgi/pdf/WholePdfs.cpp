@@ -1,4 +1,4 @@
-#include "cgi/delivery/WholePdfs.h"
+#include "cgi/pdf/WholePdfs.h"
 
 #include <fcntl.h>
 #include <unistd.h>

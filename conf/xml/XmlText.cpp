@@ -1,4 +1,4 @@
-#include "conf/XmlText.h"
+#include "conf/xml/XmlText.h"
 
 #include <array>
 #include <cstddef>

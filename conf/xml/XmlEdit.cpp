@@ -1,4 +1,4 @@
-#include "conf/XmlEdit.h"
+#include "conf/xml/XmlEdit.h"
 
 #include <tinyxml.h>
 
@@ -9,9 +9,9 @@
 
 #include "common/AtomicFile.h"
 #include "common/Report.h"
-#include "conf/XmlFile.h"
-#include "conf/XmlLimits.h"
-#include "conf/XmlRewrite.h"
+#include "conf/xml/XmlFile.h"
+#include "conf/xml/XmlLimits.h"
+#include "conf/xml/XmlRewrite.h"
 
 namespace {
 

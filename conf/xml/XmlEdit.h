@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "conf/DocumentLock.h"
+#include "conf/xml/DocumentLock.h"
 
 class TiXmlDocument;
 

@@ -1,4 +1,4 @@
-#include "conf/XmlFile.h"
+#include "conf/xml/XmlFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,7 +16,7 @@
 #include "common/Report.h"
 #include "common/Retry.h"
 #include "common/UniqueFd.h"
-#include "conf/XmlLimits.h"
+#include "conf/xml/XmlLimits.h"
 
 namespace {
 

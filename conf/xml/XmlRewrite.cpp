@@ -1,4 +1,4 @@
-#include "conf/XmlRewrite.h"
+#include "conf/xml/XmlRewrite.h"
 
 #include <tinyxml.h>
 
@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "common/CCommUtils.h"
-#include "conf/XmlFile.h"
-#include "conf/XmlTags.h"
-#include "conf/XmlText.h"
+#include "conf/xml/XmlFile.h"
+#include "conf/xml/XmlTags.h"
+#include "conf/xml/XmlText.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "cgi/delivery/TaskList.h"
+#include "cgi/pdf/TaskList.h"
 
 #include "cgi/answer/Answers.h"
 #include "cgi/archive/EntryNames.h"
 #include "cgi/delivery/UnsafeNames.h"
-#include "cgi/delivery/WholePdfs.h"
+#include "cgi/pdf/WholePdfs.h"
 #include "common/CCommUtils.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "conf/DocumentLock.h"
+#include "conf/xml/DocumentLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,4 +1,4 @@
-#include "cgi/delivery/Converter.h"
+#include "cgi/pdf/Converter.h"
 
 #include <sys/prctl.h>
 #include <sys/wait.h>

@@ -1,5 +1,5 @@
 #include "cgi/CFileManCGI.h"
-#include "cgi/delivery/TaskList.h"
+#include "cgi/pdf/TaskList.h"
 #include "cgi/staging/StagingArea.h"
 #include "common/FixedPaths.h"
 

@@ -1,4 +1,4 @@
-#include "conf/XmlTags.h"
+#include "conf/xml/XmlTags.h"
 
 #include <tinyxml.h>
 

@@ -1,11 +1,11 @@
-#include "conf/XmlLimits.h"
+#include "conf/xml/XmlLimits.h"
 
 #include <tinyxml.h>
 
 #include <algorithm>
 #include <optional>
 
-#include "conf/XmlTags.h"
+#include "conf/xml/XmlTags.h"
 
 namespace {
 
