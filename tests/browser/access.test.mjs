@@ -2,9 +2,11 @@
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import { test } from 'node:test';
-import { SCROLL_BARS, arrive, faults, footer, openList, pressed, saved, settled, startInstrument, told } from './instrument.mjs';
+import { SCROLL_BARS, arrive, faults, footer, openList, pressed, saved, settled, startInstrument, task, told, withAnswer } from './instrument.mjs';
 
 const instrument = await startInstrument();
+const PHONE = { width: 360, height: 700 };
+const OWN = { width: 800, height: 480 };
 
 const focused = (page) =>
   page.evaluate(() => {
@@ -68,6 +70,35 @@ instrument.onList('a filter, a choice and a download by keyboard alone', 'fmtype
   await page.waitForFunction(() => /Saved as/.test(document.querySelector('[role=status]').textContent));
 });
 
+test('the focus is never lost: views that fill the window, ends of the list, buttons that vanish', async () => {
+  for (const viewport of [OWN, { width: 1280, height: 800 }]) {
+    const page = await instrument.open('fmtype=rslt&test=throughput', { viewport });
+    const press = (...all) => all.reduce((before, key) => before.then(() => page.keyboard.press(key)), Promise.resolve());
+    const isOpen = () => page.locator('.fm-viewer').isVisible();
+    const isLost = () => page.evaluate(() => new Promise(requestAnimationFrame).then(() => document.activeElement === document.body));
+    await page.locator('#rsltgrid').press('End');
+    await press('ArrowUp', 'Enter');
+    assert.equal(await isLost(), false, 'view');
+    await page.getByRole('button', { name: 'Next entry' }).press('Enter');
+    assert.equal(await isLost(), false, 'last entry');
+    await page.locator('.fm-facts').evaluate((details) => (details.open = true));
+    await page.locator('.fm-facts dl').click();
+    await press('Escape');
+    assert.equal(await isOpen(), false, 'closed after a click beside everything');
+    await withAnswer(page, '**/*opertype=download**', { status: 500, body: '' }, async () => {
+      await press('Enter');
+      await page.locator('.fm-facts').getByRole('button', { name: 'Try again' }).press('Enter');
+      assert.equal(await isLost(), false, 'details again');
+      await page.locator('.fm-viewer').getByRole('button', { name: 'Download this entry' }).press('Enter');
+      for (const button of ['Try again', 'Close']) await task(page).getByRole('button', { name: button }).press('Enter');
+      assert.match(await focused(page), /Download/, 'back from the box');
+    });
+    await press('Escape');
+    assert.deepEqual([await isOpen(), await isLost()], [false, false]);
+    await page.context().close();
+  }
+});
+
 instrument.onList('the ring around a row is for the keyboard, its bar for everybody', 'fmtype=rslt', async (page) => {
   const look = (i) =>
     page.locator(`#fm-row-${i}`).evaluate((row) => {
@@ -106,8 +137,6 @@ function misfits() {
 }
 
 const LONG_DATE = '2025-09-20'; // as text longer than others: "20. Sept. 2025 20:48"
-const PHONE = { width: 360, height: 700 };
-const OWN = { width: 800, height: 480 };
 
 test('on each screen nothing scrolls sideways, no date is cut, and fingers find large targets', async () => {
   const computer = await startInstrument(undefined, SCROLL_BARS);

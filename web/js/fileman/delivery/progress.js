@@ -12,11 +12,18 @@ let corner;
 
 /** Adds a box with progress and a Cancel button to the corner of the page. Returns the functions that change it. */
 export function task(title) {
+  const opener = document.activeElement;
+  /** Removes the box. If it had the focus, gives it back. */
+  const leave = () => {
+    const hadFocus = node.contains(document.activeElement);
+    node.remove();
+    if (hadFocus) opener.focus();
+  };
   const bar = el('progress', { 'aria-label': title });
   const detail = el('span', { class: 'fm-task-detail' });
   const head = el('strong', { text: title });
   const stop = button(t('cancel'), { class: 'fm-button' });
-  const done = button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: () => node.remove() });
+  const done = button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: leave });
   const node = el(
     'section',
     { class: 'fm-task', 'aria-label': title },
@@ -69,8 +76,9 @@ export function task(title) {
     end(text, { state = 'done', retry = null } = {}) {
       const shown = state === 'done' && noted ? 'partial' : state;
       bar.remove();
-      stop.remove();
       done.hidden = false;
+      if (document.activeElement === stop) done.focus();
+      stop.remove();
       head.replaceChildren(icon(STATE_ICONS[shown]), `${title}: ${t(STATE_TEXTS[shown])}`);
       detail.textContent = text;
       node.classList.add(`is-${shown}`);
@@ -78,12 +86,12 @@ export function task(title) {
       announce(`${head.textContent}. ${text}`);
       if (retry) {
         const again = () => {
-          node.remove();
+          leave();
           retry();
         };
         done.before(button(t('retry'), { class: 'fm-button', press: again }));
       }
-      if (shown === 'done') setTimeout(() => node.remove(), SAVED_STAYS);
+      if (shown === 'done') setTimeout(leave, SAVED_STAYS);
     },
   };
 }

@@ -315,6 +315,13 @@ function leadToFind(event) {
   frame.find.select();
 }
 
+/** Without a focus, Escape closes the view, and Down moves the focus to the list. */
+function leadFromNowhere(event) {
+  if (event.target !== document.body) return;
+  if (event.key === 'Escape') escape();
+  else if (!viewer.isOpen) leadToList(event);
+}
+
 /** The key Down moves the focus from the search to the list. */
 function leadToList(event) {
   if (event.key !== 'ArrowDown') return;
@@ -542,6 +549,7 @@ export async function start() {
   grid.showSort(sort);
   addEventListener('pagehide', remember);
   document.addEventListener('keydown', leadToFind);
+  document.addEventListener('keydown', leadFromNowhere);
   for (const node of [frame.host, frame.gallery]) node.addEventListener('keydown', stepByKey);
   addEventListener('popstate', takeAddress);
   const kept = recallList(listingQuery(listing));

@@ -33,6 +33,7 @@ export class Viewer {
     this.facts = new Facts();
     this.body = el('div', { class: 'fm-viewer-body', 'aria-live': 'off' });
     host.setAttribute('aria-labelledby', this.title.id);
+    host.tabIndex = -1; // takes the focus, and so the keys, after a click beside its parts
     host.append(this.#head(), this.facts.node, this.body);
     host.addEventListener('keydown', (event) => this.#key(event));
     addEventListener('resize', () => this.#cover());
@@ -83,17 +84,12 @@ export class Viewer {
     this.#cover();
   }
 
-  /** While the view covers the list, makes everything behind it inert for the keyboard and for screen readers. */
+  /** While the view fills the window, the list is hidden (css/fileman.css). Then the focus must not stay in it. */
   #cover() {
-    const isOver = this.isOpen && getComputedStyle(this.host).position === 'fixed';
-    const behind = [...this.host.parentNode.children, ...document.body.children];
-    for (const node of behind) {
-      const isSeen =
-        node === this.host || node.contains(this.host) || node.matches('.fm-tasks, .fm-menu, [role=status]');
-      if (!isSeen) node.inert = isOver;
-    }
+    const list = this.host.parentNode.querySelector('.fm-list');
+    const isOver = this.isOpen && getComputedStyle(list).visibility === 'hidden';
     this.title.setAttribute('aria-level', isOver ? 1 : 2);
-    if (isOver && !this.host.contains(document.activeElement)) this.title.focus();
+    if (isOver && !document.activeElement?.closest('.fm-viewer, .fm-tasks, .fm-menu')) this.title.focus();
   }
 
   get isOpen() {
@@ -134,6 +130,7 @@ export class Viewer {
     this.place.textContent = at < 0 ? '' : t('place', { at: at + 1, count });
     this.previous.disabled = at <= 0;
     this.next.disabled = at < 0 || at >= count - 1;
+    if (this.host.contains(document.activeElement) && document.activeElement.disabled) this.title.focus();
   }
 
   /**

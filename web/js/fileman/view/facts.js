@@ -53,6 +53,7 @@ export class Facts {
 
   /** Shows the state of reading the archive, with a button that calls `retry`. An empty text hides it. */
   say(text, retry = null) {
+    if (this.state.contains(document.activeElement)) this.node.querySelector('summary').focus();
     this.state.hidden = !text;
     this.state.replaceChildren(text, ...(retry ? [button(t('retry'), { class: 'fm-link', press: retry })] : []));
   }
