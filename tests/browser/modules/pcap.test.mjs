@@ -1,8 +1,8 @@
 // What a packet capture holds is read from files of each form, and whatever a file holds, reading ends.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { summarize } from '../../web/js/fileman/view/pcap.js';
-import { dice } from './hostile-names.mjs';
+import { summarize } from '../../../web/js/fileman/view/pcap.js';
+import { dice } from '../hostile-names.mjs';
 
 const number = (bits) => (value) => ({ bits, value });
 const [u8, u16, u32] = [8, 16, 32].map(number);

@@ -2,9 +2,9 @@
 // it was stored or counted as lost, and the work does not grow faster than the page.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { FIELDS, parsePage, parseScript, toEntries } from '../../web/js/fileman/answers/readrows.js';
-import { decodePage, deliveryQuery, sentId } from '../../web/js/fileman/answers/requests.js';
-import { bytesOf, dice, hostileStore, page, record, script, valuesOf } from './hostile-names.mjs';
+import { FIELDS, parsePage, parseScript, toEntries } from '../../../web/js/fileman/answers/readrows.js';
+import { decodePage, deliveryQuery, sentId } from '../../../web/js/fileman/answers/requests.js';
+import { bytesOf, dice, hostileStore, page, record, script, valuesOf } from '../hostile-names.mjs';
 
 /** Asserts that the rows read are the stored ones in their order, less as many as are lost. */
 function assertSound(parsed, rows, raw, seed) {
