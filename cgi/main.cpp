@@ -13,7 +13,7 @@
 //   Request         reads the query: the action and the filter; Query: the way strict answers read it
 //   pages/          writes HTML
 //     ListPage        the grid page                  CFileManager loads what it lists
-//     ListForPrograms the same rows as JSON Lines or CSV; RowFormat: the formats; RowWriter: the rows
+//     ListForPrograms the same rows as JSON Lines or CSV; RowFormat: rows of the page; RowWriter: all rows
 //     FilterPages     the two filter dialogs
 //     RequestInfoPage the answer to every other request
 //     CGICommonUtils  HTML lines; PageHead, PageFrame: the top and the foot of a page
@@ -25,7 +25,7 @@
 //     Attachment      sends the answer; FileStream: the bytes of a file
 //     Termination     lets the clean-up finish when the server ends the request early
 //   pdf/            makes PDFs of reports and sends them: PdfExport
-//     Converter       runs the converter; TaskList: for which documents; WholePdfs: which PDFs are whole
+//     Converter       runs the converter; TaskList: for which documents; PdfCheck: which PDFs are whole
 //   StagingPlaces   where downloads and PDFs are collected
 //   archive/        writes archives of strict answers straight to the response
 //     StreamedDownload  what goes in, and what is missing; RecordFiles: the files of a record

@@ -7,7 +7,7 @@
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
 #include "fileman/RecordId.h"
-#include "fileman/load/FamilyLoader.h"
+#include "fileman/families/FamilyLoader.h"
 #include "fileman/load/LoadPipeline.h"
 #include "fileman/names/FamilyDirs.h"
 #include "fileman/names/ListedFiles.h"

@@ -5,8 +5,8 @@
 
 #include "cgi/answer/Escape.h"
 
-// The formats of the rows of a list. Every format writes the same nine values in the same order. RowWriter
-// uses them.
+// The formats of the rows of the list page. Every format writes the same nine values in the same order.
+// RowWriter uses them; ListForPrograms has formats of its own.
 
 // The fixed texts of a format: one before each value of a row, one after the last value, one between two
 // rows, and one after the last row.
@@ -35,30 +35,6 @@ struct JsonValues {
 struct StrictElements : JsonValues {
     static constexpr RowText kText = {
         "\t\t{\"id\":\"", R"(","name":")", R"(","module":")", R"(","mode":")", R"(","test":")", R"(","port":")", R"(","datetime":")", R"(","rsltype":")", R"(","path":")", "\"}", ",\n", "\n"};
-};
-
-constexpr RowText withoutTabs(RowText text, std::string_view between) {
-    text.id.remove_prefix(text.id.find('{'));
-    text.between = between;
-    return text;
-}
-
-// JSON Lines: the same objects, one per line.
-struct JsonLines : JsonValues {
-    static constexpr RowText kText = withoutTabs(StrictElements::kText, "\n");
-};
-
-// CSV (RFC 4180). A value that a spreadsheet would read as a formula stays as it is: the list is data.
-struct CsvRecords {
-    static constexpr bool kIsVerbatim = false;
-    static constexpr RowText kText = {"", ",", ",", ",", ",", ",", ",", ",", ",", "", "\r\n", "\r\n"};
-    static bool isPlain(std::string_view value) { return escape::isPlainInCsv(value); }
-    static void append(std::string& out, std::string_view value) {
-        if (isPlain(value))
-            out += value;
-        else
-            escape::appendCsv(out, value);
-    }
 };
 
 // clang-format on

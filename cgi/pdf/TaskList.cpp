@@ -3,7 +3,7 @@
 #include "cgi/answer/Answers.h"
 #include "cgi/archive/EntryNames.h"
 #include "cgi/delivery/UnsafeNames.h"
-#include "cgi/pdf/WholePdfs.h"
+#include "cgi/pdf/PdfCheck.h"
 #include "common/CCommUtils.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "fileman/load/FamilyLoader.h"
+#include "fileman/families/FamilyLoader.h"
 
 #include <utility>
 

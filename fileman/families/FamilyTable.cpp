@@ -1,4 +1,4 @@
-#include "fileman/load/FamilyTable.h"
+#include "fileman/families/FamilyTable.h"
 
 #include "common/CCommUtils.h"
 #include "fileman/names/Suffixes.h"

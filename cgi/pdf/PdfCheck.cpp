@@ -1,4 +1,4 @@
-#include "cgi/pdf/WholePdfs.h"
+#include "cgi/pdf/PdfCheck.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -4,8 +4,8 @@
 
 #include "common/UniqueNames.h"
 #include "conf/ConfRecords.h"
+#include "fileman/families/FamilyTable.h"
 #include "fileman/load/ActiveFilter.h"
-#include "fileman/load/FamilyTable.h"
 #include "fileman/load/FileLister.h"
 #include "fileman/scan/StartUpScan.h"
 
