@@ -88,6 +88,29 @@ instrument.onList('the place of a view follows the list: verdicts that arrive, a
   assert.equal(await place.innerText(), '', 'a pair has no place');
 }, { viewport: { width: 1280, height: 1600 } });
 
+test('the viewed row stays in sight, beside the view and when a view closes that filled the window', async () => {
+  for (const [viewport, by] of [[{ width: 1280, height: 700 }, 0], [{ width: 800, height: 480 }, 12]]) {
+    const page = await instrument.open('fmtype=rslt', { viewport });
+    const isSeen = () =>
+      page.locator('.fm-viewport').evaluate(async (list) => {
+        await new Promise((done) => requestAnimationFrame(() => setTimeout(done, 50)));
+        const [frame, active] = [list, list.querySelector('.is-active')].map((node) => node?.getBoundingClientRect());
+        return active !== undefined && active.top >= frame.top - 1 && active.bottom <= frame.bottom + 1;
+      });
+    await page.locator('.fm-viewport').evaluate((list) => (list.scrollTop = 4000));
+    await page.waitForTimeout(100);
+    const rows = await page.locator('.fm-row').evaluateAll((all) => all.map((one) => Number(one.dataset.row)));
+    await row(page, rows[12]).dblclick();
+    await viewer(page).waitFor();
+    for (let i = 0; i < by; i++) await page.keyboard.press('ArrowRight');
+    if (!by) assert.equal(await isSeen(), true, 'beside');
+    await page.keyboard.press('Escape');
+    await viewer(page).waitFor({ state: 'hidden' });
+    assert.equal(await isSeen(), true, `closed, ${viewport.width}`);
+    await page.context().close();
+  }
+});
+
 const INSIDES = {
   'whole_files/chart Ü.svg': '<svg xmlns="http://www.w3.org/2000/svg" width="40" height="30"><rect width="40" height="30"/></svg>',
   'whole_files/style.css': 'p { color: rgb(1, 2, 3) }',

@@ -109,12 +109,17 @@ export class FileGrid {
   #fit() {
     this.fitted = sizeOf(this.host);
     if (!this.host.clientWidth && this.table.columns) return; // the list is hidden
+    const { top, rowHeight: before } = this.table;
+    const { from, to } = before ? this.table.visibleRange : {};
+    const isSeen = this.active >= from && this.active < to;
     this.narrow = isNarrow(this.host);
     this.columns.showTools(this.tools, this.narrow);
     const columns = this.columns.list(this.narrow, this.host.clientWidth);
     this.table.lay(columns, { rowHeight: this.#rowHeight, hasHeads: !this.narrow });
     this.showSort(this.sort);
     this.table.renew();
+    if (before) this.top = (top / before) * this.#rowHeight; // the same rows as before
+    if (isSeen) this.reveal();
   }
 
   /** Hides the columns that have the same value in all of these entries. */
@@ -244,8 +249,13 @@ export class FileGrid {
 
   activate(row) {
     this.active = Math.max(0, Math.min(row, this.view.length - 1));
-    this.table.reveal(this.active);
+    this.reveal();
     this.#changed();
+  }
+
+  /** Scrolls until the active row is visible. */
+  reveal() {
+    if (this.active >= 0) this.table.reveal(this.active);
   }
 
   // ---- mouse and keyboard
