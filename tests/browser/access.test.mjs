@@ -95,6 +95,16 @@ test('the focus is never lost: views that fill the window, ends of the list, but
     });
     await press('Escape');
     assert.deepEqual([await isOpen(), await isLost()], [false, false]);
+    if (viewport !== OWN) {
+      await page.getByRole('button', { name: 'Name', exact: true }).press('Enter');
+      await page.setViewportSize({ width: 1240, height: 800 });
+      await page.waitForTimeout(100);
+      assert.match(await focused(page), /^Name/, 'heads made anew');
+    }
+    await openList(page, instrument.list('fmtype=rslt&fname=nothing'));
+    await page.locator('.fm-empty').getByRole('button', { name: 'Clear the filter' }).press('Enter');
+    await settled(page);
+    assert.equal(await isLost(), false, 'filter cleared');
     await page.context().close();
   }
 });

@@ -40,7 +40,9 @@ export class Table {
     this.rowHeight = rowHeight;
     this.height = null;
     this.frame.hidden = !hasHeads;
+    const focused = this.heads.contains(document.activeElement) && document.activeElement;
     this.heads.replaceChildren(...columns.map((column) => this.#head(column)));
+    if (focused) focused.focus();
     this.host.style.setProperty('--row', `${rowHeight}px`);
     this.showWidths();
   }

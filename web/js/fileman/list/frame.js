@@ -19,7 +19,7 @@ function tab(kind, on) {
       click: (event) => {
         if (event.ctrlKey || event.metaKey || event.shiftKey) return;
         event.preventDefault();
-        on.showKind(kind).then(() => link.focus());
+        on.showKind(kind);
       },
     },
   });

@@ -74,6 +74,7 @@ async function load(next, { push = true, kept = recallList(listingQuery(next)), 
   loading?.abort();
   loading = new AbortController();
   const { signal } = loading;
+  const focused = document.activeElement;
   remember();
   frame.wait.textContent = t('loading');
   showLoading(true);
@@ -100,8 +101,18 @@ async function load(next, { push = true, kept = recallList(listingQuery(next)), 
     if (error instanceof AnswerError) complain(error, () => load(next, { push, kept, find }));
     else throw error;
   } finally {
-    if (loading?.signal === signal) showLoading(false);
+    if (loading?.signal === signal) {
+      showLoading(false);
+      replaceFocus(focused);
+    }
   }
+}
+
+/** If the element that had the focus is gone, moves the focus to the message above the list, or else to the list. */
+function replaceFocus(from) {
+  const isGone = from !== document.body && !from.getClientRects().length;
+  if (!isGone || ![from, document.body].includes(document.activeElement)) return;
+  (frame.banner.hidden ? listHost() : frame.banner.querySelector('button')).focus();
 }
 
 function showLoading(on) {
@@ -123,6 +134,7 @@ function showNotice(text, retry) {
   const { banner } = frame;
   const close = () => {
     banner.hidden = true;
+    listHost().focus();
   };
   banner.replaceChildren(
     icon('warn'),
@@ -404,6 +416,10 @@ function closeView() {
 function hideView() {
   viewer.hide();
   listHost().focus();
+  afterPaint(() => {
+    grid.reveal(); // the list may have been hidden while the active row changed
+    gallery.reveal();
+  });
   // Keep the text that was typed while the view was open.
   if (!isLeaving) history.replaceState(history.state, '', addressShown());
 }

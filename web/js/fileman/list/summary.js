@@ -66,7 +66,7 @@ export function showTabs(frame, listing, addressOf) {
   dressPage(t(TAB_TEXTS[listing.kind]));
 }
 
-function chip(frame, listing, key, value, load) {
+function chip(listing, key, value, load) {
   const name = `${t(key)}: ${visible(toText(value))}`;
   return el(
     'li',
@@ -76,7 +76,7 @@ function chip(frame, listing, key, value, load) {
       image: 'close',
       bare: true,
       class: 'fm-chip-x',
-      press: () => load(without(listing, key, value)).then(() => frame.host.focus()),
+      press: () => load(without(listing, key, value)),
     }),
   );
 }
@@ -95,7 +95,7 @@ export function showChips(frame, listing, load) {
   }
   const ofLists = LIST_KEYS.flatMap((key) => listing.lists[key].map((value) => [key, value]));
   const ofTexts = TEXT_KEYS.filter((key) => listing.texts[key]).map((key) => [key, listing.texts[key]]);
-  const chips = [...ofLists, ...ofTexts].map(([key, value]) => chip(frame, listing, key, value, load));
+  const chips = [...ofLists, ...ofTexts].map(([key, value]) => chip(listing, key, value, load));
   frame.chips.replaceChildren(
     el('ul', {}, chips),
     button(t('clearFilter'), { class: 'fm-link', press: () => load(unfiltered(listing)) }),

@@ -36,7 +36,7 @@ export class Viewer {
     host.tabIndex = -1; // takes the focus, and so the keys, after a click beside its parts
     host.append(this.#head(), this.facts.node, this.body);
     host.addEventListener('keydown', (event) => this.#key(event));
-    addEventListener('resize', () => this.#cover());
+    new ResizeObserver(() => this.#cover()).observe(host);
   }
 
   #head() {
