@@ -47,8 +47,7 @@ let entries = []; // all rows of the list, in the instrument's order
 let lost = 0; // rows that could not be read
 let order = []; // indices of the entries in the shown order
 let query = new Query(''); // the search
-let sorted = { order: null, list: [] }; // the cached entries in the shown order
-let found = null; // the cached result of the last search: { query, order, view }
+let found = null; // the cached result of the last search: { query, entries, fits }
 let sort = recall('sort', { field: 'datetime', ascending: false });
 let loading = null; // the AbortController of the last request for a list
 
@@ -217,23 +216,16 @@ function switchGallery() {
   showGallery();
 }
 
-/** Returns all entries in the shown order. */
-function sortedEntries() {
-  if (sorted.order !== order) {
-    sorted = { order, list: new Array(order.length) };
-    order.forEach((place, i) => {
-      sorted.list[i] = entries[place];
-    });
-  }
-  return sorted.list;
-}
-
-/** Returns the entries that match the query, in order. A longer query searches only the result of the shorter one. */
+/**
+ * Returns the entries that match the query, in order. A longer query searches only the result of the shorter one. The
+ * search goes through the entries as they lie in memory: in the shown order it would take twice as long.
+ */
 function findEntries() {
-  const isWithin = found?.order === order && query.isWithin(found.query);
-  const among = isWithin ? found.view : sortedEntries();
-  found = { query, order, view: query.filter(among) };
-  return found.view;
+  const isWithin = found?.entries === entries && query.isWithin(found.query);
+  const fits = isWithin ? found.fits : new Uint8Array(entries.length).fill(1);
+  for (let i = 0; i < entries.length; i++) if (fits[i] && !query.matches(entries[i])) fits[i] = 0;
+  found = { query, entries, fits };
+  return order.filter((i) => fits[i]).map((i) => entries[i]);
 }
 
 /** Applies the query: shows the matching entries and updates everything that depends on them. */

@@ -165,9 +165,9 @@ export class Query {
     });
   }
 
-  /** Returns the entries that match, in their order. */
-  filter(entries) {
-    return this.clauses.reduce((left, { test }) => left.filter(test), entries);
+  /** Returns true if an entry matches. */
+  matches(entry) {
+    return this.clauses.every(({ test }) => test(entry));
   }
 
   /** Returns true if every entry that matches this query also matches the other one. */
