@@ -1,18 +1,10 @@
 #include "fileman/CResultItem.h"
 
 #include "common/CCommUtils.h"
-#include "conf/CFileManConf.h"
-#include "fileman/RecordId.h"
+#include "fileman/FolderName.h"
 
 std::string CResultItem::uniqueName(const _ResultInfo* info) {
-    if (info == nullptr)
-        return {};
-    std::string name = "[" + info->name + "]-[" + CFileManConf::typeKey2Label(info->type) + "]-[" +
-                       CFileManConf::portName2Label(info->port) + "]-[" +
-                       CFileManConf::modeName2Label(info->mode) + "]";
-    if (name.size() > kLongestId)
-        name.resize(kLongestId);
-    return name;
+    return info == nullptr ? std::string() : folderName(*info);
 }
 
 bool CResultItem::isPacketCapture(const _ResultInfo* info) {

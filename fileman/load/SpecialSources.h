@@ -6,7 +6,8 @@
 #include "fileman/load/FileLister.h"
 #include "fileman/scan/StartUpScan.h"
 
-// The sources outside the regular tree of ports and types. Each returns the number of records added.
+// The sources outside the regular tree of ports and types. Each has a source file of its own and returns the
+// number of records added.
 class SpecialSources {
 public:
     SpecialSources(StorageTree& tree, const ActiveFilter& filter, LoadedList& loaded, FileLister& files,

@@ -8,34 +8,15 @@ import { el } from '../common/dom.js';
 import { isWholePdf, lacksOfDownload, lacksOfOnePdf, lacksOfPdfs } from './missing.js';
 import { obstacle } from '../answers/obstacles.js';
 import { task } from './progress.js';
-import { AnswerError, deliveryQuery, escape, fetchPieces, sentId } from '../answers/requests.js';
+import { AnswerError, deliveryQuery, fetchPieces, sentId } from '../answers/requests.js';
+import { lowerLimit, partsOf } from './requestparts.js';
 import { attachmentName, savedName } from './savednames.js';
 import { language, size, t } from '../common/texts.js';
 import { wording } from '../answers/wording.js';
 
-/** Limits for the bytes of ids in one request. The demo's server accepts 64 KiB of header lines, small ones 8 or 4. */
-const REQUEST_LIMITS = [56000, 7000, 3000];
 const PIECES_IN_MEMORY = 8 << 20;
 const NAMES_TOLD = 3;
 const LOST_NAMES_TOLD = 20; // names of entries that are missing in the response
-
-let limit = 0; // index in REQUEST_LIMITS
-
-/** Splits ids into groups, one per request, that fit the current limit. */
-function parts(ids) {
-  const groups = [[]];
-  let length = 0;
-  for (const id of ids) {
-    const more = escape(id).length + 1;
-    if (length + more > REQUEST_LIMITS[limit] && groups[groups.length - 1].length) {
-      groups.push([]);
-      length = 0;
-    }
-    groups[groups.length - 1].push(id);
-    length += more;
-  }
-  return groups;
-}
 
 /**
  * Checks that a response is a complete PDF or archive with at least one of the entries. Returns { type, missing, shared
@@ -123,7 +104,7 @@ function noteLacks(job, { missing, shared }) {
  */
 async function fetchAll(operation, todo, list, job) {
   const title = operation === 'pdf' ? 'converting' : 'packing';
-  let groups = parts([...new Set(todo.entries.map(sentId))]);
+  let groups = partsOf([...new Set(todo.entries.map(sentId))]);
   let at = 0;
   let sum = 0;
   const names = [];
@@ -134,12 +115,8 @@ async function fetchAll(operation, todo, list, job) {
     try {
       sent = await transfer(operation, groups[at], job);
     } catch (error) {
-      // A server with a lower limit sends an error or closes the connection. Then send the rest in smaller parts.
-      const next = REQUEST_LIMITS[limit + 1];
-      const long = error.key === 'errorTooLong' || (error.key === 'errorNetwork' && groups[at].join().length > next);
-      if (!long || !next) throw error;
-      limit += 1;
-      groups = [...groups.slice(0, at), ...parts(groups.slice(at).flat())];
+      if (!lowerLimit(error, groups[at])) throw error;
+      groups = [...groups.slice(0, at), ...partsOf(groups.slice(at).flat())];
       continue;
     }
     const ids = new Set(groups[at]);

@@ -3,12 +3,9 @@
  * The counts of a column ignore the search in that column, so that the user can choose another value of it.
  */
 import { kindOf } from '../answers/kinds.js';
-import { dateAt } from './searchdates.js';
-import { allTexts } from '../common/texts.js';
 import { verdictOf } from '../view/verdicts.js';
 
 const PIECE_MS = 8;
-const DATES = ['today', 'yesterday', 'thisWeek', 'lastWeek', 'thisMonth'];
 
 /** The columns that are counted, and how to get an entry's value in each of them. */
 export const COUNTED = {
@@ -27,22 +24,13 @@ const idle = () =>
     else setTimeout(resolve, 16);
   });
 
-/** Returns the offered days, weeks and months: the text that the user would type, and its range. */
-function offeredDates() {
-  return DATES.map((key) => {
-    const [text] = allTexts('findWords')[0][key].split('|');
-    return { text, ...dateAt(text, 0) };
-  });
-}
-
 /**
- * Counts the entries that match a query. Returns a map from each key ('module' ..., 'date') to a map from each value to
+ * Counts the entries that match a query. `dates` are days and ranges, [{ text, from, to }]. Returns a map from each key ('module' ..., 'date') to a map from each value to
  * its count. Returns null if `isCurrent()` becomes false before the end.
  */
-export async function countValues(entries, query, isCurrent) {
+export async function countValues(entries, query, dates, isCurrent) {
   const counts = new Map([...KEYS, 'date'].map((key) => [key, new Map()]));
   const add = (key, value) => counts.get(key).set(value, (counts.get(key).get(value) ?? 0) + 1);
-  const dates = offeredDates();
   let until = 0;
   for (let i = 0; i < entries.length; i++) {
     if (i % 256 === 0 && performance.now() >= until) {

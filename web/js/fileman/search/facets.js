@@ -10,16 +10,26 @@ import { KeptFilters } from './keptfilters.js';
 import { keep, recall } from '../common/memory.js';
 import { naturalKey } from '../common/naturalorder.js';
 import { KIND_TEXTS } from './query.js';
-import { t } from '../common/texts.js';
+import { dateAt } from './searchdates.js';
+import { allTexts, t } from '../common/texts.js';
 import { VERDICT_TEXTS } from '../view/verdicts.js';
 
 const FEW_VALUES = 7; // per column, until the user opens the others
 const BESIDE = matchMedia('(min-width: 1001px)'); // the panel fits beside the list
 const ROOMY = 1200; // from this width on, the panel is open until the user closes it
+const DATES = ['today', 'yesterday', 'thisWeek', 'lastWeek', 'thisMonth']; // keys of their words in the texts
 const TITLES = { date: 'colDatetime', module: 'module', mode: 'mode', test: 'test', port: 'port', kind: 'kindOfFile', verdict: 'colVerdict' };
 
 const NAMED = { kind: KIND_TEXTS, verdict: VERDICT_TEXTS };
 const textOf = (key, value) => (NAMED[key]?.[value] ? t(NAMED[key][value]) : visible(value) || t('noValue'));
+
+/** Returns the offered days, weeks and months: the text that the user would type, and its range. */
+function offeredDates() {
+  return DATES.map((key) => {
+    const [text] = allTexts('findWords')[0][key].split('|');
+    return { text, ...dateAt(text, 0) };
+  });
+}
 
 export class Facets {
   /**
@@ -113,7 +123,7 @@ export class Facets {
     this.turn += 1;
     const { turn } = this;
     if (!this.#isOpen || !this.entries) return;
-    const counts = await countValues(this.entries, this.query, () => turn === this.turn);
+    const counts = await countValues(this.entries, this.query, offeredDates(), () => turn === this.turn);
     if (counts) this.#draw(counts);
   }
 
