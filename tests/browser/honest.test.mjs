@@ -64,6 +64,27 @@ test('a failed list is told in its own words, the old one stays, and it can be a
   assert.equal(await page.getByRole('alert').count(), 0);
 });
 
+test('a filter form that arrives late opens once, and not in another list', async () => {
+  const page = await instrument.open('fmtype=rslt');
+  await page.route('**/fileman.cgi?filter=**', async (route) => {
+    await page.waitForTimeout(500);
+    await route.continue().catch(() => {}); // the page no longer waits for it
+  });
+  const opened = () => page.getByRole('dialog').count();
+  await pressed(page, 'Advanced').click();
+  for (let i = 0; i < 2; i++) await pressed(page, 'Filter').click();
+  assert.deepEqual(await page.locator('[aria-busy=true]').allInnerTexts(), ['Filter']);
+  await page.getByRole('dialog').waitFor();
+  await page.waitForTimeout(700);
+  assert.equal(await opened(), 1);
+  await page.keyboard.press('Escape');
+  await pressed(page, 'Filter').click();
+  await page.getByRole('link', { name: 'Screenshots' }).click();
+  await page.waitForTimeout(900);
+  assert.equal(await opened(), 0);
+  assert.equal(await page.locator('[aria-busy=true]').count(), 0);
+});
+
 test('scripts that do not arrive are told, some of them or all', async () => {
   const first = /\/js\/(fileman|homepage)\.js$/;
   const page = await instrument.newPage({ locale: 'de-DE' });

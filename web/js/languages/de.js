@@ -176,7 +176,7 @@ export default {
   errorModule:
     'Das Messgerät konnte nicht antworten (Fehler {status}). Vielleicht kennt es das Modul „{module}“ nicht.',
   errorTooLong: 'Die Anfrage ist zu lang für das Messgerät. Weniger Einträge wählen.',
-  errorBroken: 'Die Antwort brach nach {size} ab. Nichts wurde gespeichert.',
+  errorBroken: 'Die Antwort brach nach {size} ab.',
   errorEmpty:
     'Das Messgerät sandte nichts: Es ist mit einer anderen Anfrage beschäftigt, zum Packen fehlt Platz, oder die Dateien sind weg. Nichts wurde gespeichert.',
   errorEmptyPdf:

@@ -176,7 +176,7 @@ export default {
   errorStatus: 'The instrument could not answer (error {status}).',
   errorModule: 'The instrument could not answer (error {status}). It may not know the module “{module}”.',
   errorTooLong: 'The request is too long for the instrument. Choose fewer entries.',
-  errorBroken: 'The answer broke off after {size}. Nothing was saved.',
+  errorBroken: 'The answer broke off after {size}.',
   errorEmpty:
     'The instrument sent nothing: it is busy with another request, it has no room for packing, or the files are gone. Nothing was saved.',
   errorEmptyPdf:

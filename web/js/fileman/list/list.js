@@ -50,6 +50,7 @@ let query = new Query(''); // the search
 let found = null; // the cached result of the last search: { query, entries, fits }
 let sort = recall('sort', { field: 'datetime', ascending: false });
 let loading = null; // the AbortController of the last request for a list
+let asking = null; // the AbortController of the last request for a filter form
 
 const count = () => countText(grid.view.length, entries.length);
 
@@ -71,6 +72,7 @@ function addressShown() {
  */
 async function load(next, { push = true, kept = recallList(listingQuery(next)), find = null } = {}) {
   loading?.abort();
+  asking?.abort();
   loading = new AbortController();
   const { signal } = loading;
   const focused = document.activeElement;
@@ -466,18 +468,29 @@ function about() {
     .catch((error) => complain(error, about));
 }
 
+/** Shows which of the two filter forms the instrument is making, 'fpri' or 'fadv', if any. */
+function showAsking(which) {
+  frame.filter.setAttribute('aria-busy', which === 'fpri');
+  frame.advanced.setAttribute('aria-busy', which === 'fadv');
+}
+
+/** Shows a filter form as soon as it arrives, unless the user has asked for another form or list meanwhile. */
 async function changeFilter(which) {
-  const opener = which === 'fadv' ? frame.advanced : frame.filter;
-  opener.setAttribute('aria-busy', 'true');
+  asking?.abort();
+  asking = new AbortController();
+  const { signal } = asking;
+  showAsking(which);
   try {
     const { askFilter, fetchFilter } = await later();
-    const chosen = await askFilter(which, listing, await fetchFilter(which, listing));
+    const offer = await fetchFilter(which, listing, signal);
+    showAsking(null);
+    const chosen = await askFilter(which, listing, offer);
     if (chosen) await load(chosen);
   } catch (error) {
+    if (asking.signal === signal) showAsking(null);
+    if (signal.aborted) return;
     if (!(error instanceof AnswerError)) throw error;
     complain(error, () => changeFilter(which));
-  } finally {
-    opener.removeAttribute('aria-busy');
   }
 }
 
