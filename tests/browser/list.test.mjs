@@ -229,6 +229,32 @@ test('the filter pages work by their own address', async () => {
   assert.deepEqual(page.problems, []);
 });
 
+test('a store that is blocked or holds anything is no obstacle', async () => {
+  const rubbish = [5, 'x', [], [[]], [null], { field: 'x', ascending: true }, { chosen: 5, top: 'x' }, { name: 'a', test: {} }, [{ name: 5 }]];
+  for (const value of [...rubbish, undefined]) {
+    const page = await instrument.newPage();
+    await page.addInitScript((kept) => {
+      const block = () => {
+        throw new DOMException('', 'SecurityError');
+      };
+      const names = ['sort', 'widths', 'filters', 'verdicts', 'look', 'language', 'details', 'gallery', 'list?fmtype=screen', 'find'];
+      for (const store of ['localStorage', 'sessionStorage'])
+        if (kept === undefined) Object.defineProperty(window, store, { get: block });
+        else for (const name of names) window[store].setItem(`fileman.${name}`, JSON.stringify(kept));
+    }, value);
+    await openList(page, `${instrument.list('fmtype=screen')}#find=screen`);
+    assert.match(await footer(page), /^8 entries/, JSON.stringify(value));
+    const look = () => page.getAttribute('html', 'data-look');
+    const before = await look();
+    await pressed(page, 'Light or dark').click();
+    assert.notEqual(await look(), before);
+    await pressed(page, 'Pictures').click();
+    assert.equal(await page.locator('.fm-row').count(), 8);
+    assert.deepEqual(page.problems, []);
+    await page.context().close();
+  }
+});
+
 instrument.onList('an action leaves list, place, choice and search as they are; so does a reload', 'fmtype=all', async (page) => {
   await find(page, 'result');
   await page.focus('#rsltgrid');

@@ -7,7 +7,7 @@ const systemLook = () => (systemIsDark.matches ? 'dark' : 'light');
 /** Applies the colours that the user has chosen, or those of the system if there is no choice ('auto'). */
 export function applyLook() {
   const choice = recall('look', 'auto');
-  document.documentElement.dataset.look = choice === 'auto' ? systemLook() : choice;
+  document.documentElement.dataset.look = ['light', 'dark'].includes(choice) ? choice : systemLook();
 }
 
 systemIsDark.addEventListener('change', applyLook);

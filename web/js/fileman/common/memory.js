@@ -1,30 +1,49 @@
 /*
- * Stores preferences in the browser permanently, and the state of a list as long as its window is open. A store that is
- * full or blocked is not an error.
+ * Stores preferences in the browser permanently, and the state of a list as long as its window is open. If a store is
+ * full or blocked, the page itself keeps the values, until it is closed.
  */
 
-function access(store, work) {
+const inBrowser = () => localStorage;
+const ofWindow = () => sessionStorage;
+const inPage = new Map(); // values that no store has taken
+
+/**
+ * Returns true if a value has the types of an example. In an object these are the types of the example's keys, in an
+ * array the types of the example's first item.
+ */
+function isLike(value, example) {
+  if (typeof value !== typeof example || value === null || Array.isArray(value) !== Array.isArray(example)) return false;
+  if (Array.isArray(value)) return !example.length || value.every((item) => isLike(item, example[0]));
+  return typeof value !== 'object' || Object.keys(example).every((key) => isLike(value[key], example[key]));
+}
+
+/**
+ * Returns a stored value, or `fallback` if there is none or if it is not like the example. Other pages and older
+ * versions may have stored something else.
+ */
+export function recall(name, fallback, { store = inBrowser, like = fallback } = {}) {
   try {
-    return work(store());
+    const value = JSON.parse(inPage.get(name) ?? store().getItem(`fileman.${name}`));
+    return isLike(value, like) ? value : fallback;
   } catch {
-    return null;
+    return fallback;
   }
 }
 
-export function recall(name, fallback, store = () => localStorage) {
-  return access(store, (kept) => JSON.parse(kept.getItem(`fileman.${name}`))) ?? fallback;
+export function keep(name, value, store = inBrowser) {
+  const text = JSON.stringify(value);
+  inPage.delete(name);
+  try {
+    store().setItem(`fileman.${name}`, text);
+  } catch {
+    inPage.set(name, text);
+  }
 }
-
-export function keep(name, value, store = () => localStorage) {
-  access(store, (kept) => kept.setItem(`fileman.${name}`, JSON.stringify(value)));
-}
-
-const ofWindow = () => sessionStorage;
 
 /** The state of one list: { chosen: [paths], top, active }. */
-export const recallList = (query) => recall(`list${query}`, {}, ofWindow);
+export const recallList = (query) => recall(`list${query}`, {}, { store: ofWindow, like: { chosen: [''], top: 0 } });
 export const keepList = (query, state) => keep(`list${query}`, state, ofWindow);
 
 /** The text of the search. All lists of a window share it. */
-export const recallFind = () => recall('find', '', ofWindow);
+export const recallFind = () => recall('find', '', { store: ofWindow });
 export const keepFind = (text) => keep('find', text, ofWindow);

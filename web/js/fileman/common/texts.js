@@ -8,7 +8,7 @@ const TABLES = { en, de };
 export const LANGUAGES = Object.keys(TABLES);
 
 function preferred() {
-  const wished = [recall('language', null), ...(navigator.languages ?? [navigator.language])];
+  const wished = [recall('language', ''), ...(navigator.languages ?? [navigator.language])];
   return wished.map((tag) => String(tag).slice(0, 2)).find((tag) => tag in TABLES) ?? 'en';
 }
 

@@ -34,6 +34,8 @@ const KIND_ICONS = { report: 'report', picture: 'picture', capture: 'capture', o
 /** Returns the title of a column. */
 export const columnText = (id) => t(`col${id[0].toUpperCase()}${id.slice(1)}`);
 
+export const isColumn = (id) => COLUMNS.some((column) => column.id === id);
+
 export function keepWidths(columns) {
   const widths = columns.filter(({ id }) => id !== 'chosen').map(({ id, width }) => [id, width]);
   keep('widths', Object.fromEntries(widths));
@@ -54,14 +56,14 @@ function scrollbarWidth() {
  * no other column moves.
  */
 function widthsFor(hostWidth, ids) {
-  const kept = recall('widths', null);
+  const kept = recall('widths', {});
   const some = COLUMNS.filter(({ id }) => ids.includes(id));
   const room = hostWidth - CHECK_WIDTH - scrollbarWidth();
   const scaled = COLUMNS.filter(({ id }) => ids.includes(id) || id === 'verdict');
   const needed = scaled.reduce((sum, { width }) => sum + width, 0);
   const scale = Math.min(Math.max(room / needed, 1), MOST_GROWTH);
   const grown = ({ width }) => Math.floor(width * scale);
-  const widths = Object.fromEntries(some.map((column) => [column.id, kept?.[column.id] ?? grown(column)]));
+  const widths = Object.fromEntries(some.map((column) => [column.id, kept[column.id] > 0 ? Number(kept[column.id]) : grown(column)]));
   const taken = Object.values(widths).reduce((sum, width) => sum + width, 0);
   widths.name = Math.max(COLUMNS[0].minWidth, widths.name + room - taken);
   return widths;

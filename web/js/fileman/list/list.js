@@ -6,7 +6,7 @@
  */
 import { announce } from '../common/announce.js';
 import { copyRows, copyText } from '../common/clipboard.js';
-import { columnText } from '../grid/columns.js';
+import { columnText, isColumn } from '../grid/columns.js';
 import { visible } from '../common/controlchars.js';
 import { afterPaint, button, el } from '../common/dom.js';
 import { Facets } from '../search/facets.js';
@@ -33,6 +33,7 @@ import { Viewer } from './viewer.js';
 import { wording } from '../answers/wording.js';
 
 const MOST_KEPT = 2000; // selected entries that are stored
+const NEWEST_FIRST = { field: 'datetime', ascending: false };
 
 let frame; // the parts of the page by name
 let grid;
@@ -48,7 +49,8 @@ let lost = 0; // rows that could not be read
 let order = []; // indices of the entries in the shown order
 let query = new Query(''); // the search
 let found = null; // the cached result of the last search: { query, entries, fits }
-let sort = recall('sort', { field: 'datetime', ascending: false });
+let sort = recall('sort', NEWEST_FIRST);
+if (!isColumn(sort.field)) sort = NEWEST_FIRST;
 let loading = null; // the AbortController of the last request for a list
 let asking = null; // the AbortController of the last request for a filter form
 

@@ -44,8 +44,7 @@ export class KeptFilters {
   }
 
   #all() {
-    const all = recall('filters', []);
-    return Array.isArray(all) ? all : [];
+    return recall('filters', [], { like: [{ name: '', query: '', find: '' }] });
   }
 
   #write(filters) {

@@ -54,8 +54,7 @@ export class Verdicts {
   /** Calls `changed(entry)` when the verdict of an entry has become known. */
   constructor(changed) {
     this.changed = changed;
-    const kept = recall('verdicts', []);
-    this.known = new Map(Array.isArray(kept) ? kept : []);
+    this.known = new Map(recall('verdicts', [], { like: [['']] }).filter(([key]) => key));
     this.knownDates = new Set([...this.known.keys()].map((key) => key.slice(key.lastIndexOf('\n') + 1)));
     this.pending = [];
     this.isReading = false;
