@@ -20,3 +20,6 @@ export function extension({ path }) {
 
 /** Returns 'report', 'picture', 'capture' or 'other' by the name of the file. The viewer checks the bytes as well. */
 export const kindOf = (entry) => KINDS[extension(entry)] ?? 'other';
+
+/** Keys of the kinds' names in the texts. */
+export const KIND_TEXTS = { report: 'kindReport', picture: 'kindPicture', capture: 'kindCapture', other: 'kindOther' };

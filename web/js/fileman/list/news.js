@@ -1,13 +1,13 @@
 /*
  * Checks for new results (polling) while the page is visible. There is never more than one request at a time. After
  * each check there is a pause of at least 20 times the duration of the check, so that the instrument spends at most 5%
- * of its time on it. In a window as narrow as the instrument's own screen, the user has to switch it on.
+ * of its time on it. In a compact window the user has to switch it on.
  */
 import { keep, recall } from '../common/memory.js';
+import { COMPACT } from '../common/windows.js';
 
 const LEAST_PAUSE = 60e3;
 const TIMES = 20; // pause divided by the duration of the last check
-const OWN_SCREEN = 1000; // pixels
 
 const keyOf = ({ path, datetime }) => `${path}\n${datetime}`;
 
@@ -25,7 +25,7 @@ export class News {
   }
 
   get isOn() {
-    return recall('news', innerWidth > OWN_SCREEN);
+    return recall('news', !COMPACT.matches);
   }
 
   set isOn(on) {

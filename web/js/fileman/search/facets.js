@@ -9,13 +9,13 @@ import { button, el } from '../common/dom.js';
 import { KeptFilters } from './keptfilters.js';
 import { keep, recall } from '../common/memory.js';
 import { naturalKey } from '../common/naturalorder.js';
-import { KIND_TEXTS } from './query.js';
+import { COMPACT } from '../common/windows.js';
+import { KIND_TEXTS } from '../answers/kinds.js';
 import { dateAt } from './searchdates.js';
 import { allTexts, t } from '../common/texts.js';
 import { VERDICT_TEXTS } from '../view/verdicts.js';
 
 const FEW_VALUES = 7; // per column, until the user opens the others
-const BESIDE = matchMedia('(min-width: 1001px)'); // the panel fits beside the list
 const ROOMY = 1200; // from this width on, the panel is open until the user closes it
 const DATES = ['today', 'yesterday', 'thisWeek', 'lastWeek', 'thisMonth']; // keys of their words in the texts
 const TITLES = { date: 'colDatetime', module: 'module', mode: 'mode', test: 'test', port: 'port', kind: 'kindOfFile', verdict: 'colVerdict' };
@@ -67,7 +67,7 @@ export class Facets {
       if (event.target === this.over) this.over.close(); // a click beside the panel
     });
     this.over.addEventListener('close', () => this.#showOpener());
-    BESIDE.addEventListener('change', () => this.#fold());
+    COMPACT.addEventListener('change', () => this.#fold());
     this.#fold();
   }
 
@@ -84,25 +84,25 @@ export class Facets {
   /** Moves the panel beside the list or into the dialog, as the window is wide or narrow. */
   #fold() {
     this.over.close();
-    (BESIDE.matches ? this.host : this.over).append(this.panel);
-    this.host.hidden = !BESIDE.matches || !recall('refine', innerWidth >= ROOMY);
+    (COMPACT.matches ? this.over : this.host).append(this.panel);
+    this.host.hidden = COMPACT.matches || !recall('refine', innerWidth >= ROOMY);
     this.#showOpener();
     this.#count();
   }
 
   #open() {
-    if (BESIDE.matches) {
+    if (COMPACT.matches) {
+      this.over.showModal();
+    } else {
       this.host.hidden = false;
       keep('refine', true);
-    } else {
-      this.over.showModal();
     }
     this.#showOpener();
     this.#count();
   }
 
   #close() {
-    if (BESIDE.matches) keep('refine', false);
+    if (!COMPACT.matches) keep('refine', false);
     this.host.hidden = true;
     this.over.close();
     this.opener.focus();

@@ -7,12 +7,10 @@
  *   fail                  this verdict, or this word anywhere in an entry
  *   today, last week, 20.11., 20.11.-22.11., since yesterday       by date (searchdates.js)
  */
-import { kindOf } from '../answers/kinds.js';
+import { KIND_TEXTS, kindOf } from '../answers/kinds.js';
 import { dateAt } from './searchdates.js';
 import { allTexts, t } from '../common/texts.js';
 import { VERDICT_TEXTS, verdictOf } from '../view/verdicts.js';
-
-export const KIND_TEXTS = { report: 'kindReport', picture: 'kindPicture', capture: 'kindCapture', other: 'kindOther' };
 
 const VERDICT_LINES = Object.fromEntries(Object.entries(VERDICT_TEXTS).map(([key, text]) => [key, `${key}\n${t(text)}`]));
 

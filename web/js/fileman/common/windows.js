@@ -1,0 +1,5 @@
+/* Classes of windows. css/fileman.css uses the same widths. */
+
+/** A compact window: the instrument's own screen, a tablet, a phone. */
+export const COMPACT = matchMedia('(max-width: 1000px)');
+export const PHONE = matchMedia('(max-width: 640px)');
