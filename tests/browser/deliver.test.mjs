@@ -19,8 +19,8 @@ async function choose(page, count) {
 const unzip = (option, file, ...more) => execFileSync('unzip', [option, file, ...more], { encoding: 'utf8', maxBuffer: 1 << 26 });
 
 const REPORT =
-  '<html><head><style>p{color:rgb(1,2,3)}</style><script>parent.canary=1;canary=1</script></head>' +
-  '<body onload="parent.canary=1"><p>Passed</p><img src="viewed_files/chart.png"><img src="data:image/gif;base64,R0lGODlhAQABAAAAACw="><a href="/x">away</a></body></html>';
+  '<html><head><base href="http://x/"><style>p{color:rgb(1,2,3)}</style><script>parent.canary=1;canary=1</script></head>' +
+  '<body onload="parent.canary=1"><p>Passed</p><iframe src="viewed_files/more.html"></iframe><img src="viewed_files/chart.png"><img src="data:image/gif;base64,R0lGODlhAQABAAAAACw="><a href="/x">away</a></body></html>';
 
 test('a report shows as a report, runs nothing and asks for nothing', () =>
   withFiles({ 'viewed.html': REPORT }, async () => {
@@ -30,6 +30,7 @@ test('a report shows as a report, runs nothing and asks for nothing', () =>
     await report.getByText('Passed').waitFor();
     assert.equal(await report.locator('p').evaluate((node) => getComputedStyle(node).color), 'rgb(1, 2, 3)');
     assert.match(await report.locator('body').innerText(), /Picture chart.png: part of the download/);
+    assert.match(await report.locator('body').innerText(), /Page viewed_files\/more.html: part of the download/);
     assert.equal(await report.locator('img').count(), 1);
     assert.equal(await page.evaluate(() => window.canary), undefined);
     await report.locator('body').press('Escape');
@@ -43,6 +44,20 @@ test('a report shows as a report, runs nothing and asks for nothing', () =>
     assert.equal(await response.text(), REPORT);
     assert.match(await page.innerText('body'), /Passed/);
     assert.equal(await page.evaluate('typeof canary'), 'undefined');
+  }));
+
+test('a report of frames, an empty file and a file without a name are not just blank', () =>
+  withFiles({ 'viewed.html': '<frameset><frame src="a/b.html"></frameset>', 'void.html': '', '.html': REPORT }, async () => {
+    const page = await instrument.open('fmtype=rslt&module=10G&test=bert#find=port:"10G P1"', { viewport: { width: 1280, height: 1200 } });
+    const seen = (words) => page.locator('.fm-viewer').getByText(words).waitFor();
+    const open = (name) => page.locator('.fm-row').filter({ has: page.getByText(name, { exact: true }) }).dblclick();
+    await open('viewed');
+    await page.frameLocator('.fm-report').getByText('Page a/b.html: part of the download').waitFor();
+    await open('void');
+    await seen('This file is empty.');
+    await open('.html');
+    await page.getByRole('heading', { name: '.html', exact: true }).waitFor();
+    assert.deepEqual(page.problems, []);
   }));
 
 instrument.onList('chosen entries arrive as an archive that holds them, and as PDFs', 'fmtype=rslt&test=throughput', async (page) => {

@@ -148,6 +148,8 @@ export default {
   pictureAlt: 'Bild {name}',
   reportTitle: 'Bericht {name}',
   pictureMissing: 'Bild {name}: im Download enthalten',
+  frameMissing: 'Seite {name}: im Download enthalten',
+  emptyFile: 'Diese Datei ist leer.',
   noPreview: 'Keine Ansicht für diese Art Datei',
   noPreviewHint: 'Herunterladen und mit einem passenden Programm öffnen.',
   tooLarge: 'Zu groß für die Ansicht',

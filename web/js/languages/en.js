@@ -150,6 +150,8 @@ export default {
   pictureAlt: 'Picture {name}',
   reportTitle: 'Report {name}',
   pictureMissing: 'Picture {name}: part of the download',
+  frameMissing: 'Page {name}: part of the download',
+  emptyFile: 'This file is empty.',
   noPreview: 'No view for this kind of file',
   noPreviewHint: 'Download it and open it with a program that reads it.',
   tooLarge: 'Too large to view',

@@ -1,4 +1,4 @@
-/* Control characters in names and other texts. */
+/* Control characters in names and other texts, and names that would not be seen. */
 
 const CONTROL_NAMES = { 9: 'TAB', 10: 'LF', 13: 'CR' };
 
@@ -9,3 +9,6 @@ export function visible(text) {
     return `‹${CONTROL_NAMES[code] ?? `U+${code.toString(16).toUpperCase().padStart(4, '0')}`}›`;
   });
 }
+
+/** Returns the name of an entry for the user. If it is blank, this is the name of the file. */
+export const shownName = ({ name, path }) => visible(name.trim() ? name : path.slice(path.lastIndexOf('/') + 1));

@@ -2,7 +2,7 @@
  * The columns of the list: their heads (buttons that sort), their widths, the content of their cells, and the single
  * column that replaces them on a narrow screen.
  */
-import { visible } from '../common/controlchars.js';
+import { shownName, visible } from '../common/controlchars.js';
 import { el } from '../common/dom.js';
 import { icon } from '../common/icons.js';
 import { kindOf } from '../answers/kinds.js';
@@ -84,7 +84,7 @@ function warning(text) {
 }
 
 function drawName(entry, words) {
-  const name = visible(entry.name);
+  const name = shownName(entry);
   const why = obstacle(entry, 'view');
   const cell = document.createDocumentFragment();
   cell.append(icon(KIND_ICONS[kindOf(entry)]), el('span', { class: 'fm-name', title: name }, nameParts(name, words)));

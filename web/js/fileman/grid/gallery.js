@@ -3,7 +3,7 @@
  * grid keeps the selection and the active row for both, because they show the same rows and the user can switch between
  * them.
  */
-import { visible } from '../common/controlchars.js';
+import { shownName, visible } from '../common/controlchars.js';
 import { el } from '../common/dom.js';
 import { icon } from '../common/icons.js';
 import { shortDate } from './showndates.js';
@@ -74,7 +74,7 @@ export class Gallery {
 
   #add(row) {
     const entry = this.view[row];
-    const name = visible(entry.name);
+    const name = shownName(entry);
     const tile = el(
       'div',
       { class: 'fm-tile', role: 'option', id: `fm-tile-${row}`, 'aria-posinset': row + 1, 'aria-setsize': this.view.length },

@@ -6,7 +6,7 @@
  */
 import { announce } from '../common/announce.js';
 import { Columns, keepWidths, tellingColumns } from './columns.js';
-import { visible } from '../common/controlchars.js';
+import { shownName } from '../common/controlchars.js';
 import { keep, recall } from '../common/memory.js';
 import { Table } from './table.js';
 import { t } from '../common/texts.js';
@@ -151,7 +151,7 @@ export class FileGrid {
       node.setAttribute('aria-selected', chosen);
       const box = node.querySelector('.fm-check');
       box.setAttribute('aria-checked', chosen);
-      box.setAttribute('aria-label', visible(entry.name));
+      box.setAttribute('aria-label', shownName(entry));
       node.classList.toggle('is-chosen', chosen);
       node.classList.toggle('is-active', row === this.active);
       if (row === this.active) activeId = node.id;

@@ -7,7 +7,7 @@
 import { announce } from '../common/announce.js';
 import { copyRows, copyText } from '../common/clipboard.js';
 import { columnText, isColumn } from '../grid/columns.js';
-import { visible } from '../common/controlchars.js';
+import { shownName, visible } from '../common/controlchars.js';
 import { afterPaint, button, el } from '../common/dom.js';
 import { Facets } from '../search/facets.js';
 import { buildFrame } from './frame.js';
@@ -453,7 +453,7 @@ function copies(some) {
 }
 
 function showRowMenu(entry, place) {
-  showMenu([{ text: t('view'), press: () => view(entry) }, ...copies([entry])], place, frame.host, visible(entry.name));
+  showMenu([{ text: t('view'), press: () => view(entry) }, ...copies([entry])], place, frame.host, shownName(entry));
 }
 
 function fetchFiles(operation, targets) {

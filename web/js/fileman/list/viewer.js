@@ -3,7 +3,7 @@
  * holds the pictures of a report, the packets of a capture and the advanced information.
  */
 import { announce } from '../common/announce.js';
-import { visible } from '../common/controlchars.js';
+import { shownName } from '../common/controlchars.js';
 import { button, el } from '../common/dom.js';
 import { Facts } from '../view/facts.js';
 import { icon } from '../common/icons.js';
@@ -168,7 +168,7 @@ export class Viewer {
     this.host.hidden = false;
     this.host.classList.toggle('is-pair', entries.length > 1);
     this.facts.node.hidden = entries.length > 1;
-    this.title.textContent = entries.map(({ name }) => visible(name)).join(' ↔ ');
+    this.title.textContent = entries.map(shownName).join(' ↔ ');
     this.title.title = this.title.textContent;
     this.showPlace(place);
     for (const operation of ['pdf', 'download'])
@@ -257,6 +257,7 @@ export class Viewer {
   }
 
   #content(entry, bytes) {
+    if (!bytes.length) return this.#message(t('emptyFile'));
     const type = sniff(bytes);
     if (type === 'text/html') {
       this.report = showReport(entry, bytes, (event) => this.#key(event));
@@ -264,7 +265,7 @@ export class Viewer {
     }
     if (!type) return this.#offer(entry);
     this.address = URL.createObjectURL(new Blob([bytes], { type }));
-    const picture = el('img', { src: this.address, alt: t('pictureAlt', { name: visible(entry.name) }) });
+    const picture = el('img', { src: this.address, alt: t('pictureAlt', { name: shownName(entry) }) });
     picture.addEventListener('error', () => this.#fill(this.#offer(entry)));
     return el('div', { class: 'fm-picture', tabindex: '0', role: 'group', 'aria-label': t('viewer') }, picture);
   }

@@ -2,7 +2,7 @@
  * Shows two reports side by side in one frame. Their tables are aligned, and differences are marked. A table above the
  * reports lists the differences. Each report is in its own shadow tree, so it keeps its own styles.
  */
-import { visible } from '../common/controlchars.js';
+import { shownName } from '../common/controlchars.js';
 import { align, alignRows, change, differingCells, likeness } from './differences.js';
 import { el } from '../common/dom.js';
 import { calmReport, decodeReport, reportShell } from './report.js';
@@ -187,7 +187,7 @@ function differenceTable(found, names) {
  * `sides` has { paths, fill } for each report, as in the result of showReport().
  */
 export function showComparison(entries, contents, onKey) {
-  const names = entries.map(({ name }) => visible(name));
+  const names = entries.map(shownName);
   const { frame, ready } = reportShell(t('compareTitle', { a: names[0], b: names[1] }), onKey);
   const comparison = new Comparison();
   let calm = [];

@@ -2,7 +2,7 @@
  * Shows a report in a frame. The document of the frame (js/report.html) lets nothing run or load. A note replaces each
  * picture from the report's directory until the file has been fetched.
  */
-import { visible } from '../common/controlchars.js';
+import { shownName, visible } from '../common/controlchars.js';
 import { el } from '../common/dom.js';
 import { t } from '../common/texts.js';
 
@@ -50,8 +50,8 @@ function withOwnUrls(css, addressOf = () => null) {
   });
 }
 
-/** Replaces a picture by a note of the same size. Returns the note. */
-function placeNote(node, name) {
+/** Replaces an element by a note of the same size. Returns the note. */
+function placeNote(node, text) {
   const note = node.ownerDocument.createElement('span');
   const [width, height] = ['width', 'height'].map((side) => parseInt(node.getAttribute(side), 10));
   note.setAttribute(
@@ -60,7 +60,7 @@ function placeNote(node, name) {
       'border-radius:4px;color:#555;font:13px sans-serif;' +
       (width > 0 && height > 0 ? `width:${width}px;height:${height}px` : ''),
   );
-  note.textContent = t('pictureMissing', { name: visible(name) });
+  note.textContent = text;
   node.replaceWith(note);
   return note;
 }
@@ -69,7 +69,7 @@ function placeNote(node, name) {
 function pictureSlot(picture, source) {
   const path = ownPath(source);
   const name = picture.getAttribute('alt') || source.slice(source.lastIndexOf('/') + 1);
-  const note = placeNote(picture, name);
+  const note = placeNote(picture, t('pictureMissing', { name: visible(name) }));
   picture.removeAttribute('src');
   const fill = (addressOf) => {
     const address = addressOf(path);
@@ -115,6 +115,19 @@ function chartSlot(node) {
   return pictureSlot(picture, source);
 }
 
+/** Replaces the frames of a report by notes, because no other page is shown. */
+function noteFrames(report) {
+  if (report.body.localName === 'frameset') {
+    const body = report.createElement('body');
+    body.append(...report.querySelectorAll('frame'));
+    report.body.replaceWith(body);
+  }
+  for (const frame of report.querySelectorAll('frame, iframe')) {
+    const path = ownPath(sourceOf(frame));
+    if (path) placeNote(frame, t('frameMissing', { name: visible(path) }));
+  }
+}
+
 /** Removes the attributes that could run a script, load something or open another page. */
 function calmAttributes(node) {
   for (const { name, value } of [...node.attributes]) {
@@ -130,13 +143,17 @@ function calmAttributes(node) {
  * with the one of the page, the policy of the page would report the styles as violations.
  */
 export function calmReport(text, Parser) {
-  // The frame runs no event handlers anyway. Rename them, so that the browser does not report each one as a violation.
-  const quiet = text.replace(/<[a-z][^>]*>/gi, (tag) => tag.replace(/(\s)on(?=\w+\s*=)/gi, '$1data-on'));
+  // The frame runs no event handlers and takes no base anyway. Rename them, so that the browser does not report each one
+  // as a violation.
+  const quiet = text.replace(/<[a-z][^>]*>/gi, (tag) =>
+    tag.replace(/^<base\b/i, '<meta').replace(/(\s)on(?=\w+\s*=)/gi, '$1data-on'),
+  );
   const report = new Parser().parseFromString(quiet, 'text/html');
   const slots = [];
   for (const chart of report.querySelectorAll('object, embed'))
     if (PICTURE_NAME.test(sourceOf(chart))) slots.push(chartSlot(chart));
   for (const sheet of report.querySelectorAll('link[rel~=stylesheet]')) slots.push(sheetSlot(sheet));
+  noteFrames(report);
   report.querySelectorAll(UNSAFE).forEach((node) => node.remove());
   report.querySelectorAll('*').forEach(calmAttributes);
   for (const picture of report.querySelectorAll('img, input[type=image]')) {
@@ -184,7 +201,7 @@ function fitWidth({ body, documentElement: root }) {
  * Insides.references).
  */
 export function showReport(entry, bytes, onKey) {
-  const { frame, ready } = reportShell(t('reportTitle', { name: visible(entry.name) }), onKey);
+  const { frame, ready } = reportShell(t('reportTitle', { name: shownName(entry) }), onKey);
   let slots = [];
   const shown = ready.then((target) => {
     const calm = calmReport(decodeReport(bytes), frame.contentWindow.DOMParser);
@@ -192,7 +209,7 @@ export function showReport(entry, bytes, onKey) {
     target.head.append(...target.adoptNode(calm.report.head).childNodes);
     target.body.replaceWith(target.adoptNode(calm.report.body));
     target.documentElement.lang = calm.report.documentElement.lang || 'en';
-    target.title = visible(entry.name);
+    target.title = shownName(entry);
     fitWidth(target);
     frame.contentWindow.addEventListener('resize', () => fitWidth(target));
   });

@@ -27,8 +27,12 @@ export function verdictOf(entry) {
 
 /** Returns the verdict of a report: 'pass', 'fail' or 'none'. If several elements match, one 'fail' is enough. */
 export function verdictIn(text, { selector, pass, fail }) {
-  // Nothing runs or loads in a parsed document. Disable its styles, because the policy of the page would report them.
-  const quiet = text.replace(/<(\/?)style\b/gi, '<$1template').replace(/(\s)(style|on\w+)(?=\s*=)/gi, '$1data-$2');
+  // Nothing runs or loads in a parsed document. Disable its styles and its base, because the policy of the page would
+  // report them.
+  const quiet = text
+    .replace(/<(\/?)style\b/gi, '<$1template')
+    .replace(/<base\b/gi, '<meta')
+    .replace(/(\s)(style|on\w+)(?=\s*=)/gi, '$1data-$2');
   const nodes = new DOMParser().parseFromString(quiet, 'text/html').querySelectorAll(selector);
   const said = [...nodes].map((node) => node.textContent.trim().toLowerCase());
   const says = (words) => words.some((word) => said.some((one) => one.startsWith(word.toLowerCase())));
