@@ -129,7 +129,9 @@ export class Facets {
 
   #draw(counts) {
     this.counts = counts;
-    const focused = document.activeElement?.dataset?.facet;
+    const { activeElement } = document;
+    const focused = activeElement?.dataset?.facet;
+    const top = focused && activeElement.getBoundingClientRect().top;
     this.groups.replaceChildren(
       ...Object.keys(TITLES)
         .map((key) => this.#group(key, counts.get(key)))
@@ -138,7 +140,10 @@ export class Facets {
     const buttons = this.#buttons();
     const was = focused && buttons.find((one) => one.dataset.facet === focused);
     this.#lead(was || buttons[0]);
-    if (was) was.focus();
+    if (!was) return;
+    // Other groups may have fewer values now. The focused value stays where the user has pressed it.
+    was.focus({ preventScroll: true });
+    this.panel.parentNode.scrollTop += was.getBoundingClientRect().top - top;
   }
 
   #buttons() {
