@@ -64,9 +64,23 @@ instrument.onList('Back closes a view and Forward opens it; what was typed meanw
   await page.closeViewer();
   await page.waitForURL(`${list}#find=throughput`);
 
-  await page.goto(`${list}#view=/home/gone.html`);
-  await page.getByRole('alert').getByText('This list does not hold /home/gone.html.').waitFor();
+  for (const filter of ['', '&fname=nothing']) {
+    await page.goto(`${list}${filter}#view=/home/gone.html`);
+    await page.getByRole('alert').getByText('This list does not hold /home/gone.html.').waitFor();
+  }
 });
+
+test('a view shows the new content of a file that was replaced, when the list is read again', () =>
+  withFiles({ 'viewed.html': '<p>old</p>' }, async ([file]) => {
+    const page = await instrument.open('fmtype=rslt&test=bert&fname=viewed');
+    await row(page, 0).dblclick();
+    const report = page.frameLocator('.fm-report');
+    await report.getByText('old').waitFor();
+    await page.waitForTimeout(1100); // dates of the list have whole seconds
+    fs.writeFileSync(file, '<p>new</p>');
+    await pressed(page, 'Read the list again').click();
+    await report.getByText('new').waitFor();
+  }));
 
 instrument.onList('the place of a view follows the list: verdicts that arrive, a search, a refresh', 'fmtype=rslt&module=10G#find=fail', async (page) => {
   const place = viewer(page).locator('.fm-viewer-place');

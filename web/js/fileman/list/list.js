@@ -175,7 +175,7 @@ function takeList(list, kept) {
   grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
   if (kept.top || grid.top) grid.top = kept.top ?? 0;
   tellGaps(list);
-  takeView();
+  if (!list.isUnread) takeView();
 }
 
 // ---- stored state
@@ -381,6 +381,9 @@ function openView(targets) {
   else viewer.open(targets[0], placeOf(targets[0]));
 }
 
+/** Returns a text that differs if a file was replaced. */
+const keysOf = (some) => some.map(({ path, datetime }) => `${path}\n${datetime}`).join('\n');
+
 /** Opens the view that the part of the address after "#" names. If it names none, closes the view. */
 function takeView(hash = location.hash) {
   const paths = [inHash('view', hash), inHash('with', hash)].filter((path) => path !== null);
@@ -388,10 +391,10 @@ function takeView(hash = location.hash) {
   const gone = targets.indexOf(undefined);
   if (!targets.length || gone >= 0) {
     if (viewer.isOpen) viewer.hide();
-    if (gone < 0 || !entries.length) return;
+    if (gone < 0) return;
     history.replaceState(null, '', addressShown());
     showNotice(t('viewGone', { path: visible(paths[gone]) }), handlers.refresh);
-  } else if (viewer.isOpen && viewer.entries.map(({ path }) => path).join('\n') === paths.join('\n')) {
+  } else if (viewer.isOpen && keysOf(viewer.entries) === keysOf(targets)) {
     viewer.renew(targets, placeOf(targets[0]));
   } else {
     const { at } = placeOf(targets[0]);
@@ -578,7 +581,7 @@ export async function start() {
   const kept = recallList(listingQuery(listing));
   if (own) takeList(own, kept);
   else {
-    takeList({ entries: [], lost: 0 }, {});
+    takeList({ entries: [], lost: 0, isUnread: true }, {});
     frame.empty.hidden = true;
     await load(listing, { push: false, kept });
   }
