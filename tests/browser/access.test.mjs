@@ -216,6 +216,18 @@ test('fingers open or choose, reach every action, and a small screen shows eight
   }
 });
 
+instrument.onList('with a zoom of 400 % rows and fields stay usable', 'fmtype=rslt&module=10G,1GE', async (page) => {
+  const height = (node) => page.locator(node).evaluate(({ clientHeight }) => clientHeight);
+  await page.locator('.fm-check').first().click();
+  assert.ok((await height('.fm-viewport')) > 2 * 44);
+  await pressed(page, 'Advanced').click();
+  const field = await page.getByLabel('Job ID').boundingBox();
+  assert.ok(field.y >= 0 && field.y + field.height <= 256);
+  await page.getByRole('button', { name: 'OK' }).scrollIntoViewIfNeeded();
+  await page.getByLabel('Account').fill('x');
+  assert.equal(await page.evaluate(() => document.documentElement.scrollWidth), 320);
+}, { viewport: { width: 320, height: 256 } });
+
 instrument.onList('a second visit asks for the page alone', 'fmtype=rslt', async (page) => {
   const asked = [];
   page.on('requestfinished', async (request) => {
