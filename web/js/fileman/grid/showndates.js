@@ -4,7 +4,7 @@
  */
 import { language } from '../common/texts.js';
 
-const WRITTEN = /^(\d{4})-(\d\d)-(\d\d) (\d\d:\d\d)/;
+const WRITTEN = /^(\d{4})-(0[1-9]|1[0-2])-(0[1-9]|[12]\d|3[01]) (\d\d:\d\d)/; // not the zeros of an unknown date
 const NEAR_DAYS = { 0: true, '-1': true };
 const DAY = 24 * 3600 * 1000;
 
