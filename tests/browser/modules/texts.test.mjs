@@ -3,6 +3,7 @@ import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import { test } from 'node:test';
 import { FIELDS } from '../../../web/js/fileman/answers/readrows.js';
+import { number } from '../../../web/js/fileman/common/texts.js';
 import english from '../../../web/js/languages/en.js';
 
 test('every language has every text, and no text is left over', async () => {
@@ -17,4 +18,8 @@ test('every language has every text, and no text is left over', async () => {
     const isUsed = (key) => columns.includes(key) || sources.some((text) => new RegExp(`['.]${key}\\b`).test(text));
     assert.deepEqual(keys.filter((key) => !isUsed(key)), [], file);
   }
+});
+
+test('thousands are grouped', () => {
+  assert.deepEqual([0, 999, 1000, 1234567, 0.5].map(number), ['0', '999', '1,000', '1,234,567', '0.5']);
 });

@@ -13,7 +13,6 @@ function preferred() {
 }
 
 export const language = typeof navigator === 'object' ? preferred() : 'en';
-const numbers = new Intl.NumberFormat(language);
 const plural = new Intl.PluralRules(language);
 
 /**
@@ -25,12 +24,18 @@ export function t(key, values = {}) {
   if (Array.isArray(entry)) entry = entry[plural.select(values.n ?? 0) === 'one' ? 0 : 1];
   return entry.replace(/\{(\w+)\}/g, (place, name) => {
     const value = values[name];
-    return typeof value === 'number' ? numbers.format(value) : (value ?? place);
+    return typeof value === 'number' ? number(value) : (value ?? place);
   });
 }
 
-/** Formats a number for the language. */
-export const number = (n) => numbers.format(n);
+/**
+ * Formats a number for the language. Intl.NumberFormat would delay the first rows by a tenth, because browsers load
+ * their data of all languages for it. So it formats fractions only, and those come later.
+ */
+export function number(n) {
+  if (!Number.isInteger(n)) return new Intl.NumberFormat(language).format(n);
+  return String(n).replace(/\B(?=(\d{3})+$)/g, TABLES[language].digitGroup);
+}
 
 /** Returns a text of a group of texts, or '' if the group lacks it. */
 export const tIn = (group, key) => (TABLES[language][group] ?? TABLES.en[group])[key] ?? '';
