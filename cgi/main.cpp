@@ -16,7 +16,8 @@
 //     ListForPrograms the same rows as JSON Lines or CSV; RowFormat: rows of the page; RowWriter: all rows
 //     FilterPages     the two filter dialogs
 //     RequestInfoPage the answer to every other request
-//     CGICommonUtils  HTML lines; PageHead, PageFrame: the top and the foot of a page
+//     CGICommonUtils  HTML lines; PageHead, PageFrame: the top and the foot of a page;
+//                     IncompleteNotice: the message of a page that lacks entries
 //   delivery/       sends files instead of pages: View, Download
 //     ChosenIds       which records the request chose
 //     UnsafeNames     which of them cannot be written into the shell commands

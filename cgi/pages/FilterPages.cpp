@@ -4,6 +4,7 @@
 #include "cgi/CFileManCGI.h"
 #include "cgi/answer/Escape.h"
 #include "cgi/pages/CGICommonUtils.h"
+#include "cgi/pages/IncompleteNotice.h"
 #include "cgi/pages/PageHead.h"
 #include "cgi/pages/PageLine.h"
 #include "common/UniqueNames.h"

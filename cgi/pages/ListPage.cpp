@@ -3,6 +3,7 @@
 #include "cgi/CFileManCGI.h"
 #include "cgi/answer/Answers.h"
 #include "cgi/pages/CGICommonUtils.h"
+#include "cgi/pages/IncompleteNotice.h"
 #include "cgi/pages/PageHead.h"
 #include "cgi/pages/PageLine.h"
 #include "cgi/pages/RowFormat.h"

@@ -11,9 +11,3 @@ void page::writeMeta() {
     if (const std::size_t places = unreadPlaces(); places > 0)
         strictLine(1, R"(<meta name="fileman-incomplete" content=")" + std::to_string(places) + R"(" />)");
 }
-
-void page::writeIncompleteNotice() {
-    if (const std::size_t places = unreadPlaces(); places > 0)
-        strictLine(1, R"(<p role="alert">Places of the storage that could not be read: )" +
-                          std::to_string(places) + ". Entries may be missing.</p>");
-}
