@@ -1,16 +1,12 @@
+#include <fcntl.h>
 #include <sys/random.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <ctime>
 
 #include "support/trcfg_utils_io.h"
-
-const char* baseNameOf(const char* path) {
-    const char* slash = std::strrchr(path, '/');
-    return slash == nullptr ? path : slash + 1;
-}
 
 ssize_t readUpTo(int fd, void* buffer, std::size_t size) {
     std::size_t total = 0;
@@ -39,6 +35,18 @@ bool writeAll(int fd, const void* data, std::size_t size) {
         size -= static_cast<std::size_t>(count);
     }
     return true;
+}
+
+UniqueFd openRegular(const char* path, int flags, mode_t mode) {
+    UniqueFd file(::open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, mode));
+    struct stat status = {};
+    if (file && (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)))
+        file.reset();
+    return file;
+}
+
+bool flushAndClose(UniqueFd& file) {
+    return ::fsync(file.get()) == 0 && file.reset() == 0;
 }
 
 unsigned drawNumber() {

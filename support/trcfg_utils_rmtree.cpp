@@ -14,6 +14,7 @@
 #include "common/UniqueFd.h"
 #include "support/trcfg_utils_io.h"
 #include "support/trcfg_utils_log.h"
+#include "support/trcfg_utils_paths.h"
 #include "support/trcfg_utils_proc.h"
 #include "support/trcfg_utils_rmtree.h"
 
