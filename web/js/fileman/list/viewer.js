@@ -17,7 +17,6 @@ import { fetchFile, sniff } from '../answers/stored.js';
 import { t } from '../common/texts.js';
 import { wording } from '../answers/wording.js';
 
-const REST = 500; // debounce: milliseconds before the archive is fetched
 const NOWHERE = { at: -1, count: 0 }; // the place of an entry that is not among the shown rows
 
 export class Viewer {
@@ -105,7 +104,6 @@ export class Viewer {
 
   #drop() {
     this.pending?.abort();
-    clearTimeout(this.timer);
     if (this.address) URL.revokeObjectURL(this.address);
     this.address = null;
     this.report = null;
@@ -140,7 +138,7 @@ export class Viewer {
     const { signal } = this.#begin([entry], place);
     this.facts.show(entry);
     await this.#load(entry, signal);
-    if (!signal.aborted) this.timer = setTimeout(() => this.#lookInside(entry, signal), REST);
+    if (!signal.aborted) await this.#lookInside(entry, signal);
   }
 
   /** Shows two reports side by side. */
@@ -154,7 +152,7 @@ export class Viewer {
       this.report = showComparison(entries, contents, (event) => this.#key(event));
       this.#fill(this.report.frame);
       announce(t('differ', { n: await this.report.ready }));
-      this.timer = setTimeout(() => this.#fillPictures(entries, signal), REST);
+      await this.#fillPictures(entries, signal);
     } catch (error) {
       if (error.name === 'AbortError') return;
       this.#fill(this.#message(wording(error), () => this.compare(entries)));
@@ -209,9 +207,10 @@ export class Viewer {
       this.facts.say(t('insidesNever', { why: t(why) }));
       return;
     }
-    this.facts.say(t('insidesWait'));
     try {
-      const { fetchInsides } = await later();
+      const { fetchInsides, rested } = await later();
+      await rested(signal);
+      this.facts.say(t('insidesWait'));
       const insides = await fetchInsides(entry, signal);
       await this.report?.fill(...(await insides.references(this.report.paths())));
       const packets = kindOf(entry) === 'capture' && (await packetsOf(insides.own()));
@@ -223,14 +222,18 @@ export class Viewer {
     } catch (error) {
       if (signal.aborted) return;
       if (!(error instanceof AnswerError)) throw error;
-      this.facts.say(t('insidesFailed', { why: wording(error) }), () => this.#lookInside(entry, signal));
+      this.facts.say(t('insidesFailed', { why: wording(error) }), () => {
+        this.facts.say(t('insidesWait'));
+        this.#lookInside(entry, signal);
+      });
     }
   }
 
   /** Fills in the pictures of two compared reports. If an archive cannot be fetched, the notes stay in its report. */
   async #fillPictures(entries, signal) {
-    const { fetchInsides } = await later();
     const { sides } = this.report;
+    const { fetchInsides, rested } = await later();
+    await rested(signal);
     for (const [i, entry] of entries.entries()) {
       const paths = sides[i].paths();
       if (!paths.size || obstacle(entry, 'download')) continue;

@@ -7,6 +7,7 @@ import { fileOf, nameMatches } from '../answers/archive.js';
 import { AnswerError, toText } from '../answers/requests.js';
 import { fetchBlob, sniff } from '../answers/stored.js';
 
+const REST = 500; // debounce: milliseconds before the archive of a view is fetched
 const MOST_KEPT = 4; // archives in the cache
 const LARGEST_KEPT = 8 << 20;
 const MOST_PICTURES = 200;
@@ -106,6 +107,12 @@ class Insides {
     }
     return [(path) => addresses.get(path), (path) => texts.get(path)];
   }
+}
+
+/** Resolves when a view has stayed open for a moment. Throws AbortError if it was left before that. */
+export async function rested(signal) {
+  await new Promise((resolve) => setTimeout(resolve, REST));
+  signal.throwIfAborted();
 }
 
 /** Fetches the archive of an entry, or takes it from the cache. Throws AnswerError or AbortError. */
