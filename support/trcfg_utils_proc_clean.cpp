@@ -18,7 +18,6 @@ bool isKept(int fd, int keepCount, va_list kept) {
     va_copy(walk, kept);
     bool found = false;
     for (int index = 0; index < keepCount && !found; ++index) {
-        // NOLINTNEXTLINE(*-valist.Uninitialized): clang-tidy 14 sees va_copy in the first such source only
         found = va_arg(walk, int) == fd;
     }
     va_end(walk);
