@@ -10,12 +10,11 @@
 #include "common/Report.h"
 #include "conf/AdvancedMatch.h"
 #include "conf/CFileManConf.h"
+#include "conf/CompanionBudget.h"
 #include "conf/xml/XmlFile.h"
 #include "conf/xml/XmlLimits.h"
 
 namespace {
-
-constexpr char kTask[] = "read document";
 
 // The child element of the root in which a file stores its advanced information. Letter case is ignored.
 constexpr char kStoredInfoElement[] = "ktb_advinfo";
@@ -51,7 +50,7 @@ std::unique_ptr<TiXmlDocument> loadCompanion(const std::string& path, CompanionB
     if (document && !xml::parse(*document, std::move(*content), failure))
         document.reset();
     if (failure.errorNumber != 0)
-        reportUnlessAbsent(kTask, path, failure.errorNumber);
+        reportUnlessAbsent("read document", path, failure.errorNumber);
     return document;
 }
 
@@ -77,17 +76,6 @@ std::string storedInfoName(StoredInfo kind, std::string_view fileName, std::stri
         break;
     }
     return std::string(fileName);
-}
-
-bool CompanionBudget::spend(std::size_t cost, const std::string& path) {
-    if (m_isExhausted)
-        return false;
-    m_isExhausted = cost > m_left;
-    if (m_isExhausted)
-        report(kTask, path, "too much to read for one request, this and what follows counts as empty");
-    else
-        m_left -= cost;
-    return !m_isExhausted;
 }
 
 _AdvanceInfo CFileManConf::getAdvInfo(_AdvanceInfo info, const std::string& path) {

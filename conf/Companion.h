@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,19 +14,3 @@ enum class StoredInfo {
 // Returns the name of that file. It lies in the directory of the listed file. base: the name up to its first
 // dot.
 std::string storedInfoName(StoredInfo kind, std::string_view fileName, std::string_view base);
-
-// Limits the work of one request (CFileManConf::getAdvInfo) on files that may store advanced information.
-// 100,000 files of 4 kB are within the limit. So no storage tree can make a request read for more than a few
-// seconds.
-class CompanionBudget {
-public:
-    // Takes cost, in units of xml::parseCost, from the budget for the file at path. Returns false when less
-    // is left, and in every later call. The first time it also writes a line on standard error.
-    bool spend(std::size_t cost, const std::string& path);
-
-private:
-    static constexpr std::size_t kAtFirst = std::size_t{512} * 1024 * 1024;
-
-    std::size_t m_left = kAtFirst;
-    bool m_isExhausted = false;
-};

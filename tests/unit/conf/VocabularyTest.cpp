@@ -1,5 +1,5 @@
 #include "TestFiles.h"
-#include "conf/Companion.h"
+#include "conf/CompanionBudget.h"
 #include "conf/xml/XmlLimits.h"
 
 namespace {
