@@ -17,6 +17,15 @@
 
 namespace {
 
+// The programs in the commands of a delivery.
+constexpr const char* kCommands[] = {"/bin/sh", "mkdir", "cp", "zip", "rm"};
+constexpr const char* kRemovalCommands[] = {"/bin/sh", "rm"};
+
+// Shared libraries, locales, and the files of the dynamic loader.
+constexpr const char* kLibraries[] = {
+    "/lib",       "/lib32",         "/lib64",           "/usr/lib",           "/usr/lib32",
+    "/usr/lib64", "/usr/local/lib", "/etc/ld.so.cache", "/etc/ld.so.preload", "/usr/share/locale"};
+
 // A script may name a script, but not without end.
 constexpr int kMostSteps = 4;
 
@@ -29,6 +38,23 @@ Start readStart(const std::string& path) {
     if (!file || ::read(file.get(), start.data(), start.size() - 1) < 0)
         start.fill('\0');
     return start;
+}
+
+// Returns all programs of this name in the directories of PATH. The shell runs the first one, which may be a
+// script that runs another one. A name that contains '/' is returned as it is.
+std::list<std::string> findPrograms(const std::string& name) {
+    if (name.find('/') != std::string::npos)
+        return {name};
+    const char* const path = std::getenv("PATH");
+    std::list<std::string> directories;
+    CCommUtils::split(directories, ":", path == nullptr ? "/usr/bin:/bin" : path);
+    std::list<std::string> found;
+    for (const std::string& directory : directories) {
+        std::string program = entryPath(directory, name);
+        if (::access(program.c_str(), X_OK) == 0)
+            found.push_back(std::move(program));
+    }
+    return found;
 }
 
 // The loader's path stands in the segment of type PT_INTERP. Linkers put headers and path into the first
@@ -60,7 +86,7 @@ std::list<std::string> startersOfScript(const Start& start) {
     if (!words.empty())
         starters.splice(starters.end(), {words.front()});
     if (words.size() > 1)
-        starters.splice(starters.end(), programs::find(*std::next(words.begin())));
+        starters.splice(starters.end(), findPrograms(*std::next(words.begin())));
     return starters;
 }
 
@@ -82,23 +108,28 @@ void allowWithStarters(Landlock& rules, const std::string& path, int steps) {
         allowWithStarters(rules, starter, steps - 1);
 }
 
-} // namespace
-
-std::list<std::string> programs::find(const std::string& name) {
-    if (name.find('/') != std::string::npos)
-        return {name};
-    const char* const path = std::getenv("PATH");
-    std::list<std::string> directories;
-    CCommUtils::split(directories, ":", path == nullptr ? "/usr/bin:/bin" : path);
-    std::list<std::string> found;
-    for (const std::string& directory : directories) {
-        std::string program = entryPath(directory, name);
-        if (::access(program.c_str(), X_OK) == 0)
-            found.push_back(std::move(program));
+// Allows the commands, and what every program needs to start.
+template<std::size_t Count>
+void allowPrograms(Landlock& rules, const char* const (&commands)[Count]) {
+    for (const char* const command : commands) {
+        for (const std::string& program : findPrograms(command))
+            allowWithStarters(rules, program, kMostSteps);
     }
-    return found;
+    for (const char* const path : kLibraries)
+        rules.allow(path, Landlock::kRead);
+    rules.allow("/dev/null", Landlock::kReadFile | Landlock::kWriteFile);
 }
+
+} // namespace
 
 void programs::allow(Landlock& rules, const std::string& path) {
     allowWithStarters(rules, path, kMostSteps);
+}
+
+void programs::allowCommands(Landlock& rules) {
+    allowPrograms(rules, kCommands);
+}
+
+void programs::allowRemoval(Landlock& rules) {
+    allowPrograms(rules, kRemovalCommands);
 }

@@ -13,19 +13,9 @@
 namespace {
 
 constexpr char kTemporary[] = "/tmp";
-constexpr char kNull[] = "/dev/null";
-
-// The programs in the commands of a delivery.
-constexpr const char* kCommands[] = {"/bin/sh", "mkdir", "cp", "zip", "rm"};
-constexpr const char* kRemovalCommands[] = {"/bin/sh", "rm"};
 
 // Version 1 of Landlock refuses to move a file from one directory to another, whatever the rules say.
 constexpr int kVersionThatMoves = 2;
-
-// Shared libraries, locales, and the files of the dynamic loader.
-constexpr const char* kLibraries[] = {
-    "/lib",       "/lib32",         "/lib64",           "/usr/lib",           "/usr/lib32",
-    "/usr/lib64", "/usr/local/lib", "/etc/ld.so.cache", "/etc/ld.so.preload", "/usr/share/locale"};
 
 // The converter is not part of this program. It may need an interpreter, libraries and fonts.
 constexpr const char* kConverterPrograms[] = {"/bin", "/sbin", "/usr", "/opt", "/lib", "/lib32", "/lib64"};
@@ -68,20 +58,8 @@ void allowReading(Landlock& rules) {
     allowTimeZone(rules);
 }
 
-// The programs, and what programs need to start.
-template<std::size_t Count>
-void allowPrograms(Landlock& rules, const char* const (&commands)[Count]) {
-    for (const char* const command : commands) {
-        for (const std::string& program : programs::find(command))
-            programs::allow(rules, program);
-    }
-    for (const char* const path : kLibraries)
-        rules.allow(path, Landlock::kRead);
-    rules.allow(kNull, Landlock::kReadFile | Landlock::kWriteFile);
-}
-
 void allowCommands(Landlock& rules) {
-    allowPrograms(rules, kCommands);
+    programs::allowCommands(rules);
     allowReading(rules);
 }
 
@@ -135,7 +113,7 @@ void reach::confineToStaging(Delivery delivery, const std::string& directory) {
 
 void reach::confineKeeper(const std::string& directory) {
     Landlock rules(kVersionThatMoves);
-    allowPrograms(rules, kRemovalCommands);
+    programs::allowRemoval(rules);
     rules.allow(directory, Landlock::kRead | Landlock::kWrite);
     rules.enforce();
 }
