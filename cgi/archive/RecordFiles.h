@@ -15,6 +15,10 @@ bool belongsToRecord(std::string_view name, std::string_view entry);
 // search.
 class SortedDirectory {
 public:
+    // The most directories of a record that may lie in each other. Each of them keeps a descriptor open, and
+    // a process may usually have 1,024 of them.
+    static constexpr int kDeepest = 200;
+
     // path is used in messages and to resolve links in the directory. If directory is not open, errno must
     // hold the reason. If it could not be opened or could not be read to its end, there are no entries.
     SortedDirectory(UniqueFd directory, const std::string& path);

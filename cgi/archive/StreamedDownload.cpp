@@ -23,9 +23,6 @@
 
 namespace {
 
-// Each level keeps a descriptor open, and a process may usually have 1,024 of them.
-constexpr int kDeepest = 200;
-
 // Without O_NONBLOCK a FIFO without a writer would block the request for ever.
 constexpr int kReadFile = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 constexpr int kReadDirectory = O_RDONLY | O_DIRECTORY;
@@ -105,7 +102,7 @@ void Download::addEntry(const SortedDirectory& directory, const DirEntry& entry,
         addUnlisted(directory, entry, place, depth);
     else if (entry.type == EntryType::RegularFile)
         addFile(openIn(directory, entry, kReadFile), path, place);
-    else if (depth == kDeepest)
+    else if (depth == SortedDirectory::kDeepest)
         leaveOut(path, "too many directories in each other");
     else
         addDirectory(openIn(directory, entry, kReadDirectory), path, place, depth + 1);
