@@ -9,10 +9,10 @@
 #include "fileman/RecordId.h"
 #include "fileman/families/FamilyLoader.h"
 #include "fileman/load/LoadPipeline.h"
-#include "fileman/names/FamilyDirs.h"
+#include "fileman/names/FamilyRoots.h"
 #include "fileman/names/ListedFiles.h"
 #include "fileman/names/PortNames.h"
-#include "fileman/names/TestTypeNames.h"
+#include "fileman/names/TestTypeDirs.h"
 
 CFileManager* g_FileMan = nullptr;
 

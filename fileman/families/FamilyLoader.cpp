@@ -4,9 +4,9 @@
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
-#include "fileman/names/FamilyDirs.h"
+#include "fileman/names/FamilyRoots.h"
 #include "fileman/names/PortNames.h"
-#include "fileman/names/TestTypeNames.h"
+#include "fileman/names/TestTypeDirs.h"
 
 namespace {
 

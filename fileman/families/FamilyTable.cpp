@@ -2,7 +2,7 @@
 
 #include "common/CCommUtils.h"
 #include "fileman/names/Suffixes.h"
-#include "fileman/names/TestTypeNames.h"
+#include "fileman/names/TestTypeDirs.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "fileman/load/Diagnostics.h"
 #include "fileman/names/FlatModes.h"
 #include "fileman/names/PortNames.h"
-#include "fileman/names/TestTypeNames.h"
+#include "fileman/names/TestTypeDirs.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "fileman/names/FamilyDirs.h"
+#include "fileman/names/FamilyRoots.h"
 
 #include <array>
 

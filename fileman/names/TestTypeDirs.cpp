@@ -1,4 +1,4 @@
-#include "fileman/names/TestTypeNames.h"
+#include "fileman/names/TestTypeDirs.h"
 
 #include <algorithm>
 

@@ -12,7 +12,7 @@
 #include "fileman/names/MtieMode.h"
 #include "fileman/names/PortNames.h"
 #include "fileman/names/Suffixes.h"
-#include "fileman/names/TestTypeNames.h"
+#include "fileman/names/TestTypeDirs.h"
 
 namespace {
 

@@ -5,6 +5,7 @@
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
+#include "fileman/names/SdhDirs.h"
 #include "fileman/names/Suffixes.h"
 
 namespace {
@@ -43,18 +44,6 @@ void addTypeToMode(const std::string& typeKey, const std::string& modeKey) {
     CFileManConf::addTypeToMode(CFileManConf::getTypeName(typeKey), CFileManConf::getModeName(modeKey));
 }
 
-// Whether it is a directory of the SDH family. These are below a port and have no mode directory above them.
-bool isSdhDir(const std::string& name, const std::string& path) {
-    static constexpr std::string_view kPrefixes[] = {"ktp-", "sdh10g-", "sdh2g5-"};
-    static constexpr std::string_view kNames[] = {"bert", "isdn", "jit", "jtf", "mjt", "pulse", "wan"};
-    if (!contains(path, "10g") && !contains(path, "2g5"))
-        return false;
-    return std::any_of(std::begin(kPrefixes), std::end(kPrefixes),
-                       [&](std::string_view prefix) { return startsWith(name, prefix); }) ||
-           std::any_of(std::begin(kNames), std::end(kNames),
-                       [&](std::string_view word) { return equals(name, word); });
-}
-
 // Returns the type key for the results of a CPRI layer, which are beside the modes of their module. Returns
 // null for other names.
 const char* cpriLayerOf(const std::string& name) {
@@ -69,7 +58,7 @@ bool isSuffixedDir(const std::string& name) {
 
 // Returns the configured directory name of the mode that a directory means, or "" when it means none.
 std::string modeKeyOf(const std::string& name, const std::string& path) {
-    if (isSdhDir(name, path))
+    if (sdh::isDir(name, path))
         return "ktp-rslt";
     if (equals(name, "ktr") || equals(name, "otux") || equals(name, "cpri"))
         return name;
@@ -78,22 +67,6 @@ std::string modeKeyOf(const std::string& name, const std::string& path) {
     if (isSuffixedDir(name))
         return cpriLayerOf(name) == nullptr ? name : std::string();
     return name == "screen" ? "ktb-rslt" : std::string();
-}
-
-std::string sdhTypeKey(const std::string& name) {
-    for (const char* const word : {"bert", "isdn"}) {
-        if (equals(name, word))
-            return word;
-    }
-    for (const char* const part : {"ds1", "ds3", "sonet"}) {
-        if (contains(name, part))
-            return part;
-    }
-    for (const char* const word : {"jit", "jtf", "mjt", "pulse", "wan"}) {
-        if (equals(name, word))
-            return word;
-    }
-    return "bert";
 }
 
 void addPort(const std::string& name, std::string_view suffix, const char* portOf10g) {
@@ -156,7 +129,7 @@ void VocabularyScan::registerDirectory(const std::string& path) {
     const std::string name = CCommUtils::dirName(path);
     const std::string parent = CCommUtils::upDirName(path);
     const std::string mode = modeKeyOf(name, path);
-    if (isSdhDir(name, path))
+    if (sdh::isDir(name, path))
         return registerSdhDir(name, parent, mode);
     if (registerModeDir(name, parent, mode))
         return;
@@ -171,7 +144,7 @@ void VocabularyScan::registerSdhDir(const std::string& name, const std::string& 
     typePrefixFlag = false;
     addMode(mode);
     addPortOf(parent);
-    const std::string key = sdhTypeKey(name);
+    const std::string key = sdh::typeKey(name);
     addType(key);
     addTypeToMode(key, mode);
 }

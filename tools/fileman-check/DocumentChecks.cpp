@@ -11,7 +11,7 @@
 #include "fileman-check/Findings.h"
 #include "fileman-check/LinedDocument.h"
 #include "fileman/names/PortNames.h"
-#include "fileman/names/TestTypeNames.h"
+#include "fileman/names/TestTypeDirs.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "fileman/disk/Directory.h"
 #include "fileman/names/ListedFiles.h"
 #include "fileman/names/PortNames.h"
-#include "fileman/names/TestTypeNames.h"
+#include "fileman/names/TestTypeDirs.h"
 
 namespace {
 
