@@ -14,6 +14,8 @@ constexpr char kNoDateTime[] = "0000-00-00 00:00:00";
 
 constexpr char kTask[] = "tell the date of";
 
+static_assert(sizeof(std::time_t) >= 8, "a change after 2038 has its date, also on a board of 32 bits");
+
 // Returns false with errno set on failure.
 bool askSystem(int directory, const char* path, std::time_t& time) {
     struct stat status;
