@@ -11,14 +11,14 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import time
 import traceback
 import zipfile
+from pathlib import Path
 
 os.umask(0o022)
 
 import http_rules  # noqa: E402
-from storage import BERT, RECORD, Tree, chosen, environment  # noqa: E402
+from storage import BERT, RECORD, Tree, chosen, environment, make_program, wait_until  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 # Stands in for the converter: its "PDF" is the mark and the text of the file.
@@ -29,10 +29,6 @@ done <"$1"
 """
 # What belongs in /tmp beside the two archives and what the two directories hold for a while.
 KEPT = r".*tmp/\(download\|pdf\|htm2pdf_task_list\|\.private-storage\|\.[^/]*\.lock\)"
-
-
-def same(found, expected):
-    assert found == expected, f"\n  expected {expected!r}\n  found    {found!r}"
 
 
 def entries(archive):
@@ -52,8 +48,7 @@ class Instrument:
 
     def __init__(self, program, directory):
         self.program, self.directory = program, directory
-        with open(program, "rb") as file:
-            self.is_sanitized = b"__asan_init" in file.read()
+        self.is_sanitized = b"__asan_init" in Path(program).read_bytes()
         for name in ("home", "tmp", "usr-local"):
             os.mkdir(self.path(name))
         self.tree = Tree(self.path("home"))
@@ -66,11 +61,7 @@ class Instrument:
 
     def tool(self, name, *script):
         """A program below /usr/local, where "bin" comes before the machine's own."""
-        tool = self.path("usr-local/" + name)
-        os.makedirs(os.path.dirname(tool), exist_ok=True)
-        with open(tool, "w", encoding="ascii") as file:
-            file.write("\n".join(("#!/bin/sh", *script, "")))
-        os.chmod(tool, 0o755)
+        make_program(self.path("usr-local/" + name), *script)
 
     def stored(self, name):
         """The place of a file beside the reports; text or bytes."""
@@ -98,13 +89,11 @@ class Instrument:
 
     def left_in_tmp(self):
         """Returns the files that are left although the background removal had enough time."""
-        for _ in range(100):
-            left = subprocess.check_output(f"find tmp -mindepth 1 -not -regex '{KEPT}'", shell=True,
-                                           cwd=self.directory)
-            if not left:
-                break
-            time.sleep(0.05)
-        return left.decode()
+        def left():
+            return subprocess.check_output(("find", "tmp", "-mindepth", "1", "-not", "-regex", KEPT),
+                                           cwd=self.directory, text=True)
+        wait_until(lambda: not left())
+        return left()
 
 
 def run(case, kind, program):

@@ -20,14 +20,15 @@ import socket
 import subprocess
 import sys
 import time
+from pathlib import Path
 
 sys.dont_write_bytecode = True
 os.umask(0o022)
 
 import http_rules  # noqa: E402
 import strict_rows  # noqa: E402
-from storage import (BERT, HERE, NO_ROOT_RIGHTS, ZONE, Tree, chosen, demand_private_storage,  # noqa: E402
-                     environment, plain, read)
+from storage import (BERT, HERE, NO_ROOT_RIGHTS, ZONE, Tree, chosen, environment, plain, read,  # noqa: E402
+                     request, same)
 
 DEFAULT, STRICT = "expected", "expected/strict"
 ROW = re.compile(rb"\t\t\{ id: '.*?', datetime: '(\S+ \S+?)', rsltype: '\w+', path: '(.*?)' \},\n", re.S)
@@ -38,15 +39,6 @@ RESTRICTED = ("inaccessible", "document:unreadable")
 VARIABLES = {"no-action": {
     "CONTENT_LENGTH": "5000000000 apples", "CONTENT_TYPE": "text/x", "REMOTE_ADDR": "::1",
     "REQUEST_METHOD": "POST", "PATH_INFO": "/a b", "PATH_TRANSLATED": "/srv/<&>"}}
-
-
-class Wrong(Exception):
-    pass
-
-
-def same(found, expected, what=""):
-    if found != expected:
-        raise Wrong(f"{what}\n  expected {expected!r}\n  found    {found!r}")
 
 
 class Case:
@@ -71,12 +63,6 @@ def cases_in(file, kinds):
         elif not line.startswith(b"#"):
             cases.append(Case(kinds, *line.split(None, 2)))
     return cases
-
-
-def request(program, query, prefix=(), **more):
-    """The finished process, which has to end by itself."""
-    return subprocess.run([*prefix, program], env=environment(query, **more), stdin=subprocess.DEVNULL,
-                          capture_output=True, timeout=60, check=False)
 
 
 def answer(program, query, **more):
@@ -154,12 +140,11 @@ def compare(program, case, kind, updated):
     path = os.path.join(HERE, kind, "broken-document" if is_broken else case.name)
     if updated is not None and path not in updated:
         updated.add(path)
-        with open(path, "wb") as file:
-            file.write(found)
+        Path(path).write_bytes(found)
     expected = read(path)
     if found != expected:
         lines = difflib.unified_diff(expected.decode().split("\n"), found.decode().split("\n"), lineterm="")
-        raise Wrong("\n".join((*lines, "--- the whole answer found:", found.decode())))
+        raise AssertionError("\n".join((*lines, "--- the whole answer found:", found.decode())))
 
 
 def unknown_module_ends_the_process(program):
@@ -248,7 +233,6 @@ def attempts(program, updated, names):
 
 
 def main(program, *options):
-    demand_private_storage()
     if not os.access(program, os.X_OK):
         sys.exit(f"run.py: no program {program}; cmake --preset release (or asan) and its build make it")
     os.environ["TZ"] = ZONE
@@ -260,7 +244,7 @@ def main(program, *options):
         count += 1
         try:
             attempt()
-        except (Wrong, http_rules.Broken, ValueError, subprocess.TimeoutExpired, FileNotFoundError) as error:
+        except (AssertionError, ValueError, subprocess.TimeoutExpired, FileNotFoundError) as error:
             failed += 1
             print(f"FAILED {name}\n{error!r}\n{error}\n")
     print(f"{count} cases, {failed} failed")

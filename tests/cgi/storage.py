@@ -10,6 +10,8 @@ import re
 import socket
 import subprocess
 import sys
+import time
+from pathlib import Path
 from urllib.parse import quote_from_bytes
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -35,13 +37,33 @@ NO_ROOT_RIGHTS = ("setpriv", "--bounding-set=-dac_override,-dac_read_search",
 
 
 def read(*path):
-    with open(os.path.join(HERE, *path), "rb") as file:
-        return file.read()
+    return Path(HERE, *path).read_bytes()
 
 
 def plain(text):
     text = re.sub(rb"\{(\d+)\*(.+?)\}", lambda found: int(found[1]) * found[2], text)
     return re.sub(rb"\\x(..)", lambda found: bytes.fromhex(found[1].decode()), text)
+
+
+def same(found, expected, what=""):
+    assert found == expected, f"{what}\n  expected {expected!r}\n  found    {found!r}"
+
+
+def wait_until(condition, seconds=10):
+    """Whether the condition holds in time."""
+    end = time.monotonic() + seconds
+    while not condition():
+        if time.monotonic() > end:
+            return False
+        time.sleep(0.05)
+    return True
+
+
+def make_program(path, *script):
+    """A shell script that can be run."""
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    Path(path).write_text("\n".join(("#!/bin/sh", *script, "")), encoding="utf-8")
+    os.chmod(path, 0o755)
 
 
 def demand_private_storage():
@@ -62,11 +84,19 @@ def environment(query, **more):
     return values if query is None else {**values, "QUERY_STRING": query}
 
 
+def request(program, query, prefix=(), preexec_fn=None, **variables):
+    """The finished process, which has to end by itself."""
+    return subprocess.run([*prefix, program], env=environment(query, **variables), stdin=subprocess.DEVNULL,
+                          capture_output=True, timeout=60, check=False, preexec_fn=preexec_fn)
+
+
 class Tree:
     """Writes below a home directory; paths are text or bytes."""
 
     def __init__(self, home="/home"):
         self.home = os.fsencode(home)
+        if home == "/home":
+            demand_private_storage()
 
     def place(self, path):
         place = os.path.join(self.home, os.fsencode(path))
@@ -119,10 +149,9 @@ class Tree:
 
     def make_deep(self, name, count):
         """Makes nested directories until their path is too long."""
-        here = os.open(self.home, os.O_RDONLY)
+        start = os.getcwd()
+        os.chdir(self.home)
         for _ in range(count):
-            os.mkdir(name, dir_fd=here)
-            below = os.open(name, os.O_RDONLY, dir_fd=here)
-            os.close(here)
-            here = below
-        os.close(here)
+            os.mkdir(name)
+            os.chdir(name)
+        os.chdir(start)

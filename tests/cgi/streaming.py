@@ -12,8 +12,8 @@ import zipfile
 
 sys.dont_write_bytecode = True
 
-from instrument import Instrument, entries, main, place, same  # noqa: E402
-from storage import BERT, NO_ROOT_RIGHTS  # noqa: E402
+from instrument import Instrument, entries, main, place  # noqa: E402
+from storage import BERT, NO_ROOT_RIGHTS, same  # noqa: E402
 
 NO_FILE = "neither a file nor a link to one"
 

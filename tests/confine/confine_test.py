@@ -9,14 +9,14 @@ import ctypes
 import errno
 import os
 import re
-import subprocess
+import shutil
 import sys
-import tempfile
+from pathlib import Path
 
 sys.path.insert(0, "tests/cgi")
 import storage  # noqa: E402  pylint: disable=wrong-import-position
 
-BUILD = ""
+BUILD = os.path.abspath(sys.argv[1])
 ID = "Ethernet_SFP_BERT_Result_line_1"
 READING = ["fmtype=all", "filter=fpri", f"opertype=view&rsltid={ID}"]
 # The second one is for a name that would move to another directory.
@@ -34,8 +34,7 @@ KEPT = ("/home/victim.html", "/tmp/kept", "/tmp/pdf/kept", "/tmp/download/kept")
 
 
 def run(query, program="dev/fileman.cgi", **variables):
-    return subprocess.run(f"{BUILD}/{program}", stdin=subprocess.DEVNULL, capture_output=True, timeout=60, check=False,
-                          env=storage.environment(query, **{"PATH": "/usr/local/bin:/usr/bin:/bin", **variables}))
+    return storage.request(f"{BUILD}/{program}", query, PATH="/usr/local/bin:/usr/bin:/bin", **variables)
 
 
 def tried(done):
@@ -50,18 +49,14 @@ def prepare():
     for directory in ("/tmp/pdf", "/tmp/download"):
         os.makedirs(directory, mode=0o700, exist_ok=True)
     for path in KEPT:
-        with open(path, "wb") as file:
-            file.write(b"measured")
+        Path(path).write_bytes(b"measured")
 
 
 def untouched(area):
     """The other area and everything else that a request must not change; its own area is emptied at its end."""
-    for path in KEPT:
-        if os.path.dirname(path) in ("/home", "/tmp", area):
-            with open(path, "rb") as file:
-                if file.read() != b"measured":
-                    return False
-    return (os.listdir(area) == ["kept"] and not {"new", "other"} & set(os.listdir("/tmp"))
+    kept = [Path(path).read_bytes() for path in KEPT if os.path.dirname(path) in ("/home", "/tmp", area)]
+    return ({*kept} == {b"measured"} and os.listdir(area) == ["kept"]
+            and not {"new", "other"} & set(os.listdir("/tmp"))
             and not {"new.html", "other.html", "new", "link"} & set(os.listdir("/home")))
 
 
@@ -90,24 +85,16 @@ def stub(area):
     attempts = COMMANDS | {"write in another staging area": f": >{area}/kept"}
     lines = [f'( {attempt} ) 2>/dev/null && echo "tried {what}: errno 0" >&2 || echo "tried {what}: errno 13" >&2'
              for what, attempt in attempts.items()]
-    return "\n".join(["#!/bin/sh", *lines, 'echo "environment: "$(export -p | cut -c8- 2>/dev/null || export -p)"." >&2',
-                      'echo "core: $(ulimit -c) files: $(ulimit -n)" >&2', "exit 1"])
-
-
-def plant(name, script):
-    path = f"/usr/local/{name}"
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(script)
-    os.chmod(path, 0o755)
-    return path
+    return (*lines, 'echo "environment: "$(export -p | cut -c8- 2>/dev/null || export -p)"." >&2',
+                      'echo "core: $(ulimit -c) files: $(ulimit -n)" >&2', "exit 1")
 
 
 def inside_the_children():
     for operation, place in (("download", "bin/cp"), ("pdf", "ktb/bin/htm2pdf")):
         prepare()
-        planted = plant(place, stub(FOREIGN_AREA[operation]))
+        storage.make_program(f"/usr/local/{place}", *stub(FOREIGN_AREA[operation]))
         done = run(f"opertype={operation}&rsltid={ID}", HTTP_SECRET="s", FILEMAN_OPEN_FILES="99")
-        os.unlink(planted)
+        os.unlink(f"/usr/local/{place}")
         attempts = tried(done)
         assert len(attempts) == len(COMMANDS) + 1, (operation, attempts, done.stderr)
         allowed = {"run a program"} if operation == "pdf" else set()
@@ -123,13 +110,10 @@ def inside_the_children():
 def set_user_id_is_dropped():
     """The program's file belongs to another user and lends it; what the request makes is its own user's all the same."""
     prepare()
-    program = plant("bin/fileman.cgi", "")
-    with open(f"{BUILD}/release/fileman.cgi", "rb") as original, open(program, "wb") as copy:
-        copy.write(original.read())
+    program = shutil.copy(f"{BUILD}/release/fileman.cgi", "/usr/local/bin")
     os.chown(program, 1234, 1234)
     os.chmod(program, 0o6755)
-    subprocess.run(program, env=storage.environment(f"opertype=download&rsltid={ID}", PATH="/usr/bin:/bin"),
-                   capture_output=True, timeout=60, check=False)
+    storage.request(program, f"opertype=download&rsltid={ID}")
     owner = os.stat("/tmp/.tarn_download.lock")
     if (owner.st_uid, owner.st_gid) != (os.getuid(), os.getgid()):
         yield f"the lock belongs to {owner.st_uid}:{owner.st_gid}"
@@ -147,16 +131,5 @@ def main():
     return 1 if faults else 0
 
 
-def start_in_private_storage():
-    """With a /usr/local of its own, where the test plants programs."""
-    with tempfile.TemporaryDirectory() as directory:
-        for name in ("home", "usr-local/bin", "usr-local/ktb/bin"):
-            os.makedirs(f"{directory}/{name}")
-        with open(f"{directory}/usr-local/bin/.private", "w", encoding="ascii"):
-            pass
-        return subprocess.run(["scripts/with-storage", directory, "python3", "-B", *sys.argv], check=False).returncode
-
-
 if __name__ == "__main__":
-    BUILD = sys.argv[1]
-    sys.exit(main() if os.path.exists("/usr/local/bin/.private") else start_in_private_storage())
+    sys.exit(main())

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""calls_test.py BUILD [--all]: one system call at a time fails, during a list and both kinds of download.
+"""calls_test.py BUILD: one system call at a time fails, during a list and both kinds of download.
 
 No fault ends the process by a signal, stops it for ever or changes anything below /home. An answer that differs from the
 healthy one breaks off visibly, or a line on standard error says what is missing; an interrupted call is made again.
-Without --all only some of the allocations, and some of the calls of a download, fail.
+Only some of the allocations, and some of the calls of a download, fail.
 """
 
 import concurrent.futures
@@ -19,8 +19,7 @@ import zipfile
 sys.path.insert(0, "tests/cgi")
 import storage  # noqa: E402  pylint: disable=wrong-import-position
 
-ALL = "--all" in sys.argv
-BUILD = os.path.abspath(sys.argv[1])
+BUILD = os.path.abspath(sys.argv.pop(1))
 LIST = "fmtype=all"
 DOWNLOAD = "opertype=download&rsltid=Ethernet_SFP_BERT_Result_line_1,__Screen_Result_shot_1"
 # The same in strict answers; the program ignores the last key.
@@ -41,12 +40,10 @@ def errors_of(query, call, number):
         return (errno.ENOMEM,) if call == "malloc" else (errno.EAGAIN,)
     if query == LIST:
         return ERRORS[:3] + {"write": AGAIN, "fstat": (), "poll": ()}.get(call, (errno.EINTR,))
-    return ERRORS if ALL else (ERRORS[number % len(ERRORS)],)
+    return (ERRORS[number % len(ERRORS)],)
 
 
 def step_of(query, call):
-    if ALL:
-        return 1
     if call == "malloc":
         return 499 if query == DOWNLOAD else 97
     return 7 if query == DOWNLOAD and call in READING else 1
@@ -55,11 +52,10 @@ def step_of(query, call):
 def run(query, call="", number=0, error=0):
     """Returns the finished process, and whether the call was reached."""
     mark = f"/tmp/mark-{call}-{number}-{error}"
-    environment = storage.environment(
-        query, LD_PRELOAD=f"{BUILD}/dev/tests/faults/fail_call.so", FAULT_MARK=mark, FAULT_CALL=call,
-        FAULT_NUMBER=str(number), FAULT_ERROR=str(error), FILEMAN_ANSWERS="strict" if query == STREAM else "default")
-    done = subprocess.run(f"{BUILD}/dev/fileman.cgi", stdin=subprocess.DEVNULL, capture_output=True, timeout=60,
-                          check=False, env=environment)
+    done = storage.request(
+        f"{BUILD}/dev/fileman.cgi", query, LD_PRELOAD=f"{BUILD}/dev/tests/faults/fail_call.so", FAULT_MARK=mark,
+        FAULT_CALL=call, FAULT_NUMBER=str(number), FAULT_ERROR=str(error),
+        FILEMAN_ANSWERS="strict" if query == STREAM else "default")
     hit = os.path.getsize(mark) > 0
     os.unlink(mark)
     return done, hit
@@ -140,6 +136,4 @@ class Calls(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if os.environ.get("FILEMAN_PRIVATE_STORAGE") != "1" or not os.path.exists("/tmp/.private-storage"):
-        sys.exit("calls_test: runs only inside scripts/with-storage")
-    unittest.main(argv=sys.argv[:1])
+    unittest.main()
