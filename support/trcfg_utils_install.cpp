@@ -13,6 +13,7 @@
 #include "support/trcfg_utils_paths.h"
 #include "support/trcfg_utils_proc.h"
 #include "support/trcfg_utils_rmtree.h"
+#include "support/trcfg_utils_tmpnam.h"
 
 namespace {
 

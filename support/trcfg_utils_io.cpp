@@ -1,10 +1,8 @@
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <ctime>
 
 #include "support/trcfg_utils_io.h"
 
@@ -47,14 +45,4 @@ UniqueFd openRegular(const char* path, int flags, mode_t mode) {
 
 bool flushAndClose(UniqueFd& file) {
     return ::fsync(file.get()) == 0 && file.reset() == 0;
-}
-
-unsigned drawNumber() {
-    unsigned number = 0;
-    if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number))
-        return number;
-    // Early at boot the random pool may not be ready yet.
-    timespec now = {};
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<unsigned>(now.tv_nsec) * 2654435761U ^ static_cast<unsigned>(::getpid());
 }

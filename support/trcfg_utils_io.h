@@ -33,6 +33,3 @@ UniqueFd openRegular(const char* path, int flags, mode_t mode);
 
 // Returns true if everything is on the disk.
 bool flushAndClose(UniqueFd& file);
-
-// Returns a pseudo-random number, for names that other processes are unlikely to use.
-unsigned drawNumber();
