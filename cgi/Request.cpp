@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "cgi/CFileManCGI.h"
-#include "cgi/DecodedQuery.h"
+#include "cgi/StrictQuery.h"
 #include "cgi/answer/Answers.h"
 #include "cgi/delivery/ChosenIds.h"
 #include "common/CCommUtils.h"
@@ -111,7 +111,7 @@ bool CFileManCGI::parseKeyValue(const std::string& pair) {
 }
 
 bool CFileManCGI::readQuery(const char* encoded) {
-    std::optional<DecodedQuery> query = DecodedQuery::read(encoded);
+    std::optional<StrictQuery> query = StrictQuery::read(encoded);
     if (!query)
         return false;
     m_queryInfo = std::move(query->values);

@@ -4,13 +4,13 @@
 //   answer/         how an answer is written
 //     Answers         decides which kind of answers this process gives, and what differs between the two
 //     Output          writes the response, which ends where a write fails
-//     Header          writes the header of strict answers; HttpErrors refuses a request in words;
+//     Header          writes the header of strict answers; HttpErrors: what they refuse, and in which words;
 //                     ContentType, Disposition: lines of the header; Escape: values in pages
 //   confine/        limits what the process may do from here on: Reach (files), Limits, Privileges,
 //                   Environment (what commands inherit);
 //                   Landlock and Programs make the rules for the kernel
 //   StartUp         reads the configuration and scans the storage, in a thread that main waits for
-//   Request         reads the query: the action and the filter; Query: the way strict answers read it
+//   Request         reads the query: the action and the filter; StrictQuery: the way strict answers read it
 //   pages/          writes HTML
 //     ListPage        the grid page                  CFileManager loads what it lists
 //     ListForPrograms the same rows as JSON Lines or CSV; RowFormat: rows of the page; RowWriter: all rows
@@ -66,7 +66,7 @@
 #include "common/WriteAll.h"
 #include "conf/CFileManConf.h"
 #include "fileman/CFileManager.h"
-#include "fileman/load/Diagnostics.h"
+#include "fileman/load/LoadTrace.h"
 
 namespace {
 
@@ -109,7 +109,7 @@ void prepareProcess() {
     openStandardDescriptors();
     Answers::decide();
     if (Answers::current().areStrict())
-        diagnostics::sendToStandardError();
+        trace::sendToStandardError();
     std::set_new_handler(&endWithoutMemory);
     output::open();
 #ifdef __GLIBC__
@@ -140,11 +140,11 @@ bool refuses(const CFileManCGI& request, const _ResultFilter& filter) {
         return false;
     const unsigned action = request.getFileManType();
     if (isDelivery(action) && request.getQueryList("rsltid").value_or(Names()).empty()) {
-        writeErrorPage(Status::BadRequest, "The request names no result: rsltid is missing or empty.");
+        refuse(refusal::kNoId);
         return true;
     }
     if (isList(action) && !request.getListFormat()) {
-        writeErrorPage(Status::BadRequest, "A list has no such format; it can be jsonl or csv.");
+        refuse(refusal::kFormat);
         return true;
     }
     if (!isFilteredList(action))
@@ -152,7 +152,7 @@ bool refuses(const CFileManCGI& request, const _ResultFilter& filter) {
     for (const std::string& module : filter.modules) {
         if (CFileManConf::hasModule(module))
             continue;
-        writeErrorPage(Status::BadRequest, "The configuration knows no module \"" + module + "\".");
+        refuse(refusal::kModule, module);
         return true;
     }
     return false;
@@ -194,7 +194,7 @@ void confine(CFileManCGI& request) {
 bool refusesUnknown(const ResultList& results) {
     if (!Answers::current().areStrict() || !results.empty())
         return false;
-    writeErrorPage(Status::NotFound, "No stored result has such an identifier.");
+    refuse(refusal::kUnknownIds);
     return true;
 }
 
@@ -257,7 +257,7 @@ void answer(CFileManCGI& request, CFileManager& store, const _ResultFilter& filt
 // Ends without freeing the records: freeing 100,000 of them would take longer than writing them, and the
 // kernel takes all memory back at once.
 [[noreturn]] void endProcess() {
-    diagnostics::flush();
+    trace::flush();
     std::fflush(stdout);
     ::_exit(EXIT_SUCCESS);
 }
@@ -285,9 +285,9 @@ int main(int argc, char** argv) {
     }
     const auto request = std::make_unique<CFileManCGI>();
     if (Answers::current().isMethodRefused()) {
-        writeErrorPage(Status::MethodNotAllowed, "Only GET and HEAD are answered.");
+        refuse(refusal::kMethod);
     } else if (!readQuery(*request)) {
-        writeErrorPage(Status::BadRequest, "The query holds a malformed escape.");
+        refuse(refusal::kEscape);
     } else {
         confine(*request);
         serve(*request);

@@ -39,7 +39,7 @@ public:
     // Whether value is exactly "true".
     static bool isChecked(const std::string& value);
 
-    // --- lookups (ConfLookups.cpp) ---
+    // --- names, labels, keys and directory names (ConfNames.cpp) ---
 
     // The mode whose result or profile directory has this name. The exact word "ktr" gives the first mode.
     // This is intentional.
@@ -56,6 +56,17 @@ public:
     static std::string portLabel2DirName(const std::string& label, bool isResult);
     static std::string modeLabel2ModeName(const std::string& label);
     static std::string typeLabel2Key(const std::string& label);
+
+    // Returns the port of a directory name, or "Unknown" for "". If the name contains any of the letters p,
+    // o, r or t, its last four characters are removed; the rest is looked up as a port key. The test for
+    // single letters instead of the word is intentional.
+    static std::string str2Port(const std::string& name);
+    // The same, but always removes the last n characters.
+    static std::string str2Port(const std::string& name, int n);
+    // Returns the name without its last n characters, or "Unknown" for "". It is not looked up.
+    static std::string str2Type(const std::string& name, int n);
+
+    // --- records and lists (ConfLookups.cpp) ---
 
     // These find a record by its exact key. For an unknown key they write a line on standard error and throw
     // std::out_of_range.
@@ -91,15 +102,6 @@ public:
 
     // Always returns "".
     static std::string getVerNum(const std::string& text);
-
-    // Returns the port of a directory name, or "Unknown" for "". If the name contains any of the letters p,
-    // o, r or t, its last four characters are removed; the rest is looked up as a port key. The test for
-    // single letters instead of the word is intentional.
-    static std::string str2Port(const std::string& name);
-    // The same, but always removes the last n characters.
-    static std::string str2Port(const std::string& name, int n);
-    // Returns the name without its last n characters, or "Unknown" for "". It is not looked up.
-    static std::string str2Type(const std::string& name, int n);
 
     // --- what was found on disk (ConfFoundOnDisk.cpp) ---
 

@@ -6,7 +6,7 @@
 #include "common/UniqueNames.h"
 #include "conf/AdvancedMatch.h"
 #include "conf/CFileManConf.h"
-#include "conf/xml/XmlEdit.h"
+#include "conf/xml/DocumentUpdate.h"
 #include "conf/xml/XmlFile.h"
 
 namespace {
@@ -96,7 +96,7 @@ void CFileManConf::getAdvanceInfo(_AdvanceInfo& info) {
 }
 
 int CFileManConf::saveAdvanceInfo(const _AdvanceInfo& info) {
-    XmlEdit edit(getConfFileName());
+    DocumentUpdate edit(getConfFileName());
     if (edit.document() == nullptr)
         return 0;
     forEachAdvInfo(*edit.document(), [&](TiXmlElement& element) { writeAdvInfo(element, info); });

@@ -6,7 +6,7 @@
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
 #include "conf/ConfState.h"
-#include "conf/xml/XmlEdit.h"
+#include "conf/xml/DocumentUpdate.h"
 #include "conf/xml/XmlFile.h"
 
 namespace {
@@ -112,7 +112,7 @@ bool CFileManConf::setFilterChecked(FilterType type, const std::string& name, bo
     if (type < FT_CLASS || type > FT_PORT)
         return false;
     setMemory(type, name, state);
-    XmlEdit edit(getConfFileName());
+    DocumentUpdate edit(getConfFileName());
     if (edit.document() == nullptr)
         return false;
     if (const char* const section = sectionOf(type)) {
@@ -125,7 +125,7 @@ bool CFileManConf::setFilterChecked(FilterType type, const std::string& name, bo
 }
 
 bool CFileManConf::setAllFilterChecked(bool state) {
-    XmlEdit edit(getConfFileName());
+    DocumentUpdate edit(getConfFileName());
     if (edit.document() == nullptr)
         return false;
     std::set<std::string> typeNames;

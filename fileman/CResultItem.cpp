@@ -1,7 +1,7 @@
 #include "fileman/CResultItem.h"
 
 #include "common/CCommUtils.h"
-#include "fileman/FolderName.h"
+#include "fileman/ArchiveFolder.h"
 
 std::string CResultItem::uniqueName(const _ResultInfo* info) {
     return info == nullptr ? std::string() : folderName(*info);

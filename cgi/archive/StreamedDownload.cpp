@@ -19,7 +19,7 @@
 #include "common/FixedPaths.h"
 #include "common/Report.h"
 #include "fileman/CResultItem.h"
-#include "fileman/disk/StorageRoot.h"
+#include "fileman/disk/StorageLinks.h"
 
 namespace {
 
@@ -52,7 +52,7 @@ private:
     const SortedDirectory& directoryOf(const std::string& path);
 
     ArchiveStream m_archive;
-    StorageRoot m_root;
+    StorageLinks m_root;
     EntryNames m_names;
     std::set<std::pair<std::string, std::string>> m_added; // name in the archive and path of each record
     std::unique_ptr<SortedDirectory> m_directory;          // the directory of the last record

@@ -73,10 +73,10 @@ void streamChosen(const ChosenIds& ids, const std::list<const _ResultInfo*>& cho
     case Streamed::Sent:
         break;
     case Streamed::NothingStored:
-        writeErrorPage(Status::NotFound, "None of the chosen results is stored.");
+        refuse(refusal::kNothingStored);
         break;
     case Streamed::NothingReadable:
-        writeErrorPage(Status::Failed, "None of the files of the chosen results can be read.");
+        refuse(refusal::kNothingReadable);
         break;
     }
 }

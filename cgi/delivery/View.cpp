@@ -27,9 +27,9 @@ void sendExactly(const std::string& path) {
     FileStream file(path, FileStream::From::Storage);
     if (!file.isOpen()) {
         if (file.isMissing())
-            writeErrorPage(Status::NotFound, "The file of this result does not exist any more.");
+            refuse(refusal::kFileGone);
         else
-            writeErrorPage(Status::Failed, "The file of this result cannot be read.");
+            refuse(refusal::kFileUnreadable);
         return;
     }
     Header(Status::Ok, Header::Policy::File, contentTypeOf(path))

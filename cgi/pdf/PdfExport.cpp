@@ -78,17 +78,17 @@ std::string missingPdfs(const TaskList& tasks) {
 
 void sendStrictAnswer(const StagingArea& area, const TaskList& tasks, bool isReady) {
     if (!area.isHeld()) {
-        writeErrorPage(Status::Busy, "Other requests hold the directory where PDFs are made.");
+        refuse(refusal::kPdfBusy);
         return;
     }
     if (!isReady) {
-        writeErrorPage(Status::Failed, "The directory where PDFs are made cannot be used.");
+        refuse(refusal::kPdfUnusable);
         return;
     }
     converter::run();
     const std::string missing = missingPdfs(tasks);
     if (!missing.empty())
-        writeErrorPage(Status::Failed, "These documents have no whole PDF: " + missing + ".");
+        refuse(refusal::kPdfMissing, missing);
     else if (tasks.size() == 1)
         sendAttachment(tasks.front().pdf);
     else
@@ -111,9 +111,9 @@ bool isAnsweredBefore(const ChosenIds& ids, const std::list<const _ResultInfo*>&
     if (!Answers::current().areStrict())
         return false;
     if (const std::list<std::string> unknown = ids.unknown(chosen); !unknown.empty())
-        writeErrorPage(Status::NotFound, "No stored result has the identifier \"" + unknown.front() + "\".");
+        refuse(refusal::kUnknownId, unknown.front());
     else if (const std::string obstacle = obstacleOf(chosen); !obstacle.empty())
-        writeErrorPage(Status::Failed, "The converter cannot take " + obstacle + ".");
+        refuse(refusal::kPdfObstacle, obstacle);
     else if (!Answers::current().areHeaderOnly())
         return false;
     else if (tasks.size() == 1)

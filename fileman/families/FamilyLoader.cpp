@@ -4,7 +4,7 @@
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
-#include "fileman/names/FamilyRoots.h"
+#include "fileman/families/FamilyRoots.h"
 #include "fileman/names/PortNames.h"
 #include "fileman/names/TestTypeDirs.h"
 
@@ -31,11 +31,6 @@ FileSource startSource(const std::string& mode, Half half, LastConfiguration las
     source.record.mode = mode;
     source.record.rsltype = halfWord(half == Half::Result);
     return source;
-}
-
-// Captures among the Ethernet results are the only records with a rsltype of their own.
-bool isCapture(const FamilyRule& rule, const std::string& type) {
-    return rule.family == TM_ETHERNET && rule.half == Half::Result && CCommUtils::isEquals(type, "pcap");
 }
 
 } // namespace
@@ -162,9 +157,8 @@ int FamilyLoader::loadCommonResults(const _ModeInfo& mode) {
     return count;
 }
 
-// Four type directories have no port level: they are beside the port directories.
 int FamilyLoader::loadCommonDir(const std::string& path, const std::string& name, const FileSource& started) {
-    if (name == "opm" || name == "fiberscope" || name == "odm" || name == "wsa")
+    if (isBesidePorts(name))
         return m_filter.passesTest(name) ? listType(started, path, name) : 0;
     FileSource source = started;
     source.record.port = ports::fromDirName(name);

@@ -89,3 +89,11 @@ const FamilyRule* findFamilyRule(TestMode family, Half half) {
     }
     return nullptr;
 }
+
+bool isCapture(const FamilyRule& rule, const std::string& type) {
+    return rule.family == TM_ETHERNET && rule.half == Half::Result && CCommUtils::isEquals(type, "pcap");
+}
+
+bool isBesidePorts(const std::string& dirName) {
+    return dirName == "opm" || dirName == "fiberscope" || dirName == "odm" || dirName == "wsa";
+}

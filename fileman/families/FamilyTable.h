@@ -50,3 +50,9 @@ struct FamilyRule {
 
 // Returns the rule for a family and half, or null for a loader without a row.
 const FamilyRule* findFamilyRule(TestMode family, Half half);
+
+// Captures among the Ethernet results are the only records with a rsltype of their own.
+bool isCapture(const FamilyRule& rule, const std::string& type);
+
+// Whether a type directory of the Common results has no port level: it is beside the port directories.
+bool isBesidePorts(const std::string& dirName);

@@ -6,7 +6,7 @@
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
-#include "fileman/load/Diagnostics.h"
+#include "fileman/load/LoadTrace.h"
 #include "fileman/names/FlatModes.h"
 #include "fileman/names/PortNames.h"
 #include "fileman/names/TestTypeDirs.h"
@@ -114,12 +114,12 @@ int ConfiguredDirs::loadCommonTree(const CommonOptInfo& option) {
     const _ResultFilter& filter = m_filter.fields();
     if (CCommUtils::isEquals(option.test_name, "Result") && filter.includeResults) {
         const int count = load(portTreeInfo("Common", "", option.dir_name, option.list, Half::Result));
-        diagnostics::write("Common port result: " + std::to_string(count) + ".");
+        trace::write("Common port result: " + std::to_string(count) + ".");
         return count;
     }
     if (CCommUtils::isEquals(option.test_name, "Profile") && filter.includeProfiles) {
         const int count = load(portTreeInfo("Common", "", option.dir_name, option.list, Half::Profile));
-        diagnostics::write("Common profile: " + std::to_string(count) + ".");
+        trace::write("Common profile: " + std::to_string(count) + ".");
         return count;
     }
     return 0;

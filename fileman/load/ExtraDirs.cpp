@@ -4,7 +4,7 @@
 #include "common/ControlBytes.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
-#include "fileman/load/Diagnostics.h"
+#include "fileman/load/LoadTrace.h"
 #include "fileman/load/SpecialSources.h"
 
 int SpecialSources::loadExtraDir(const ExtraDirInfo& extra) {
@@ -29,6 +29,6 @@ int SpecialSources::loadExtraDir(const ExtraDirInfo& extra) {
     if (count == 0)
         return 0;
     m_loaded.visitNewestPaths(
-        [](const std::string& path) { diagnostics::write("Find at:" + withoutControlBytes(path)); });
+        [](const std::string& path) { trace::write("Find at:" + withoutControlBytes(path)); });
     return count;
 }

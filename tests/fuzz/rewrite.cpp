@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "FuzzInput.h"
-#include "conf/xml/XmlEdit.h"
+#include "conf/xml/DocumentUpdate.h"
 #include "conf/xml/XmlFile.h"
 
 namespace {
@@ -30,7 +30,7 @@ void collect(TiXmlNode& node, std::vector<TiXmlElement*>& out) {
 // Returns the file after the change, or nullopt if there was nothing to change or the change was refused.
 std::optional<std::string> rewritten(const std::string& text, const Change& change) {
     writeFuzzFile(kPath, text);
-    XmlEdit edit(kPath);
+    DocumentUpdate edit(kPath);
     std::vector<TiXmlElement*> elements;
     if (edit.document() != nullptr)
         collect(*edit.document(), elements);

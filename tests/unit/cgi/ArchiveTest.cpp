@@ -4,7 +4,7 @@
 
 #include "TestFiles.h"
 #include "cgi/archive/EntryNames.h"
-#include "fileman/disk/StorageRoot.h"
+#include "fileman/disk/StorageLinks.h"
 
 namespace {
 
@@ -54,7 +54,7 @@ TEST_F(FilesTest, LinksLeadToPlacesBelowTheRootAndNowhereElse) {
     fs::create_directory_symlink("..", at("home/a/b/back"));
     // 0 for a file that is open, or why it is not.
     const auto open = [&](const std::string& path) {
-        return StorageRoot(home).open(path, O_RDWR) ? 0 : errno;
+        return StorageLinks(home).open(path, O_RDWR) ? 0 : errno;
     };
     const auto follow = [&](const std::string& target) {
         fs::remove(link);

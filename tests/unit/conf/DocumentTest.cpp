@@ -2,7 +2,7 @@
 #include <tinyxml.h>
 
 #include "TestFiles.h"
-#include "conf/xml/XmlEdit.h"
+#include "conf/xml/DocumentUpdate.h"
 #include "conf/xml/XmlFile.h"
 #include "conf/xml/XmlLimits.h"
 
@@ -122,7 +122,7 @@ constexpr char kForeign[] =
 
 TEST_F(FilesTest, SavingChangesNothingButTheValues) {
     std::string text = kForeign;
-    XmlEdit edit(write(text));
+    DocumentUpdate edit(write(text));
     ASSERT_NE(nullptr, edit.document());
     EXPECT_TRUE(edit.save());
     EXPECT_EQ(text, readFile(at("file")));
@@ -153,7 +153,7 @@ TEST_F(FilesTest, NewValuesFollowTheEncodingOfTheDocument) {
                                                  {"<?xml version='1.0' encoding='utf-8'?><r/>", false},
                                                  {"<?xml version='1.0' encoding='ISO-8859-1'?><r/>", true}};
     for (const auto& [document, mayHold] : rows) {
-        XmlEdit edit(write(document));
+        DocumentUpdate edit(write(document));
         edit.document()->RootElement()->SetAttribute("name", "caf\xE9");
         EXPECT_EQ(mayHold, edit.save()) << document;
     }
@@ -163,8 +163,8 @@ TEST_F(FilesTest, NewValuesFollowTheEncodingOfTheDocument) {
 TEST_F(FilesTest, DocumentWithoutAVisibleRootIsNotOpened) {
     for (const char* const document :
          {"<!DOCTYPE r [ <!ELEMENT r ANY> ]><r/>", "<?php if (a > b) ?><r/>", "<!-- none -->", "text <r/>"})
-        EXPECT_EQ(nullptr, XmlEdit(write(document)).document()) << document;
-    EXPECT_NE(nullptr, XmlEdit(write("<!DOCTYPE r><?a b?><r/>")).document());
+        EXPECT_EQ(nullptr, DocumentUpdate(write(document)).document()) << document;
+    EXPECT_NE(nullptr, DocumentUpdate(write("<!DOCTYPE r><?a b?><r/>")).document());
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "fileman/load/Diagnostics.h"
+#include "fileman/load/LoadTrace.h"
 
 #include <unistd.h>
 
@@ -17,11 +17,11 @@ std::string g_held;
 
 } // namespace
 
-void diagnostics::sendToStandardError() {
+void trace::sendToStandardError() {
     g_isForStandardError = true;
 }
 
-void diagnostics::write(std::string_view line) {
+void trace::write(std::string_view line) {
     if (!g_isForStandardError) {
         std::fwrite(line.data(), 1, line.size(), stdout);
         std::putchar('\n');
@@ -33,7 +33,7 @@ void diagnostics::write(std::string_view line) {
 }
 
 // A log that refuses is no failure.
-void diagnostics::flush() {
+void trace::flush() {
     writeAll(STDERR_FILENO, g_held);
     g_held.clear();
 }

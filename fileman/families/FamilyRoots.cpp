@@ -1,4 +1,4 @@
-#include "fileman/names/FamilyRoots.h"
+#include "fileman/families/FamilyRoots.h"
 
 #include <array>
 

@@ -13,13 +13,13 @@ struct Failure;
 
 // Opens a document to change its attribute values. It is locked (DocumentLock.h) during the lifetime of this
 // object, so that several processes make their changes one after the other.
-class XmlEdit {
+class DocumentUpdate {
 public:
     // Loads the file at path, which may be a link. Waits for other writers.
-    explicit XmlEdit(const std::string& path);
-    XmlEdit(const XmlEdit&) = delete;
-    XmlEdit& operator=(const XmlEdit&) = delete;
-    ~XmlEdit();
+    explicit DocumentUpdate(const std::string& path);
+    DocumentUpdate(const DocumentUpdate&) = delete;
+    DocumentUpdate& operator=(const DocumentUpdate&) = delete;
+    ~DocumentUpdate();
 
     // Returns null when the document is locked by others, over a limit, not well-formed, or has no root that
     // the parser sees; these are reported on standard error. Also returns null when there is no file.

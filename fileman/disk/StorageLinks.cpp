@@ -1,4 +1,4 @@
-#include "fileman/disk/StorageRoot.h"
+#include "fileman/disk/StorageLinks.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -48,14 +48,14 @@ std::optional<std::string> targetOf(int directory, const std::string& name) {
 
 } // namespace
 
-StorageRoot::StorageRoot(const std::string& path)
+StorageLinks::StorageLinks(const std::string& path)
     : m_descriptor(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
     putOnTop(m_place, path);
     std::reverse(m_place.begin(), m_place.end());
 }
 
 // Nothing, too, for a place above the storage directory: nothing is read there.
-UniqueFd StorageRoot::openPlace(const std::vector<std::string>& place) const {
+UniqueFd StorageLinks::openPlace(const std::vector<std::string>& place) const {
     if (place.size() < m_place.size())
         return {};
     UniqueFd here = openIn(m_descriptor.get(), ".", kPass);
@@ -64,7 +64,7 @@ UniqueFd StorageRoot::openPlace(const std::vector<std::string>& place) const {
     return here;
 }
 
-UniqueFd StorageRoot::open(const std::string& path, int flags) const {
+UniqueFd StorageLinks::open(const std::string& path, int flags) const {
     std::vector<std::string> rest; // the next name last
     putOnTop(rest, path);
     std::vector<std::string> place; // from "/" to here

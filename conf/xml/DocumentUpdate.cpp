@@ -1,4 +1,4 @@
-#include "conf/xml/XmlEdit.h"
+#include "conf/xml/DocumentUpdate.h"
 
 #include <tinyxml.h>
 
@@ -42,7 +42,7 @@ std::optional<std::string> rewritten(const std::string& content, const TiXmlDocu
 
 } // namespace
 
-XmlEdit::XmlEdit(const std::string& path) : m_path(resolveLinks(path)) {
+DocumentUpdate::DocumentUpdate(const std::string& path) : m_path(resolveLinks(path)) {
     xml::Failure failure;
     if (m_path.empty())
         failure.errorNumber = errno;
@@ -51,9 +51,9 @@ XmlEdit::XmlEdit(const std::string& path) : m_path(resolveLinks(path)) {
     xml::reportFailure(path, failure);
 }
 
-XmlEdit::~XmlEdit() = default;
+DocumentUpdate::~DocumentUpdate() = default;
 
-bool XmlEdit::load(xml::Failure& failure) try {
+bool DocumentUpdate::load(xml::Failure& failure) try {
     std::optional<std::string> content = xml::readContent(m_path, xml::kLargestFile, failure);
     if (!content)
         return false;
@@ -68,7 +68,7 @@ bool XmlEdit::load(xml::Failure& failure) try {
     return false;
 }
 
-bool XmlEdit::save() try {
+bool DocumentUpdate::save() try {
     xml::Failure failure;
     const std::optional<std::string> now = xml::readContent(m_path, xml::kLargestFile, failure);
     // A writer without the lock may have replaced the file. Its change must not be lost.

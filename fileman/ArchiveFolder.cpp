@@ -1,4 +1,4 @@
-#include "fileman/FolderName.h"
+#include "fileman/ArchiveFolder.h"
 
 #include "conf/CFileManConf.h"
 #include "fileman/RecordId.h"

@@ -1,4 +1,4 @@
-#include "cgi/DecodedQuery.h"
+#include "cgi/StrictQuery.h"
 
 #include <algorithm>
 #include <utility>
@@ -55,7 +55,7 @@ std::optional<std::list<std::string>> decodedList(std::string_view value) {
 }
 
 // A piece without "=" says nothing. False when it cannot be decoded.
-bool readPair(DecodedQuery& query, std::string_view pair) {
+bool readPair(StrictQuery& query, std::string_view pair) {
     const std::size_t equals = pair.find('=');
     const auto key = decoded(pair.substr(0, equals));
     if (equals == std::string_view::npos)
@@ -72,8 +72,8 @@ bool readPair(DecodedQuery& query, std::string_view pair) {
 
 } // namespace
 
-std::optional<DecodedQuery> DecodedQuery::read(std::string_view encoded) {
-    DecodedQuery query;
+std::optional<StrictQuery> StrictQuery::read(std::string_view encoded) {
+    StrictQuery query;
     while (!encoded.empty()) {
         const std::string_view pair = encoded.substr(0, encoded.find('&'));
         if (!readPair(query, pair))
