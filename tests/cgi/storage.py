@@ -59,6 +59,11 @@ def wait_until(condition, seconds=10):
     return True
 
 
+def is_served(port, address="127.0.0.1"):
+    with socket.socket() as client:
+        return client.connect_ex((address, port)) == 0
+
+
 def make_program(path, *script):
     """A shell script that can be run."""
     os.makedirs(os.path.dirname(path), exist_ok=True)

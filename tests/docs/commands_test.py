@@ -10,6 +10,7 @@ import re
 import subprocess
 import tempfile
 import unittest
+from pathlib import Path
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 # fleet_test.py runs the commands of this page, among the instruments that they need.
@@ -21,8 +22,7 @@ NOT_HERE = {"./test", "./demo"}
 
 def blocks(page):
     """Returns (language, text) of each fenced block. The rest of the page has the language None."""
-    with open(os.path.join(ROOT, page), encoding="utf-8") as file:
-        parts = re.split(r"^```(.*)\n((?:.*\n)*?)^```\n", file.read(), flags=re.M)
+    parts = re.split(r"^```(.*)\n((?:.*\n)*?)^```\n", Path(ROOT, page).read_text(encoding="utf-8"), flags=re.M)
     return [*zip(parts[1::3], parts[2::3]), *((None, plain) for plain in parts[::3])]
 
 
@@ -30,8 +30,8 @@ def first_block(page, language):
     return next(text for its_language, text in blocks(page) if its_language == language)
 
 
-def run(script):
-    done = subprocess.run(("bash", "-euo", "pipefail", "-c", script), cwd=ROOT, stdin=subprocess.DEVNULL, text=True,
+def run(script, place=ROOT):
+    done = subprocess.run(("bash", "-euo", "pipefail", "-c", script), cwd=place, stdin=subprocess.DEVNULL, text=True,
                           capture_output=True, check=False)
     assert done.returncode == 0, f"{script}: {done.stdout}{done.stderr}"
     return done.stdout
@@ -58,8 +58,8 @@ class Commands(unittest.TestCase):
             run("\n".join(line for line in text.splitlines() if line.split("#")[0].strip() not in NOT_HERE))
         if language == "console":
             command, *shown = masked(text).removeprefix("$ ").splitlines()
-            said = masked(run(command)).splitlines()
-            rest = iter(said)
+            said = masked(run(command))
+            rest = iter(said.splitlines())
             for line in shown:
                 self.assertTrue(line.strip() == "..." or line in rest, f"{line} is not in {said}")
 
@@ -83,11 +83,10 @@ class Linking(unittest.TestCase):
 
     def test_a_project_around_ours_keeps_its_own_options(self):
         os.symlink(ROOT, f"{self.dir}/fileman")
-        with open(f"{self.dir}/CMakeLists.txt", "w", encoding="utf-8") as file:
-            file.write("cmake_minimum_required(VERSION 3.25)\nproject(around CXX C)\nadd_executable(tool tool.cpp)\n"
-                       + first_block("docs/linking.md", "cmake"))
-        with open(f"{self.dir}/tool.cpp", "w", encoding="utf-8") as file:
-            file.write('#include "conf/CFileManConf.h"\nint main() {}\n')
+        Path(self.dir, "CMakeLists.txt").write_text(
+            "cmake_minimum_required(VERSION 3.25)\nproject(around CXX C)\nadd_executable(tool tool.cpp)\n"
+            + first_block("docs/linking.md", "cmake"), encoding="utf-8")
+        Path(self.dir, "tool.cpp").write_text('#include "conf/CFileManConf.h"\nint main() {}\n', encoding="utf-8")
         for options in ("", "-DFILEMAN_STATIC=ON -DCMAKE_BUILD_TYPE=Release"):
             run(f"cmake -S {self.dir} -B {self.dir}/b {options}")
             flags = run(f"cd {self.dir}/b/CMakeFiles/tool.dir && cat flags.make link.txt")

@@ -11,15 +11,16 @@ import socket
 import sqlite3
 import subprocess
 import sys
-import time
 import unittest
+from pathlib import Path
 
-from commands_test import ROOT, blocks
+from commands_test import ROOT, blocks, run
 
 sys.path.insert(0, os.path.join(ROOT, "tests/cgi"))
-from storage import BERT, NO_ROOT_RIGHTS, Tree  # noqa: E402  pylint: disable=wrong-import-position
+from storage import (BERT, NO_ROOT_RIGHTS, Tree, demand_private_storage, is_served,  # noqa: E402
+                     make_program, wait_until)  # pylint: disable=wrong-import-position
 
-assert os.environ.get("FILEMAN_PRIVATE_STORAGE") == "1" and os.path.exists("/tmp/.private-storage")
+demand_private_storage()
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 HERE = "/tmp/fleet"
 READER = f"{HERE}/reader"
@@ -28,8 +29,7 @@ OFF, CUT, DEFAULT, PARTLY_CLOSED = "127.0.1.99", "127.0.1.51", "127.0.1.52", WHO
 HOSTILE = ("comma,and\"quote", "new\nline", "=1+1", "<b>&amp;", b"\xff\xfe no text", "\u2028caf\u00e9")
 
 # What the web server of each instrument starts.
-WRAPPER = f"""#!/bin/sh
-export PATH=/usr/sbin:/usr/bin:/sbin:/bin
+WRAPPER = f"""export PATH=/usr/sbin:/usr/bin:/sbin:/bin
 on_its_storage() {{
     unshare -m --propagation unchanged sh -c 'mount --bind "{HERE}/$SERVER_ADDR" /home; exec "$@"' - "$@"
 }}
@@ -37,8 +37,7 @@ case $SERVER_ADDR in
     {CUT}) on_its_storage {PROGRAM} | head -c -1 ;;
     {DEFAULT}) on_its_storage env -u FILEMAN_ANSWERS {PROGRAM} ;;
     *) on_its_storage {" ".join(NO_ROOT_RIGHTS)} {PROGRAM} ;;
-esac
-"""
+esac"""
 SETTINGS = f"""
 server.modules += ( "mod_alias" )
 server.document-root = "{HERE}"
@@ -49,12 +48,6 @@ server.bind = "{CUT}"
 alias.url = ( "/cgi-bin/" => "{HERE}/cgi-bin/" )
 include "{ROOT}/packaging/lighttpd/fileman.conf"
 """ + "".join(f'$SERVER["socket"] == "{address}:PORT" {{ }}\n' for address in (*WHOLE, DEFAULT))
-
-
-def write(path, text):
-    os.makedirs(os.path.dirname(path), exist_ok=True)
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(text)
 
 
 def lay_out(address):
@@ -77,16 +70,11 @@ def web_servers():
     """Starts the web servers of all instruments and yields their port."""
     with socket.create_server((CUT, 0)) as probe:
         port = probe.getsockname()[1]
-    write(f"{HERE}/cgi-bin/fileman.cgi", WRAPPER)
-    os.chmod(f"{HERE}/cgi-bin/fileman.cgi", 0o755)
-    write(f"{HERE}/lighttpd.conf", SETTINGS.replace("PORT", str(port)))
+    make_program(f"{HERE}/cgi-bin/fileman.cgi", WRAPPER)
+    Path(HERE, "lighttpd.conf").write_text(SETTINGS.replace("PORT", str(port)), encoding="utf-8")
     with subprocess.Popen(("lighttpd", "-D", "-f", f"{HERE}/lighttpd.conf"), stdin=subprocess.DEVNULL) as server:
         try:
-            for _ in range(100):
-                with socket.socket() as client:
-                    if client.connect_ex((WHOLE[-1], port)) == 0:
-                        break
-                time.sleep(0.05)
+            wait_until(lambda: is_served(port, WHOLE[-1]))
             yield port
         finally:
             server.terminate()
@@ -98,10 +86,13 @@ class Fleet(unittest.TestCase):
     def test_the_commands_of_the_page_make_one_table(self):
         files = {address: lay_out(address) for address in (*WHOLE, CUT, DEFAULT)}
         with web_servers() as port:
-            write(f"{READER}/instruments", "".join(f"{address}:{port}\n" for address in (*WHOLE, OFF, CUT, DEFAULT)))
+            os.mkdir(READER)
             os.chdir(READER)
-            said = [self.run_block(text) for language, text in blocks("docs/fleet.md") if language == "sh"]
-        _, check, _, by_module, _, _, spreadsheet = said
+            addresses = (*WHOLE, OFF, CUT, DEFAULT)
+            Path("instruments").write_text("".join(f"{address}:{port}\n" for address in addresses), encoding="ascii")
+            said = [run("exec 2>&1\n" + text, READER) for language, text in blocks("docs/fleet.md") if language == "sh"]
+        collect, check, merge, by_module, age, search, spreadsheet = said
+        self.assertEqual(collect + merge + age + search, "")
 
         cut, default, partly_closed, off = sorted(check.splitlines(), key=lambda line: (line.count("\t"), line))
         self.assertEqual(cut, f"lists/{CUT}:{port} is not a whole list")
@@ -114,19 +105,10 @@ class Fleet(unittest.TestCase):
         with contextlib.closing(sqlite3.connect("fleet.db")) as base:
             self.assertEqual(sorted(base.execute("SELECT instrument, path FROM results")), expected)
         self.assertEqual(by_module.split()[-3:], ["1GE", str(len(expected)), "50"])
-        with open("newest.csv", encoding="utf-8") as file:
-            newest = sorted(row["instrument"] for row in csv.DictReader(file))
-        self.assertEqual(newest, sorted({row[0] for row in expected}))
-        with open("job_17", encoding="utf-8") as file:
-            job = sorted(tuple(line.split()) for line in file)
-        self.assertEqual(job, [row for row in expected if "job_17_" in row[1]])
+        newest, job = (Path(name).read_text(encoding="utf-8").splitlines() for name in ("newest.csv", "job_17"))
+        self.assertEqual(sorted(row["instrument"] for row in csv.DictReader(newest)), sorted({row[0] for row in expected}))
+        self.assertEqual(sorted(tuple(line.split()) for line in job), [row for row in expected if "job_17_" in row[1]])
         self.assertEqual(spreadsheet.count("|"), len(files[WHOLE[0]]), spreadsheet)
-
-    def run_block(self, script):
-        done = subprocess.run(("bash", "-euo", "pipefail", "-c", script), stdin=subprocess.DEVNULL, capture_output=True,
-                              text=True, timeout=60, check=False)
-        self.assertEqual((done.returncode, done.stderr), (0, ""), script)
-        return done.stdout
 
 
 if __name__ == "__main__":

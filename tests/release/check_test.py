@@ -1,10 +1,13 @@
 """check_test.py PROGRAM: the schema of the configuration document, and the findings of fileman-check."""
 
 import os
-import shutil
 import subprocess
 import sys
 import unittest
+from pathlib import Path
+
+sys.path.insert(0, "tests/cgi")
+from storage import Tree  # noqa: E402  pylint: disable=wrong-import-position
 
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 SCHEMA = "docs/configuration.rng"
@@ -63,19 +66,16 @@ def check(*arguments):
 
 
 def text_of(path):
-    with open(path, encoding="utf-8") as file:
-        return file.read()
+    return Path(path).read_text(encoding="utf-8")
 
 
 def write(path, text=""):
     os.makedirs(os.path.dirname(path), exist_ok=True)
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(text)
+    Path(path).write_text(text, encoding="utf-8")
 
 
 def lay_out_sample():
-    for name in os.listdir("/home"):
-        shutil.rmtree(f"/home/{name}")
+    Tree().make("nothing")
     subprocess.run(["sample/lay-out", "/home"], check=True, stdout=subprocess.DEVNULL)
 
 

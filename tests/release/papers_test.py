@@ -7,14 +7,14 @@ import re
 import subprocess
 import sys
 import unittest
+from pathlib import Path
 
 BUILD = sys.argv.pop(1)
 PROGRAM = BUILD + "/fileman.cgi"
 
 
 def text(path):
-    with open(path, encoding="utf-8") as file:
-        return file.read()
+    return Path(path).read_text(encoding="utf-8")
 
 
 # Archives that are not named like their part.

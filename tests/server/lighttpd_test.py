@@ -3,6 +3,7 @@
 import os
 import re
 import unittest
+from pathlib import Path
 
 import servers
 from client import fetch
@@ -50,11 +51,10 @@ class Lighttpd(unittest.TestCase):
 
     @unittest.skipUnless(os.path.exists(STOCK), "Debian's lighttpd.conf is not there")
     def test_the_distribution_s_own_configuration_includes_the_settings(self):
-        with open(STOCK, encoding="ascii") as stock, open("docs/web-server.md", encoding="utf-8") as docs:
-            documented = re.search(r"```conf\n(.*?)```", docs.read(), re.S)[1]
-            server = Server(("lighttpd", "-D", "-f", "stock.conf"),
-                            STOCK=re.sub(OF_THE_MACHINE, "", stock.read()),
-                            DOCUMENTED=documented.replace(f"{PLACE}/lighttpd", f"{PACKAGING}/lighttpd"))
+        documented = re.search(r"```conf\n(.*?)```", Path("docs/web-server.md").read_text("utf-8"), re.S)[1]
+        server = Server(("lighttpd", "-D", "-f", "stock.conf"),
+                        STOCK=re.sub(OF_THE_MACHINE, "", Path(STOCK).read_text("ascii")),
+                        DOCUMENTED=documented.replace(f"{PLACE}/lighttpd", f"{PACKAGING}/lighttpd"))
         self.addCleanup(server.stop)
         self.files_run_no_script_of_their_own(server.port)
         view = VIEW.replace("line", "%6c%69n%65")

@@ -11,8 +11,8 @@ import random
 import re
 import subprocess
 import sys
-import time
 from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
 from typing import Callable, NamedTuple
 
 # pylint: disable=wrong-import-position
@@ -61,10 +61,8 @@ class Row(NamedTuple):
 
     def expected(self, kind):
         """(status, content) as the program writes them without a server; (0, b"") when it writes nothing."""
-        variables = {"REQUEST_METHOD": self.method, "FILEMAN_ANSWERS": kind, "TZ": servers.ZONE,
-                     "GATEWAY_INTERFACE": "CGI/1.1", "SERVER_PROTOCOL": "HTTP/1.1"}
-        written = subprocess.run(servers.CGI, env=storage.environment(self.query, **variables), check=False,
-                                 stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+        written = storage.request(servers.CGI, self.query, REQUEST_METHOD=self.method, FILEMAN_ANSWERS=kind,
+                                  TZ=servers.ZONE, GATEWAY_INTERFACE="CGI/1.1", SERVER_PROTOCOL="HTTP/1.1").stdout
         header, body = divided(written)
         status = re.search(rb"^Status: (\d+)", header, re.M)
         return int(status[1]) if status else 200 if written else 0, self.content(body)
@@ -118,10 +116,10 @@ def configure(diagnostics):
     text = re.sub(rb"<e .*?/>", b"", storage.read("basic.xml"))
     if not diagnostics:
         text = text.replace(b'test_name="Result" key="ping"', b'test_name="None" key="ping"')
-    place = storage.Tree().place(storage.CONFIGURATION)
-    with open(place + b".new", "wb") as file:
-        file.write(text)
-    os.rename(file.name, place)
+    place = Path("/home", storage.CONFIGURATION)
+    place.parent.mkdir(exist_ok=True)
+    place.with_suffix(".new").write_bytes(text)
+    place.with_suffix(".new").rename(place)
 
 
 def judged(row, kind, expected, answer):
@@ -154,11 +152,8 @@ def is_running(path):
 def is_tidy():
     """Whether nothing of a request is left after a while."""
     left = ("find", "/tmp", "-mindepth", "1", "-not", "-regex", KEPT, "-not", "-name", "*.log")
-    for _ in range(100):
-        if not any(map(is_running, glob.glob("/proc/[0-9]*/exe"))) and not subprocess.check_output(left):
-            return True
-        time.sleep(0.1)
-    return False
+    return storage.wait_until(lambda: not any(map(is_running, glob.glob("/proc/[0-9]*/exe")))
+                              and not subprocess.check_output(left))
 
 
 class Column:
@@ -234,7 +229,7 @@ def empty_tmp():
 def matrix(kind):
     """Cells by server and row."""
     servers.lay_out(kind)
-    servers.write(f"{servers.PLACE}/bin/htm2pdf", "#!/bin/sh\n" + CONVERTER, 0o755)
+    storage.make_program(f"{servers.PLACE}/bin/htm2pdf", CONVERTER)
     expected, columns = {}, {}
     for row in (*ROWS, *CROWDS, SLOW, *DIAGNOSED):
         if kind in row.kinds:
@@ -268,15 +263,13 @@ def main(*options):
     columns = {kind: matrix(kind) for kind in ("default", "strict")}
     faults = {(server, row): text for server, cells in columns["strict"].items()
               for row, text in cells.items() if text not in ("whole", "tidy", "not packed")}
-    with open(DOCS, encoding="utf-8") as file:
-        documented = made = file.read()
+    documented = made = Path(DOCS).read_text(encoding="utf-8")
     for kind, cells in columns.items():
         marks = f"(<!-- {kind} answers, made by tests/server/matrix_test.py -->\n).*?(<!-- end -->)"
         made, count = re.subn(f"(?s){marks}", r"\1" + table(cells) + r"\2", made)
         assert count == 1, f"no table of {kind} answers"
     if "--write-docs" in options:
-        with open(DOCS, "w", encoding="utf-8") as file:
-            file.write(made)
+        Path(DOCS).write_text(made, encoding="utf-8")
     elif made != documented:
         print("the tables are stale; --write-docs renews them:", *map(table, columns.values()), sep="\n")
     if faults.keys() != LIMITS:

@@ -12,7 +12,7 @@ import socket
 import subprocess
 import sys
 import threading
-import time
+from pathlib import Path
 
 sys.path.insert(0, "tests/cgi")
 import storage  # noqa: E402  pylint: disable=wrong-import-position
@@ -32,27 +32,20 @@ def lay_out(answers):
     """The program and the browser side in their places; "default" answers take the switch away again."""
     if not os.path.exists("/run/.private"):
         subprocess.run(("mount", "-t", "tmpfs", "-o", "mode=755", "tmpfs", "/run"), check=True)
-        write("/run/.private", "")
+        Path("/run/.private").touch()
     for place in ("www", "cgi-bin"):
         shutil.rmtree(f"{PLACE}/{place}", ignore_errors=True)
     shutil.copytree(WWW, f"{PLACE}/www")
     for place in ("bin", "cgi-bin", "www/cgi-bin"):
         os.makedirs(f"{PLACE}/{place}", exist_ok=True)
     shutil.copy(PROGRAM, CGI + ".real")
-    write(CGI, f"#!/bin/sh\nunset FILEMAN_ANSWERS\nexec {CGI}.real\n", 0o755)
+    storage.make_program(CGI, "unset FILEMAN_ANSWERS", f"exec {CGI}.real")
     if answers == "strict":
         os.replace(CGI + ".real", CGI)
 
 
-def write(path, text, mode=0o644):
-    with open(path, "w", encoding="ascii") as file:
-        file.write(text)
-    os.chmod(path, mode)
-
-
 def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
+    with socket.create_server(("127.0.0.1", 0)) as probe:
         return probe.getsockname()[1]
 
 
@@ -70,19 +63,13 @@ class Server:
         self.processes = [subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
                                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                            start_new_session=True) for command in commands]
-        for _ in range(200):
-            try:
-                socket.create_connection(("127.0.0.1", self.port)).close()
-                return
-            except OSError:
-                time.sleep(0.05)
-        self.stop()
-        raise RuntimeError(f"{commands[-1]} does not start")
+        if not storage.wait_until(lambda: storage.is_served(self.port)):
+            self.stop()
+            raise RuntimeError(f"{commands[-1]} does not start")
 
     def set_in(self, word):
         if re.fullmatch(r"\w+\.conf", word):
-            with open(f"tests/server/{word}", encoding="ascii") as file:
-                write(f"/run/{word}", self.set_in(file.read()))
+            Path("/run", word).write_text(self.set_in(Path("tests/server", word).read_text()))
             return f"/run/{word}"
         for name, value in self.values.items():
             word = word.replace(f"@{name}@", str(value))

@@ -8,6 +8,7 @@ import servers
 from client import fetch
 from servers import PROGRAM, Watch, storage
 
+TREE = storage.Tree()
 ROOM = 700 << 10
 QUERY = "fmtype=all"
 LIST = f"/cgi-bin/fileman.cgi?{QUERY}"
@@ -18,17 +19,16 @@ LIST = f"/cgi-bin/fileman.cgi?{QUERY}"
 class Spooling(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        tree = storage.Tree()
-        tree.configuration()
+        TREE.configuration()
         for number in range(4000):
-            tree.write(f"{storage.BERT}/line_{number:04}.html")
+            TREE.write(f"{storage.BERT}/line_{number:04}.html")
         servers.lay_out("strict")
         cls.server = servers.lighttpd()
         cls.addClassCleanup(cls.server.stop)
 
     def test_a_list_comes_whole_to_a_slow_reader(self):
-        variables = storage.environment(QUERY, TZ=servers.ZONE, FILEMAN_ANSWERS="strict")
-        page = subprocess.check_output(PROGRAM, env=variables).partition(b"\r\n\r\n")[2]
+        done = storage.request(PROGRAM, QUERY, TZ=servers.ZONE, FILEMAN_ANSWERS="strict")
+        page = done.stdout.partition(b"\r\n\r\n")[2]
         self.assertGreater(len(page), ROOM)
         for head in ((), (("Accept-Encoding", "gzip"),)):
             with self.subTest(head=head):

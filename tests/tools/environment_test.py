@@ -1,16 +1,21 @@
 """The scripts that the tests and the demo need: private storage, the sample instrument, the build, the installer."""
 
+import itertools
 import os
 import shutil
 import signal
 import socket
 import subprocess
+import sys
 import tempfile
-import time
 import unittest
 import urllib.request
+from pathlib import Path
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+sys.path.insert(0, os.path.join(ROOT, "tests/cgi"))
+from storage import make_program  # noqa: E402  pylint: disable=wrong-import-position
+
 RUNNER = os.path.join(ROOT, "scripts/with-storage")
 LAY_OUT = os.path.join(ROOT, "sample/lay-out")
 
@@ -21,8 +26,7 @@ def run(*command, **options):
 
 def write(path, text=""):
     os.makedirs(os.path.dirname(path), exist_ok=True)
-    with open(path, "w", encoding="ascii") as file:
-        file.write(text)
+    Path(path).write_text(text, encoding="ascii")
 
 
 class Scratch(unittest.TestCase):
@@ -33,8 +37,7 @@ class Scratch(unittest.TestCase):
 
     def tool(self, name, script):
         """Returns an environment with `script` in place of a program of the machine; "$REAL" is that program."""
-        write(f"{self.dir}/bin/{name}", f"#!/bin/sh\nREAL={shutil.which(name)}\n{script}\n")
-        os.chmod(f"{self.dir}/bin/{name}", 0o755)
+        make_program(f"{self.dir}/bin/{name}", f"REAL={shutil.which(name)}", script)
         return {**os.environ, "PATH": f"{self.dir}/bin:{os.environ['PATH']}"}
 
 
@@ -185,30 +188,20 @@ class Commands(Scratch):
         self.assertEqual([one.wait() for one in both], [0, 0])
 
     def test_the_demo_serves_its_own_addresses_until_a_signal_ends_it(self):
-        def start(port):
-            return subprocess.Popen([f"{ROOT}/demo", str(port)], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-                                    text=True)
-        with socket.create_server(("127.0.0.1", 0)) as one, socket.create_server(("127.0.0.1", 0)) as other:
-            port, another = (probe.getsockname()[1] for probe in (one, other))
-        # Both use one port: the second may lose early, at the first look, or late, when its server cannot listen.
-        loser, winner = start(port), start(port)
-        while loser.poll() is None:
-            time.sleep(0.1)
-            loser, winner = winner, loser
-        self.assertEqual((loser.returncode, loser.communicate()[0]), (1, ""))
-        for demo, number, status in ((winner, signal.SIGINT, 130), (start(another), signal.SIGTERM, 143)):
-            told = []
-            while not told or not told[-1].startswith("Ctrl-C"):
-                told.append(demo.stdout.readline())
-                self.assertTrue(told[-1], "it ends early")
-            addresses = [line.split()[-1] for line in told if "http://" in line]
-            self.assertGreater(len(addresses), 3)
-            for address in addresses:
-                with urllib.request.urlopen(address, timeout=30) as answer:
-                    self.assertIn(b"</html>", answer.read(), address)
-            demo.send_signal(number)
-            demo.communicate()
-            self.assertEqual(demo.returncode, status)
+        with socket.create_server(("127.0.0.1", 0)) as server:
+            demo = [f"{ROOT}/demo", str(server.getsockname()[1])]
+            refused = run(*demo)
+        self.assertEqual((refused.returncode, refused.stdout), (1, ""))
+        for number, status in ((signal.SIGINT, 130), (signal.SIGTERM, 143)):
+            with subprocess.Popen(demo, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as process:
+                told = [*itertools.takewhile(lambda line: not line.startswith("Ctrl-C"), process.stdout)]
+                addresses = [line.split()[-1] for line in told if "http://" in line]
+                self.assertGreater(len(addresses), 3)
+                for address in addresses:
+                    with urllib.request.urlopen(address, timeout=30) as answer:
+                        self.assertIn(b"</html>", answer.read(), address)
+                process.send_signal(number)
+            self.assertEqual(process.returncode, status)
 
 
 if __name__ == "__main__":

@@ -15,6 +15,7 @@ import sys
 import tempfile
 import time
 import unittest
+from pathlib import Path
 
 CONVERTER = "/srv/tools/htm2pdf"
 FOLDER = "/home/reports"
@@ -23,15 +24,17 @@ TASKS = "/tmp/htm2pdf_task_list"
 # Files that the instrument or the runner puts into /tmp.
 EXPECTED_IN_TMP = {"pdf", "htm2pdf_task_list", ".private-storage"}
 
-sys.path.insert(0, "/srv/sample")
+sys.path[:0] = "/srv/sample", "/srv/tests/cgi"
 import pictures  # noqa: E402
 import reports  # noqa: E402
+from storage import demand_private_storage, wait_until  # noqa: E402
+
+demand_private_storage()
 
 
 def write(name, data):
     path = os.path.join(FOLDER, name)
-    with open(path, "wb") as file:
-        file.write(data)
+    Path(path).write_bytes(data)
     return path
 
 
@@ -57,18 +60,9 @@ def running_in(session):
     return count
 
 
-def wait_until(condition):
-    for _ in range(500):
-        if condition():
-            return True
-        time.sleep(0.02)
-    return False
-
-
 def start_converter(names, print_file):
     """Starts a process, with a session of its own, that converts files of these names with another way to print."""
-    with open(TASKS, "w", encoding="ascii") as file:
-        file.writelines(f"/home/{name} -> {name}.pdf\n" for name in names)
+    Path(TASKS).write_text("".join(f"/home/{name} -> {name}.pdf\n" for name in names), encoding="ascii")
     process = os.fork()
     if process:
         return process
@@ -97,8 +91,7 @@ class Converter(unittest.TestCase):
         os.makedirs(FOLDER)
 
     def convert(self, *lines):
-        with open(TASKS, "wb") as file:
-            file.writelines(os.fsencode(line) + b"\n" for line in lines)
+        Path(TASKS).write_bytes(b"".join(os.fsencode(line) + b"\n" for line in lines))
         done = subprocess.run([CONVERTER, TASKS], capture_output=True, env={"PATH": "/usr/bin:/bin"})
         self.assertEqual((done.stdout, left_behind()), (b"", []))
         return done.returncode, done.stderr.decode("utf-8", "replace")
@@ -152,8 +145,7 @@ class Converter(unittest.TestCase):
             page = f'{links}<link rel="attachment" href="/etc/passwd"><img src="{address}"><p>text</p>'
             status, messages = self.convert_files(write("own.html", page.encode()))
             self.assertEqual((status, text_of("own").split()), (0, ["text", "own", "style"]), messages)
-            with open(f"{OUTPUT}/own.pdf", "rb") as file:
-                self.assertNotIn(b"/EmbeddedFile", file.read())
+            self.assertNotIn(b"/EmbeddedFile", Path(f"{OUTPUT}/own.pdf").read_bytes())
             self.assertRaises(BlockingIOError, server.accept)
 
     def test_a_report_that_fails_does_not_stop_the_others(self):
@@ -199,6 +191,4 @@ class Converter(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if os.environ.get("FILEMAN_PRIVATE_STORAGE") != "1" or not os.path.exists("/tmp/.private-storage"):
-        sys.exit("htm2pdf_test: runs only inside scripts/with-storage")
     unittest.main()
