@@ -12,5 +12,6 @@ test('order is natural; equal values keep their places, and equal dates go by na
   const dated = ['2 b10', '1 z', '2 a', '2 b9', '1 y'].map((text) => ({ datetime: text[0], name: text.slice(2), text }));
   assert.equal(ordered(dated, 'datetime', true), '1 y, 1 z, 2 a, 2 b9, 2 b10');
   assert.equal(ordered(dated, 'datetime', false), '2 a, 2 b9, 2 b10, 1 y, 1 z');
+  assert.equal(ordered([{ verdict: 'pass', text: 'read' }, { text: 'unread' }], 'verdict', true), 'unread, read');
   assert.ok(naturalKey('99999999999999999999') < naturalKey('100000000000000000000'));
 });

@@ -37,6 +37,7 @@ function orderByDate(entries, ascending) {
  */
 export function orderBy(entries, field, ascending) {
   if (field === 'datetime') return orderByDate(entries, ascending);
-  const keys = entries.map((entry) => naturalKey(entry[field]));
+  // A verdict that nobody has looked for is undefined.
+  const keys = entries.map((entry) => naturalKey(entry[field] ?? ''));
   return sortByKeys([...keys.keys()], keys, ascending);
 }
