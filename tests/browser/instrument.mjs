@@ -5,8 +5,7 @@ import { once } from 'node:events';
 import fs from 'node:fs';
 import { createRequire } from 'node:module';
 import net from 'node:net';
-import path from 'node:path';
-import { after, test } from 'node:test';
+import { after, test as plainTest } from 'node:test';
 import { setTimeout as pause } from 'node:timers/promises';
 
 const require = createRequire(new URL('../../web/package.json', import.meta.url));
@@ -26,17 +25,6 @@ async function freePort() {
   const { port } = server.address();
   await once(server.close(), 'close');
   return port;
-}
-
-async function answers(port) {
-  for (let i = 0; i < 100; i++) {
-    const socket = net.connect(port, '127.0.0.1');
-    const up = await once(socket, 'connect').catch(() => false);
-    socket.destroy();
-    if (up) return;
-    await pause(50);
-  }
-  throw new Error('the web server does not start');
 }
 
 const PLAIN_SERVER = `
@@ -59,15 +47,22 @@ export function plainServer(more = '') {
   return () => ['lighttpd', ['-D', '-f', conf]];
 }
 
-/** The same with strict answers. */
-export const strictServer = () => plainServer('setenv.set-environment = ( "FILEMAN_ANSWERS" => "strict" )')();
+const opened = []; // the pages of the running test
 
-/** For startInstrument: scroll bars that take room, as on most computers. */
-export const SCROLL_BARS = { ignoreDefaultArgs: ['--hide-scrollbars'] };
+/** A test in which the browser has nothing to complain about, in no page. */
+export const test = (title, work) =>
+  plainTest(title, async (context) => {
+    try {
+      await work(context);
+      assert.deepEqual(opened.flatMap(({ problems }) => problems), []);
+    } finally {
+      await Promise.all(opened.splice(0).map((page) => page.context().close()));
+    }
+  });
 
 /**
- * Starts a web server by `command(port)` (lighttpd as packaged unless given) and a browser; `more` goes to its start. Its
- * scroll bars take no room unless SCROLL_BARS is given. A file of tests need not stop it.
+ * Starts a web server by `command(port)` (lighttpd as packaged unless given) and a browser; `more` goes to its start. A
+ * file of tests need not stop it.
  */
 export async function startInstrument(command, more = {}) {
   const port = await freePort();
@@ -82,7 +77,11 @@ export async function startInstrument(command, more = {}) {
     },
     stdio: 'ignore',
   });
-  await answers(port);
+  const home = `http://127.0.0.1:${port}`;
+  while (!(await fetch(home, { redirect: 'manual' }).catch(() => null))) {
+    assert.equal(server.exitCode, null, 'the web server does not start');
+    await pause(50);
+  }
   const browser = await chromium.launch({
     executablePath: '/usr/bin/chromium',
     args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--disable-background-networking', '--disable-sync'],
@@ -93,7 +92,6 @@ export async function startInstrument(command, more = {}) {
     server.kill();
   };
   if (process.env.NODE_TEST_CONTEXT) after(stop);
-  const home = `http://127.0.0.1:${port}`;
   const list = (query) => `${home}/cgi-bin/fileman.cgi?${query}`;
   /** A fresh page that shows the list of a query. */
   const open = async (query, options = {}) => {
@@ -101,37 +99,34 @@ export async function startInstrument(command, more = {}) {
     await openList(page, list(query));
     return page;
   };
-  /** A test that begins at the list of a query, and in which the browser has nothing to complain about. */
-  const onList = (title, query, work, options) =>
-    test(title, async () => {
-      const page = await open(query, options);
-      await work(page);
-      assert.deepEqual(page.problems, []);
-      await page.context().close();
-    });
+  /** A test that begins at the list of a query. */
+  const onList = (title, query, work, options) => test(title, async () => work(await open(query, options)));
   return { home, list, open, onList, stop, newPage: (options = {}) => newPage(browser, options) };
 }
 
-/** Puts files below DIR, { name: content }, for as long as some work takes. */
+/** Puts files, { name: content } or [[name, content]], below DIR for as long as some work takes. Names may be bytes. */
 export async function withFiles(files, work) {
-  const made = Object.entries(files).map(([name, content]) => [path.join(DIR, name), content]);
+  const made = [];
   try {
-    for (const [file, content] of made) {
-      fs.mkdirSync(path.dirname(file), { recursive: true });
+    for (const [name, content] of files[Symbol.iterator] ? files : Object.entries(files)) {
+      const file = Buffer.concat([Buffer.from(`${DIR}/`), Buffer.from(name)]);
+      made.push(fs.mkdirSync(file.subarray(0, file.lastIndexOf('/')), { recursive: true }) ?? file);
       fs.writeFileSync(file, content);
     }
-    await work(made.map(([file]) => file));
+    await work();
   } finally {
-    for (const name of Object.keys(files)) fs.rmSync(path.join(DIR, name.split('/')[0]), { recursive: true, force: true });
+    for (const one of made) fs.rmSync(one, { recursive: true, force: true });
   }
 }
 
 /** Has requests to `addresses` answered by `answer` (see route.fulfill; a function gets the route) while some work runs. */
 export async function withAnswer(page, addresses, answer, work) {
   const give = typeof answer === 'function' ? answer : (route) => route.fulfill(answer);
+  const before = page.problems.length;
   await page.route(addresses, give);
   await work();
   await page.unroute(addresses, give);
+  if (answer.status >= 400) page.problems.length = before; // the browser has complained about that
 }
 
 /** Every web server that there are settings for, with strict answers: { servers: [{ name, list(query) }], stop() }. */
@@ -154,13 +149,14 @@ async function newPage(browser, options) {
   const page = await context.newPage();
   page.setDefaultTimeout(20000);
   page.problems = [];
-  page.closeViewer = () => page.locator('.fm-viewer').getByRole('button', { name: 'Close' }).click();
+  opened.push(page);
+  page.closeViewer = () => viewer(page).getByRole('button', { name: 'Close' }).click();
   page.on('console', (message) => {
     if (message.type() === 'error') page.problems.push(message.text());
   });
-  page.on('pageerror', (error) => page.problems.push(String(error)));
+  page.on('pageerror', (error) => page.problems.push(error.stack));
   page.on('response', (response) => {
-    if (response.status() >= 400) page.problems.push(`${response.status()} ${response.url()}`);
+    if (response.status() >= 400) page.problems.push(`${response.status()} ${response.url().slice(0, 200)}`);
   });
   return page;
 }
@@ -206,6 +202,8 @@ export async function saved(page, action) {
 }
 
 export const footer = (page) => page.innerText('.fm-foot');
+export const viewer = (page) => page.locator('.fm-viewer');
+export const report = (page) => page.frameLocator('.fm-report');
 export const row = (page, i) => page.locator(`.fm-row[data-row="${i}"]`);
 export const task = (page) => page.locator('.fm-task').last();
 export const told = (page, words) => task(page).getByText(words).waitFor();
