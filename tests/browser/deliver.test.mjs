@@ -5,7 +5,7 @@ import fs from 'node:fs';
 import path from 'node:path';
 import { obstacle } from '../../web/js/fileman/answers/obstacles.js';
 import { parsePage, toEntries } from '../../web/js/fileman/answers/readrows.js';
-import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/answers/requests.js';
+import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/answers/queries.js';
 import { archiveOf } from './archives.mjs';
 import { CGI_DIR, DIR, answerOf, footer, pressed, report, row, saved, startInstrument, task, test, told, viewer, withAnswer, withFiles } from './instrument.mjs';
 

@@ -3,7 +3,8 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { FIELDS, parsePage, parseScript, toEntries } from '../../../web/js/fileman/answers/readrows.js';
-import { decodePage, deliveryQuery, sentId } from '../../../web/js/fileman/answers/requests.js';
+import { decodePage } from '../../../web/js/fileman/answers/encoding.js';
+import { deliveryQuery, sentId } from '../../../web/js/fileman/answers/queries.js';
 import { bytesOf, dice, hostileStore, page, record, script, valuesOf } from '../hostile-names.mjs';
 
 /** Asserts that the rows read are the stored ones in their order, less as many as are lost. */

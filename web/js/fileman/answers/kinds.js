@@ -1,4 +1,4 @@
-/* Tells the kind of an entry's file. */
+/* Tells the kind of an entry's file: by its name, and by its first bytes, because default answers name no type. */
 
 const KINDS = {
   html: 'report',
@@ -23,3 +23,18 @@ export const kindOf = (entry) => KINDS[extension(entry)] ?? 'other';
 
 /** Keys of the kinds' names in the texts. */
 export const KIND_TEXTS = { report: 'kindReport', picture: 'kindPicture', capture: 'kindCapture', other: 'kindOther' };
+
+const MAGIC = [
+  ['image/png', '\x89PNG'],
+  ['image/jpeg', '\xff\xd8\xff'],
+  ['image/gif', 'GIF8'],
+  ['image/bmp', 'BM'],
+];
+
+/** Returns the type by the first bytes of a file: that of a picture, 'text/html', or '' for any other type. */
+export function sniff(bytes) {
+  const head = String.fromCharCode(...bytes.subarray(0, 512));
+  const picture = MAGIC.find(([, magic]) => head.startsWith(magic));
+  if (picture) return picture[0];
+  return /^(?:\xef\xbb\xbf)?\s*<[!?a-z]/i.test(head) ? 'text/html' : '';
+}

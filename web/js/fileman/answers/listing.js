@@ -1,8 +1,8 @@
 /*
- * A listing is what a list shows: its kind and its filter, { kind, lists, texts }. requests.js reads it from a query.
+ * A listing is what a list shows: its kind and its filter, { kind, lists, texts }. queries.js reads it from a query.
  * These functions never change a listing, they return a new one.
  */
-import { LIST_KEYS, TEXT_KEYS, listingQuery } from './requests.js';
+import { LIST_KEYS, TEXT_KEYS, listingQuery } from './queries.js';
 
 export const TAB_TEXTS = { all: 'listAll', rslt: 'listRslt', prof: 'listProf', screen: 'listScreen' };
 

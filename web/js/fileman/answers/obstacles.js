@@ -1,7 +1,7 @@
 /* Tells why an entry cannot be viewed, downloaded or exported as PDF. */
-import { isStrict } from './answers.js';
+import { isStrict } from './strict.js';
 import { kindOf } from './kinds.js';
-import { isSendable } from './requests.js';
+import { isSendable } from './queries.js';
 
 const CONTROL = /[\0-\x1f\x7f]/;
 /**

@@ -14,7 +14,7 @@
  *
  * Strict answers need none of this, because each row is one line of JSON.
  */
-import { toBinary, toText } from './requests.js';
+import { toBinary, toText } from './encoding.js';
 
 export const FIELDS = ['id', 'name', 'module', 'mode', 'test', 'port', 'datetime', 'rsltype', 'path'];
 

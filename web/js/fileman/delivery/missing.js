@@ -1,6 +1,6 @@
 /* Finds the entries that are missing in a download or a PDF export, so that the page can tell the user. */
 import { fileOf, pattern, unpack } from '../answers/archive.js';
-import { toBinary, toText } from '../answers/requests.js';
+import { toBinary, toText } from '../answers/encoding.js';
 
 const LONGEST_FOLDER = 255; // the instrument cuts a folder's name to this length
 

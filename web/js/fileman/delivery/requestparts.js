@@ -1,5 +1,5 @@
 /* Splits the ids of many entries into groups, one per request, because servers limit the length of a request. */
-import { escape } from '../answers/requests.js';
+import { escape } from '../answers/encoding.js';
 
 /** Limits for the bytes of ids in one request. The demo's server accepts 64 KiB of header lines, small ones 8 or 4. */
 const LIMITS = [56000, 7000, 3000];

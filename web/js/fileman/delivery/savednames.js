@@ -1,6 +1,6 @@
 /* The names of downloads: the one in a response, and the one under which the browser saves it. */
 import { visible } from '../common/controlchars.js';
-import { toText } from '../answers/requests.js';
+import { toText } from '../answers/encoding.js';
 import { t } from '../common/texts.js';
 
 /**

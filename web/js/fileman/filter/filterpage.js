@@ -2,7 +2,7 @@
 import { el } from '../common/dom.js';
 import { fetchFilter, filterForm } from './filters.js';
 import { dressPage } from '../common/page.js';
-import { listingQuery, parseQuery, readListing } from '../answers/requests.js';
+import { listingQuery, parseQuery, readListing } from '../answers/queries.js';
 import { t } from '../common/texts.js';
 import { wording } from '../answers/wording.js';
 

@@ -6,16 +6,9 @@ import { visible } from '../common/controlchars.js';
 import { button, el } from '../common/dom.js';
 import { parseAdvanced, parsePrimary } from './options.js';
 import { naturalKey } from '../common/naturalorder.js';
-import {
-  AnswerError,
-  LIST_KEYS,
-  decodePage,
-  fetchBytes,
-  isSendable,
-  listingQuery,
-  toBinary,
-  toText,
-} from '../answers/requests.js';
+import { decodePage, toBinary, toText } from '../answers/encoding.js';
+import { LIST_KEYS, isSendable, listingQuery } from '../answers/queries.js';
+import { AnswerError, fetchBytes } from '../answers/requests.js';
 import { t, tIn } from '../common/texts.js';
 
 const GROUP_TITLES = { module: 'modules', mode: 'modes', test: 'tests', port: 'ports' };

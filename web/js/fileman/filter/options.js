@@ -2,8 +2,8 @@
  * Reads the options of the two filter pages from their text. The pages do not escape names in attributes, so the
  * document that a browser builds from them may have wrong names.
  */
-import { isStrict } from '../answers/answers.js';
-import { toBinary, toText, unescape } from '../answers/requests.js';
+import { isStrict } from '../answers/strict.js';
+import { toBinary, toText, unescape } from '../answers/encoding.js';
 
 const GROUPS = [
   { key: 'module', fieldset: 'field_module', prefix: 'id_module_opt_' },

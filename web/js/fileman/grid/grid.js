@@ -8,6 +8,7 @@ import { announce } from '../common/announce.js';
 import { Columns, keepWidths, tellingColumns } from './columns.js';
 import { shownName } from '../common/controlchars.js';
 import { keep, recall } from '../common/memory.js';
+import { NEWEST_FIRST } from './order.js';
 import { Table } from './table.js';
 import { t } from '../common/texts.js';
 
@@ -37,7 +38,7 @@ export class FileGrid {
     this.hits = 0;
     this.active = -1;
     this.anchor = -1;
-    this.sort = { field: 'datetime', ascending: false };
+    this.sort = NEWEST_FIRST;
     this.columns = new Columns({
       sort: events.sort,
       resize: (id, step) => this.#resize(id, step),

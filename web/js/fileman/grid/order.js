@@ -1,6 +1,9 @@
 /* Sorts the list. It is fast enough for 100,000 entries. */
 import { naturalKey } from '../common/naturalorder.js';
 
+/** The order until the user chooses another one. */
+export const NEWEST_FIRST = { field: 'datetime', ascending: false };
+
 /** Sorts numbers by the keys with these numbers. Numbers with equal keys are in ascending order. */
 function sortByKeys(numbers, keys, ascending) {
   const after = ascending ? 1 : -1;

@@ -1,6 +1,7 @@
 /* Fetches the visible pictures, a few at a time, and aborts the requests for those that are no longer visible. */
 import { obstacle } from '../answers/obstacles.js';
-import { fetchFile, sniff } from '../answers/stored.js';
+import { fetchFile } from '../answers/fetchfile.js';
+import { sniff } from '../answers/kinds.js';
 
 const AT_ONCE = 4;
 const MOST_KEPT = 300; // pictures

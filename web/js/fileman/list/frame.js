@@ -8,7 +8,7 @@ import { icon } from '../common/icons.js';
 import { TAB_TEXTS } from '../answers/listing.js';
 import { switchLook } from '../common/look.js';
 import { keep } from '../common/memory.js';
-import { KINDS } from '../answers/requests.js';
+import { KINDS } from '../answers/queries.js';
 import { LANGUAGES, language, languageName, t } from '../common/texts.js';
 
 function tab(kind, on) {

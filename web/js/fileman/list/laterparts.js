@@ -5,4 +5,4 @@ export { showComparison } from '../view/compare.js';
 export { deliver } from '../delivery/deliver.js';
 export { start as startFilterPage } from '../filter/filterpage.js';
 export { askFilter, fetchFilter } from '../filter/filters.js';
-export { fetchInsides, rested } from '../view/insides.js';
+export { fetchEntryArchive, rested } from '../view/entryarchive.js';

@@ -20,12 +20,14 @@ import { TAB_TEXTS, addressOf } from '../answers/listing.js';
 import { keep, keepFind, keepList, recall, recallFind, recallList } from '../common/memory.js';
 import { showMenu } from '../common/menu.js';
 import { News } from './news.js';
-import { orderBy } from '../grid/order.js';
+import { NEWEST_FIRST, orderBy } from '../grid/order.js';
 import { dressPage } from '../common/page.js';
 import { printRows } from '../grid/printing.js';
 import { Query } from '../search/query.js';
-import { AnswerError, listingQuery, readListing, toText } from '../answers/requests.js';
-import { fetchList, readOwnPage } from '../answers/source.js';
+import { toText } from '../answers/encoding.js';
+import { listingQuery, readListing } from '../answers/queries.js';
+import { AnswerError } from '../answers/requests.js';
+import { fetchList, readOwnPage } from '../answers/fetchlist.js';
 import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
 import { size, t } from '../common/texts.js';
 import { Verdicts, verdictOf } from '../view/verdicts.js';
@@ -33,7 +35,6 @@ import { Viewer } from './viewer.js';
 import { wording } from '../answers/wording.js';
 
 const MOST_KEPT = 2000; // selected entries that are stored
-const NEWEST_FIRST = { field: 'datetime', ascending: false };
 
 let frame; // the parts of the page by name
 let grid;

@@ -9,7 +9,8 @@ import { kindOf } from '../answers/kinds.js';
 import { TAB_TEXTS, obeysFilter, unfiltered, without } from '../answers/listing.js';
 import { obstacle } from '../answers/obstacles.js';
 import { dressPage } from '../common/page.js';
-import { LIST_KEYS, TEXT_KEYS, isFiltered, toText } from '../answers/requests.js';
+import { toText } from '../answers/encoding.js';
+import { LIST_KEYS, TEXT_KEYS, isFiltered } from '../answers/queries.js';
 import { number, t } from '../common/texts.js';
 
 const MOST_EXAMINED = 200; // with more selected entries, actions are enabled without a check of each name

@@ -7,13 +7,13 @@ import { shownName } from '../common/controlchars.js';
 import { button, el } from '../common/dom.js';
 import { Facts } from '../view/facts.js';
 import { icon } from '../common/icons.js';
-import { extension, kindOf } from '../answers/kinds.js';
+import { extension, kindOf, sniff } from '../answers/kinds.js';
 import { later } from './later.js';
 import { menuButton } from '../common/menu.js';
 import { obstacle } from '../answers/obstacles.js';
 import { showReport } from '../view/report.js';
 import { AnswerError } from '../answers/requests.js';
-import { fetchFile, sniff } from '../answers/stored.js';
+import { fetchFile } from '../answers/fetchfile.js';
 import { t } from '../common/texts.js';
 import { wording } from '../answers/wording.js';
 
@@ -204,17 +204,17 @@ export class Viewer {
   async #lookInside(entry, signal) {
     const why = obstacle(entry, 'download');
     if (why) {
-      this.facts.say(t('insidesNever', { why: t(why) }));
+      this.facts.say(t('archiveNever', { why: t(why) }));
       return;
     }
     try {
-      const { fetchInsides, rested } = await later();
+      const { fetchEntryArchive, rested } = await later();
       await rested(signal);
-      this.facts.say(t('insidesWait'));
-      const insides = await fetchInsides(entry, signal);
-      await this.report?.fill(...(await insides.references(this.report.paths())));
-      const packets = kindOf(entry) === 'capture' && (await packetsOf(insides.own()));
-      const advanced = insides.advanced();
+      this.facts.say(t('archiveWait'));
+      const archive = await fetchEntryArchive(entry, signal);
+      await this.report?.fill(...(await archive.references(this.report.paths())));
+      const packets = kindOf(entry) === 'capture' && (await packetsOf(archive.own()));
+      const advanced = archive.advanced();
       if (signal.aborted) return;
       if (packets) this.#fill(packets);
       this.facts.showAdvanced(advanced);
@@ -222,8 +222,8 @@ export class Viewer {
     } catch (error) {
       if (signal.aborted) return;
       if (!(error instanceof AnswerError)) throw error;
-      this.facts.say(t('insidesFailed', { why: wording(error) }), () => {
-        this.facts.say(t('insidesWait'));
+      this.facts.say(t('archiveFailed', { why: wording(error) }), () => {
+        this.facts.say(t('archiveWait'));
         this.#lookInside(entry, signal);
       });
     }
@@ -232,14 +232,14 @@ export class Viewer {
   /** Fills in the pictures of two compared reports. If an archive cannot be fetched, the notes stay in its report. */
   async #fillPictures(entries, signal) {
     const { sides } = this.report;
-    const { fetchInsides, rested } = await later();
+    const { fetchEntryArchive, rested } = await later();
     await rested(signal);
     for (const [i, entry] of entries.entries()) {
       const paths = sides[i].paths();
       if (!paths.size || obstacle(entry, 'download')) continue;
-      const insides = await fetchInsides(entry, signal).catch(() => null);
+      const archive = await fetchEntryArchive(entry, signal).catch(() => null);
       if (signal.aborted) return;
-      if (insides) sides[i].fill(...(await insides.references(paths)));
+      if (archive) sides[i].fill(...(await archive.references(paths)));
     }
   }
 

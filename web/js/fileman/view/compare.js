@@ -3,7 +3,8 @@
  * reports lists the differences. Each report is in its own shadow tree, so it keeps its own styles.
  */
 import { shownName } from '../common/controlchars.js';
-import { align, alignRows, change, differingCells, likeness } from './differences.js';
+import { align, alignRows, differingCells, likeness } from './differences.js';
+import { differenceTable } from './differencetable.js';
 import { el } from '../common/dom.js';
 import { calmReport, decodeReport, reportShell } from './report.js';
 import { t } from '../common/texts.js';
@@ -32,7 +33,6 @@ const PAGE = `
 const NARROW = 620; // the same width as in the media query above
 const LEAST_ZOOM = 0.5;
 const LEAVES = 'h1, h2, h3, h4, h5, h6, p, li, dt, dd, figcaption, caption, span, pre';
-const MOST_LISTED = 500;
 
 const textOf = (node) => node.textContent.replace(/\s+/g, ' ').trim();
 const rowsOf = (table) => [...table.rows].filter((row) => row.closest('table') === table);
@@ -166,20 +166,6 @@ function place(host, { report }) {
     ownerDocument.adoptNode(report.body),
   );
   return root.querySelector('body');
-}
-
-function differenceTable(found, names) {
-  const heads = [t('where'), ...names, t('change')].map((text) => el('th', { scope: 'col', text }));
-  const rows = found.slice(0, MOST_LISTED).map(({ where, texts }) =>
-    el(
-      'tr',
-      {},
-      el('th', { scope: 'row', text: where }),
-      texts.map((text) => el('td', { text })),
-      el('td', { text: change(...texts) }),
-    ),
-  );
-  return el('table', {}, el('thead', {}, el('tr', {}, heads)), el('tbody', {}, rows));
 }
 
 /**

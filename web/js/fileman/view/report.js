@@ -198,7 +198,7 @@ function fitWidth({ body, documentElement: root }) {
 /**
  * Shows a report. Returns { frame, ready, paths, fill }: `ready` resolves when the report is shown. `paths()` returns
  * the paths of the files that it needs. `fill(addressOf, textOf)` inserts these files; both functions take a path (see
- * Insides.references).
+ * EntryArchive.references).
  */
 export function showReport(entry, bytes, onKey) {
   const { frame, ready } = reportShell(t('reportTitle', { name: shownName(entry) }), onKey);

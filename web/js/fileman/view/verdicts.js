@@ -3,11 +3,11 @@
  * report says so. Reports are read in the background, one at a time. After each one there is a pause as long as the
  * reading took. The verdicts are cached by path and date.
  */
-import { kindOf } from '../answers/kinds.js';
+import { kindOf, sniff } from '../answers/kinds.js';
 import { keep, recall } from '../common/memory.js';
 import { obstacle } from '../answers/obstacles.js';
 import { decodeReport } from './report.js';
-import { fetchFile, sniff } from '../answers/stored.js';
+import { fetchFile } from '../answers/fetchfile.js';
 
 const MOST_KEPT = 4000;
 const STILL = 400; // debounce: milliseconds without a new request before the first report is read

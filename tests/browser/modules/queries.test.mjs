@@ -1,7 +1,8 @@
 // Queries as the instrument reads them, with default and with strict answers.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { escape, isSendable, listingQuery, parseQuery, readListing, toBinary, toText } from '../../../web/js/fileman/answers/requests.js';
+import { escape, toBinary, toText } from '../../../web/js/fileman/answers/encoding.js';
+import { isSendable, listingQuery, parseQuery, readListing } from '../../../web/js/fileman/answers/queries.js';
 import { parsePrimary } from '../../../web/js/fileman/filter/options.js';
 
 test('queries follow the rules of the instrument', () => {

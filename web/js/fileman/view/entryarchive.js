@@ -4,8 +4,10 @@
  */
 import { unzipSync } from 'fflate';
 import { fileOf, nameMatches } from '../answers/archive.js';
-import { AnswerError, toText } from '../answers/requests.js';
-import { fetchBlob, sniff } from '../answers/stored.js';
+import { toText } from '../answers/encoding.js';
+import { AnswerError } from '../answers/requests.js';
+import { fetchBlob } from '../answers/fetchfile.js';
+import { sniff } from '../answers/kinds.js';
 
 const REST = 500; // debounce: milliseconds before the archive of a view is fetched
 const MOST_KEPT = 4; // archives in the cache
@@ -49,7 +51,7 @@ const textOf = (bytes) => new TextDecoder().decode(bytes);
 /** Returns the path of an archive member without its first folder. Each record has its own folder in the archive. */
 const placeIn = (name) => (/[^\0-\xff]/.test(name) ? name : toText(name)).split('/').slice(1).join('/');
 
-class Insides {
+class EntryArchive {
   /** Throws AnswerError if the bytes are not an archive. */
   constructor(bytes, entry) {
     this.bytes = bytes;
@@ -65,7 +67,7 @@ class Insides {
     try {
       return unzipSync(this.bytes, { filter });
     } catch {
-      throw new AnswerError(this.bytes.length ? 'insidesBroken' : 'insidesEmpty');
+      throw new AnswerError(this.bytes.length ? 'archiveBroken' : 'archiveEmpty');
     }
   }
 
@@ -116,12 +118,12 @@ export async function rested(signal) {
 }
 
 /** Fetches the archive of an entry, or takes it from the cache. Throws AnswerError or AbortError. */
-export async function fetchInsides(entry, signal) {
+export async function fetchEntryArchive(entry, signal) {
   const key = `${entry.datetime} ${entry.path}`;
   if (kept.has(key)) return kept.get(key);
   const blob = await fetchBlob('download', entry, signal);
-  const insides = new Insides(new Uint8Array(await blob.arrayBuffer()), entry);
-  if (blob.size <= LARGEST_KEPT) kept.set(key, insides);
+  const archive = new EntryArchive(new Uint8Array(await blob.arrayBuffer()), entry);
+  if (blob.size <= LARGEST_KEPT) kept.set(key, archive);
   if (kept.size > MOST_KEPT) kept.delete(kept.keys().next().value);
-  return insides;
+  return archive;
 }

@@ -1,28 +1,15 @@
 /*
  * Fetches a stored file. Default answers declare every file as text/html and write four bytes before it, and most web
- * servers cut off its last four bytes. So the type is found from the bytes.
+ * servers cut off its last four bytes.
  */
-import { isStrict } from './answers.js';
-import { AnswerError, deliveryQuery, fetchPieces, sentId } from './requests.js';
+import { isStrict } from './strict.js';
+import { deliveryQuery, sentId } from './queries.js';
+import { AnswerError, fetchPieces } from './requests.js';
 
 const MOST_BYTES = 64 << 20;
-const MAGIC = [
-  ['image/png', '\x89PNG'],
-  ['image/jpeg', '\xff\xd8\xff'],
-  ['image/gif', 'GIF8'],
-  ['image/bmp', 'BM'],
-];
 
 /** The diagnostic lines of the program. If the response holds nothing else, the program has sent no file. */
 const DIAGNOSTICS = /^(?:(?:Find at|Common port result|Common profile):[^\n]*\n)+$/;
-
-/** Returns the type by the first bytes of a file: that of a picture, 'text/html', or '' for any other type. */
-export function sniff(bytes) {
-  const head = String.fromCharCode(...bytes.subarray(0, 512));
-  const picture = MAGIC.find(([, magic]) => head.startsWith(magic));
-  if (picture) return picture[0];
-  return /^(?:\xef\xbb\xbf)?\s*<[!?a-z]/i.test(head) ? 'text/html' : '';
-}
 
 /** Removes the line ends that the header of default answers leaves before the file. */
 export function stripLead(bytes) {

@@ -1,7 +1,8 @@
 // The bytes of a stored file.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { sniff, stripLead } from '../../../web/js/fileman/answers/stored.js';
+import { stripLead } from '../../../web/js/fileman/answers/fetchfile.js';
+import { sniff } from '../../../web/js/fileman/answers/kinds.js';
 
 const bytesOf = (binary) => Uint8Array.from(binary, (char) => char.charCodeAt(0));
 
