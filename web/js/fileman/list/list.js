@@ -2,28 +2,28 @@
  * The list page. Another list is fetched and shown without loading a new page, and its address becomes a history entry.
  * So no settings of the user are lost.
  *
- * Only this module keeps the state of the page. The other modules get what they need as arguments.
+ * Only this module keeps which list is shown. Each part of the page keeps its own state, and gets what it needs as
+ * arguments.
  */
 import { announce } from '../common/announce.js';
 import { copyRows, copyText } from '../common/clipboard.js';
-import { columnText, isColumn } from '../grid/columns.js';
-import { shownName, visible } from '../common/controlchars.js';
-import { afterPaint, button, el } from '../common/dom.js';
+import { columnText } from '../grid/columns.js';
+import { shownName } from '../common/controlchars.js';
+import { afterPaint } from '../common/dom.js';
 import { Facets } from '../search/facets.js';
+import { FoundEntries } from './foundentries.js';
 import { buildFrame } from './frame.js';
 import { Gallery } from '../grid/gallery.js';
 import { FileGrid, isDense } from '../grid/grid.js';
 import { hashOf, inHash } from '../search/hash.js';
-import { icon } from '../common/icons.js';
 import { later } from './later.js';
 import { TAB_TEXTS, addressOf } from '../answers/listing.js';
 import { keep, keepFind, keepList, recall, recallFind, recallList } from '../common/memory.js';
 import { showMenu } from '../common/menu.js';
 import { News } from './news.js';
-import { NEWEST_FIRST, orderBy } from '../grid/order.js';
+import { Notice } from './notice.js';
 import { dressPage } from '../common/page.js';
 import { printRows } from '../grid/printing.js';
-import { Query } from '../search/query.js';
 import { toText } from '../answers/encoding.js';
 import { listingQuery, readListing } from '../answers/queries.js';
 import { AnswerError } from '../answers/requests.js';
@@ -31,31 +31,27 @@ import { fetchList, readOwnPage } from '../answers/fetchlist.js';
 import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
 import { size, t } from '../common/texts.js';
 import { Verdicts, verdictOf } from '../view/verdicts.js';
-import { Viewer } from './viewer.js';
+import { Viewing } from './viewing.js';
 import { wording } from '../answers/wording.js';
 
 const MOST_KEPT = 2000; // selected entries that are stored
 
 let frame; // the parts of the page by name
 let grid;
-let viewer;
+let viewing;
 let facets;
 let gallery;
 let verdicts;
 let news;
+let notice;
 
 let listing; // the kind and the filter of the list (listing.js)
-let entries = []; // all rows of the list, in the instrument's order
+const found = new FoundEntries(); // the entries of the list, the search and the order
 let lost = 0; // rows that could not be read
-let order = []; // indices of the entries in the shown order
-let query = new Query(''); // the search
-let found = null; // the cached result of the last search: { query, entries, fits }
-let sort = recall('sort', NEWEST_FIRST);
-if (!isColumn(sort.field)) sort = NEWEST_FIRST;
 let loading = null; // the AbortController of the last request for a list
 let asking = null; // the AbortController of the last request for a filter form
 
-const count = () => countText(grid.view.length, entries.length);
+const count = () => countText(grid.view.length, found.entries.length);
 
 // ---- reading the list
 
@@ -64,7 +60,7 @@ const addressWith = (other) => `${addressOf(other)}${hashOf({ find: frame.find.v
 
 /** Returns the address of the current state, with the text of the search and the open view. */
 function addressShown() {
-  const [view, other] = viewer.isOpen ? viewer.entries.map(({ path }) => path) : [];
+  const [view, other] = viewing.paths;
   return `${addressOf(listing)}${hashOf({ find: frame.find.value, view, with: other })}`;
 }
 
@@ -82,20 +78,20 @@ async function load(next, { push = true, kept = recallList(listingQuery(next)), 
   remember();
   frame.wait.textContent = t('loading');
   showLoading(true);
-  frame.banner.hidden = true;
+  notice.hide();
   const showSize = (received) => {
     frame.wait.textContent = t('loadingSize', { size: size(received) });
   };
   try {
     const list = await fetchList(addressOf(next), signal, showSize);
-    if (list.early && entries.length && listingQuery(next) === listingQuery(listing)) {
-      showNotice(t('endedEarlyKept'), () => load(next, { push, kept, find }));
+    if (list.early && found.entries.length && listingQuery(next) === listingQuery(listing)) {
+      notice.show(t('endedEarlyKept'), () => load(next, { push, kept, find }));
       return;
     }
     listing = next;
     if (find !== null) frame.find.value = find;
     if (push) {
-      viewer.hide();
+      viewing.dismiss();
       history.pushState(null, '', addressWith(listing));
     }
     takeList(list, kept);
@@ -116,7 +112,7 @@ async function load(next, { push = true, kept = recallList(listingQuery(next)), 
 function replaceFocus(from) {
   const isGone = from !== document.body && !from.getClientRects().length;
   if (!isGone || ![from, document.body].includes(document.activeElement)) return;
-  (frame.banner.hidden ? listHost() : frame.banner.querySelector('button')).focus();
+  (notice.isShown ? notice : listHost()).focus();
 }
 
 function showLoading(on) {
@@ -131,52 +127,35 @@ function say(error) {
   return wording(error);
 }
 
-const complain = (error, retry) => showNotice(say(error), retry);
-
-/** Shows a message above the list. It stays until the user closes it or tries again. */
-function showNotice(text, retry) {
-  const { banner } = frame;
-  const close = () => {
-    banner.hidden = true;
-    listHost().focus();
-  };
-  banner.replaceChildren(
-    icon('warn'),
-    el('span', { text }),
-    button(t('retry'), { class: 'fm-button', press: retry }),
-    button(t('close'), { image: 'close', bare: true, class: 'fm-quiet', press: close }),
-  );
-  banner.hidden = false;
-}
+const complain = (error, retry) => notice.show(say(error), retry);
 
 /** Shows a message if the list is cut off or if the instrument could not read all directories. */
 function tellGaps({ early, incomplete }) {
   const texts = [];
-  if (early) texts.push(t('endedEarly', { n: entries.length }));
+  if (early) texts.push(t('endedEarly', { n: found.entries.length }));
   if (incomplete) texts.push(t('incomplete', { n: incomplete }));
-  if (texts.length) showNotice(texts.join(' '), () => load(listing, { push: false, kept: snapshot() }));
+  if (texts.length) notice.show(texts.join(' '), () => load(listing, { push: false, kept: snapshot() }));
 }
 
 /** Shows a list from fetchList() or readOwnPage(), in the state `kept`. */
 function takeList(list, kept) {
-  ({ entries, lost } = list);
-  verdicts.recallFor(entries);
+  ({ lost } = list);
+  verdicts.recallFor(list.entries);
   frame.news.hidden = true;
   news.restart();
-  order = orderBy(entries, sort.field, sort.ascending);
-  query = new Query(frame.find.value);
+  found.take(list.entries, frame.find.value);
   showForms(frame, listing);
   showTabs(frame, listing, addressWith);
   showChips(frame, listing, load);
-  grid.fold(entries);
+  grid.fold(found.entries);
   narrow();
   // Compare paths, because files with the same name may have the same id.
   const paths = new Set(kept.chosen ?? []);
   if (kept.active) grid.active = grid.view.findIndex((entry) => entry.path === kept.active);
-  grid.choose(paths.size ? entries.filter((entry) => paths.has(entry.path)) : []);
+  grid.choose(paths.size ? found.entries.filter((entry) => paths.has(entry.path)) : []);
   if (kept.top || grid.top) grid.top = kept.top ?? 0;
   tellGaps(list);
-  if (!list.isUnread) takeView();
+  if (!list.isUnread) viewing.take();
 }
 
 // ---- stored state
@@ -197,7 +176,7 @@ function remember() {
 // ---- search and order
 
 function showState() {
-  showCounts(frame, grid, { all: entries.length, lost });
+  showCounts(frame, grid, { all: found.entries.length, lost });
   gallery.mark();
 }
 
@@ -221,27 +200,15 @@ function switchGallery() {
   showGallery();
 }
 
-/**
- * Returns the entries that match the query, in order. A longer query searches only the result of the shorter one. The
- * search goes through the entries as they lie in memory: in the shown order it would take twice as long.
- */
-function findEntries() {
-  const isWithin = found?.entries === entries && query.isWithin(found.query);
-  const fits = isWithin ? found.fits : new Uint8Array(entries.length).fill(1);
-  for (let i = 0; i < entries.length; i++) if (fits[i] && !query.matches(entries[i])) fits[i] = 0;
-  found = { query, entries, fits };
-  return order.filter((i) => fits[i]).map((i) => entries[i]);
-}
-
 /** Applies the query: shows the matching entries and updates everything that depends on them. */
 function narrow() {
-  const shown = findEntries();
-  grid.show(shown, query.words);
-  showEmpty(frame, listing, { all: entries.length, isEmpty: !shown.length, load, clearFind });
+  const shown = found.list();
+  grid.show(shown, found.query.words);
+  showEmpty(frame, listing, { all: found.entries.length, isEmpty: !shown.length, load, clearFind });
   showState();
   showGallery();
-  if (viewer.isOpen) viewer.showPlace(placeOf(viewer.entry));
-  afterPaint(() => facets.show(entries, query));
+  viewing.showPlace();
+  afterPaint(() => facets.show(found.entries, found.query));
 }
 
 /** Offers a newer list with a button. The list is shown when the user presses it. */
@@ -259,9 +226,9 @@ function offerNews(list, n) {
 
 /** Requests the verdicts of the visible entries. If the query has a verdict, requests those of all possible matches. */
 function requestVerdicts() {
-  const hasVerdict = query.valuesOf('verdict').length > 0;
-  const mayFit = (entry) => !verdictOf(entry) && query.obstacleOf(entry) !== null;
-  verdicts.request(hasVerdict ? entries.filter(mayFit) : grid.visibleEntries);
+  const hasVerdict = found.query.valuesOf('verdict').length > 0;
+  const mayFit = (entry) => !verdictOf(entry) && found.query.obstacleOf(entry) !== null;
+  verdicts.request(hasVerdict ? found.entries.filter(mayFit) : grid.visibleEntries);
 }
 
 let renewing = null;
@@ -270,11 +237,11 @@ function takeVerdict(entry) {
   grid.redrawEntry(entry);
   renewing ??= setTimeout(() => {
     renewing = null;
-    if (!grid.hasColumn('verdict')) grid.fold(entries);
-    found = null;
+    if (!grid.hasColumn('verdict')) grid.fold(found.entries);
+    found.forget();
     const { top } = grid;
-    if (query.valuesOf('verdict').length) narrow();
-    else facets.show(entries, query);
+    if (found.query.valuesOf('verdict').length) narrow();
+    else facets.show(found.entries, found.query);
     grid.top = top;
   }, 500);
 }
@@ -283,7 +250,7 @@ function takeVerdict(entry) {
 function applyFind() {
   clearTimeout(typing);
   typing = null;
-  query = new Query(frame.find.value);
+  found.search(frame.find.value);
   narrow();
   grid.top = 0;
   announce(count());
@@ -293,7 +260,7 @@ function applyFind() {
 function keepFindInAddress() {
   showTabs(frame, listing, addressWith);
   // history.back() is under way, so the current history entry is still that of the view.
-  if (!isLeaving) history.replaceState(history.state, '', addressShown());
+  if (!viewing.isLeaving) history.replaceState(history.state, '', addressShown());
 }
 
 let typing = null; // the timer of typed()
@@ -327,8 +294,8 @@ function leadToFind(event) {
 /** Without a focus, Escape closes the view, and Down moves the focus to the list. */
 function leadFromNowhere(event) {
   if (event.target !== document.body) return;
-  if (event.key === 'Escape') escape();
-  else if (!viewer.isOpen) leadToList(event);
+  if (event.key === 'Escape') closeView();
+  else if (!viewing.isOpen) leadToList(event);
 }
 
 /** The key Down moves the focus from the search to the list. */
@@ -348,13 +315,10 @@ function clearFind() {
 }
 
 function sortBy(field) {
-  const again = field === sort.field;
-  sort = { field, ascending: again ? !sort.ascending : field !== 'datetime' };
-  keep('sort', sort);
-  order = orderBy(entries, field, sort.ascending);
+  found.sortBy(field);
   narrow();
-  grid.showSort(sort);
-  const direction = t(sort.ascending ? 'ascending' : 'descending');
+  grid.showSort(found.sort);
+  const direction = t(found.sort.ascending ? 'ascending' : 'descending');
   announce(t('sorted', { column: columnText(field), order: direction }));
 }
 
@@ -364,87 +328,6 @@ function sortBy(field) {
 function command(operation, targets) {
   setField(frame.commandForm, 'opertype', operation);
   setField(frame.commandForm, 'rsltid', targets.map((entry) => entry.id).join(','));
-}
-
-const placeOf = (entry) => ({ at: grid.view.indexOf(entry), count: grid.view.length });
-
-/** Opens the view of one entry, or of two side by side. The first view adds a history entry, later ones replace it. */
-function view(...targets) {
-  if (!targets.length) return;
-  const change = viewer.isOpen ? 'replaceState' : 'pushState';
-  command('view', targets);
-  openView(targets);
-  history[change]({ viewing: true }, '', addressShown());
-}
-
-function openView(targets) {
-  if (targets.length > 1) viewer.compare(targets);
-  else viewer.open(targets[0], placeOf(targets[0]));
-}
-
-/** Returns a text that differs if a file was replaced. */
-const keysOf = (some) => some.map(({ path, datetime }) => `${path}\n${datetime}`).join('\n');
-
-/** Opens the view that the part of the address after "#" names. If it names none, closes the view. */
-function takeView(hash = location.hash) {
-  const paths = [inHash('view', hash), inHash('with', hash)].filter((path) => path !== null);
-  const targets = paths.map((path) => entries.find((entry) => entry.path === path));
-  const gone = targets.indexOf(undefined);
-  if (!targets.length || gone >= 0) {
-    if (viewer.isOpen) viewer.hide();
-    if (gone < 0) return;
-    history.replaceState(null, '', addressShown());
-    showNotice(t('viewGone', { path: visible(paths[gone]) }), handlers.refresh);
-  } else if (viewer.isOpen && keysOf(viewer.entries) === keysOf(targets)) {
-    viewer.renew(targets, placeOf(targets[0]));
-  } else {
-    const { at } = placeOf(targets[0]);
-    if (at >= 0) grid.activate(at);
-    openView(targets);
-  }
-}
-
-let isLeaving = false; // true from history.back() until the browser has left the history entry of the view
-
-/** Closes the view. If the view has its own history entry, goes back. */
-function closeView() {
-  isLeaving = Boolean(history.state?.viewing);
-  if (isLeaving) history.back();
-  hideView();
-}
-
-function hideView() {
-  viewer.hide();
-  listHost().focus();
-  afterPaint(() => {
-    grid.reveal(); // the list may have been hidden while the active row changed
-    gallery.reveal();
-  });
-  // Keep the text that was typed while the view was open.
-  if (!isLeaving) history.replaceState(history.state, '', addressShown());
-}
-
-/**
- * Views the next entry (1) or the previous one (-1). If only the viewed entry was selected, the new one is selected
- * instead.
- */
-function step(by) {
-  if (viewer.entries.length > 1) return;
-  const at = grid.view.indexOf(viewer.entry) + by;
-  if (at < 0 || at >= grid.view.length) return;
-  const isChoice = grid.chosen.size === 1 && grid.chosen.has(viewer.entry);
-  grid.activate(at);
-  if (isChoice) grid.choose([grid.view[at]]);
-  gallery.reveal();
-  view(grid.view[at]);
-}
-
-/** While a view is open, the keys Left and Right in the list show the previous and the next entry. */
-function stepByKey(event) {
-  const by = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
-  if (!by || !viewer.isOpen || event.target !== listHost() || event.altKey || event.ctrlKey || event.metaKey) return;
-  event.preventDefault();
-  step(by);
 }
 
 /** Returns the items of the menu Copy for one entry or two. */
@@ -457,14 +340,14 @@ function copies(some) {
 }
 
 function showRowMenu(entry, place) {
-  showMenu([{ text: t('view'), press: () => view(entry) }, ...copies([entry])], place, frame.host, shownName(entry));
+  showMenu([{ text: t('view'), press: () => viewing.open(entry) }, ...copies([entry])], place, frame.host, shownName(entry));
 }
 
 function fetchFiles(operation, targets) {
   if (!targets.length) return;
   command(operation, targets);
   later()
-    .then(({ deliver }) => deliver(operation, targets, entries))
+    .then(({ deliver }) => deliver(operation, targets, found.entries))
     .catch((error) => complain(error, () => fetchFiles(operation, targets)));
 }
 
@@ -505,10 +388,10 @@ function clearChoice() {
   listHost().focus();
 }
 
-/** Handles Escape in the list: closes the view. Returns false if there was none. */
-function escape() {
-  if (!viewer.isOpen) return false;
-  closeView();
+/** Closes the view. Returns false if there was none. */
+function closeView() {
+  if (!viewing.isOpen) return false;
+  viewing.close();
   return true;
 }
 
@@ -517,7 +400,7 @@ const handlers = {
   typed,
   leadToList,
   switchGallery,
-  view: () => view(...grid.targets()),
+  view: () => viewing.open(...grid.targets()),
   fetchFiles: (operation) => fetchFiles(operation, grid.targets()),
   changeFilter,
   refresh: () => load(listing, { push: false, kept: snapshot() }),
@@ -530,13 +413,10 @@ function takeAddress() {
   const find = inHash('find') ?? '';
   const path = inHash('view');
   if (listingQuery(next) !== listingQuery(listing)) load(next, { push: false, find });
-  else if (path === null && (isLeaving || viewer.isOpen)) {
-    isLeaving = false;
-    hideView();
-  } else {
+  else if (path !== null || !viewing.leave()) {
     const { hash } = location; // findText() changes it
     if (find !== frame.find.value && !history.state?.viewing) findText(find);
-    takeView(hash);
+    viewing.take(hash);
   }
 }
 
@@ -546,14 +426,9 @@ export async function start() {
   const own = readOwnPage();
   frame = buildFrame(handlers);
   frame.find.value = inHash('find') ?? recallFind();
+  notice = new Notice(frame.banner, () => listHost().focus());
   history.replaceState(history.state, '', addressOf(listing) + hashOf({ find: frame.find.value, view: inHash('view'), with: inHash('with') }));
-  viewer = new Viewer(frame.aside, {
-    close: closeView,
-    step,
-    deliver: fetchFiles,
-    copies,
-  });
-  news = new News({ look: () => fetchList(addressOf(listing)), entries: () => entries, found: offerNews });
+  news = new News({ look: () => fetchList(addressOf(listing)), entries: () => found.entries, found: offerNews });
   // Create the panel before the grid, because the grid measures the remaining width.
   facets = new Facets(frame.facets, frame.refine, {
     find: findText,
@@ -567,17 +442,28 @@ export async function start() {
       }],
     ],
   });
-  const ofGrid = { sort: sortBy, changed: showState, open: view, menu: showRowMenu, escape, drawn: requestVerdicts };
+  const open = (...targets) => viewing.open(...targets);
+  const ofGrid = { sort: sortBy, changed: showState, open, menu: showRowMenu, escape: closeView, drawn: requestVerdicts };
   grid = new FileGrid(frame.host, frame.tools, ofGrid);
   verdicts = new Verdicts(takeVerdict);
-  gallery = new Gallery(frame.gallery, grid, { open: view, escape, isViewing: () => viewer.isOpen });
+  gallery = new Gallery(frame.gallery, grid, { open, escape: closeView, isViewing: () => viewing.isOpen });
+  const ofViewing = {
+    grid,
+    gallery,
+    entries: () => found.entries,
+    host: listHost,
+    address: addressShown,
+    opened: (targets) => command('view', targets),
+    gone: (text) => notice.show(text, handlers.refresh),
+  };
+  viewing = new Viewing(frame.aside, ofViewing, { deliver: fetchFiles, copies });
   copyRows(frame.host, () => grid.targets());
   printRows(() => grid.view);
-  grid.showSort(sort);
+  grid.showSort(found.sort);
   addEventListener('pagehide', remember);
   document.addEventListener('keydown', leadToFind);
   document.addEventListener('keydown', leadFromNowhere);
-  for (const node of [frame.host, frame.gallery]) node.addEventListener('keydown', stepByKey);
+  for (const node of [frame.host, frame.gallery]) node.addEventListener('keydown', (event) => viewing.stepByKey(event));
   addEventListener('popstate', takeAddress);
   const kept = recallList(listingQuery(listing));
   if (own) takeList(own, kept);
