@@ -6,6 +6,7 @@
 #include "conf/CFileManConf.h"
 #include "fileman/RecordId.h"
 #include "fileman/load/SpecialSources.h"
+#include "fileman/names/MtieMode.h"
 
 int SpecialSources::loadMtie() {
     // As for the fiber monitor, an empty list selects nothing.
@@ -16,8 +17,8 @@ int SpecialSources::loadMtie() {
     if (directory == nullptr)
         return 0;
     _ResultInfo started;
-    started.module = "2G5";
-    started.mode = "SDH/PDH";
+    started.module = kMtieModule;
+    started.mode = kMtieMode;
     started.test = CFileManConf::getTypeName("mtie");
     started.rsltype = halfWord(true);
     started.type = "mtie";

@@ -3,5 +3,5 @@
 #include "common/CCommUtils.h"
 
 bool isMtieMode(const std::string& module, const std::string& mode) {
-    return CCommUtils::isEquals(module, "2G5") && CCommUtils::isEquals(mode, "SDH/PDH");
+    return CCommUtils::isEquals(module, kMtieModule) && CCommUtils::isEquals(mode, kMtieMode);
 }

@@ -2,5 +2,8 @@
 
 #include <string>
 
-// Whether MTIE measurements belong to this module and mode. They have their own directory.
+// The module and the mode to which MTIE measurements belong. They have their own directory.
+constexpr char kMtieModule[] = "2G5";
+constexpr char kMtieMode[] = "SDH/PDH";
+
 bool isMtieMode(const std::string& module, const std::string& mode);
