@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""run.py PROGRAM [--update] [NAME...]
+"""run.py PROGRAM [--update]
 
 Runs the program as a CGI process on named storage trees and compares its whole responses: default answers
 with expected/NAME, strict ones with expected/strict/NAME. The file "cases" has the cases of both kinds,
@@ -20,6 +20,7 @@ import socket
 import subprocess
 import sys
 import time
+import unittest
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -30,6 +31,8 @@ import strict_rows  # noqa: E402
 from storage import (BERT, HERE, NO_ROOT_RIGHTS, ZONE, Tree, chosen, environment, plain, read,  # noqa: E402
                      request, same)
 
+PROGRAM = os.path.abspath(sys.argv[1])
+UPDATED = set() if "--update" in sys.argv else None  # the files that are written already
 DEFAULT, STRICT = "expected", "expected/strict"
 ROW = re.compile(rb"\t\t\{ id: '.*?', datetime: '(\S+ \S+?)', rsltype: '\w+', path: '(.*?)' \},\n", re.S)
 FRAMES = {kind: {name.encode(): read(kind, name) for name in sorted(os.listdir(f"{HERE}/{kind}"))
@@ -39,6 +42,9 @@ RESTRICTED = ("inaccessible", "document:unreadable")
 VARIABLES = {"no-action": {
     "CONTENT_LENGTH": "5000000000 apples", "CONTENT_TYPE": "text/x", "REMOTE_ADDR": "::1",
     "REQUEST_METHOD": "POST", "PATH_INFO": "/a b", "PATH_TRANSLATED": "/srv/<&>"}}
+
+os.environ["TZ"] = ZONE
+time.tzset()
 
 
 class Case:
@@ -50,9 +56,9 @@ class Case:
         # Strict answers refuse what this one asks for.
         self.kinds = [DEFAULT] if self.name == "nothing" else kinds
 
-    def request(self, program, **more):
+    def request(self, **more):
         prefix = NO_ROOT_RIGHTS if self.tree in RESTRICTED else ()
-        return request(program, self.query, prefix, **{**VARIABLES.get(self.name, {}), **more})
+        return request(PROGRAM, self.query, prefix, **{**VARIABLES.get(self.name, {}), **more})
 
 
 def cases_in(file, kinds):
@@ -65,14 +71,14 @@ def cases_in(file, kinds):
     return cases
 
 
-def answer(program, query, **more):
-    done = request(program, query, **more)
+def answer(query, **more):
+    done = request(PROGRAM, query, **more)
     same((done.returncode, done.stderr), (0, b""))
     return done.stdout
 
 
-def strict_answer(program, query):
-    return http_rules.check(request(program, query, FILEMAN_ANSWERS="strict", REQUEST_METHOD="GET").stdout)
+def strict_answer(query):
+    return http_rules.check(request(PROGRAM, query, FILEMAN_ANSWERS="strict", REQUEST_METHOD="GET").stdout)
 
 
 def own_date(row):
@@ -105,23 +111,23 @@ def reviewable(response, kind):
     return re.sub(rb"[^\t\n -~]|\\", lambda byte: b"\\x%02x" % ord(byte[0]), response)
 
 
-def default_response(program, case):
-    done = case.request(program)
+def default_response(case):
+    done = case.request()
     same((done.returncode, done.stderr), (0, case.said))
     return done.stdout
 
 
-def strict_response(program, case):
+def strict_response(case):
     method = "HEAD" if case.name.startswith("head-") else "GET"
     method = VARIABLES.get(case.name, {}).get("REQUEST_METHOD", method)
-    done = case.request(program, FILEMAN_ANSWERS="strict", REQUEST_METHOD=method)
+    done = case.request(FILEMAN_ANSWERS="strict", REQUEST_METHOD=method)
     same((done.returncode, case.said in done.stderr), (0, True), done.stderr)
     log = done.stderr.replace(case.said, b"")
     _, fields, body = http_rules.check(done.stdout, method)
     if fields["content-type"] in strict_rows.READERS and body:
         rows, page = strict_rows.READERS[fields["content-type"]](body)
         shown = as_in_default_list(rows)
-        if rows and strict_rows.LIST_START + shown + strict_rows.LIST_END in case.request(program).stdout:
+        if rows and strict_rows.LIST_START + shown + strict_rows.LIST_END in case.request().stdout:
             shown = b"[[the rows of the default answer]]\n"
         body = page.replace(strict_rows.LIST_START, strict_rows.LIST_START + shown) if page else shown
     header = "".join(f"{field}: {value}\n" for field, value in fields.items()).encode()
@@ -133,13 +139,13 @@ def as_in_default_list(rows):
     return b"".join(b"\t\t{ " + fields % tuple(row) + b" },\n" for row in rows)
 
 
-def compare(program, case, kind, updated):
+def compare(case, kind):
     """An expected file that several cases share is written by the first of them."""
-    found = reviewable((default_response if kind == DEFAULT else strict_response)(program, case), kind)
+    found = reviewable((default_response if kind == DEFAULT else strict_response)(case), kind)
     is_broken = kind == STRICT and case.tree.startswith("document:") and case.said
     path = os.path.join(HERE, kind, "broken-document" if is_broken else case.name)
-    if updated is not None and path not in updated:
-        updated.add(path)
+    if UPDATED is not None and path not in UPDATED:
+        UPDATED.add(path)
         Path(path).write_bytes(found)
     expected = read(path)
     if found != expected:
@@ -147,109 +153,79 @@ def compare(program, case, kind, updated):
         raise AssertionError("\n".join((*lines, "--- the whole answer found:", found.decode())))
 
 
-def unknown_module_ends_the_process(program):
-    for modules, missing in (("Nosuch", b"module Nosuch"), ("1ge", b"module 1ge"), ("1GE,,", b"module ")):
-        done = request(program, "fmtype=rslt&module=" + modules)
-        same((done.returncode, done.stdout, missing in done.stderr), (-6, b"", True), modules)
+class Responses(unittest.TestCase):
+    def setUp(self):
+        Tree().make("basic")
 
+    def test_every_case_has_its_expected_answer(self):
+        laid_out = None
+        for case in cases_in("cases", [DEFAULT, STRICT]) + cases_in("cases-strict", [STRICT]):
+            for kind in case.kinds:
+                with self.subTest(kind, case=case.name, tree=case.tree):
+                    if laid_out != case.tree:
+                        laid_out = case.tree
+                        Tree().make(laid_out)
+                    compare(case, kind)
 
-def rows_come_in_listing_order(program):
-    for number in range(400):  # rows of many sizes, several buffers full
-        Tree().write(f"{BERT}/{number * 7919 % 1000:03d}{number % 200 * 'x'}.html")
-    top = "/home/1ge/kte-rslt"
-    expected = [f"{top}/{port}/{kind}/{name}" for port in os.listdir(top) if port != "auxport"
-                for kind in os.listdir(f"{top}/{port}") for name in os.listdir(f"{top}/{port}/{kind}")
-                if name.endswith((".html", ".png", ".pcap")) and not name.startswith("Last")]
-    page = answer(program, "fmtype=rslt&module=1GE&mode=Ethernet")
-    same([row[1].decode() for row in ROW.findall(page)], expected)
+    def test_unknown_module_ends_the_process(self):
+        for modules, missing in (("Nosuch", b"module Nosuch"), ("1ge", b"module 1ge"), ("1GE,,", b"module ")):
+            done = request(PROGRAM, "fmtype=rslt&module=" + modules)
+            same((done.returncode, done.stdout, missing in done.stderr), (-6, b"", True), modules)
 
+    def test_rows_come_in_listing_order(self):
+        for number in range(400):  # rows of many sizes, several buffers full
+            Tree().write(f"{BERT}/{number * 7919 % 1000:03d}{number % 200 * 'x'}.html")
+        top = "/home/1ge/kte-rslt"
+        expected = [f"{top}/{port}/{kind}/{name}" for port in os.listdir(top) if port != "auxport"
+                    for kind in os.listdir(f"{top}/{port}") for name in os.listdir(f"{top}/{port}/{kind}")
+                    if name.endswith((".html", ".png", ".pcap")) and not name.startswith("Last")]
+        page = answer("fmtype=rslt&module=1GE&mode=Ethernet")
+        same([row[1].decode() for row in ROW.findall(page)], expected)
 
-def dates_follow_the_zone(program):
-    """Zones: on any day, one of the first two has daylight saving time. Neighbours differ by one second."""
-    time.sleep(1.1)
-    os.chmod(f"/home/{BERT}/line_2.html", 0o600)
-    for zone in ("NOR-1SUM,M3.5.0,M10.5.0/3", "SOU3SUM,M10.1.0/0,M3.3.0/0", "", ZONE):
-        os.environ["TZ"] = zone
-        time.tzset()
-        same(b"<date>" in ROW.sub(own_date, answer(program, "fmtype=all", TZ=zone)), True, zone)
+    def test_dates_follow_the_zone(self):
+        """Zones: on any day, one of the first two has daylight saving time. Neighbours differ by one second."""
+        time.sleep(1.1)
+        os.chmod(f"/home/{BERT}/line_2.html", 0o600)
+        for zone in ("NOR-1SUM,M3.5.0,M10.5.0/3", "SOU3SUM,M10.1.0/0,M3.3.0/0", "", ZONE):
+            os.environ["TZ"] = zone
+            time.tzset()
+            same(b"<date>" in ROW.sub(own_date, answer("fmtype=all", TZ=zone)), True, zone)
 
+    def test_only_the_exact_word_makes_answers_strict(self):
+        default = answer("fmtype=rslt")
+        for variables in ({"FILEMAN_ANSWERS": "Strict"}, {"FILEMAN_ANSWERS": "strict "}, {"FILEMAN_ANSWERS": ""},
+                          {"HTTP_FILEMAN_ANSWERS": "strict", "REQUEST_METHOD": "PUT"}):
+            same(answer("fmtype=rslt", **variables), default, variables)
 
-def only_the_exact_word_makes_answers_strict(program):
-    default = answer(program, "fmtype=rslt")
-    for variables in ({"FILEMAN_ANSWERS": "Strict"}, {"FILEMAN_ANSWERS": "strict "}, {"FILEMAN_ANSWERS": ""},
-                      {"HTTP_FILEMAN_ANSWERS": "strict", "REQUEST_METHOD": "PUT"}):
-        same(answer(program, "fmtype=rslt", **variables), default, variables)
+    def test_hostile_names_come_back(self):
+        """Each id of a strict list brings the file that the list names for it, under its own name."""
+        for name in ("\u2028line", "<!--<script>", "50%41", "a+b", "q\"uote", "comma,and&amp", "caf\u00e9",
+                     "=1+1", "\"", "line\rline", "\r\n", "\x85", b"\xff\xfe", b"\xc3,\xe2\"\xed\xb3\xbf"):
+            Tree().write(os.fsencode(BERT) + b"/" + os.fsencode(name) + b".html", os.fsencode(name))
+        lists = []
+        for form in ("html", "jsonl", "csv"):
+            _, fields, body = strict_answer("fmtype=all" + (f"&format={form}" if form != "html" else ""))
+            lists.append(strict_rows.READERS[fields["content-type"]](body)[0])
+        same(lists[1:], lists[:1] * 2)
+        paths = {row[0]: row[-1] for row in reversed(lists[0]) if os.path.isfile(row[-1])}  # the first of each id
+        for identifier, path in paths.items():
+            status, fields, body = strict_answer(chosen("view", identifier, prefix=""))
+            same((status, body), (200, read(os.fsdecode(path))), identifier)
+            name = os.path.basename(path).decode(errors="replace")
+            same(http_rules.file_name(fields), re.sub("[\x00-\x1f\x7f]", "_", name), path)
 
-
-def hostile_names_come_back(program):
-    """Each id of a strict list brings the file that the list names for it, under its own name."""
-    for name in ("\u2028line", "<!--<script>", "50%41", "a+b", "q\"uote", "comma,and&amp", "caf\u00e9",
-                 "=1+1", "\"", "line\rline", "\r\n", "\x85", b"\xff\xfe", b"\xc3,\xe2\"\xed\xb3\xbf"):
-        Tree().write(os.fsencode(BERT) + b"/" + os.fsencode(name) + b".html", os.fsencode(name))
-    lists = []
-    for form in ("html", "jsonl", "csv"):
-        _, fields, body = strict_answer(program, "fmtype=all" + (f"&format={form}" if form != "html" else ""))
-        lists.append(strict_rows.READERS[fields["content-type"]](body)[0])
-    same(lists[1:], lists[:1] * 2)
-    paths = {row[0]: row[-1] for row in reversed(lists[0]) if os.path.isfile(row[-1])}  # the first of each id
-    for identifier, path in paths.items():
-        status, fields, body = strict_answer(program, chosen("view", identifier, prefix=""))
-        same((status, body), (200, read(os.fsdecode(path))), identifier)
-        name = os.path.basename(path).decode(errors="replace")
-        same(http_rules.file_name(fields), re.sub("[\x00-\x1f\x7f]", "_", name), path)
-
-
-def a_list_that_ends_early_does_not_look_whole(program):
-    """Only the end of the list is the end of a line. A socket keeps apart what the program writes."""
-    for number in range(400):
-        Tree().write(f"{BERT}/{number:0200d}.html")
-    for name in ("jsonl", "csv"):
-        reader, writer = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
-        variables = environment(f"fmtype=all&format={name}", FILEMAN_ANSWERS="strict")
-        with reader, subprocess.Popen([program], env=variables, stdout=writer, stderr=subprocess.DEVNULL):
-            writer.close()
-            _, *pieces = iter(lambda: reader.recv(1 << 18), b"")  # pylint: disable=cell-var-from-loop
-        same((len(pieces) > 2, [piece[-1:] for piece in pieces].index(b"\n")), (True, len(pieces) - 1), name)
-
-
-CHECKS = (only_the_exact_word_makes_answers_strict, hostile_names_come_back,
-          a_list_that_ends_early_does_not_look_whole, unknown_module_ends_the_process,
-          rows_come_in_listing_order, dates_follow_the_zone)
-
-
-def attempts(program, updated, names):
-    """Yields the name of each case or check, and what tries it."""
-    laid_out = None
-    for case in cases_in("cases", [DEFAULT, STRICT]) + cases_in("cases-strict", [STRICT]):
-        for kind in case.kinds if case.name in names or not names else ():
-            if laid_out != case.tree:
-                laid_out = case.tree
-                Tree().make(laid_out)
-            yield f"{kind}/{case.name} ({case.tree})", lambda: compare(program, case, kind, updated)
-    for check in CHECKS:
-        if check.__name__ in names or not names:
-            Tree().make("basic")
-            yield check.__name__, lambda: check(program)
-
-
-def main(program, *options):
-    if not os.access(program, os.X_OK):
-        sys.exit(f"run.py: no program {program}; cmake --preset release (or asan) and its build make it")
-    os.environ["TZ"] = ZONE
-    time.tzset()
-    updated = set() if "--update" in options else None
-    count = failed = 0
-    names = [name for name in options if name != "--update"]
-    for name, attempt in attempts(os.path.abspath(program), updated, names):
-        count += 1
-        try:
-            attempt()
-        except (AssertionError, ValueError, subprocess.TimeoutExpired, FileNotFoundError) as error:
-            failed += 1
-            print(f"FAILED {name}\n{error!r}\n{error}\n")
-    print(f"{count} cases, {failed} failed")
-    return failed or not count
+    def test_a_list_that_ends_early_does_not_look_whole(self):
+        """Only the end of the list is the end of a line. A socket keeps apart what the program writes."""
+        for number in range(400):
+            Tree().write(f"{BERT}/{number:0200d}.html")
+        for name in ("jsonl", "csv"):
+            reader, writer = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+            variables = environment(f"fmtype=all&format={name}", FILEMAN_ANSWERS="strict")
+            with reader, subprocess.Popen(PROGRAM, env=variables, stdout=writer, stderr=subprocess.DEVNULL):
+                writer.close()
+                _, *pieces = iter(lambda: reader.recv(1 << 18), b"")  # pylint: disable=cell-var-from-loop
+            same((len(pieces) > 2, [piece[-1:] for piece in pieces].index(b"\n")), (True, len(pieces) - 1), name)
 
 
 if __name__ == "__main__":
-    sys.exit(bool(main(*sys.argv[1:])))
+    unittest.main(argv=sys.argv[:1])
