@@ -71,7 +71,7 @@ install(FILES CHANGELOG.md LICENSE README.md SECURITY.md THIRD-PARTY.md ${PROJEC
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN *.md
   PATTERN screenshots EXCLUDE PATTERN examples EXCLUDE)
 install(FILES sample/result-config-ktd.xml docs/examples/configuration-store.cpp docs/examples/configuration-store.xml
-  docs/examples/support-library.c DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+  docs/examples/support-library.c docs/examples/CMakeLists.txt DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 
 # For other CMake projects: find_package(fileman) gives fileman::fileman_conf and fileman::trcfg_utils.
 include(CMakePackageConfigHelpers)

@@ -11,7 +11,6 @@ import shutil
 import subprocess
 import sys
 import unittest
-from pathlib import Path
 
 sys.path.insert(0, "tests/cgi")
 from storage import BERT, Tree, chosen, make_program  # noqa: E402  pylint: disable=wrong-import-position
@@ -35,16 +34,6 @@ SERVERS = {
     "busybox": ("busybox", "", "",
                 "busybox httpd -f -p 80 -h /usr/share/fileman/www -c /usr/share/fileman/servers/busybox/httpd.conf"),
 }
-# Uses the development package.
-PROJECT = """cmake_minimum_required(VERSION 3.25)
-project(user CXX C)
-set(CMAKE_CXX_STANDARD 17)
-find_package(fileman 1 REQUIRED)
-add_executable(c configuration-store.cpp)
-target_link_libraries(c fileman::fileman_conf)
-add_executable(d support-library.c)
-target_link_libraries(d fileman::trcfg_utils)
-"""
 
 
 def run(*command, **more):
@@ -137,10 +126,9 @@ class CleanRoot(unittest.TestCase):
         with bare_system():
             install("g++ cmake make pkg-config libtinyxml-dev")
             install_ours("fileman-dev")
-            run("cp", "docs/examples/configuration-store.cpp", "docs/examples/support-library.c", ROOT + "/tmp")
+            run("cp", *glob.glob("docs/examples/*"), ROOT + "/tmp")
             inside("cd /tmp && g++ -std=c++17 configuration-store.cpp $(pkg-config --cflags --libs fileman_conf) -o a && "
                    "gcc support-library.c $(pkg-config --cflags --libs trcfg_utils) -o b")
-            Path(ROOT + "/tmp/CMakeLists.txt").write_text(PROJECT, encoding="utf-8")
             inside("cmake -S /tmp -B /tmp/build && cmake --build /tmp/build")
 
 
