@@ -20,7 +20,7 @@ sys.dont_write_bytecode = True
 
 import http_rules  # noqa: E402
 from instrument import CONVERTER, ROOT, Instrument, entries, main, place  # noqa: E402
-from storage import BERT, Tree, same  # noqa: E402
+from storage import BERT, Tree, everything_stored, same  # noqa: E402
 
 HEAD = re.compile(rb"(?:Find at:.*\n)*"  # loading prints the files of extra directories before the header
                   rb"Content-Disposition:attachment;filename=(.*)\r\nContent-Length:(\d+)\r\n"
@@ -61,9 +61,6 @@ class Deliveries(Instrument):
     def delivers(self, operation, *names):
         """The archive has these reports, and nothing else."""
         same(entries(self.deliver(operation, *names)[1]), delivered(operation, *names))
-
-    def everything_stored(self):
-        return subprocess.check_output("find home -type f -exec md5sum {} +", shell=True, cwd=self.directory)
 
 
 def delivered(operation, *names):
@@ -134,14 +131,14 @@ def hostile_names_are_left_out_or_carried_whole(instrument):
     names = [name[:-5] for name in os.listdir(folder) if re.fullmatch(rb"[^.,&]+\.html", name, re.S)]
     for name in names:
         Path(os.fsdecode(folder + name + b".html")).write_bytes(name)
-    before = instrument.everything_stored()
+    before = everything_stored(instrument.path("home"))
     for operation, begin, refused in (("download", b"", rb"^-|['\0-\x1f]"),
                                       ("pdf", b"%PDF\n", rb"^-|[\0-\x1f]")):
         _, archive, messages = instrument.deliver(operation, *names)
         carried = [begin + name for name in names if not re.search(refused, name)]
         same(sorted(entries(archive).values()), sorted(carried))
         same(len(LEFT_OUT.findall(messages)), len(names) - len(carried))
-    same((instrument.everything_stored(), instrument.left_in_tmp()), (before, ""))
+    same((everything_stored(instrument.path("home")), instrument.left_in_tmp()), (before, ""))
     nothing_was_run()
 
 
@@ -240,7 +237,7 @@ def what_others_plant_meanwhile_leads_nowhere(instrument):
     os.chmod(tmp, 0o1777)
     os.symlink("/home/" + BERT, tmp + "/download")
     os.mkfifo(tmp + "/htm2pdf_task_list")
-    before = instrument.everything_stored()
+    before = everything_stored(instrument.path("home"))
     script = """import os, shutil
 open(".planted", "w").write("/home/secret -> one.pdf\\n/home/secret -> two.pdf\\n")
 while True:
@@ -261,7 +258,7 @@ while True:
     finally:
         neighbour.kill()
         neighbour.wait()
-    same(instrument.everything_stored(), before)
+    same(everything_stored(instrument.path("home")), before)
     for operation in BOTH:
         instrument.delivers(operation, *names)
 

@@ -12,24 +12,20 @@ EXTENDED = r"UTF-8''(?:[!#$&+.^_`|~0-9A-Za-z-]|%[0-9A-F]{2})+"
 DISPOSITION = re.compile(rf"(?:inline|attachment); filename=({QUOTED})(?:; filename\*=({EXTENDED}))?")
 
 
-def demand(holds, *what):
-    assert holds, what
-
-
 def check(response, method="GET"):
     """Status, fields (by name in lower case) and body; fails where a rule is broken."""
     head, blank_line, body = response.partition(b"\r\n\r\n")
-    demand(blank_line, "no blank line ends the header", response[:200])
+    assert blank_line, ("no blank line ends the header", response[:200])
     fields = {}
     for line in head.split(b"\r\n"):
         field = FIELD.fullmatch(line)
-        demand(field and field[1].lower().decode() not in fields, "no field, or a repeated one", line)
+        assert field and field[1].lower().decode() not in fields, ("no field, or a repeated one", line)
         fields[field[1].lower().decode()] = field[2].decode()
     disposition = fields.get("content-disposition")
-    demand(disposition is None or DISPOSITION.fullmatch(disposition), "no disposition", disposition)
+    assert disposition is None or DISPOSITION.fullmatch(disposition), ("no disposition", disposition)
     length = None if method == "HEAD" else fields.get("content-length")
-    demand(length in (None, str(len(body))), "another length", len(body), fields)
-    demand(method != "HEAD" or not body, "an answer to HEAD has a body")
+    assert length in (None, str(len(body))), ("another length", len(body), fields)
+    assert method != "HEAD" or not body, "an answer to HEAD has a body"
     return int(fields.get("status", "200")[:3]), fields, body
 
 

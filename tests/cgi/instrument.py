@@ -7,7 +7,6 @@ import concurrent.futures
 import inspect
 import io
 import os
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -97,17 +96,10 @@ class Instrument:
 
 
 def run(case, kind, program):
-    """Returns the report of a failure, or None."""
     # In memory a hole costs nothing, on a disk's file system every page of it does.
     memory = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
-    directory = tempfile.mkdtemp(prefix="fileman-case-", dir=memory)
-    try:
+    with tempfile.TemporaryDirectory(prefix="fileman-case-", dir=memory) as directory:
         case(kind(program, directory))
-    except Exception:
-        return f"FAILED {case.__name__}\n{traceback.format_exc()}"
-    finally:
-        shutil.rmtree(directory)
-    return None
 
 
 def main(kind, program, *names):
@@ -118,6 +110,9 @@ def main(kind, program, *names):
     cases = [case for case in functions if [*inspect.signature(case).parameters] == ["instrument"] and
              (not names or case.__name__ in names)]
     with concurrent.futures.ThreadPoolExecutor(len(cases)) as pool:
-        failures = list(filter(None, pool.map(lambda case: run(case, kind, program), cases)))
-    print(*failures, f"{len(cases)} cases, {len(failures)} failed", sep="\n")
+        attempts = {case.__name__: pool.submit(run, case, kind, program) for case in cases}
+    failures = {name: attempt.exception() for name, attempt in attempts.items() if attempt.exception()}
+    for name, error in failures.items():
+        print(f"FAILED {name}", *traceback.format_exception(error))
+    print(f"{len(cases)} cases, {len(failures)} failed")
     sys.exit(bool(failures))

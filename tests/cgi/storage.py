@@ -64,11 +64,15 @@ def is_served(port, address="127.0.0.1"):
         return client.connect_ex((address, port)) == 0
 
 
+def write(path, text="", mode=0o644):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    Path(path).write_text(text, encoding="utf-8")
+    os.chmod(path, mode)
+
+
 def make_program(path, *script):
     """A shell script that can be run."""
-    os.makedirs(os.path.dirname(path), exist_ok=True)
-    Path(path).write_text("\n".join(("#!/bin/sh", *script, "")), encoding="utf-8")
-    os.chmod(path, 0o755)
+    write(path, "\n".join(("#!/bin/sh", *script, "")), 0o755)
 
 
 def demand_private_storage():
@@ -93,6 +97,11 @@ def request(program, query, prefix=(), preexec_fn=None, **variables):
     """The finished process, which has to end by itself."""
     return subprocess.run([*prefix, program], env=environment(query, **variables), stdin=subprocess.DEVNULL,
                           capture_output=True, timeout=60, check=False, preexec_fn=preexec_fn)
+
+
+def everything_stored(home="/home"):
+    """All names and modes, and the content of the files."""
+    return subprocess.check_output(("find", home, "-printf", "%p %M %l\\n", "-type", "f", "-exec", "cat", "{}", "+"))
 
 
 class Tree:

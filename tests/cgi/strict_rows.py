@@ -5,8 +5,6 @@ import io
 import json
 import re
 
-from http_rules import demand
-
 KEYS = ["id", "name", "module", "mode", "test", "port", "datetime", "rsltype", "path"]
 LIST_START, LIST_END = b"\tvar griddata = [\n", b"\t\t];\n"
 
@@ -17,7 +15,7 @@ def as_bytes(values):
 
 
 def ordered(pairs):
-    demand([key for key, _ in pairs] == KEYS, "other keys", pairs)
+    assert [key for key, _ in pairs] == KEYS, ("other keys", pairs)
     return as_bytes(value for _, value in pairs)
 
 
@@ -26,27 +24,27 @@ def in_page(page):
     before, start, rest = page.partition(LIST_START)
     grid, _, after = rest.partition(LIST_END)
     text = grid.decode()
-    demand(not re.search("[<>&\u2028\u2029\x7f\0-\x08\x0b-\x1f]", text), "not escaped", text)
+    assert not re.search("[<>&\u2028\u2029\x7f\0-\x08\x0b-\x1f]", text), ("not escaped", text)
     found = json.loads(b"[" + grid + b"]", object_pairs_hook=ordered)
-    demand(len(found) == text.count("\n") == len(re.findall("^\t\t{", text, re.M)), "not one line per row", text)
+    assert len(found) == text.count("\n") == len(re.findall("^\t\t{", text, re.M)), ("not one line per row", text)
     return found, before + start + LIST_END + after if start else page
 
 
 def in_json_lines(body):
     text = body.decode()
-    demand(not any(c < " " and c != "\n" for c in text), "control characters in the list")
+    assert not any(c < " " and c != "\n" for c in text), "control characters in the list"
     lines = text.split("\n")
-    demand(not lines.pop(), "the list has no end")
+    assert not lines.pop(), "the list has no end"
     return [json.loads(line, object_pairs_hook=ordered) for line in lines], b""
 
 
 def in_csv(body):
     text = body.decode("utf-8", "surrogateescape")
     records = list(csv.reader(io.StringIO(text, newline=""), strict=True))
-    demand(records[0] == KEYS, "other keys", records[0])
+    assert records[0] == KEYS, ("other keys", records[0])
     again = io.StringIO(newline="")
     csv.writer(again, lineterminator="\r\n").writerows(records)
-    demand(again.getvalue() == text, "a field has quotes without need, or a line another end", body)
+    assert again.getvalue() == text, ("a field has quotes without need, or a line another end", body)
     return [as_bytes(record) for record in records[1:]], b""
 
 

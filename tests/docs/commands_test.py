@@ -68,9 +68,7 @@ class Linking(unittest.TestCase):
     """Tests the other promises of docs/linking.md."""
 
     def setUp(self):
-        scratch = tempfile.TemporaryDirectory()
-        self.addCleanup(scratch.cleanup)
-        self.dir = scratch.name
+        self.dir = self.enterContext(tempfile.TemporaryDirectory())
 
     def test_the_archive_is_machine_code_for_programs_and_shared_libraries(self):
         run(first_block("docs/linking.md", "sh"))

@@ -7,7 +7,7 @@ import unittest
 from pathlib import Path
 
 sys.path.insert(0, "tests/cgi")
-from storage import Tree  # noqa: E402  pylint: disable=wrong-import-position
+from storage import Tree, write  # noqa: E402  pylint: disable=wrong-import-position
 
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 SCHEMA = "docs/configuration.rng"
@@ -17,18 +17,12 @@ FAULTY = "tests/release/faulty.xml"
 
 def check(*arguments):
     done = subprocess.run([PROGRAM, *arguments], text=True, capture_output=True, check=False)
-    if done.stderr or done.returncode not in (0, 1):
-        raise AssertionError(f"exit status {done.returncode}: {done.stderr}")
+    assert not done.stderr and done.returncode in (0, 1), f"exit status {done.returncode}: {done.stderr}"
     return done.returncode, done.stdout.splitlines()
 
 
 def text_of(path):
     return Path(path).read_text(encoding="utf-8")
-
-
-def write(path, text=""):
-    os.makedirs(os.path.dirname(path), exist_ok=True)
-    Path(path).write_text(text, encoding="utf-8")
 
 
 def lay_out_sample():
