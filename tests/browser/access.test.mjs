@@ -125,23 +125,18 @@ instrument.onList('the ring around a row is for the keyboard, its bar for everyb
   assert.deepEqual(await look(5), { ring: true, bar: true });
 });
 
-/** Runs in the page: what scrolls sideways, dates of which an element around them cuts off a part, what is too low for a finger. */
+/** Runs in the page: what scrolls sideways, what cuts off a part of a date, what is too low for a finger. */
 function misfits() {
   const seen = [...document.querySelectorAll('*')].filter((node) => node.checkVisibility());
-  const overflow = (node) => getComputedStyle(node).overflowX;
-  const clips = seen.filter((node) => node === document.scrollingElement || overflow(node) !== 'visible');
-  const padding = (node) => parseFloat(getComputedStyle(node).paddingRight); // dots replace a text that reaches into it
-  const edge = (node) => node.getBoundingClientRect().left + node.clientLeft + node.clientWidth - padding(node);
-  const isCut = (date) => {
-    const text = document.createRange();
-    text.selectNodeContents(date);
-    return clips.some((node) => node.contains(date) && edge(node) < text.getBoundingClientRect().right - 0.5);
-  };
+  const isHidden = (node) => getComputedStyle(node).overflowX === 'hidden';
+  const isClip = (node) => node === document.scrollingElement || getComputedStyle(node).overflowX !== 'visible';
+  const full = seen.filter((node) => isClip(node) && node.scrollWidth > node.clientWidth);
+  const holdsDate = (node) => node.matches('.fm-tile-date') || node.querySelector('.fm-date') !== null;
   const isLow = (node) => node.matches('button, a, select, label') && node.getBoundingClientRect().height < 43.5;
   const named = ({ className, localName, textContent }) => className || textContent || localName;
   return {
-    scrolls: clips.filter((node) => overflow(node) !== 'hidden' && node.scrollWidth > node.clientWidth).map(named),
-    cut: seen.filter((node) => node.matches('.fm-date, .fm-tile-date') && isCut(node)).map(named),
+    scrolls: full.filter((node) => !isHidden(node)).map(named),
+    cut: full.filter((node) => isHidden(node) && holdsDate(node)).map(named),
     low: seen.filter(isLow).map(named),
   };
 }

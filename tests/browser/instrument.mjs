@@ -27,56 +27,36 @@ async function freePort() {
   return port;
 }
 
-const PLAIN_SERVER = `
-server.document-root = env.FILEMAN_WWW
-server.bind = "127.0.0.1"
-server.port = env.FILEMAN_PORT
-server.modules = ( "mod_cgi", "mod_alias", "mod_setenv" )
-server.http-parseopts = ( "url-normalize" => "disable" )
-server.max-request-field-size = 65535
-server.stream-response-body = 2
-alias.url = ( "/cgi-bin/" => env.FILEMAN_CGI_DIR + "/" )
-$HTTP["url"] =~ "^/cgi-bin/" { cgi.assign = ( ".cgi" => "" ) }
-mimetype.assign = ( ".js" => "text/javascript", ".css" => "text/css", ".svg" => "image/svg+xml", ".html" => "text/html" )
-`;
-
-/** A server that adds no header line of its own, as a command for startInstrument; `more` is added to its settings. */
+/** Settings for a server that adds no header line of its own; `more` is added to them. */
 export function plainServer(more = '') {
   const conf = `/tmp/plain-lighttpd-${more.length}.conf`;
-  fs.writeFileSync(conf, `${PLAIN_SERVER}${more}\n`);
-  return () => ['lighttpd', ['-D', '-f', conf]];
+  fs.writeFileSync(conf, `include "/srv/tests/browser/plain-lighttpd.conf"\n${more}\n`);
+  return conf;
 }
 
 const opened = []; // the pages of the running test
+const unexpected = ({ problems, expected }) =>
+  problems.filter((text) => !expected.some((words) => text.includes(words)));
 
-/** A test in which the browser has nothing to complain about, in no page. */
+/** A test in which the browser has nothing to complain about, in no page, but what has words of `page.expected`. */
 export const test = (title, work) =>
   plainTest(title, async (context) => {
     try {
       await work(context);
-      assert.deepEqual(opened.flatMap(({ problems }) => problems), []);
+      assert.deepEqual(opened.flatMap(unexpected), []);
     } finally {
       await Promise.all(opened.splice(0).map((page) => page.context().close()));
     }
   });
 
 /**
- * Starts a web server by `command(port)` (lighttpd as packaged unless given) and a browser; `more` goes to its start. A
- * file of tests need not stop it.
+ * Starts lighttpd with these settings (the packaged ones unless given) and a browser; `more` goes to its start. A file
+ * of tests need not stop it.
  */
-export async function startInstrument(command, more = {}) {
+export async function startInstrument(conf = '/srv/packaging/lighttpd.conf', more = {}) {
   const port = await freePort();
-  const [program, args] = command ? command(port) : ['lighttpd', ['-D', '-f', '/srv/packaging/lighttpd.conf']];
-  const server = spawn(program, args, {
-    env: {
-      ...process.env,
-      FILEMAN_PORT: port,
-      FILEMAN_WWW: '/srv/build/www',
-      FILEMAN_CGI_DIR: CGI_DIR,
-      PATH: `${process.env.PATH}:/usr/sbin`,
-    },
-    stdio: 'ignore',
-  });
+  const env = { ...process.env, FILEMAN_PORT: port, FILEMAN_WWW: '/srv/build/www', FILEMAN_CGI_DIR: CGI_DIR };
+  const server = spawn('/usr/sbin/lighttpd', ['-D', '-f', conf], { env, stdio: 'ignore' });
   const home = `http://127.0.0.1:${port}`;
   while (!(await fetch(home, { redirect: 'manual' }).catch(() => null))) {
     assert.equal(server.exitCode, null, 'the web server does not start');
@@ -122,25 +102,10 @@ export async function withFiles(files, work) {
 /** Has requests to `addresses` answered by `answer` (see route.fulfill; a function gets the route) while some work runs. */
 export async function withAnswer(page, addresses, answer, work) {
   const give = typeof answer === 'function' ? answer : (route) => route.fulfill(answer);
-  const before = page.problems.length;
+  if (answer.status >= 400) page.expected.push(`status of ${answer.status}`);
   await page.route(addresses, give);
   await work();
   await page.unroute(addresses, give);
-  if (answer.status >= 400) page.problems.length = before; // the browser has complained about that
-}
-
-/** Every web server that there are settings for, with strict answers: { servers: [{ name, list(query) }], stop() }. */
-export async function startServers() {
-  const serving = spawn('/usr/bin/python3', ['-B', 'tests/server/serve.py', 'build/release/fileman.cgi'], {
-    stdio: ['pipe', 'pipe', 'inherit'],
-  });
-  let printed = '';
-  for await (const piece of serving.stdout) printed += piece;
-  const servers = printed.split('\n').slice(0, -1).map((line) => {
-    const [name, port] = line.split('\t');
-    return { name, list: (query) => `http://127.0.0.1:${port}/cgi-bin/fileman.cgi?${query}` };
-  });
-  return { servers, stop: () => serving.stdin.end() };
 }
 
 /** A page in a fresh profile; `page.problems` gathers console errors, script errors and failed requests. */
@@ -149,14 +114,15 @@ async function newPage(browser, options) {
   const page = await context.newPage();
   page.setDefaultTimeout(20000);
   page.problems = [];
+  page.expected = [];
   opened.push(page);
   page.closeViewer = () => viewer(page).getByRole('button', { name: 'Close' }).click();
   page.on('console', (message) => {
     if (message.type() === 'error') page.problems.push(message.text());
   });
-  page.on('pageerror', (error) => page.problems.push(error.stack));
+  page.on('pageerror', (error) => page.problems.push(String(error)));
   page.on('response', (response) => {
-    if (response.status() >= 400) page.problems.push(`${response.status()} ${response.url().slice(0, 200)}`);
+    if (response.status() >= 400) page.problems.push(`status of ${response.status()}: ${response.url().slice(0, 200)}`);
   });
   return page;
 }
@@ -204,6 +170,10 @@ export async function saved(page, action) {
 export const footer = (page) => page.innerText('.fm-foot');
 export const viewer = (page) => page.locator('.fm-viewer');
 export const report = (page) => page.frameLocator('.fm-report');
+/** Ticks the boxes of rows. */
+export async function tick(page, ...rows) {
+  for (const i of rows) await row(page, i).locator('.fm-check').click();
+}
 export const row = (page, i) => page.locator(`.fm-row[data-row="${i}"]`);
 export const task = (page) => page.locator('.fm-task').last();
 export const told = (page, words) => task(page).getByText(words).waitFor();

@@ -1,7 +1,7 @@
 // Writes docs/screenshots; looked at by a person, not compared.
 import fs from 'node:fs';
 import { setTimeout as pause } from 'node:timers/promises';
-import { pressed, row, startInstrument, told } from './instrument.mjs';
+import { pressed, report, row, startInstrument, tick, told } from './instrument.mjs';
 
 const OUT = '/srv/docs/screenshots';
 const instrument = await startInstrument();
@@ -16,15 +16,12 @@ for (const file of files.sort((a, b) => ((a.length * 7) % 5) - ((b.length * 7) %
 }
 
 const wide = { viewport: { width: 1280, height: 760 } };
-const chooseRows = (...rows) => async (page) => {
-  for (const i of rows) await row(page, i).locator('.fm-check').click();
-};
 const viewRow = (i) => async (page) => {
-  await page.locator('.fm-row').nth(i).dblclick();
-  await page.frameLocator('.fm-report').locator('h1, table').first().waitFor();
+  await row(page, i).dblclick();
+  await report(page).locator('h1, table').first().waitFor();
 };
 const SHOTS = {
-  list: [wide, 'fmtype=rslt&module=10G,1GE', chooseRows(1, 2, 4)],
+  list: [wide, 'fmtype=rslt&module=10G,1GE', (page) => tick(page, 1, 2, 4)],
   view: [wide, 'fmtype=rslt&test=throughput', viewRow(2)],
   filter: [wide, 'fmtype=rslt&module=10G', async (page) => {
     await pressed(page, 'Filter').click();
@@ -38,14 +35,14 @@ const SHOTS = {
     await told(page, /Saved as/);
   }],
   compare: [wide, 'fmtype=rslt&test=throughput', async (page) => {
-    await chooseRows(2, 3)(page);
+    await tick(page, 2, 3);
     await pressed(page, 'Compare').click();
-    await page.frameLocator('.fm-report').getByText(/differences?$/).waitFor();
+    await report(page).getByText(/differences?$/).waitFor();
   }],
   gallery: [wide, 'fmtype=screen', (page) => page.locator('.fm-tile img').first().waitFor()],
-  'own-screen': [{ viewport: { width: 800, height: 480 } }, 'fmtype=rslt&module=10G', chooseRows(1)],
+  'own-screen': [{ viewport: { width: 800, height: 480 } }, 'fmtype=rslt&module=10G', (page) => tick(page, 1)],
   phone: [{ viewport: { width: 390, height: 780 }, deviceScaleFactor: 2, hasTouch: true }, 'fmtype=rslt&module=10G', (page) =>
-    page.locator('.fm-row').nth(1).tap()],
+    row(page, 1).tap()],
   dark: [{ ...wide, colorScheme: 'dark', locale: 'de-DE' }, 'fmtype=rslt&module=10G,1GE&test=throughput', viewRow(1)],
 };
 
