@@ -35,7 +35,7 @@
 //     StagingArea     one of them; AreaLock, SignOfLife: whose turn it is
 //     TmpKeeper       the process that may write directly in /tmp; PassedFd: how it passes files on
 //     OwnPlace        names in /tmp that another user may have taken
-//     CopiedTree      makes copies and checks that they are whole; PlainFiles: replaces links
+//     CopiedTree      makes copies and checks that they are whole; CopiedLinks: replaces links
 //     Shell           runs commands and keeps their output out of the response
 
 #include <fcntl.h>

@@ -12,7 +12,7 @@
 #include "cgi/delivery/StagedRecord.h"
 #include "cgi/delivery/Termination.h"
 #include "cgi/delivery/UnsafeNames.h"
-#include "cgi/staging/PlainFiles.h"
+#include "cgi/staging/CopiedLinks.h"
 #include "cgi/staging/StagingArea.h"
 #include "common/CCommUtils.h"
 #include "common/Report.h"

@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include "cgi/archive/RecordFiles.h"
+#include "cgi/staging/CopiedLinks.h"
 #include "cgi/staging/CopiedTree.h"
-#include "cgi/staging/PlainFiles.h"
 #include "cgi/staging/RemoveTree.h"
 #include "cgi/staging/Shell.h"
 #include "common/CCommUtils.h"

@@ -6,9 +6,9 @@
 #include <cerrno>
 #include <climits>
 
+#include "cgi/staging/CopiedLinks.h"
 #include "cgi/staging/CopyContent.h"
 #include "cgi/staging/OwnPlace.h"
-#include "cgi/staging/PlainFiles.h"
 #include "common/Report.h"
 
 namespace {

@@ -75,7 +75,7 @@ TEST_F(FamilyTree, EachLoaderListsOnlyItsOwnFiles) {
         for (const std::string& row : rows(loader))
             text += (std::count(always.begin(), always.end(), row) != 0 ? "  " : "+ ") + row + "\n";
     }
-    EXPECT_EQ(readFile("tests/unit/fileman/families.txt"), text);
+    EXPECT_EQ(readFile("tests/unit/fileman/loaded-families.txt"), text);
 }
 
 TEST_F(FamilyTree, FilterSeesRawPortsAndStrippedTypes) {

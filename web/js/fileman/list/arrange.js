@@ -4,7 +4,7 @@
  * a phone the settings move to the footer too. css/fileman.css changes the rest by the classes "is-compact" and
  * "is-phone".
  */
-import { COMPACT, PHONE } from '../common/windowsizes.js';
+import { COMPACT, PHONE } from '../common/windowwidths.js';
 
 /** Arranges the parts (elements of the page) now, and again when the window crosses one of the limits. */
 export function arrange({ header, tabs, settings, bar, actions, chips, banner, foot }) {

@@ -4,7 +4,7 @@
  * of its time on it. In a compact window the user has to switch it on.
  */
 import { keep, recall } from '../common/memory.js';
-import { COMPACT } from '../common/windowsizes.js';
+import { COMPACT } from '../common/windowwidths.js';
 
 const LEAST_PAUSE = 60e3;
 const TIMES = 20; // pause divided by the duration of the last check

@@ -9,7 +9,7 @@ import { button, el } from '../common/dom.js';
 import { KeptFilters } from './keptfilters.js';
 import { keep, recall } from '../common/memory.js';
 import { naturalKey } from '../common/naturalorder.js';
-import { COMPACT } from '../common/windowsizes.js';
+import { COMPACT } from '../common/windowwidths.js';
 import { KIND_TEXTS } from '../answers/kinds.js';
 import { dateAt } from './searchdates.js';
 import { allTexts, t } from '../common/texts.js';

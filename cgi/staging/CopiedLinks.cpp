@@ -1,4 +1,4 @@
-#include "cgi/staging/PlainFiles.h"
+#include "cgi/staging/CopiedLinks.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
