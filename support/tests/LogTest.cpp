@@ -41,8 +41,8 @@ TEST_F(Log, LineNamesTheClampedLevel) {
             __tarnlog_internal(level, "%s %d%%", "x", level);
         __tarnlog_internal(1, "%s", std::string(300, 'm').c_str());
     });
-    EXPECT_EQ("err(a.c run) x -9%\ninf(a.c run) x 2%\ndbg4(a.c run) x 9%\nwrn(a.c run) " +
-                  std::string(255, 'm') + "\n",
+    const std::string longest(255, 'm');
+    EXPECT_EQ("err(a.c run) x -9%\ninf(a.c run) x 2%\ndbg4(a.c run) x 9%\nwrn(a.c run) " + longest + "\n",
               log);
 }
 
@@ -60,14 +60,12 @@ TEST_F(Log, CallSiteLogsUpToTheNamedLevel) {
 }
 
 TEST_F(Log, ClockStampFromEnvironment) {
-    for (const auto& [value, flag] : {std::pair("", 0), {"0", 0}, {"99999999999999", 2147483647}, {"3", 3}}) {
-        tarnlog_with_clock = 0;
+    for (const auto& [value, stamp] : {std::pair("", ""), {"0", ""}, {"99999999999999", "[0-9a-f]{6}"}}) {
         ::setenv("tarnlog_with_clock", value, 1);
         trcfg_open(0, "ignored");
-        EXPECT_EQ(flag, tarnlog_with_clock) << value;
+        const std::string log = logOf([] { TARN_LOG_AS("a.c", "run", 0, "m"); });
+        EXPECT_TRUE(std::regex_match(log, std::regex(std::string("err.a.c run.") + stamp + " m\n"))) << log;
     }
-    const std::string log = logOf([] { TARN_LOG_AS("a.c", "run", 0, "m"); });
-    EXPECT_TRUE(std::regex_match(log, std::regex("err\\(a\\.c run\\)[0-9a-f]{6} m\n"))) << log;
     tarnlog_with_clock = 0;
     ::unsetenv("tarnlog_with_clock");
 }

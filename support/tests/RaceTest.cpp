@@ -1,23 +1,18 @@
 // Other processes act in the middle of a call: here just before the library calls a certain C function.
 #include <sys/syscall.h>
 
+#include <map>
+
 #include "SupportFixture.h"
 
 namespace {
 
-std::string s_function;
-std::function<void()> s_others;
-
-void before(const std::string& function, const std::function<void()>& others) {
-    s_function = function;
-    s_others = others;
-}
+// By the name of the C function: what others do just before the next call of it.
+std::map<std::string, std::function<void()>> s_before;
 
 void reach(const char* function) {
-    if (function != s_function)
-        return;
-    s_function.clear();
-    s_others();
+    if (const auto found = s_before.extract(function))
+        found.mapped()();
 }
 
 } // namespace
@@ -43,7 +38,7 @@ namespace {
 class Race : public SupportTest {};
 
 TEST_F(Race, DirectoryMadeByOthersStays) {
-    before("mkdir", [] { makeTrees({"dir/theirs"}); });
+    s_before["mkdir"] = [] { makeTrees({"dir/theirs"}); };
     EXPECT_EQ("", logOf([] { EXPECT_EQ(0, tr_mkdir("dir", 0755)); }));
     EXPECT_EQ("40755", modes({"dir/theirs"}));
 }
@@ -51,7 +46,7 @@ TEST_F(Race, DirectoryMadeByOthersStays) {
 TEST_F(Race, RemovingTogetherIsNoFailure) {
     makeTrees({"tree/a"});
     write("tree/file", "");
-    before("unlinkat", [] { std::filesystem::remove_all("tree"); });
+    s_before["unlinkat"] = [] { fs::remove_all("tree"); };
     EXPECT_EQ("inf(trcfg_utils_filesys tr_rmdir) storage path(full_name=tree) have been removed\n",
               logOf([] { EXPECT_EQ(0, tr_rmdir("tree", 1)); }));
 }
@@ -61,12 +56,12 @@ TEST_F(Race, RemovalStaysInItsTree) {
     for (const char* name : {"moved/a/b/file", "replaced/file", "beside/file"})
         write(name, "");
     const std::string log = logOf([] {
-        before("unlinkat", [] { std::filesystem::rename("moved/a/b", "beside/b"); });
+        s_before["unlinkat"] = [] { fs::rename("moved/a/b", "beside/b"); };
         EXPECT_EQ(-1, tr_rmdir("moved", 1));
-        before("unlinkat", [] {
-            std::filesystem::remove("replaced/a");
-            link("../beside", "replaced/a");
-        });
+        s_before["unlinkat"] = [] {
+            fs::remove("replaced/a");
+            fs::create_symlink("../beside", "replaced/a");
+        };
         EXPECT_EQ(-1, tr_rmdir("replaced", 1));
     });
     EXPECT_EQ("err(trcfg_utils_filesys tr_rmdir) remove storage path(full_name=moved/a/b) failed(ret=13)\n"
@@ -80,7 +75,7 @@ TEST_F(Race, InstalledFileIsAlwaysWhole) {
     write("dst", "old");
     write("src", "new");
     std::string found;
-    before("renameat", [&] { found = read("dst"); });
+    s_before["renameat"] = [&] { found = read("dst"); };
     EXPECT_EQ(0, tr_install_file("src", "dst", 0644));
     EXPECT_EQ("old new", found + " " + read("dst"));
 }

@@ -20,18 +20,20 @@
 #include "trcfg_utils_filesys.h"
 #include "trcfg_utils_proc.h"
 
+namespace fs = std::filesystem;
+
 // Each test works in its own directory, which is the working directory.
 class SupportTest : public testing::Test {
 protected:
     SupportTest() {
-        std::filesystem::current_path(m_dir);
+        fs::current_path(m_dir);
         ::chmod(".", 0777); // for processes of other users
         ::umask(022);
         tarnlog_set_level("dbg4");
     }
     ~SupportTest() override {
-        std::filesystem::current_path("/");
-        std::filesystem::remove_all(m_dir);
+        fs::current_path("/");
+        fs::remove_all(m_dir);
     }
 
     // Returns what `action` writes to standard error, without line numbers, process ids and short times.
@@ -67,10 +69,7 @@ protected:
 
     static void makeTrees(const std::vector<std::string>& directories) {
         for (const std::string& directory : directories)
-            std::filesystem::create_directories(directory);
-    }
-    static void link(const std::string& target, const std::string& name) {
-        std::filesystem::create_symlink(target, name);
+            fs::create_directories(directory);
     }
     static void write(const std::string& name, const std::string& text) { std::ofstream(name) << text; }
     static std::string read(const std::string& name) {
