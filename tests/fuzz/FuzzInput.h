@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
+
+#include "tests/Files.h"
 
 // Checks a condition that must hold for every input. A failure ends the process, fuzzer or replay.
 inline void require(bool holds, const char* promise) {
@@ -34,15 +34,6 @@ public:
 private:
     std::string m_rest;
 };
-
-inline void writeFuzzFile(const std::string& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
-}
-
-inline std::string readFuzzFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 inline std::string printed(const TiXmlDocument& document) {
     TiXmlPrinter printer;

@@ -36,7 +36,7 @@ std::ptrdiff_t mostAttributes(const TiXmlNode& node) {
 }
 
 void checkLimits(const std::string& text) {
-    writeFuzzFile(kPath, text);
+    writeFile(kPath, text);
     const std::unique_ptr<TiXmlDocument> passed = xml::load(kPath);
     if (passed) {
         require(depthOf(*passed) <= kDeepestNesting, "no document is nested deeper than the limit");
@@ -47,7 +47,7 @@ void checkLimits(const std::string& text) {
         std::count(text.begin(), text.end(), '=') >= kMostAttributes)
         return;
     // A text ends at its first zero byte. The parser does not notice a zero byte inside a UTF-8 sequence.
-    writeFuzzFile(kPath, text.substr(0, text.find('\0')) + std::string(4, '\0'));
+    writeFile(kPath, text.substr(0, text.find('\0')) + std::string(4, '\0'));
     TiXmlDocument alone;
     const bool isParsed = alone.LoadFile(kPath) && alone.RootElement() != nullptr;
     require(isParsed == (passed != nullptr), "a small document passes when the parser takes it");
@@ -85,7 +85,7 @@ void checkLookups() {
 }
 
 void checkRecords(const std::string& text) {
-    writeFuzzFile(kPath, text);
+    writeFile(kPath, text);
     resetConfState();
     const bool isRead = Conf::readConf(kPath);
     const std::size_t extras = Conf::getExtraDirList().size();

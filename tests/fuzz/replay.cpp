@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
         // Printed before the run, so that the last line names the input that failed.
         std::printf("%s\n", entry.path().c_str());
         std::fflush(stdout);
-        replay(readFuzzFile(entry.path()));
+        replay(readFile(entry.path()));
         ++count;
     }
     return count == 0 ? 1 : 0;

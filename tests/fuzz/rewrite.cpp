@@ -29,7 +29,7 @@ void collect(TiXmlNode& node, std::vector<TiXmlElement*>& out) {
 
 // Returns the file after the change, or nullopt if there was nothing to change or the change was refused.
 std::optional<std::string> rewritten(const std::string& text, const Change& change) {
-    writeFuzzFile(kPath, text);
+    writeFile(kPath, text);
     DocumentUpdate edit(kPath);
     std::vector<TiXmlElement*> elements;
     if (edit.document() != nullptr)
@@ -38,7 +38,7 @@ std::optional<std::string> rewritten(const std::string& text, const Change& chan
         return std::nullopt;
     elements[change.element]->SetAttribute(change.name, change.value);
     const bool isSaved = edit.save();
-    const std::string now = readFuzzFile(kPath);
+    const std::string now = readFile(kPath);
     if (!isSaved) {
         require(now == text, "a refused change leaves the file alone");
         return std::nullopt;

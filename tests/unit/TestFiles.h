@@ -3,25 +3,9 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-
 #include "conf/CFileManConf.h"
 #include "conf/ConfState.h"
-
-// Helpers for test files. writeFile also makes the directories; readFile reads the whole file.
-inline std::string writeFile(const std::string& path, const std::string& content) {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path, std::ios::binary) << content;
-    return path;
-}
-
-inline std::string readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+#include "tests/Files.h"
 
 // Gives each test its own directory and the configuration state of a new process.
 class FilesTest : public testing::Test {
