@@ -48,9 +48,12 @@ protected:
             std::filesystem::create_directories("/home/" + name);
     }
     // Writes the document and reads it like a request.
-    static void configure(const std::string& sections) {
-        writeFile(CFileManConf::getConfFileName(), "<config><filter>" + sections + "</filter></config>");
+    static void useDocument(const std::string& document) {
+        writeFile(CFileManConf::getConfFileName(), document);
         ASSERT_TRUE(CFileManConf::readConf(CFileManConf::getConfFileName()));
+    }
+    static void configure(const std::string& sections) {
+        useDocument("<config><filter>" + sections + "</filter></config>");
     }
 
     // Calls load on a new store with the filter. Returns one line per added record, sorted, because the order

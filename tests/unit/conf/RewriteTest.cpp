@@ -10,29 +10,7 @@ namespace {
 using Conf = CFileManConf;
 
 // The marks are in the first element of the root, which may have any name. Unknown elements must stay.
-constexpr char kDocument[] = R"(<?xml version="1.0"?>
-<config>
- <first unknown="&#x41;"> <?kept?>
-  <Class><e name="c1" checked="true"/><e  NAME='x' name='C1'/></Class>
-  <class><e name="c1" checked="false" /></class>
-  <mode><e checked="false" name="m1"/></mode>
-  <category><e name="RFC" key="a" checked="true"/></category>
-  <category><e name="rfc" key="b" checked="true"/></category>
-  <port><e name="p1" checked="true"/></port>
-  <module><e name="M" checked="true"/></module>
-  <AdvInfo jobid="J" account="A" name="N" prefix="P" suffix="S">
-   <locator><e name="L1" checked="true"/><e name="" checked="true"/></locator>
-   <locator><e name="None"/></locator>
-   <type><e name="T1" checked="true"/><e name="T2" checked="true"/></type>
-   <Type><e name="T3"/><e name="T1"/></Type>
-  </AdvInfo>
- </first>
- <filter>
-  <class><e name="c1" checked="true"/></class><mode><e name="m1"/></mode><port><e name="p1"/></port>
-  <category><e name="RFC" key="a"/><e name="rfc" key="b"/></category>
- </filter>
-</config>
-)";
+const std::string kDocument = readFile("tests/unit/conf/marks.xml");
 
 class Document : public PreparedStorage {
 protected:
@@ -160,11 +138,6 @@ TEST_F(Document, UnusableDocumentIsNotWritten) {
     writeFile(Conf::getConfFileName(), "<config><first>");
     EXPECT_FALSE(Conf::setAllFilterChecked(true) || Conf::setFilterChecked(Conf::FT_PORT, "p1", true));
     EXPECT_EQ(0, Conf::saveAdvanceInfo({}));
-    _AdvanceInfo info;
-    info.hasAdvance = true;
-    info.jobId = "kept";
-    Conf::getAdvanceInfo(info);
-    EXPECT_TRUE(info.jobId == "kept" && !info.hasAdvance);
     EXPECT_EQ("<config><first>", onDisk());
     std::filesystem::remove(Conf::getConfFileName());
     EXPECT_FALSE(Conf::setAllFilterChecked(true) || std::filesystem::exists(Conf::getConfFileName()));
