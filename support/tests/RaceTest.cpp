@@ -18,11 +18,6 @@ void reach(const char* function) {
 } // namespace
 
 // These replace the functions of the C library.
-extern "C" int mkdir(const char* path, mode_t mode) noexcept {
-    reach("mkdir");
-    return ::mkdirat(AT_FDCWD, path, mode);
-}
-
 extern "C" int unlinkat(int directory, const char* path, int flags) noexcept {
     reach("unlinkat");
     return static_cast<int>(::syscall(SYS_unlinkat, directory, path, flags));
@@ -36,12 +31,6 @@ extern "C" int renameat(int from, const char* oldPath, int to, const char* newPa
 namespace {
 
 class Race : public SupportTest {};
-
-TEST_F(Race, DirectoryMadeByOthersStays) {
-    s_before["mkdir"] = [] { makeTrees({"dir/theirs"}); };
-    EXPECT_EQ("", logOf([] { EXPECT_EQ(0, tr_mkdir("dir", 0755)); }));
-    EXPECT_EQ("40755", modes({"dir/theirs"}));
-}
 
 TEST_F(Race, RemovingTogetherIsNoFailure) {
     makeTrees({"tree/a"});
