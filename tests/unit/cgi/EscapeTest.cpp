@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "cgi/answer/ContentType.h"
+#include "cgi/answer/Disposition.h"
 
 namespace {
 
@@ -34,6 +35,11 @@ TEST(Escape, JsonOfEveryKindOfByte) {
         // What is plain stands as it is, never the other way round.
         EXPECT_TRUE(!escape::isPlainInJson(row.stored) || found == row.stored) << row.stored;
     }
+}
+
+// Requests show the other names.
+TEST(Disposition, PercentIsNotTakenForAnEscape) {
+    EXPECT_EQ("inline; filename=\"50_.png\"; filename*=UTF-8''50%25.png", inlineDisposition("50%.png"));
 }
 
 TEST(ContentType, ByTheLastEndingInAnyCase) {
