@@ -115,13 +115,12 @@ instrument.onList('the ring around a row is for the keyboard, its bar for everyb
       const { outlineStyle, boxShadow } = getComputedStyle(row);
       return { ring: outlineStyle !== 'none', bar: boxShadow !== 'none' };
     });
-  await page.locator('#fm-row-2').click();
+  await row(page, 2).click();
   assert.deepEqual(await look(2), { ring: false, bar: true });
   await page.keyboard.press('ArrowDown');
   assert.deepEqual([await look(2), await look(3)], [{ ring: false, bar: false }, { ring: true, bar: true }]);
-  await page.locator('#fm-row-5').click();
-  await page.keyboard.press('Shift+Tab');
-  await page.keyboard.press('Tab');
+  await row(page, 5).click();
+  for (const key of ['Shift+Tab', 'Tab']) await page.keyboard.press(key);
   assert.deepEqual(await look(5), { ring: true, bar: true });
 });
 

@@ -123,24 +123,21 @@ test('new results are offered while the page is visible, with a pause by how lon
   await page.clock.install();
   await openList(page, instrument.list('fmtype=rslt&test=bert'));
   let looks = 0;
-  const slowly = async (route) => {
+  await page.route('**/fileman.cgi?fmtype=rslt**', (route) => {
     looks += 1;
-    await pause(4000); // what the look takes
-    await route.continue();
-  };
-  await withAnswer(page, '**/fileman.cgi?fmtype=rslt**', slowly, () =>
-    withFiles({ 'just-made.html': '<p>new</p>' }, async () => {
-      await page.clock.fastForward(61000);
-      const offer = pressed(page, '1 new');
-      await offer.waitFor();
-      await page.clock.fastForward(65000);
-      assert.equal(looks, 1, 'twenty times the four seconds are not over');
-      await offer.click();
-      assert.ok((await page.locator('.fm-name').allTextContents()).includes('just-made'));
-      assert.equal(await offer.count(), 0);
-      await page.getByLabel('Look for new results now and then').uncheck();
-      await page.clock.fastForward(300000);
-      assert.equal(looks, 1);
-    }),
-  );
+    return after(4000)(route);
+  });
+  await withFiles({ 'just-made.html': '<p>new</p>' }, async () => {
+    await page.clock.fastForward(61000);
+    const offer = pressed(page, '1 new');
+    await offer.waitFor();
+    await page.clock.fastForward(65000);
+    assert.equal(looks, 1, 'twenty times the four seconds are not over');
+    await offer.click();
+    assert.ok((await page.locator('.fm-name').allTextContents()).includes('just-made'));
+    assert.equal(await offer.count(), 0);
+    await page.getByLabel('Look for new results now and then').uncheck();
+    await page.clock.fastForward(300000);
+    assert.equal(looks, 1);
+  });
 });

@@ -1,6 +1,7 @@
-// Days and ranges in the search.
+// Dates as people write them in the search, and as the list shows them.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
+import { shortDate } from '../../../web/js/fileman/grid/showndates.js';
 import { dateAt } from '../../../web/js/fileman/search/searchdates.js';
 
 test('days and ranges are read as people write them', () => {
@@ -22,4 +23,16 @@ test('days and ranges are read as people write them', () => {
   assert.equal(dateAt('20.12.-10.1.26', 0, now).from, '2025-12-20 00:00:00');
   for (const none of ['todays', '31.2.', '2026-11-20', '20.11', 'last', 'since', '10.10.10.5'])
     assert.equal(dateAt(none, 0, now), null, none);
+});
+
+test('near days have a name, other years are told, and an unknown date stays as it is', () => {
+  const now = new Date(2026, 10, 22);
+  for (const [date, shown] of [
+    ['2026-11-22 19:32:10', 'Today 19:32'],
+    ['2026-11-21 00:05:00', 'Yesterday 00:05'],
+    ['2026-11-23 10:00:00', 'Mon, Nov 23 10:00'],
+    ['2024-02-29 09:10:59', 'Feb 29, 2024 09:10'],
+    ['0000-00-00 00:00:00', '0000-00-00 00:00:00'],
+  ])
+    assert.equal(shortDate(date, now), shown);
 });
