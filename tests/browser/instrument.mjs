@@ -161,6 +161,13 @@ export async function find(page, text) {
   await page.waitForURL((url) => decodeURIComponent(url.hash).includes(`find=${text}`));
 }
 
+/** The addresses with some words that the page asks for from now on. */
+export function asks(page, words) {
+  const asked = [];
+  page.on('request', (request) => request.url().includes(words) && asked.push(request.url()));
+  return asked;
+}
+
 /** What an action in the page saves. */
 export async function saved(page, action) {
   const [download] = await Promise.all([page.waitForEvent('download', { timeout: 60000 }), action()]);

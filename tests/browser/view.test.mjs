@@ -1,30 +1,34 @@
 // A view from a person's side: what its buttons act on, its place in the history, and what it shows beside the file.
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
-import { DIR, find, names, openList, plainServer, pressed, report, reportsOf, row, saved, settled, startInstrument, test, tick, viewer, withFiles } from './instrument.mjs';
+import { DIR, asks, find, names, openList, plainServer, pressed, report, reportsOf, row, saved, settled, startInstrument, test, tick, viewer, withFiles } from './instrument.mjs';
 
 // Default answers here: the other files ask the packaged server, whose answers are strict.
 const instrument = await startInstrument(plainServer());
 const strict = await startInstrument();
 
 const titled = (page, name) => page.getByRole('heading', { name, exact: true }).waitFor();
+/** Asserts that each action leads to the view of a name: [action, name]. */
+async function leads(page, ...steps) {
+  for (const [action, name] of steps) {
+    await action();
+    await titled(page, name);
+  }
+}
 const inViewer = (page, name) => viewer(page).getByRole('button', { name, exact: true });
 const placeIn = (page) => viewer(page).locator('.fm-viewer-place');
 const refresh = (page) => pressed(page, 'Read the list again').click();
 
 instrument.onList('the buttons of a view act on the viewed entry, those above the list on the chosen rows', 'fmtype=rslt&test=throughput', async (page) => {
   const [first, second, third] = await names(page);
-  await row(page, 0).dblclick();
-  await titled(page, first);
-  await inViewer(page, 'Next entry').click();
-  await titled(page, second);
+  const next = () => inViewer(page, 'Next entry').click();
+  await leads(page, [() => row(page, 0).dblclick(), first], [next, second]);
   // The choice was the viewed row alone, so it goes along.
   assert.deepEqual(await page.locator('.is-chosen .fm-name').allTextContents(), [second]);
   assert.equal((await saved(page, () => pressed(page, 'PDF').click())).suggestedFilename(), `${second}.pdf`);
 
   await tick(page, 0, 3);
-  await inViewer(page, 'Next entry').click();
-  await titled(page, third);
+  await leads(page, [next, third]);
   assert.equal(await page.locator('.is-chosen').count(), 3);
   assert.equal(await pressed(page, 'Download').innerText(), 'Download\n3');
   for (const [button, file] of [['PDF of this entry', `${third}.pdf`], ['Download this entry', `${third}.zip`]])
@@ -39,25 +43,18 @@ instrument.onList('the buttons of a view act on the viewed entry, those above th
 instrument.onList('Back closes a view and Forward opens it; what was typed meanwhile stays', 'fmtype=rslt&test=throughput', async (page) => {
   const list = page.url();
   const [first, second] = await names(page);
-  await row(page, 0).dblclick();
-  await titled(page, first);
-  await page.keyboard.press('ArrowRight');
-  await titled(page, second);
-  await report(page).locator('body').press('ArrowLeft');
-  await titled(page, first);
-  await page.keyboard.press('ArrowRight');
-  await titled(page, second);
+  const right = () => page.keyboard.press('ArrowRight');
+  const leftInReport = () => report(page).locator('body').press('ArrowLeft');
+  await leads(page, [() => row(page, 0).dblclick(), first], [right, second], [leftInReport, first], [right, second]);
   await find(page, 'throughput');
   await page.goBack();
   await viewer(page).waitFor({ state: 'hidden' });
   assert.equal(await page.getByRole('searchbox').inputValue(), 'throughput');
   assert.equal(page.url(), `${list}#find=throughput`);
-  await page.goForward();
-  await titled(page, second);
+  await leads(page, [() => page.goForward(), second]);
   await refresh(page);
   await settled(page);
-  await inViewer(page, 'Previous entry').click();
-  await titled(page, first);
+  await leads(page, [() => inViewer(page, 'Previous entry').click(), first]);
   await page.closeViewer();
   await page.waitForURL(`${list}#find=throughput`);
 
@@ -163,11 +160,8 @@ for (const [answers, server] of Object.entries({ default: instrument, strict }))
   test(`a view that has rested shows pictures, charts, styles and the advanced information, ${answers} answers`, () =>
     withFiles(INSIDES, async () => {
       const page = await server.open('fmtype=rslt&test=bert&fname=whole');
-      let asked = 0;
-      await page.route('**/*opertype=download**', (route) => {
-        asked += 1;
-        return asked === 1 ? route.fulfill({ body: '' }) : route.continue();
-      });
+      const asked = asks(page, 'opertype=download');
+      await page.route('**/*opertype=download**', (route) => route.fulfill({ body: '' }), { times: 1 });
       await row(page, 0).dblclick();
       await report(page).getByText('Picture one').waitFor();
       await viewer(page).getByText('Pictures and details could not be read').waitFor();
@@ -181,18 +175,15 @@ for (const [answers, server] of Object.entries({ default: instrument, strict }))
       await page.closeViewer();
       await row(page, 0).dblclick();
       await job.waitFor();
-      assert.equal(asked, 2, 'what was read last is remembered');
+      assert.equal(asked.length, 2, 'what was read last is remembered');
     }));
 
 instrument.onList('a view that is left at once asks for no archive; a capture that rests tells its packets', 'fmtype=all#find=.pcap', async (page) => {
-  let asked = 0;
-  page.on('request', (request) => {
-    asked += request.url().includes('opertype=download');
-  });
+  const asked = asks(page, 'opertype=download');
   await row(page, 0).dblclick();
   await inViewer(page, 'Next entry').click();
   await viewer(page).getByRole('rowheader', { name: 'Packets' }).waitFor();
-  assert.equal(asked, 1);
+  assert.equal(asked.length, 1);
   // Each packet of the sample has a head of 16 bytes; an echo has 90 bytes, a question 60.
   const echoes = (fs.statSync(await viewer(page).locator('dd').last().innerText()).size - 24 - 2 * 76) / 106;
   const words = `Packets\\s+${echoes + 2} [^]*First\\s+2023-11-1\\d \\d\\d:\\d\\d:\\d\\d[^]*ICMP\\s+${echoes}\\s+ARP\\s+2`;
