@@ -25,7 +25,8 @@ const HOSTILE = [
   ['-rf', '-rf', true],
   ['%41%2Fx+y', '%41%2Fx+y', true],
 ];
-const FILES = HOSTILE.map(([name], i) => [Buffer.concat(['hostile ', name, '.html'].map((part) => Buffer.from(part))), `<p>harmless ${i}.</p>`]);
+const fileOf = (name) => Buffer.concat(['hostile ', name, '.html'].map((part) => Buffer.from(part)));
+const FILES = HOSTILE.map(([name], i) => [fileOf(name), `<p>harmless ${i}.</p>`]);
 
 const instrument = await startInstrument();
 const bare = await startInstrument(plainServer());
@@ -67,14 +68,16 @@ test('with default answers and no policy hostile names are shown, never run, and
   }));
 
 test('with strict answers every hostile name leads through every server to its own file', async (context) => {
-  const serving = spawn('/usr/bin/python3', ['-B', 'tests/server/serve.py', 'build/release/fileman.cgi'], { stdio: ['pipe', 'pipe', 'inherit'] });
+  const command = ['-B', 'tests/server/serve.py', 'build/release/fileman.cgi'];
+  const serving = spawn('/usr/bin/python3', command, { stdio: ['pipe', 'pipe', 'inherit'] });
   const servers = (await serving.stdout.toArray()).join('').trim().split('\n').map((line) => line.split('\t'));
   try {
     assert.equal(servers.length, 5);
     await withFiles(FILES, async () => {
-      for (const [name, port] of servers)
-        await context.test(name, async () =>
-          openHostileFiles(await guarded(instrument), `http://127.0.0.1:${port}/cgi-bin/fileman.cgi?${HOSTILE_LIST}`, () => true));
+      for (const [name, port] of servers) {
+        const address = `http://127.0.0.1:${port}/cgi-bin/fileman.cgi?${HOSTILE_LIST}`;
+        await context.test(name, async () => openHostileFiles(await guarded(instrument), address, () => true));
+      }
     });
   } finally {
     serving.stdin.end();
