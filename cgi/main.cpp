@@ -26,7 +26,8 @@
 //     Attachment      sends the answer; FileStream: the bytes of a file
 //     Termination     lets the clean-up finish when the server ends the request early
 //   pdf/            makes PDFs of reports and sends them: PdfExport
-//     Converter       runs the converter; TaskList: for which documents; PdfCheck: which PDFs are whole
+//     Converter       runs the converter; TaskList: for which documents; PdfNames: the names of PDFs;
+//                     PdfCheck: which PDFs are whole
 //   StagingPlaces   where downloads and PDFs are collected
 //   archive/        writes archives of strict answers straight to the response
 //     StreamedDownload  what goes in, and what is missing; RecordFiles: the files of a record

@@ -117,7 +117,7 @@ public:
     // Appends every entry below dir that is not a directory, depth first, in listing order.
     void listDir(const char* dir, std::list<std::string>& out);
 
-    // --- test families (families/FamilyLoader.h): each returns the number of records added ---
+    // --- test families (library_only/FamilyLoader.h): each returns the number of records added ---
 
     int loadEthernetResult(const _ModeInfo& mode);
     int loadEthernetProfile(const _ModeInfo& mode);

@@ -4,7 +4,6 @@
 #include "cgi/CFileManCGI.h"
 #include "cgi/answer/Escape.h"
 #include "cgi/pages/CGICommonUtils.h"
-#include "cgi/pages/IncompleteNotice.h"
 #include "cgi/pages/PageHead.h"
 #include "cgi/pages/PageLine.h"
 #include "common/UniqueNames.h"
@@ -88,34 +87,6 @@ void writeField(const FieldRule& rule, const _ResultFilter& filter) {
 
 // Each line of the page is one line of this source.
 // clang-format off
-// Writes both pages up to the body. initCall is the script code that starts the page.
-void writePageBegin(const char* initCall) {
-    Html::writeCGIHeader();
-    Html::writeHTMLBeginNode();
-    line(0, "<head>");
-    page::writeMeta();
-    line(1, R"(<link href="../css/fileman.css" rel="stylesheet" type="text/css" />)");
-    line(1, R"(<script src="../js/fileman.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-all.css" rel="stylesheet" type="text/css" />)");
-    defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-form.css" rel="stylesheet" type="text/css" />)");
-    defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Tab/css/form.css" rel="stylesheet" type="text/css" />)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/jquery/jquery-1.3.2.min.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/core/base.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerForm.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerComboBox.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerCheckBox.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerButton.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/ligerui.all.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script type="text/javascript">)");
-    defaultLine(2, "$(function() {");
-    defaultLine(3, initCall);
-    defaultLine(2, "});");
-    defaultLine(1, "</script>");
-    line(0, "</head>");
-    line(0, "<body>");
-    page::writeIncompleteNotice();
-}
-
 void writeButtonRow(const char* okId, const char* cancelId) {
     line(3, "<tr>");
     line(4, either(R"(<td colspan="3" align="center" class="l-table-edit-td">)", R"(<td class="l-table-edit-td">)"));
@@ -149,7 +120,7 @@ void writePageEnd() {
 // Each line of the page is one line of this source.
 // clang-format off
 void CFileManCGI::writePriFilterPage() {
-    writePageBegin("initPriFilter();");
+    page::beginFilterPage("initPriFilter();");
     line(1, R"(<form name="pri_form" id="pri_form">)");
     writeOptionField(FIELD_RESULT_TYPE);
     writeOptionField(FIELD_MODULE);
@@ -163,7 +134,7 @@ void CFileManCGI::writePriFilterPage() {
 
 void CFileManCGI::writeAdvFilterPage() {
     const _AdvanceInfo& advance = m_filter.advanceInfo;
-    writePageBegin("initAdvFilter();");
+    page::beginFilterPage("initAdvFilter();");
     line(1, R"(<form name="adv_form" id="adv_form">)");
     line(2, either(R"(<table align="center" height="400" cellpadding="0" cellspacing="0" class="l-table-edit" >)", R"(<table class="l-table-edit">)"));
     writeTextRow("Job ID", "adv_jobid", advance.jobId);

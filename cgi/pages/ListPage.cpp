@@ -34,20 +34,7 @@ void writeHiddenInput(const char* format, const std::string& stored) {
 // Each line of the page is one line of this source.
 // clang-format off
 void writePageUntilForms(const RowSource& showRows) {
-    Html::writeCGIHeader();
-    Html::writeHTMLBeginNode();
-    line(0, "<head>");
-    page::writeMeta();
-    line(1, R"(<link href="../css/fileman.css" rel="stylesheet" type="text/css" />)");
-    line(1, R"(<script src="../js/fileman.js" type="text/javascript"></script>)");
-    line(1, R"(<script src="../js/homepage.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-all.css" rel="stylesheet" type="text/css" />)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/jquery/jquery-1.3.2.min.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/core/base.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerGrid.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/plugins/ligerDialog.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/ligerui.min.js" type="text/javascript"></script>)");
-    defaultLine(1, R"(<script src="../LigerUI/lib/ligerUI/js/ligerui.all.js" type="text/javascript"></script>)");
+    page::beginListPage();
     // As text in a strict page: nothing may run there that is not in a file of its own.
     line(1, either(R"(<script type="text/javascript">)", R"(<script type="text/plain" id="griddata">)"));
     writeGridData(showRows);

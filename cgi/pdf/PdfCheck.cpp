@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "cgi/delivery/UnsafeNames.h"
+#include "cgi/pdf/PdfNames.h"
 #include "cgi/staging/OwnPlace.h"
 #include "cgi/staging/RemoveTree.h"
 #include "common/CCommUtils.h"
@@ -20,7 +21,6 @@
 namespace {
 
 constexpr char kDelivery[] = "export to PDF";
-constexpr std::string_view kSuffix = ".pdf";
 constexpr std::string_view kPdfBegin = "%PDF-";
 constexpr std::string_view kPdfEnd = "%%EOF";
 // PDF readers look for the end mark in this many last bytes.
@@ -70,10 +70,6 @@ const char* pdfFileObstacle(const std::string& path, bool hasConverterSucceeded)
     return tail.find(kPdfEnd) == std::string::npos ? "it is not whole" : nullptr;
 }
 
-std::string pdfPath(const std::string& document) {
-    return std::string(paths::kPdfDir) + "/" + CCommUtils::baseFileName(document) + std::string(kSuffix);
-}
-
 bool keepWholePdfs(const std::list<std::string>& documents, bool hasConverterSucceeded) {
     const auto directory = readWholeDirectory(paths::kPdfDir);
     bool areWhole = directory.has_value();
@@ -81,7 +77,7 @@ bool keepWholePdfs(const std::list<std::string>& documents, bool hasConverterSuc
         for (const DirEntry entry : *directory) {
             const std::string path = entryPath(paths::kPdfDir, entry.name);
             const char* const obstacle =
-                endsWith(entry.name, kSuffix) ? pdfFileObstacle(path, hasConverterSucceeded) : nullptr;
+                endsWith(entry.name, kPdfSuffix) ? pdfFileObstacle(path, hasConverterSucceeded) : nullptr;
             if (obstacle == nullptr)
                 continue;
             reportLeftOut(kDelivery, path, obstacle);

@@ -9,9 +9,6 @@
 // begins like a PDF must also end like one. Any other file is accepted when the converter reported success.
 const char* pdfFileObstacle(const std::string& path, bool hasConverterSucceeded);
 
-// Returns the path of a document's PDF.
-std::string pdfPath(const std::string& document);
-
 // Removes each file from the directory that the packer would take although it is not a whole PDF. Reports
 // each of them on standard error, and each document without a PDF. Returns false when a file cannot be
 // removed.

@@ -12,6 +12,7 @@
 #include "cgi/delivery/UnsafeNames.h"
 #include "cgi/pdf/Converter.h"
 #include "cgi/pdf/PdfCheck.h"
+#include "cgi/pdf/PdfNames.h"
 #include "cgi/pdf/TaskList.h"
 #include "cgi/staging/RemoveTree.h"
 #include "cgi/staging/StagingArea.h"

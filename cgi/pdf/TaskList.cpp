@@ -1,23 +1,9 @@
 #include "cgi/pdf/TaskList.h"
 
-#include "cgi/answer/Answers.h"
 #include "cgi/archive/EntryNames.h"
 #include "cgi/delivery/UnsafeNames.h"
-#include "cgi/pdf/PdfCheck.h"
+#include "cgi/pdf/PdfNames.h"
 #include "common/CCommUtils.h"
-
-namespace {
-
-// In default answers two documents of one base name get one PDF. Strict answers tell them apart by a number.
-std::string pdfPathFor(const std::string& document, EntryNames& names) {
-    std::string path = pdfPath(document);
-    if (!Answers::current().areStrict())
-        return path;
-    const std::string name = names.take("", CCommUtils::dirName(path), EntryNames::Kind::File);
-    return CCommUtils::absFilePath(path) + "/" + name;
-}
-
-} // namespace
 
 TaskList tasksOf(const std::list<const _ResultInfo*>& records) {
     TaskList tasks;
@@ -26,7 +12,7 @@ TaskList tasksOf(const std::list<const _ResultInfo*>& records) {
         if (const char* const obstacle = pdfObstacle(record->path))
             reportLeftOut("export to PDF", record->path, obstacle);
         else
-            tasks.push_back({record->path, pdfPathFor(record->path, names)});
+            tasks.push_back({record->path, pdfPathAmong(record->path, names)});
     }
     return tasks;
 }

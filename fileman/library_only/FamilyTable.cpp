@@ -1,4 +1,4 @@
-#include "fileman/families/FamilyTable.h"
+#include "fileman/library_only/FamilyTable.h"
 
 #include "common/CCommUtils.h"
 #include "fileman/names/Suffixes.h"

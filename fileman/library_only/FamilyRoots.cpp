@@ -1,4 +1,4 @@
-#include "fileman/families/FamilyRoots.h"
+#include "fileman/library_only/FamilyRoots.h"
 
 #include <array>
 

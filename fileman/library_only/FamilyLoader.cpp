@@ -1,10 +1,10 @@
-#include "fileman/families/FamilyLoader.h"
+#include "fileman/library_only/FamilyLoader.h"
 
 #include <utility>
 
 #include "common/CCommUtils.h"
 #include "conf/CFileManConf.h"
-#include "fileman/families/FamilyRoots.h"
+#include "fileman/library_only/FamilyRoots.h"
 #include "fileman/names/PortNames.h"
 #include "fileman/names/TestTypeDirs.h"
 

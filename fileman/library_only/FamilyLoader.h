@@ -4,7 +4,7 @@
 
 #include "common/UniqueNames.h"
 #include "conf/ConfRecords.h"
-#include "fileman/families/FamilyTable.h"
+#include "fileman/library_only/FamilyTable.h"
 #include "fileman/load/ActiveFilter.h"
 #include "fileman/load/FileLister.h"
 #include "fileman/scan/StartUpScan.h"
