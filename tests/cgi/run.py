@@ -38,7 +38,6 @@ ROW = re.compile(rb"\t\t\{ id: '.*?', datetime: '(\S+ \S+?)', rsltype: '\w+', pa
 FRAMES = {kind: {name.encode(): read(kind, name) for name in sorted(os.listdir(f"{HERE}/{kind}"))
                  if name.startswith("frame-")} for kind in (DEFAULT, STRICT)}
 FRAMES[STRICT] = {**FRAMES[DEFAULT], **FRAMES[STRICT]}
-RESTRICTED = ("inaccessible", "document:unreadable")
 VARIABLES = {"no-action": {
     "CONTENT_LENGTH": "5000000000 apples", "CONTENT_TYPE": "text/x", "REMOTE_ADDR": "::1",
     "REQUEST_METHOD": "POST", "PATH_INFO": "/a b", "PATH_TRANSLATED": "/srv/<&>"}}
@@ -57,7 +56,7 @@ class Case:
         self.kinds = [DEFAULT] if self.name == "nothing" else kinds
 
     def request(self, **more):
-        prefix = NO_ROOT_RIGHTS if self.tree in RESTRICTED else ()
+        prefix = NO_ROOT_RIGHTS if self.tree in ("inaccessible", "document:unreadable") else ()
         return request(PROGRAM, self.query, prefix, **{**VARIABLES.get(self.name, {}), **more})
 
 

@@ -18,7 +18,7 @@ from commands_test import ROOT, blocks, run
 
 sys.path.insert(0, os.path.join(ROOT, "tests/cgi"))
 from storage import (BERT, NO_ROOT_RIGHTS, Tree, demand_private_storage, is_served,  # noqa: E402
-                     make_program, wait_until)  # pylint: disable=wrong-import-position
+                     make_program, wait_until, write)  # pylint: disable=wrong-import-position
 
 demand_private_storage()
 PROGRAM = os.path.abspath(sys.argv.pop(1))
@@ -65,32 +65,26 @@ def lay_out(address):
     return [b"/home/" + file for file in files]
 
 
-@contextlib.contextmanager
-def web_servers():
-    """Starts the web servers of all instruments and yields their port."""
-    with socket.create_server((CUT, 0)) as probe:
-        port = probe.getsockname()[1]
-    make_program(f"{HERE}/cgi-bin/fileman.cgi", WRAPPER)
-    Path(HERE, "lighttpd.conf").write_text(SETTINGS.replace("PORT", str(port)), encoding="utf-8")
-    with subprocess.Popen(("lighttpd", "-D", "-f", f"{HERE}/lighttpd.conf"), stdin=subprocess.DEVNULL) as server:
-        try:
-            wait_until(lambda: is_served(port, WHOLE[-1]))
-            yield port
-        finally:
-            server.terminate()
-
-
 class Fleet(unittest.TestCase):
     maxDiff = None
 
+    def setUp(self):
+        """Starts the web servers of all instruments at one port."""
+        with socket.create_server((CUT, 0)) as probe:
+            self.port = probe.getsockname()[1]
+        make_program(f"{HERE}/cgi-bin/fileman.cgi", WRAPPER)
+        write(f"{HERE}/lighttpd.conf", SETTINGS.replace("PORT", str(self.port)))
+        server = subprocess.Popen(("lighttpd", "-D", "-f", f"{HERE}/lighttpd.conf"), stdin=subprocess.DEVNULL)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.terminate)
+        wait_until(lambda: is_served(self.port, WHOLE[-1]))
+
     def test_the_commands_of_the_page_make_one_table(self):
         files = {address: lay_out(address) for address in (*WHOLE, CUT, DEFAULT)}
-        with web_servers() as port:
-            os.mkdir(READER)
-            os.chdir(READER)
-            addresses = (*WHOLE, OFF, CUT, DEFAULT)
-            Path("instruments").write_text("".join(f"{address}:{port}\n" for address in addresses), encoding="ascii")
-            said = [run("exec 2>&1\n" + text, READER) for language, text in blocks("docs/fleet.md") if language == "sh"]
+        port = self.port
+        write(f"{READER}/instruments", "".join(f"{address}:{port}\n" for address in (*WHOLE, OFF, CUT, DEFAULT)))
+        os.chdir(READER)
+        said = [run("exec 2>&1\n" + text, READER) for language, text in blocks("docs/fleet.md") if language == "sh"]
         collect, check, merge, by_module, age, search, spreadsheet = said
         self.assertEqual(collect + merge + age + search, "")
 
@@ -106,7 +100,8 @@ class Fleet(unittest.TestCase):
             self.assertEqual(sorted(base.execute("SELECT instrument, path FROM results")), expected)
         self.assertEqual(by_module.split()[-3:], ["1GE", str(len(expected)), "50"])
         newest, job = (Path(name).read_text(encoding="utf-8").splitlines() for name in ("newest.csv", "job_17"))
-        self.assertEqual(sorted(row["instrument"] for row in csv.DictReader(newest)), sorted({row[0] for row in expected}))
+        newest = sorted(row["instrument"] for row in csv.DictReader(newest))
+        self.assertEqual(newest, sorted({row[0] for row in expected}))
         self.assertEqual(sorted(tuple(line.split()) for line in job), [row for row in expected if "job_17_" in row[1]])
         self.assertEqual(spreadsheet.count("|"), len(files[WHOLE[0]]), spreadsheet)
 

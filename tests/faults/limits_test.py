@@ -6,6 +6,7 @@ import resource
 import subprocess
 import sys
 import unittest
+from pathlib import Path
 
 sys.path.insert(0, "tests/cgi")
 import storage  # noqa: E402  pylint: disable=wrong-import-position
@@ -44,8 +45,7 @@ class Large(unittest.TestCase):
         for closed in ((0,), (1,), (2,), (0, 1), (0, 2), (1, 2), (0, 1, 2)):
             for query, end in ((LIST, b"</html>"), (DOWNLOAD, b"PK\5\6")):
                 with self.subTest(closed=closed, query=query):
-                    if os.path.exists(LOCK):
-                        os.unlink(LOCK)
+                    Path(LOCK).unlink(missing_ok=True)
                     done = run(query, lambda numbers=closed: [os.close(number) for number in numbers])
                     self.assertEqual((done.returncode, done.stdout.count(end)), (0, 0 if 1 in closed else 1))
                     if query == DOWNLOAD:

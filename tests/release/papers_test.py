@@ -10,7 +10,6 @@ import unittest
 from pathlib import Path
 
 BUILD = sys.argv.pop(1)
-PROGRAM = BUILD + "/fileman.cgi"
 
 
 def text(path):
@@ -23,7 +22,7 @@ VERSION = re.search(r"project\(fileman VERSION (\S+)", text("CMakeLists.txt"))[1
 
 
 def run(*arguments, **variables):
-    return subprocess.run([PROGRAM, *arguments], env={"PATH": "/usr/bin:/bin", **variables}, text=True,
+    return subprocess.run([f"{BUILD}/fileman.cgi", *arguments], env={"PATH": "/usr/bin:/bin", **variables}, text=True,
                           capture_output=True, check=True).stdout
 
 

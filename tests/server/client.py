@@ -1,5 +1,6 @@
 """A client that takes every byte of an answer for what HTTP says it is, for the tests in this folder."""
 
+import contextlib
 import gzip
 import re
 import socket
@@ -27,10 +28,8 @@ def send(port, target, method="GET", head=(), body=b""):
     connection.settimeout(60)
     connection.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
     connection.connect(("127.0.0.1", port))
-    try:
+    with contextlib.suppress(OSError):  # a refusal does not read the body
         connection.sendall(b"".join(client.send(event) for event in (*events, h11.EndOfMessage())))
-    except OSError:
-        pass  # a refusal does not read the body
     return client, connection
 
 
@@ -38,13 +37,11 @@ def fetch(port, target, pause=0.0, **more):
     """The answer, None when there is none; a slow reader pauses between the pieces."""
     pieces = []
     client, connection = send(port, target, **more)
-    with connection:
-        try:
-            while piece := connection.recv(32768):
-                pieces.append(piece)
-                time.sleep(pause)
-        except ConnectionResetError:
-            pass  # the body of a refused request was on its way
+    # A reset tells that the body of a refused request was on its way.
+    with connection, contextlib.suppress(ConnectionResetError):
+        while piece := connection.recv(32768):
+            pieces.append(piece)
+            time.sleep(pause)
     received = b"".join(pieces)
     try:
         return read(client, received) if received else None

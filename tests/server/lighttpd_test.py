@@ -1,6 +1,6 @@
 """lighttpd_test.py PROGRAM: the settings for lighttpd, alone and included in Debian's own configuration."""
 
-import os
+import itertools
 import re
 import unittest
 from pathlib import Path
@@ -9,7 +9,6 @@ import servers
 from client import fetch
 from servers import PACKAGING, PLACE, Server, storage
 
-STOCK = "/etc/lighttpd/lighttpd.conf"
 # Lines about its user and its address, which belong to the machine.
 OF_THE_MACHINE = (r"(?m)^server\.(pid-file|username|groupname|errorlog|port|upload-dirs)\b.*"
                   "|^include_shell.*ipv6.*|^include .*")
@@ -22,8 +21,13 @@ class Lighttpd(unittest.TestCase):
     def setUpClass(cls):
         storage.Tree().make("basic")
         servers.lay_out("strict")
+        documented = re.search(r"```conf\n(.*?)```", Path("docs/web-server.md").read_text("utf-8"), re.S)[1]
         cls.server = servers.lighttpd()
         cls.addClassCleanup(cls.server.stop)
+        cls.stock = Server(("lighttpd", "-D", "-f", "stock.conf"),
+                           STOCK=re.sub(OF_THE_MACHINE, "", Path("/etc/lighttpd/lighttpd.conf").read_text()),
+                           DOCUMENTED=documented.replace(f"{PLACE}/lighttpd", f"{PACKAGING}/lighttpd"))
+        cls.addClassCleanup(cls.stock.stop)
 
     def test_what_is_no_page_and_no_program_is_never_handed_out(self):
         for target in ("fileman.cgi/x", "fileman.cgi/", "fileman.cgi%2fx?fmtype=all", "fileman.cgi%00", "",
@@ -36,31 +40,21 @@ class Lighttpd(unittest.TestCase):
             self.assertEqual(answer.status, 200)
             self.assertRegex(answer.header["content-security-policy"], "^sandbox")
 
-    def files_run_no_script_of_their_own(self, port):
+    def test_the_files_beside_the_program_run_no_script_of_their_own(self):
         kinds = {"index.html": "html", "js/fileman.js": "javascript", "js/report.html": "html"}
-        for target, kind in kinds.items():
-            answer = fetch(port, f"/{target}")
+        for server, (target, kind) in itertools.product((self.server, self.stock), kinds.items()):
+            answer = fetch(server.port, f"/{target}")
             self.assertEqual(answer.status, 200)
             self.assertEqual(answer.header["content-type"], f"text/{kind};charset=utf-8")
             self.assertRegex(answer.header["content-security-policy"], "^default-src 'none'; img-src")
             self.assertEqual(answer.header["x-content-type-options"], "nosniff")
             self.assertEqual(answer.header["referrer-policy"], "same-origin")
 
-    def test_the_files_beside_the_program_run_no_script_of_their_own(self):
-        self.files_run_no_script_of_their_own(self.server.port)
-
-    @unittest.skipUnless(os.path.exists(STOCK), "Debian's lighttpd.conf is not there")
     def test_the_distribution_s_own_configuration_includes_the_settings(self):
-        documented = re.search(r"```conf\n(.*?)```", Path("docs/web-server.md").read_text("utf-8"), re.S)[1]
-        server = Server(("lighttpd", "-D", "-f", "stock.conf"),
-                        STOCK=re.sub(OF_THE_MACHINE, "", Path(STOCK).read_text("ascii")),
-                        DOCUMENTED=documented.replace(f"{PLACE}/lighttpd", f"{PACKAGING}/lighttpd"))
-        self.addCleanup(server.stop)
-        self.files_run_no_script_of_their_own(server.port)
         view = VIEW.replace("line", "%6c%69n%65")
         for target, status, policy in ((f"{PROGRAM}?fmtype=all", 200, "default-src"), (view, 200, "sandbox"),
                                        (f"{PROGRAM}/x", 403, "")):
-            answer = fetch(server.port, target)
+            answer = fetch(self.stock.port, target)
             self.assertEqual((answer.status, answer.fault), (status, ""))
             self.assertRegex(answer.header.get("content-security-policy", ""), "^" + policy)
 

@@ -181,11 +181,6 @@ class Column:
         self.ask(DIAGNOSED)
 
 
-def empty_tmp():
-    """Another server runs the program as another user, who could not empty the staging areas."""
-    subprocess.run("rm -rf /tmp/* /tmp/.tarn*", shell=True, check=True)
-
-
 def matrix(kind):
     """Cells by server and row."""
     servers.lay_out(kind)
@@ -196,7 +191,6 @@ def matrix(kind):
             configure(row.diagnostics)
             expected[row] = row.expected(kind)
     for name, start in servers.SERVERS.items():
-        empty_tmp()
         server = start()
         column = Column(kind, server.port, expected)
         try:
@@ -204,7 +198,8 @@ def matrix(kind):
         finally:
             server.stop()
         columns[name] = column.cells
-    empty_tmp()
+        # The next server runs the program as another user, who could not empty the staging areas.
+        subprocess.run("rm -rf /tmp/* /tmp/.tarn*", shell=True, check=True)
     return columns
 
 

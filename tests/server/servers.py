@@ -4,6 +4,7 @@ They name fixed places below /usr/local/ktb, which the runner makes private, and
 What a server's own configuration says around the settings is in the .conf files of this folder.
 """
 
+import contextlib
 import os
 import re
 import shutil
@@ -77,10 +78,8 @@ class Server:
 
     def stop(self):
         for process in self.processes:
-            try:
+            with contextlib.suppress(ProcessLookupError):  # ended by itself
                 os.killpg(process.pid, signal.SIGTERM)
-            except ProcessLookupError:
-                pass  # ended by itself
         for process in self.processes:
             process.wait()
 

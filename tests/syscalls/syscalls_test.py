@@ -12,7 +12,7 @@ import sys
 from collections import Counter
 
 sys.path.insert(0, "tests/cgi")
-from storage import BERT, CONFIGURATION, Tree, chosen, demand_private_storage  # noqa: E402
+from storage import BERT, CONFIGURATION, Tree, chosen  # noqa: E402
 
 DOCUMENT = f"/home/{CONFIGURATION}"
 # The queries of lists, with the places below /home where they may open anything, None for all.
@@ -96,7 +96,6 @@ def download_faults(program):
         yield f"read ahead of the first byte: {read}, opened: {more}"
 
 
-demand_private_storage()
 subprocess.run(("sample/lay-out", "/home"), check=True)
 faults = [f"{query}: {fault}" for query, places in {**LISTS, **INFORMED}.items()
           for fault in list_faults(sys.argv[1], query, places)]
