@@ -20,8 +20,7 @@ TEST_F(Filesys, DirectoriesAreMadeFromTheTop) {
     fs::create_symlink("real", "link");
     fs::create_symlink("nowhere", "dangling");
     const std::string log = logOf([] {
-        for (const char* name :
-             {"a/b//c/", "a/b", "link/y", "dangling", "new/../other"}) // the second one exists
+        for (const char* name : {"a/b//c/", "a/b", "link/y", "dangling", "new/../other"})
             EXPECT_EQ(0, tr_mkdir(name, 0750));
         EXPECT_EQ(0, tr_mkdir_parent("file/x", 0755));
     });
@@ -61,6 +60,7 @@ TEST_F(Filesys, FailuresNameTheStepAndRemoveNothing) {
         {[] { return tr_mkdir("/proc/a/b", 0755); }, "build directory(/proc/a/b) failed!(ret=11)"},
         {[] { return tr_rmdir(nullptr, 1); }, "remove storage path(full_name=(null)) failed(ret=1)"},
         {[] { return tr_rmdir("dst", 0); }, "remove storage path(full_name=dst) failed(ret=11)"},
+        {[] { return tr_mkfifo("dir/..", 0600); }, "build fifo device(dir/..) failed!(ret=1)"},
         {[] { return tr_mkfifo("/proc/no", 0600); }, "build fifo device(/proc/no) failed!(ret=21)"},
         {[] { return tr_mksymlink(nullptr, "dst"); }, "build symbol link (dst) failed!(ret=1)"},
         {[] { return tr_mksymlink("x", "/proc/no"); }, "build symbol link (/proc/no) failed!(ret=21)"},
