@@ -60,7 +60,8 @@ TEST_F(Log, CallSiteLogsUpToTheNamedLevel) {
 }
 
 TEST_F(Log, ClockStampFromEnvironment) {
-    for (const auto& [value, stamp] : {std::pair("", ""), {"0", ""}, {"99999999999999", "[0-9a-f]{6}"}}) {
+    for (const auto& [value, stamp] :
+         {std::pair("", ""), {"0", ""}, {"1", "[0-9a-f]{6}"}, {"99999999999999", "[0-9a-f]{6}"}}) {
         ::setenv("tarnlog_with_clock", value, 1);
         trcfg_open(0, "ignored");
         const std::string log = logOf([] { TARN_LOG_AS("a.c", "run", 0, "m"); });
