@@ -1,6 +1,6 @@
 /* The modules that later.js loads. */
 export { showAbout } from '../common/about.js';
-export { showCapture } from '../view/capture.js';
+export { showCapture } from '../view/packetsummary.js';
 export { showComparison } from '../view/compare.js';
 export { deliver } from '../delivery/deliver.js';
 export { start as startFilterPage } from '../filter/filterpage.js';

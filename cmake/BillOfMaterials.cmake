@@ -1,5 +1,6 @@
-# The list of the components of fileman.cgi and its browser side, in the format CycloneDX 1.5. Code that finds a
-# component adds it to the list; the last line of the CMakeLists.txt in the root writes the list.
+# The software bill of materials: the list of the components of fileman.cgi and its browser side, in the format
+# CycloneDX 1.5. Code that finds a component adds it to the list; the last line of the CMakeLists.txt in the root
+# writes the list.
 
 # Adds the part NAME with its licence (an expression of SPDX) and its version; an empty version is left out.
 function(fileman_component name version licence)
