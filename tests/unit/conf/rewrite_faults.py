@@ -5,6 +5,7 @@ The driver is killed at, and then gets an error from, each system call that it m
 happens, the document is the old or the new one, whole, and what the driver says of it is true.
 """
 import collections
+import errno
 import os
 import pathlib
 import re
@@ -51,6 +52,16 @@ def check_rewrite(driver, way, new, call, fault):
     assert good, (way, fault, call, result, left, {OLD: 'old', new: 'new'}.get(found, found[:200]))
 
 
+def check_memory(driver):
+    """Where memory runs out within a document, it counts as one that does not load, and a line says so."""
+    CONF.write_bytes(b'<c><filter><class>' + b'<e>text</e>' * 40000 + b'</class></filter></c>')
+    ended = [subprocess.run(['prlimit', f'--as={limit}', driver, 'read'], capture_output=True, timeout=60, check=False,
+                            text=True) for limit in range(8 << 20, 64 << 20, 2 << 20)]
+    outcomes = {(process.returncode, process.stderr) for process in ended if process.returncode != 127}
+    line = f'fileman: read document {CONF}: {os.strerror(errno.ENOMEM)}\n'
+    assert outcomes == {(0, ''), (1, line)}, outcomes
+
+
 def check_lock(driver):
     """Who never gets the lock gives up, with a line; the waits are skipped here."""
     result = run(driver, 'mark', '-e', 'inject=flock:error=EAGAIN', '-e', 'inject=clock_nanosleep:retval=0')
@@ -84,7 +95,7 @@ def main():
         print('rewrite_faults: strace cannot trace here')
         sys.exit(77)
     CONF.parent.mkdir(parents=True)
-    for check in (check_lock, check_group):
+    for check in (check_memory, check_lock, check_group):
         check(driver)
     for way in ('mark', 'all', 'advanced'):
         assert run(driver, way).returncode == 0
