@@ -66,6 +66,26 @@ TEST_F(Pipeline, ChosenRecordsAreThoseOfTheWholeListWithTheirDates) {
     EXPECT_EQ(told(all), told(chosen));
 }
 
+TEST_F(Pipeline, UnknownModuleLeavesTheStoreAsItWas) {
+    CFileManager store;
+    _ResultFilter filter{{"10G", "nowhere"}, {}, {"screen"}, {}, true, false, {}};
+    store.setFilter(filter);
+    ASSERT_EQ(2, store.loadScreenShot());
+    Records loaded;
+    for (const auto load : {&CFileManager::loadResults, &CFileManager::loadAll})
+        EXPECT_THROW((store.*load)(loaded), std::out_of_range);
+    EXPECT_THROW(store.loadChosen(loaded, [](const std::string&) { return true; }), std::out_of_range);
+    store.getFilter(filter);
+    EXPECT_EQ(Names{"screen"}, filter.tests);
+    store.getLoadedResults(loaded);
+    EXPECT_EQ(2u, loaded.size());
+    // Dates are read later only while records are chosen.
+    store.setFilter({{"2G5"}, {}, {"bert"}, {}, true, false, {}});
+    store.loadResults(loaded);
+    ASSERT_EQ(1u, loaded.size());
+    EXPECT_NE("", loaded.front()->datetime);
+}
+
 TEST_F(Pipeline, RecordsStayUntilTheListIsCleared) {
     CFileManager store;
     Records loaded;
