@@ -113,6 +113,6 @@ def main(kind, program, *names):
         attempts = {case.__name__: pool.submit(run, case, kind, program) for case in cases}
     failures = {name: attempt.exception() for name, attempt in attempts.items() if attempt.exception()}
     for name, error in failures.items():
-        print(f"FAILED {name}", *traceback.format_exception(error))
+        print(f"FAILED {name}\n" + "".join(traceback.format_exception(error)))
     print(f"{len(cases)} cases, {len(failures)} failed")
     sys.exit(bool(failures))

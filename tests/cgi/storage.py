@@ -1,4 +1,4 @@
-"""Makes storage trees for the tests, and what a web server hands to the program.
+"""What all suites share: storage trees, requests as a web server starts them, made programs, and waiting.
 
 A file in trees/ describes a tree, with one line per entry: "file PATH", "file PATH <- CONTENT", "dir PATH",
 "fifo PATH", "sock PATH", "link PATH -> TARGET", "0000 PATH" (a mode). \\xNN is a byte, {N*TEXT} repeats.
