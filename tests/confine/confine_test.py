@@ -9,6 +9,7 @@ import ctypes
 import errno
 import os
 import re
+import resource
 import shutil
 import sys
 from pathlib import Path
@@ -95,6 +96,7 @@ def stub(area):
 
 
 def inside_the_children():
+    resource.setrlimit(resource.RLIMIT_CORE, 2 * resource.getrlimit(resource.RLIMIT_CORE)[1:])
     for operation, place in (("download", "bin/cp"), ("pdf", "ktb/bin/htm2pdf")):
         prepare()
         storage.make_program(f"/usr/local/{place}", *stub(FOREIGN_AREA[operation]))
@@ -111,6 +113,7 @@ def inside_the_children():
 def set_user_id_is_dropped():
     """The program's file belongs to another user and lends it; what the request makes is its own user's all the same."""
     prepare()
+    os.unlink("/tmp/.tarn_download.lock")
     program = shutil.copy(f"{BUILD}/release/fileman.cgi", "/usr/local/bin")
     os.chown(program, 1234, 1234)
     os.chmod(program, 0o6755)

@@ -26,8 +26,6 @@ TARGET = "/cgi-bin/fileman.cgi?"
 # Every byte that a name can hold before its first dot; two of them only strict answers can be asked for.
 AWKWARD = [bytes(set(range(first, first + 64)) - set(b"\0./,&")) for first in range(0, 256, 64)]
 SEPARATORS = b"comma, and & and =%41+"
-# Below this, an answer stays in the memory of the server and the system.
-IN_MEMORY = 192 << 10
 POLICY_LINES = {"content-security-policy", "x-content-type-options", "cache-control", "referrer-policy",
                 "cross-origin-resource-policy", "cross-origin-opener-policy"}
 
@@ -172,7 +170,7 @@ class Column:
             self.ask([row] * 20, at_once=20)
         with servers.Watch() as watch:
             self.ask([SLOW])
-        if watch.grown > IN_MEMORY:
+        if watch.grown > 192 << 10:  # less stays in the memory of the server and the system
             self.cells[SLOW.name] = "kept on the disk"
         with send(self.port, TARGET + LEAVING)[1] as connection:
             connection.recv(1)

@@ -10,8 +10,7 @@ from servers import PROGRAM, Watch, storage
 
 TREE = storage.Tree()
 ROOM = 700 << 10
-QUERY = "fmtype=all"
-LIST = f"/cgi-bin/fileman.cgi?{QUERY}"
+LIST = "/cgi-bin/fileman.cgi?fmtype=all"
 
 
 @unittest.skipUnless(subprocess.run(("mount", "-t", "tmpfs", "-o", f"size={ROOM},mode=1777", "tmpfs", "/tmp"),
@@ -27,7 +26,7 @@ class Spooling(unittest.TestCase):
         cls.addClassCleanup(cls.server.stop)
 
     def test_a_list_comes_whole_to_a_slow_reader(self):
-        done = storage.request(PROGRAM, QUERY, TZ=servers.ZONE, FILEMAN_ANSWERS="strict")
+        done = storage.request(PROGRAM, "fmtype=all", TZ=servers.ZONE, FILEMAN_ANSWERS="strict")
         page = done.stdout.partition(b"\r\n\r\n")[2]
         self.assertGreater(len(page), ROOM)
         for head in ((), (("Accept-Encoding", "gzip"),)):
