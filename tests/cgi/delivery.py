@@ -295,7 +295,7 @@ def the_converter_ends_with_its_request(instrument):
     """All processes of the converter end: those that ignore the signal, and those it leaves when it ends."""
     stray = "(trap '' TERM; for i in $(seq 500); do echo >>/tmp/pdf/stray; sleep 0.02; done) & sleep 0.2"
     instrument.reports("one")
-    for rest in ("echo started >&2; sleep 600", "exit 0"):
+    for rest in ("echo started >&2; sleep 200", "exit 0"):
         instrument.converter(stray, rest)
         with instrument.start("pdf", "one") as process:
             if "started" in rest:
