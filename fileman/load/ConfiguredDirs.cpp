@@ -112,17 +112,13 @@ int ConfiguredDirs::loadCommonModule() {
 
 int ConfiguredDirs::loadCommonTree(const CommonOptInfo& option) {
     const _ResultFilter& filter = m_filter.fields();
-    if (CCommUtils::isEquals(option.test_name, "Result") && filter.includeResults) {
-        const int count = load(portTreeInfo("Common", "", option.dir_name, option.list, Half::Result));
-        trace::write("Common port result: " + std::to_string(count) + ".");
-        return count;
-    }
-    if (CCommUtils::isEquals(option.test_name, "Profile") && filter.includeProfiles) {
-        const int count = load(portTreeInfo("Common", "", option.dir_name, option.list, Half::Profile));
-        trace::write("Common profile: " + std::to_string(count) + ".");
-        return count;
-    }
-    return 0;
+    const bool isResult = CCommUtils::isEquals(option.test_name, "Result") && filter.includeResults;
+    if (!isResult && !(CCommUtils::isEquals(option.test_name, "Profile") && filter.includeProfiles))
+        return 0;
+    const Half half = isResult ? Half::Result : Half::Profile;
+    const int count = load(portTreeInfo("Common", "", option.dir_name, option.list, half));
+    trace::writeCommonCount(half, count);
+    return count;
 }
 
 // These results have no mode and no port. A flat directory has no profiles.

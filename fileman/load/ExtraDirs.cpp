@@ -1,7 +1,5 @@
-#include <string>
 #include <utility>
 
-#include "common/ControlBytes.h"
 #include "common/FixedPaths.h"
 #include "conf/CFileManConf.h"
 #include "fileman/load/LoadTrace.h"
@@ -28,7 +26,6 @@ int SpecialSources::loadExtraDir(const ExtraDirInfo& extra) {
     const int count = m_files.list(std::move(source));
     if (count == 0)
         return 0;
-    m_loaded.visitNewestPaths(
-        [](const std::string& path) { trace::write("Find at:" + withoutControlBytes(path)); });
+    m_loaded.visitNewestPaths(&trace::writeFoundAt);
     return count;
 }
