@@ -1,10 +1,11 @@
 #!/usr/bin/python3
-"""run.py PROGRAM [--update]
+"""run.py PROGRAM [--update] [CASE...]
 
 Runs the program as a CGI process on named storage trees and compares its whole responses: default answers
 with expected/NAME, strict ones with expected/strict/NAME. The file "cases" has the cases of both kinds,
 "cases-strict" those of strict answers alone. It is started once, inside scripts/with-storage. --update writes
-the responses into the expected files; read the difference before you commit it.
+the responses into the expected files; read the difference before you commit it. With names of cases, only
+these are tried.
 
 In an expected file a line "[[frame-NAME]]" means the text of expected/frame-NAME, \\xNN a byte that is not a
 plain character, and {N*c} a long run of one character. A date is written as <date>, after a check that it is
@@ -32,6 +33,7 @@ from storage import (BERT, HERE, NO_ROOT_RIGHTS, ZONE, Tree, chosen, environment
                      request, same)
 
 PROGRAM = os.path.abspath(sys.argv[1])
+NAMES = set(sys.argv[2:]) - {"--update"}
 UPDATED = set() if "--update" in sys.argv else None  # the files that are written already
 DEFAULT, STRICT = "expected", "expected/strict"
 ROW = re.compile(rb"\t\t\{ id: '.*?', datetime: '(\S+ \S+?)', rsltype: '\w+', path: '(.*?)' \},\n", re.S)
@@ -159,6 +161,8 @@ class Responses(unittest.TestCase):
     def test_every_case_has_its_expected_answer(self):
         laid_out = None
         for case in cases_in("cases", [DEFAULT, STRICT]) + cases_in("cases-strict", [STRICT]):
+            if NAMES and case.name not in NAMES:
+                continue
             for kind in case.kinds:
                 with self.subTest(kind, case=case.name, tree=case.tree):
                     if laid_out != case.tree:
@@ -227,4 +231,5 @@ class Responses(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    chosen_tests = ["Responses.test_every_case_has_its_expected_answer"] if NAMES else []
+    unittest.main(argv=sys.argv[:1] + chosen_tests)
