@@ -1,7 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
+
+// The time between a default answer and the removal of the files that were collected for it.
+inline constexpr std::chrono::seconds kPauseAfterSending{1};
 
 // Sends a file of a staging area as the answer, under the last part of its path.
 void sendAttachment(const std::string& path);

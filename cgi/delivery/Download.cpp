@@ -104,5 +104,5 @@ void CFileManCGI::downloadResults(std::list<_ResultInfo*> results) {
         sendAttachment(archive);
     else
         sendEmptyAttachment(archive);
-    area.cleanUp();
+    area.cleanUp(kPauseAfterSending);
 }

@@ -149,6 +149,6 @@ void CFileManCGI::convert2PDF(std::list<_ResultInfo*> results) {
     // A record with an empty base name has the PDF ".pdf", which the '*' below does not match.
     removeTree(pdfPath(""));
     // A strict answer is complete in the pipe by now, and an archive without a length ends with this process.
-    const auto pause = Answers::current().areStrict() ? std::chrono::seconds(0) : StagingArea::kPause;
+    const auto pause = Answers::current().areStrict() ? std::chrono::seconds(0) : kPauseAfterSending;
     area.cleanUp(pause);
 }

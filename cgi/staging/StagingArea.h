@@ -18,8 +18,6 @@
 // started in the area have ended, even when the process was killed.
 class StagingArea {
 public:
-    static constexpr std::chrono::seconds kPause{1};
-
     // Opens the lock file and makes the directory this user's own. Does not wait for the turn.
     explicit StagingArea(StagingPlaces places);
 
@@ -55,7 +53,7 @@ public:
 
     // Gives the server the pause to take the body, then starts the removal of the files. It goes on after the
     // end of the request, and holds the area.
-    void cleanUp(std::chrono::milliseconds pause = kPause) const;
+    void cleanUp(std::chrono::milliseconds pause) const;
 
 private:
     bool writeWhole(TmpKeeper::Order order, std::string_view content, const std::string& path) const;

@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { execFileSync, spawnSync } from 'node:child_process';
 import fs from 'node:fs';
 import path from 'node:path';
-import { obstacle } from '../../web/js/fileman/answers/obstacles.js';
+import { obstacle } from '../../web/js/fileman/answers/candeliver.js';
 import { parsePage, toEntries } from '../../web/js/fileman/answers/readrows.js';
 import { deliveryQuery, isSendable, sentId } from '../../web/js/fileman/answers/queries.js';
 import { archiveOf } from './archives.mjs';

@@ -6,7 +6,7 @@ import { membersOf } from '../answers/archive.js';
 import { visible } from '../common/controlchars.js';
 import { el } from '../common/dom.js';
 import { isWholePdf, lacksOfDownload, lacksOfOnePdf, lacksOfPdfs } from './missing.js';
-import { obstacle } from '../answers/obstacles.js';
+import { obstacle } from '../answers/candeliver.js';
 import { task } from './progress.js';
 import { deliveryQuery, sentId } from '../answers/queries.js';
 import { AnswerError, fetchPieces } from '../answers/requests.js';

@@ -8,7 +8,7 @@ import { icon } from '../common/icons.js';
 import { kindOf } from '../answers/kinds.js';
 import { nameParts } from './longnames.js';
 import { keep, recall } from '../common/memory.js';
-import { obstacle } from '../answers/obstacles.js';
+import { obstacle } from '../answers/candeliver.js';
 import { shortDate } from './showndates.js';
 import { t } from '../common/texts.js';
 import { VERDICT_TEXTS } from '../view/verdicts.js';

@@ -1,5 +1,5 @@
 /* Fetches the visible pictures, a few at a time, and aborts the requests for those that are no longer visible. */
-import { obstacle } from '../answers/obstacles.js';
+import { obstacle } from '../answers/candeliver.js';
 import { fetchFile } from '../answers/fetchfile.js';
 import { sniff } from '../answers/kinds.js';
 

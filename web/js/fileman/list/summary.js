@@ -7,7 +7,7 @@ import { button, el } from '../common/dom.js';
 import { icon } from '../common/icons.js';
 import { kindOf } from '../answers/kinds.js';
 import { TAB_TEXTS, obeysFilter, unfiltered, without } from '../answers/listing.js';
-import { obstacle } from '../answers/obstacles.js';
+import { obstacle } from '../answers/candeliver.js';
 import { dressPage } from '../common/page.js';
 import { toText } from '../answers/encoding.js';
 import { LIST_KEYS, TEXT_KEYS, isFiltered } from '../answers/queries.js';

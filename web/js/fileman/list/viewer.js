@@ -10,7 +10,7 @@ import { icon } from '../common/icons.js';
 import { extension, kindOf, sniff } from '../answers/kinds.js';
 import { later } from './later.js';
 import { menuButton } from '../common/menu.js';
-import { obstacle } from '../answers/obstacles.js';
+import { obstacle } from '../answers/candeliver.js';
 import { showReport } from '../view/report.js';
 import { AnswerError } from '../answers/requests.js';
 import { fetchFile } from '../answers/fetchfile.js';

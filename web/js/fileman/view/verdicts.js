@@ -5,7 +5,7 @@
  */
 import { kindOf, sniff } from '../answers/kinds.js';
 import { keep, recall } from '../common/memory.js';
-import { obstacle } from '../answers/obstacles.js';
+import { obstacle } from '../answers/candeliver.js';
 import { decodeReport } from './report.js';
 import { fetchFile } from '../answers/fetchfile.js';
 
