@@ -18,13 +18,21 @@ void page::writeMeta() {
 
 // Each line of the page is one line of this source.
 // clang-format off
-void page::beginListPage() {
+namespace {
+
+void beginHead() {
     CGICommonUtils::writeCGIHeader();
     CGICommonUtils::writeHTMLBeginNode();
-    line(0, "<head>");
-    writeMeta();
-    line(1, R"(<link href="../css/fileman.css" rel="stylesheet" type="text/css" />)");
-    line(1, R"(<script src="../js/fileman.js" type="text/javascript"></script>)");
+    page::line(0, "<head>");
+    page::writeMeta();
+    page::line(1, R"(<link href="../css/fileman.css" rel="stylesheet" type="text/css" />)");
+    page::line(1, R"(<script src="../js/fileman.js" type="text/javascript"></script>)");
+}
+
+} // namespace
+
+void page::beginListPage() {
+    beginHead();
     line(1, R"(<script src="../js/homepage.js" type="text/javascript"></script>)");
     defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-all.css" rel="stylesheet" type="text/css" />)");
     defaultLine(1, R"(<script src="../LigerUI/lib/jquery/jquery-1.3.2.min.js" type="text/javascript"></script>)");
@@ -36,12 +44,7 @@ void page::beginListPage() {
 }
 
 void page::beginFilterPage(const char* initCall) {
-    CGICommonUtils::writeCGIHeader();
-    CGICommonUtils::writeHTMLBeginNode();
-    line(0, "<head>");
-    writeMeta();
-    line(1, R"(<link href="../css/fileman.css" rel="stylesheet" type="text/css" />)");
-    line(1, R"(<script src="../js/fileman.js" type="text/javascript"></script>)");
+    beginHead();
     defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-all.css" rel="stylesheet" type="text/css" />)");
     defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Aqua/css/ligerui-form.css" rel="stylesheet" type="text/css" />)");
     defaultLine(1, R"(<link href="../LigerUI/lib/ligerUI/skins/Tab/css/form.css" rel="stylesheet" type="text/css" />)");
