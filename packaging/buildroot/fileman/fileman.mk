@@ -6,7 +6,7 @@
 
 # A first version of a recipe: nobody has built an image with it yet. The browser
 # side needs npm once: run scripts/build-web in the sources before.
-FILEMAN_VERSION = 1.1.0
+FILEMAN_VERSION = 1.1.1
 FILEMAN_SITE = $(FILEMAN_PKGDIR)/../../..
 FILEMAN_SITE_METHOD = local
 FILEMAN_LICENSE = MIT
