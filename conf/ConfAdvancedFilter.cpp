@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "common/CCommUtils.h"
-#include "common/UniqueNames.h"
+#include "common/NameSet.h"
 #include "conf/AdvancedMatch.h"
 #include "conf/CFileManConf.h"
 #include "conf/xml/DocumentUpdate.h"
@@ -30,7 +30,7 @@ void forEachAdvInfo(TiXmlDocument& document, Visitor&& visit) {
 struct Choices {
     std::list<std::string>& names;
     std::string& chosen;
-    UniqueNames known{names};
+    NameSet known{names};
 };
 
 // The last entry with a mark is the chosen one.

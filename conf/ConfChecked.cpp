@@ -92,7 +92,7 @@ void setEveryTypeChecked(const std::set<std::string>& names, bool state) {
 // Appends chosen(entry) for each checked entry whose current(entry) was found on disk.
 template<typename Record, typename Current, typename Chosen>
 void appendChecked(std::list<std::string>& out, const std::map<std::string, Record>& map,
-                   const UniqueNames& found, Current&& current, Chosen&& chosen) {
+                   const NameSet& found, Current&& current, Chosen&& chosen) {
     for (const auto& entry : map) {
         if (entry.second.checked && found.contains(current(entry)))
             out.push_back(chosen(entry));

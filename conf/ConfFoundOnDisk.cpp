@@ -9,7 +9,7 @@
 namespace {
 
 void mergeInto(std::list<std::string>& list, const std::list<std::string>& items) {
-    UniqueNames merged(list);
+    NameSet merged(list);
     for (const std::string& item : items) {
         if (merged.add(item))
             list.push_back(item);
@@ -71,7 +71,7 @@ void CFileManConf::getCurrentTypeKeys(std::list<std::string>& out) {
     std::unordered_map<std::string, std::vector<const std::string*>> keysOf; // by the name in lower case
     for (const auto& [key, type] : confState().s_confTypeMap)
         keysOf[CCommUtils::lowerCase(type.name)].push_back(&key);
-    UniqueNames known(out);
+    NameSet known(out);
     for (const std::string& name : confState().s_curTypeList.names()) {
         const auto found = keysOf.find(CCommUtils::lowerCase(name));
         if (found == keysOf.end())

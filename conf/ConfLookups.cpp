@@ -21,7 +21,7 @@ const Record& checked(const std::map<std::string, Record>& map, const std::strin
 // Appends the keys of the map, except those that out already has.
 template<typename Record>
 void appendKeys(std::list<std::string>& out, const std::map<std::string, Record>& map) {
-    const UniqueNames before(out);
+    const NameSet before(out);
     for (const auto& [key, record] : map) {
         if (!before.contains(key))
             out.push_back(key);
@@ -79,7 +79,7 @@ const std::map<std::string, CommonOptInfo>& CFileManConf::getCommonModuleInfo() 
 }
 
 void CFileManConf::getTypeKeys(std::list<std::string>& out, const std::string& typeName) {
-    UniqueNames known(out);
+    NameSet known(out);
     for (const auto& [key, type] : confState().s_confTypeMap) {
         if (CCommUtils::isEquals(type.name, typeName) && known.add(key))
             out.push_back(key);
@@ -91,7 +91,7 @@ void CFileManConf::getAllModeNames(std::list<std::string>& out) {
 }
 
 void CFileManConf::getAllTypeNames(std::list<std::string>& out) {
-    UniqueNames known(out);
+    NameSet known(out);
     for (const auto& [key, type] : confState().s_confTypeMap) {
         if (known.add(type.name))
             out.push_back(type.name);

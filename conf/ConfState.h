@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "common/UniqueNames.h"
+#include "common/NameSet.h"
 #include "conf/ConfRecords.h"
 #include "conf/ExtraDirIndex.h"
 #include "conf/FieldIndex.h"
@@ -38,12 +38,12 @@ struct ConfState {
     std::list<ExtraDirInfo> s_extraDirInfoList; // document order, duplicates kept
 
     // Filled by the scans of the storage tree: without duplicates, in the order in which they were found.
-    UniqueNames s_curModeList;
-    UniqueNames s_curTypeList;
-    UniqueNames s_curPortList;
-    UniqueNames s_curModuleList;
-    std::map<std::string, UniqueNames> s_modeTypeMap; // mode name to type names
-    std::string s_modeName;                           // the mode that was added last
+    NameSet s_curModeList;
+    NameSet s_curTypeList;
+    NameSet s_curPortList;
+    NameSet s_curModuleList;
+    std::map<std::string, NameSet> s_modeTypeMap; // mode name to type names
+    std::string s_modeName;                       // the mode that was added last
     std::map<std::string, ScanModuleToModeInfo> s_scanInfo;
 
     std::array<bool, 5> s_allChecked{};

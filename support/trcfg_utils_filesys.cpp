@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "common/UniqueFd.h"
-#include "support/trcfg_utils_io.h"
+#include "support/trcfg_utils_fileio.h"
 #include "support/trcfg_utils_log.h"
 #include "support/trcfg_utils_paths.h"
 #include "support/trcfg_utils_proc.h"

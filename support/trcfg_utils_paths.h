@@ -3,7 +3,7 @@
 
 #include <sys/types.h>
 
-#include "support/trcfg_utils_io.h"
+#include "support/trcfg_utils_fileio.h"
 
 // The mode of parent directories that are made. The missing search permission is intentional: the programs of
 // the instrument run as root, and no other user should get in.

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <initializer_list>
 
-#include "support/trcfg_utils_io.h"
+#include "support/trcfg_utils_fileio.h"
 #include "support/trcfg_utils_log.h"
 #include "support/trcfg_utils_proc.h"
 

@@ -12,7 +12,7 @@
 
 #include "common/DotEntry.h"
 #include "common/UniqueFd.h"
-#include "support/trcfg_utils_io.h"
+#include "support/trcfg_utils_fileio.h"
 #include "support/trcfg_utils_log.h"
 #include "support/trcfg_utils_paths.h"
 #include "support/trcfg_utils_proc.h"

@@ -6,7 +6,7 @@
 #include "cgi/pages/CGICommonUtils.h"
 #include "cgi/pages/PageHead.h"
 #include "cgi/pages/PageLine.h"
-#include "common/UniqueNames.h"
+#include "common/NameSet.h"
 #include "conf/CFileManConf.h"
 
 namespace {
@@ -78,7 +78,7 @@ void writeResultTypeField(const _ResultFilter& filter) {
 void writeField(const FieldRule& rule, const _ResultFilter& filter) {
     NameList options;
     rule.readOptions(options);
-    const UniqueNames checked(filter.*rule.checked);
+    const NameSet checked(filter.*rule.checked);
     writeFieldBegin(rule.id, rule.legend);
     for (const std::string& option : options)
         writeOption(either(kOptionFormat, kStrictOptionFormat), rule.type, option, checked.contains(option));

@@ -55,7 +55,7 @@ void FamilyLoader::indexKnownTypes() {
     m_scan.finish();
     std::list<std::string> known;
     CFileManConf::getCurrentTypeKeys(known);
-    m_knownTypes = UniqueNames(known);
+    m_knownTypes = NameSet(known);
 }
 
 bool FamilyLoader::passesKnown(const std::string& typeKey) const {

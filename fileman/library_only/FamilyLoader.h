@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "common/UniqueNames.h"
+#include "common/NameSet.h"
 #include "conf/ConfRecords.h"
 #include "fileman/library_only/FamilyTable.h"
 #include "fileman/load/ActiveFilter.h"
@@ -44,5 +44,5 @@ private:
     const ActiveFilter& m_filter;
     FileLister& m_files;
     StartUpScan& m_scan;
-    UniqueNames m_knownTypes;
+    NameSet m_knownTypes;
 };

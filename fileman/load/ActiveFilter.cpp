@@ -7,6 +7,15 @@ void ActiveFilter::set(const _ResultFilter& filter) {
     index();
 }
 
+std::list<std::string> ActiveFilter::modules() const {
+    std::list<std::string> names = m_fields.modules;
+    if (names.empty())
+        CFileManConf::getCurrentModule(names);
+    if (names.empty())
+        CFileManConf::getAllModuleNames(names);
+    return names;
+}
+
 // The lists name everything instead of being empty. This makes a difference: with a list of ports, extra
 // directories without a port are left out. This is intentional.
 void ActiveFilter::selectEverything(bool results, bool profiles) {
@@ -23,7 +32,7 @@ void ActiveFilter::selectEverything(bool results, bool profiles) {
 }
 
 void ActiveFilter::index() {
-    m_modes = UniqueNames(m_fields.modes);
-    m_tests = UniqueNames(m_fields.tests);
-    m_ports = UniqueNames(m_fields.ports);
+    m_modes = NameSet(m_fields.modes);
+    m_tests = NameSet(m_fields.tests);
+    m_ports = NameSet(m_fields.ports);
 }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <list>
 #include <string>
 
-#include "common/UniqueNames.h"
+#include "common/NameSet.h"
 #include "conf/ResultFilter.h"
 
 // The filter by which the store loads. Its lists have an index, because each is searched once per directory.
@@ -10,6 +11,10 @@ class ActiveFilter {
 public:
     const _ResultFilter& fields() const { return m_fields; }
     void set(const _ResultFilter& filter);
+
+    // Returns the modules that the filter names; if it names none, those that were found on disk; if there
+    // are none, all.
+    std::list<std::string> modules() const;
 
     // Selects everything that the configuration declares. The modules of the filter do not change.
     void selectEverything(bool results, bool profiles);
@@ -23,13 +28,13 @@ public:
     bool namesMode(const std::string& mode) const { return m_modes.contains(mode); }
 
 private:
-    static bool passes(const UniqueNames& names, const std::string& name) {
+    static bool passes(const NameSet& names, const std::string& name) {
         return names.empty() || names.contains(name);
     }
     void index();
 
     _ResultFilter m_fields;
-    UniqueNames m_modes;
-    UniqueNames m_tests;
-    UniqueNames m_ports;
+    NameSet m_modes;
+    NameSet m_tests;
+    NameSet m_ports;
 };

@@ -62,7 +62,7 @@ int ConfiguredDirs::loadTree(const LoadInfo& info) {
     if (directory == nullptr)
         return 0;
     // Port names are compared, not directory names: "geport" in the list also allows "geport2".
-    const UniqueNames knownPorts(ports::fromDirNames(info.subDirs));
+    const NameSet knownPorts(ports::fromDirNames(info.subDirs));
     int count = 0;
     for (const DirEntry entry : *directory) {
         // The files are loaded once for each such entry, even if it is a file. This is intentional.

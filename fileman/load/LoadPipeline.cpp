@@ -27,13 +27,8 @@ std::list<std::string> dirsOfMode(const ModuleInfo& module, const ModeOptInfo& o
 } // namespace
 
 LoadPipeline::Modules LoadPipeline::modules() const {
-    std::list<std::string> names = m_filter.fields().modules;
-    if (names.empty())
-        CFileManConf::getCurrentModule(names);
-    if (names.empty())
-        CFileManConf::getAllModuleNames(names);
     Modules modules;
-    for (const std::string& name : names)
+    for (const std::string& name : m_filter.modules())
         modules.push_back(&CFileManConf::getModuleInfo(name));
     return modules;
 }

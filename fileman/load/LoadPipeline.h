@@ -14,8 +14,8 @@ public:
         : m_tree(tree), m_filter(filter), m_dirs(dirs), m_special(special), m_scan(scan) {}
 
     using Modules = std::vector<const ModuleInfo*>;
-    // Returns the modules of the filter; if it names none, the current ones; if there are none, all. Throws
-    // std::out_of_range for a module that the configuration lacks. This is intentional: it ends the request.
+    // Returns the records of the filter's modules (ActiveFilter::modules). Throws std::out_of_range for a
+    // module that the configuration lacks. This is intentional: it ends the request.
     Modules modules() const;
 
     void load(const Modules& modules);

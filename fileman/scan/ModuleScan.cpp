@@ -6,7 +6,7 @@
 
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
-#include "common/UniqueNames.h"
+#include "common/NameSet.h"
 #include "conf/CFileManConf.h"
 #include "fileman/names/FlatModes.h"
 #include "fileman/names/MtieMode.h"
@@ -94,7 +94,7 @@ void scanTree(StorageTree& tree, const std::string& path, const LoadInfo& info, 
         return;
     if (hasFmonitorEntry(*directory))
         types.emplace_back("fmonitor");
-    const UniqueNames known(ports::fromDirNames(info.subDirs));
+    const NameSet known(ports::fromDirNames(info.subDirs));
     forEachPortDir(tree, path, [&](const std::string& name, const Directory& portDir) {
         const std::string port = ports::fromDirName(name);
         // Two directories of the same port share one entry.

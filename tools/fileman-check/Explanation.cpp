@@ -5,7 +5,7 @@
 
 #include "common/CCommUtils.h"
 #include "common/FixedPaths.h"
-#include "common/UniqueNames.h"
+#include "common/NameSet.h"
 #include "conf/CFileManConf.h"
 #include "fileman-check/Findings.h"
 #include "fileman/disk/Directory.h"
@@ -73,7 +73,7 @@ std::string treeVerdict(const Source& source, const Components& below, const Act
     if (typeOf(entryPath(source.dir, portDir)) != EntryType::Directory)
         return quoted(portDir) + " is not a directory; a link to one does not count";
     const std::string port = ports::fromDirName(portDir);
-    if (!UniqueNames(ports::fromDirNames(source.names)).contains(port))
+    if (!NameSet(ports::fromDirNames(source.names)).contains(port))
         return "the list names no directory of the port " + quoted(port);
     if (!all.passesPort(port))
         return "no entry declares the port " + quoted(port) +

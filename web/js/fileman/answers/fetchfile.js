@@ -4,7 +4,8 @@
  */
 import { isStrict } from './strict.js';
 import { deliveryQuery, sentId } from './queries.js';
-import { AnswerError, fetchPieces } from './requests.js';
+import { AnswerError } from './refusals.js';
+import { fetchPieces } from './requests.js';
 
 const MOST_BYTES = 64 << 20;
 

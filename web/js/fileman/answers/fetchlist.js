@@ -1,7 +1,8 @@
 /* Reads the list from the page that the browser has loaded, or fetches it. */
 import { parsePage, parseScript, toEntries } from './readrows.js';
 import { decodePage } from './encoding.js';
-import { AnswerError, fetchBytes } from './requests.js';
+import { AnswerError } from './refusals.js';
+import { fetchBytes } from './requests.js';
 
 /**
  * Returns the number of storage directories that the instrument could not read. Only a meta element before the list is

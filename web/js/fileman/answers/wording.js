@@ -1,5 +1,5 @@
 /* Messages for errors, in the user's language. */
-import { AnswerError } from './requests.js';
+import { AnswerError } from './refusals.js';
 import { size, t } from '../common/texts.js';
 
 /** Returns the message for an error. */

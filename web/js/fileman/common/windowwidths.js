@@ -3,3 +3,5 @@
 /** A compact window: the instrument's own screen, a tablet, a phone. */
 export const COMPACT = matchMedia('(max-width: 1000px)');
 export const PHONE = matchMedia('(max-width: 640px)');
+/** A roomy window: the Refine panel is open until the user closes it. */
+export const ROOMY = matchMedia('(min-width: 1200px)');

@@ -5,11 +5,12 @@
 import { membersOf } from '../answers/archive.js';
 import { visible } from '../common/controlchars.js';
 import { el } from '../common/dom.js';
-import { isWholePdf, lacksOfDownload, lacksOfOnePdf, lacksOfPdfs } from './missing.js';
+import { MOST_NAMED, isWholePdf, lacksOfDownload, lacksOfOnePdf, lacksOfPdfs } from './missing.js';
 import { obstacle } from '../answers/candeliver.js';
 import { task } from './progress.js';
 import { deliveryQuery, sentId } from '../answers/queries.js';
-import { AnswerError, fetchPieces } from '../answers/requests.js';
+import { AnswerError } from '../answers/refusals.js';
+import { fetchPieces } from '../answers/requests.js';
 import { lowerLimit, partsOf } from './requestparts.js';
 import { attachmentName, savedName } from './savednames.js';
 import { language, size, t } from '../common/texts.js';
@@ -17,7 +18,6 @@ import { wording } from '../answers/wording.js';
 
 const PIECES_IN_MEMORY = 8 << 20;
 const NAMES_TOLD = 3;
-const LOST_NAMES_TOLD = 20; // names of entries that are missing in the response
 
 /**
  * Checks that a response is a complete PDF or archive with at least one of the entries. Returns { type, missing, shared
@@ -94,7 +94,7 @@ function noteLacks(job, { missing, shared }) {
     ['missing', missing],
     ['shared', shared],
   ]) {
-    const names = someNames(entries, 'path', LOST_NAMES_TOLD);
+    const names = someNames(entries, 'path', MOST_NAMED);
     if (entries.length) job.note(t(key, { n: entries.length, names }));
   }
 }

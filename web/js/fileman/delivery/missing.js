@@ -2,6 +2,8 @@
 import { fileOf, pattern, unpack } from '../answers/archive.js';
 import { toBinary, toText } from '../answers/encoding.js';
 
+/** The most names of missing entries in one message. */
+export const MOST_NAMED = 20;
 const LONGEST_FOLDER = 255; // the instrument cuts a folder's name to this length
 
 /** Returns true if a PDF is complete. */

@@ -8,7 +8,8 @@ import { parseAdvanced, parsePrimary } from './options.js';
 import { naturalKey } from '../common/naturalorder.js';
 import { decodePage, toBinary, toText } from '../answers/encoding.js';
 import { LIST_KEYS, isSendable, listingQuery } from '../answers/queries.js';
-import { AnswerError, fetchBytes } from '../answers/requests.js';
+import { AnswerError } from '../answers/refusals.js';
+import { fetchBytes } from '../answers/requests.js';
 import { t, tIn } from '../common/texts.js';
 
 const GROUP_TITLES = { module: 'modules', mode: 'modes', test: 'tests', port: 'ports' };

@@ -2,7 +2,7 @@
  * Loads the modules that the list does not need at the start. They are one file. With a file for each module, the code
  * that they share would be in further files, and each file would need its own request.
  */
-import { AnswerError } from '../answers/requests.js';
+import { AnswerError } from '../answers/refusals.js';
 
 /** Resolves with these modules. Throws AnswerError if they cannot be loaded. */
 export const later = () =>

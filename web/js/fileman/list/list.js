@@ -26,7 +26,7 @@ import { dressPage } from '../common/page.js';
 import { printRows } from '../grid/printing.js';
 import { toText } from '../answers/encoding.js';
 import { listingQuery, readListing } from '../answers/queries.js';
-import { AnswerError } from '../answers/requests.js';
+import { AnswerError } from '../answers/refusals.js';
 import { fetchList, readOwnPage } from '../answers/fetchlist.js';
 import { countText, setField, showChips, showCounts, showEmpty, showForms, showTabs } from './summary.js';
 import { size, t } from '../common/texts.js';

@@ -12,7 +12,7 @@ import { later } from './later.js';
 import { menuButton } from '../common/menu.js';
 import { obstacle } from '../answers/candeliver.js';
 import { showReport } from '../view/report.js';
-import { AnswerError } from '../answers/requests.js';
+import { AnswerError } from '../answers/refusals.js';
 import { fetchFile } from '../answers/fetchfile.js';
 import { t } from '../common/texts.js';
 import { wording } from '../answers/wording.js';

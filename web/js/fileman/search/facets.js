@@ -9,14 +9,13 @@ import { button, el } from '../common/dom.js';
 import { KeptFilters } from './keptfilters.js';
 import { keep, recall } from '../common/memory.js';
 import { naturalKey } from '../common/naturalorder.js';
-import { COMPACT } from '../common/windowwidths.js';
+import { COMPACT, ROOMY } from '../common/windowwidths.js';
 import { KIND_TEXTS } from '../answers/kinds.js';
 import { dateAt } from './searchdates.js';
 import { allTexts, t } from '../common/texts.js';
 import { VERDICT_TEXTS } from '../view/verdicts.js';
 
 const FEW_VALUES = 7; // per column, until the user opens the others
-const ROOMY = 1200; // from this width on, the panel is open until the user closes it
 const DATES = ['today', 'yesterday', 'thisWeek', 'lastWeek', 'thisMonth']; // keys of their words in the texts
 const TITLES = { date: 'colDatetime', module: 'module', mode: 'mode', test: 'test', port: 'port', kind: 'kindOfFile', verdict: 'colVerdict' };
 
@@ -85,7 +84,7 @@ export class Facets {
   #fold() {
     this.over.close();
     (COMPACT.matches ? this.over : this.host).append(this.panel);
-    this.host.hidden = COMPACT.matches || !recall('refine', innerWidth >= ROOMY);
+    this.host.hidden = COMPACT.matches || !recall('refine', ROOMY.matches);
     this.#showOpener();
     this.#count();
   }

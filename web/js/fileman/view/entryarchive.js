@@ -5,7 +5,7 @@
 import { unzipSync } from 'fflate';
 import { fileOf, nameMatches } from '../answers/archive.js';
 import { toText } from '../answers/encoding.js';
-import { AnswerError } from '../answers/requests.js';
+import { AnswerError } from '../answers/refusals.js';
 import { fetchBlob } from '../answers/fetchfile.js';
 import { sniff } from '../answers/kinds.js';
 

@@ -10,20 +10,20 @@
 
 // A list of names without duplicates, in the order in which they were first added. It has an index, because
 // some callers look for a name once for each directory of a tree, and the list may hold thousands.
-class UniqueNames {
+class NameSet {
 public:
-    UniqueNames() = default;
-    explicit UniqueNames(const std::list<std::string>& names) {
+    NameSet() = default;
+    explicit NameSet(const std::list<std::string>& names) {
         m_index.reserve(names.size());
         for (const std::string& name : names)
             add(name);
     }
     // Not copied, because the index points into the names.
-    UniqueNames(const UniqueNames&) = delete;
-    UniqueNames& operator=(const UniqueNames&) = delete;
-    UniqueNames(UniqueNames&&) = default;
-    UniqueNames& operator=(UniqueNames&&) = default;
-    ~UniqueNames() = default;
+    NameSet(const NameSet&) = delete;
+    NameSet& operator=(const NameSet&) = delete;
+    NameSet(NameSet&&) = default;
+    NameSet& operator=(NameSet&&) = default;
+    ~NameSet() = default;
 
     // Returns false when the list already has the name.
     bool add(const std::string& name) {
@@ -43,7 +43,7 @@ public:
     }
     bool empty() const { return m_names.empty(); }
     const std::list<std::string>& names() const { return m_names; }
-    void clear() { *this = UniqueNames(); }
+    void clear() { *this = NameSet(); }
 
 private:
     // A walk through this many names is faster than one lookup in the index.

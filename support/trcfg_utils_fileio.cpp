@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "support/trcfg_utils_io.h"
+#include "support/trcfg_utils_fileio.h"
 
 ssize_t readUpTo(int fd, void* buffer, std::size_t size) {
     std::size_t total = 0;
