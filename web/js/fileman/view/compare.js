@@ -2,6 +2,8 @@
  * Shows two reports side by side in one frame. Their tables are aligned, and differences are marked. A table above the
  * reports lists the differences. Each report is in its own shadow tree, so it keeps its own styles.
  */
+import PAGE from '../../../css/comparison.css';
+import MARK from '../../../css/differences.css';
 import { shownName } from '../common/controlchars.js';
 import { align, alignRows, differingCells, likeness } from './differences.js';
 import { differenceTable } from './differencetable.js';
@@ -9,28 +11,7 @@ import { el } from '../common/dom.js';
 import { calmReport, decodeReport, reportShell } from './report.js';
 import { t } from '../common/texts.js';
 
-const MARK =
-  '.fm-differs { background: #ffe9a3 !important; color: #1a1a1a !important; outline: 1px solid #c99700; outline-offset: -1px; }' +
-  '.fm-absent > td { background: repeating-linear-gradient(45deg, #f3f3f3 0 6px, #e4e4e4 6px 12px); }';
-const PAGE = `
-  body { margin: 0; font: 14px/1.45 sans-serif; color: #16212b; background: #fff; }
-  .list { padding: 8px 16px; overflow-wrap: break-word; }
-  .list summary { cursor: pointer; }
-  .list table { border-collapse: collapse; width: 100%; }
-  .list :is(th, td) { padding: 4px 8px 4px 0; border-bottom: 1px solid #d9e1e7; text-align: left; vertical-align: top; }
-  .list thead th { color: #53626f; font-weight: 600; }
-  .list tbody th { font-weight: 400; }
-  .sides { display: grid; grid-template-columns: 1fr 1fr; }
-  .side { min-width: 0; overflow: clip; border-top: 1px solid #d9e1e7; }
-  .side + .side { border-left: 1px solid #d9e1e7; }
-  .side > h2 { position: sticky; z-index: 1; top: 0; margin: 0; padding: 8px 16px; font-size: 14px; overflow-wrap: anywhere; background: #f3f6f8; }
-  @media (max-width: 620px) {
-    .sides { grid-template-columns: 1fr; }
-    .side + .side { border-left: 0; }
-    .list table { font-size: 12px; }
-    .list :is(td, thead th) { overflow-wrap: anywhere; }
-  }`;
-const NARROW = 620; // the same width as in the media query above
+const NARROW = 620; // css/comparison.css uses the same width
 const LEAST_ZOOM = 0.5;
 const LEAVES = 'h1, h2, h3, h4, h5, h6, p, li, dt, dd, figcaption, caption, span, pre';
 
