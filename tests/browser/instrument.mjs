@@ -38,7 +38,7 @@ const opened = []; // the pages of the running test
 const unexpected = ({ problems, expected }) =>
   problems.filter((text) => !expected.some((words) => text.includes(words)));
 
-/** A test in which the browser has nothing to complain about, in no page, but what has words of `page.expected`. */
+/** A test that also fails if one of its pages reports a problem that contains no text of `page.expected`. */
 export const test = (title, work) =>
   plainTest(title, async (context) => {
     try {
@@ -164,7 +164,7 @@ export async function find(page, text) {
   await page.waitForURL((url) => decodeURIComponent(url.hash).includes(`find=${text}`));
 }
 
-/** The addresses with some words that the page asks for from now on. */
+/** Collects the addresses with some words that the page requests from now on. */
 export function asks(page, words) {
   const asked = [];
   page.on('request', (request) => request.url().includes(words) && asked.push(request.url()));

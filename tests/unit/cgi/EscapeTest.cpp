@@ -37,7 +37,7 @@ TEST(Escape, JsonOfEveryKindOfByte) {
     }
 }
 
-// Requests show the other names.
+// The tests of whole answers have the other names.
 TEST(Disposition, PercentIsNotTakenForAnEscape) {
     EXPECT_EQ("inline; filename=\"50_.png\"; filename*=UTF-8''50%25.png", inlineDisposition("50%.png"));
 }
