@@ -90,7 +90,7 @@ public:
     // Writes the empty form into which the scripts put a command and the chosen ids.
     void writeCommandForm();
 
-    // --- the list in the format that the request names (ListForPrograms.cpp) ---
+    // --- the list in the format that the request names (CsvAndJsonList.cpp) ---
 
     // Writes the whole response for everything that the store has loaded: the list page, or the same rows as
     // JSON Lines or CSV.

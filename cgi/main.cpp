@@ -13,7 +13,7 @@
 //   Request         reads the query: the action and the filter; StrictQuery: the way strict answers read it
 //   pages/          writes HTML
 //     ListPage        the grid page                  CFileManager loads what it lists
-//     ListForPrograms the same rows as JSON Lines or CSV; RowFormat: rows of the page; RowWriter: all rows
+//     CsvAndJsonList  the same rows as CSV or JSON Lines; RowFormat: rows of the page; RowWriter: all rows
 //     FilterPages     the two filter dialogs
 //     RequestInfoPage the answer to every other request
 //     CGICommonUtils  HTML lines; PageHead, PageFrame: the top and the foot of a page;

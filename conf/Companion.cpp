@@ -10,7 +10,7 @@
 #include "common/Report.h"
 #include "conf/AdvancedMatch.h"
 #include "conf/CFileManConf.h"
-#include "conf/CompanionBudget.h"
+#include "conf/CompanionLimits.h"
 #include "conf/xml/XmlFile.h"
 #include "conf/xml/XmlLimits.h"
 
@@ -18,8 +18,6 @@ namespace {
 
 // The child element of the root in which a file stores its advanced information. Letter case is ignored.
 constexpr char kStoredInfoElement[] = "ktb_advinfo";
-
-constexpr off_t kLargest = off_t{1} * 1024 * 1024; // in bytes
 
 // Reading and searching this many bytes costs one unit of the budget.
 constexpr std::size_t kBytesReadPerUnit = 8;
@@ -30,7 +28,7 @@ constexpr std::size_t kFewBytes = 1024;
 // Returns the content if it may contain the element and must be parsed.
 std::optional<std::string> readCompanion(const std::string& path, CompanionBudget& budget,
                                          xml::Failure& failure) {
-    std::optional<std::string> content = xml::readContent(path, kLargest, failure);
+    std::optional<std::string> content = xml::readContent(path, kLargestCompanion, failure);
     if (!content || !budget.spend(content->size() / kBytesReadPerUnit, path))
         return std::nullopt;
     const bool mayTell =

@@ -6,7 +6,7 @@
 #include "cgi/answer/Escape.h"
 
 // The formats of the rows of the list page. Every format writes the same nine values in the same order.
-// RowWriter uses them; ListForPrograms has formats of its own.
+// RowWriter uses them; CsvAndJsonList has formats of its own.
 
 // The fixed texts of a format: one before each value of a row, one after the last value, one between two
 // rows, and one after the last row.

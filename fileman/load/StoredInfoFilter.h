@@ -4,7 +4,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "conf/CompanionBudget.h"
+#include "conf/CompanionLimits.h"
 #include "conf/ResultFilter.h"
 #include "fileman/load/ActiveFilter.h"
 

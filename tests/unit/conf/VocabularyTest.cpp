@@ -1,5 +1,5 @@
 #include "TestFiles.h"
-#include "conf/CompanionBudget.h"
+#include "conf/CompanionLimits.h"
 #include "conf/xml/XmlLimits.h"
 
 namespace {

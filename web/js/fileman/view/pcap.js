@@ -3,6 +3,7 @@
  * pcapng (draft-ietf-opsawg-pcapng) files of either byte order. A file that is cut off or broken is read up to that
  * place.
  */
+import { ETHER_NAMES, IP_NAMES, LINK_NAMES, PORT_NAMES } from './protocolnames.js';
 
 const NANO = 1e9;
 const ETHERNET = 1;
@@ -10,62 +11,11 @@ const LOOPBACKS = [0, 108];
 const RAW_IP = [12, 14, 101, 228, 229];
 const COOKED = 113;
 const COOKED_2 = 276;
-const LINK_NAMES = {
-  1: 'Ethernet',
-  12: 'IP',
-  14: 'IP',
-  101: 'IP',
-  113: 'Linux cooked',
-  228: 'IPv4',
-  229: 'IPv6',
-  276: 'Linux cooked',
-};
 
-const ETHER_NAMES = {
-  0x0806: 'ARP',
-  0x8035: 'RARP',
-  0x8809: 'LACP/OAM',
-  0x8847: 'MPLS',
-  0x8848: 'MPLS',
-  0x8863: 'PPPoE',
-  0x8864: 'PPPoE',
-  0x888e: 'EAPOL',
-  0x88cc: 'LLDP',
-  0x88f7: 'PTP',
-  0x8902: 'CFM',
-  0x8906: 'FCoE',
-};
 const VLAN_TAGS = [0x8100, 0x88a8, 0x9100, 0x9200];
 const IP4 = 0x0800;
 const IP6 = 0x86dd;
-const IP_NAMES = {
-  1: 'ICMP',
-  2: 'IGMP',
-  4: 'IPv4 in IP',
-  6: 'TCP',
-  17: 'UDP',
-  41: 'IPv6 in IP',
-  47: 'GRE',
-  50: 'ESP',
-  58: 'ICMPv6',
-  89: 'OSPF',
-  132: 'SCTP',
-};
 const IP6_EXTENSIONS = [0, 43, 44, 60];
-const PORT_NAMES = {
-  53: 'DNS',
-  67: 'DHCP',
-  68: 'DHCP',
-  123: 'NTP',
-  161: 'SNMP',
-  162: 'SNMP',
-  319: 'PTP',
-  320: 'PTP',
-  546: 'DHCPv6',
-  547: 'DHCPv6',
-  862: 'TWAMP',
-  5353: 'mDNS',
-};
 const MOST_TAGS = 8;
 
 /** Reads integers from a file. Outside of the file the result is -1. */

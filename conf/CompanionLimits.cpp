@@ -1,4 +1,4 @@
-#include "conf/CompanionBudget.h"
+#include "conf/CompanionLimits.h"
 
 #include "common/Report.h"
 

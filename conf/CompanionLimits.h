@@ -1,7 +1,12 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <string>
+
+// A larger file, in bytes, counts as one without advanced information.
+inline constexpr off_t kLargestCompanion = off_t{1} * 1024 * 1024;
 
 // Limits the work of one request (CFileManConf::getAdvInfo) on files that may store advanced information.
 // 100,000 files of 4 kB are within the limit. So no storage tree can make a request read for more than a few
