@@ -79,6 +79,7 @@ ROWS = (
     *(Row("names of every byte", chosen("view", name)) for name in AWKWARD),
     Row("names of every byte", chosen("view", SEPARATORS), kinds=STRICT),
     Row("query of 8,160 bytes", padded(8160)),
+    Row("query of 8 KiB", padded(8 << 10)),
     Row("query of 60 KiB", padded(60 << 10)),
     Row("unknown module", "fmtype=rslt&module=none"),
     Row("download", chosen("download", "line_1", "line_2"), archive),
@@ -178,6 +179,19 @@ class Column:
         configure(diagnostics=True)
         self.ask(DIAGNOSED)
 
+    def fill_by_way_of_a_proxy(self):
+        """One cell for the rows by way of a proxy that passes on only what HTTP allows."""
+        server = servers.haproxy(self.port)
+        through = Column(self.kind, server.port, self.expected)
+        configure(diagnostics=False)
+        try:
+            through.ask([row for row in ROWS if "KiB" not in row.name and "packed" not in row.name])
+            through.ask([CROWDS[0]] * 20, at_once=20)
+        finally:
+            server.stop()
+        faults = [f"{name}: {text}" for name, text in through.cells.items() if text != "whole"]
+        self.cells["through a strict proxy"] = faults[0] if faults else "whole"
+
 
 def matrix(kind):
     """Cells by server and row."""
@@ -193,6 +207,8 @@ def matrix(kind):
         column = Column(kind, server.port, expected)
         try:
             column.fill()
+            if kind == "strict":
+                column.fill_by_way_of_a_proxy()
         finally:
             server.stop()
         columns[name] = column.cells

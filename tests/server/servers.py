@@ -141,5 +141,10 @@ def mini_httpd():
                    "-p", "@PORT@", "-u", "root"))
 
 
+def haproxy(behind):
+    """A proxy in front of the server at the port `behind`."""
+    return Server(("haproxy", "-db", "-f", "haproxy.conf"), BEHIND=behind)
+
+
 SERVERS = {"lighttpd": lighttpd, "nginx with fcgiwrap": nginx, "Apache": apache, "busybox httpd": busybox,
            "mini-httpd": mini_httpd}
